@@ -1,0 +1,689 @@
+/**
+ * @file zebcore.h
+ * The whole interface of zebcore, a renderer for curved surfaces: bucketed micropolygon rendering
+ * behind flat C calls. Compiles as C99 and as C++17.
+ *
+ * A picture is described in nested blocks. Options (resolution, camera, sampling, output) are set
+ * outside any block or in a frame block; attributes, transformations, lights and primitives follow
+ * in a world block (zebSceneBegin ... zebSceneEnd), whose end renders the picture:
+ *
+ *     zebRasterViewport(0, 320, 0, 240);
+ *     zebOutputFile(ZEB_FILE_PNG, "first.png");
+ *     zebViewPerspective(45);
+ *     zebTranslate(0, 0, 5);
+ *     zebSceneBegin();
+ *     zebLightSource(zebQuark("distant"), 0);
+ *     zebPolygon(4, zebQuark("point"), corners, 0);
+ *     zebSceneEnd();
+ *
+ * Blocks. Each function below names the blocks it is legal in. A call elsewhere reports the code
+ * given with its family and changes nothing.
+ *
+ * Parameter lists. Functions that end in "..." take pairs of a token (zebQuark) and a pointer to
+ * its values, ended by a single 0. The form whose name ends in V takes the same list as a count, an
+ * array of tokens and an array of pointers. Values are copied; nothing the host passes is kept,
+ * but for the data pointer of a procedural and the callbacks.
+ *
+ * Coordinates. Points are row vectors. Camera space looks along +z, x to the right, y up. Angles
+ * are degrees, raster y grows downwards.
+ *
+ * Errors. No function fails by a return code alone: problems are reported through handlers
+ * (zebErrorHandler) and the refused call leaves the state as it was. Besides what each function
+ * names, NaN and infinite numbers, null pointers with a non-zero count, and counts that are
+ * negative, zero or absurd report code 10 or 11.
+ *
+ * Threads. All calls come from one thread.
+ */
+#ifndef ZEBCORE_ZEBCORE_H
+#define ZEBCORE_ZEBCORE_H
+
+#if defined(_WIN32)
+#if defined(ZEB_BUILDING)
+#define ZEB_API __declspec(dllexport)
+#else
+#define ZEB_API __declspec(dllimport)
+#endif
+#elif defined(__GNUC__)
+#define ZEB_API __attribute__((visibility("default")))
+#else
+#define ZEB_API
+#endif
+
+/* Nine functions are exported under names that carry their argument types. A C++ compiler makes
+   those names itself; for a C compiler an assembler label does. */
+#define ZEB_LABEL_TEXT_(text) #text
+#define ZEB_LABEL_TEXT(text) ZEB_LABEL_TEXT_(text)
+#if defined(__cplusplus)
+#define ZEB_DECORATED(label)
+#else
+#define ZEB_DECORATED(label) __asm__(ZEB_LABEL_TEXT(__USER_LABEL_PREFIX__) label)
+#endif
+
+/** @name Pixel filters (zebFilter) @{ */
+#define ZEB_FILTER_GAUSSIAN 0x100    /**< the default */
+#define ZEB_FILTER_CATMULL_ROM 0x101 /**< sharpens; negative lobes */
+#define ZEB_FILTER_BOX 0x102         /**< every sample of the filter's box counts the same */
+#define ZEB_FILTER_TRIANGLE 0x103    /**< falls linearly to the box's edge */
+#define ZEB_FILTER_SINC 0x104        /**< sin(pi r) / (pi r) */
+/** @} */
+
+/** @name Picture file kinds (zebOutputFile) @{ */
+#define ZEB_FILE_AUTO 0x200        /**< by the name's ending */
+#define ZEB_FILE_PNG 0x201         /**< 8 or 16 bits, after the quantization in force */
+#define ZEB_FILE_EXR 0x202         /**< OpenEXR, float */
+#define ZEB_FILE_PNG_INDEXED 0x203 /**< 256 colours */
+/** @} */
+
+/** @name Output samples (zebOutputSamples); any sum of the three @{ */
+#define ZEB_SAMPLES_RGB 0x301   /**< three words a pixel; the default */
+#define ZEB_SAMPLES_ALPHA 0x302 /**< one word */
+#define ZEB_SAMPLES_DEPTH 0x304 /**< one word */
+#define ZEB_SAMPLES_RGBA 0x303
+#define ZEB_SAMPLES_RGBZ 0x305
+#define ZEB_SAMPLES_RGBAZ 0x307
+/** @} */
+
+/** @name Hiders (zebHider) @{ */
+#define ZEB_HIDER_NULL 0           /**< checks the calls and renders nothing */
+#define ZEB_HIDER_HIDDEN 0x400     /**< the nearest surface shows; the default */
+#define ZEB_HIDER_SEQUENCE 0x401   /**< the primitive given last shows */
+/** @} */
+
+/** @name Shading interpolation (zebShadingModel) @{ */
+#define ZEB_CONSTANT 0x500 /**< one colour a micropolygon; the default */
+#define ZEB_SMOOTH 0x501   /**< interpolated over the micropolygon */
+/** @} */
+
+/** @name Orientation (zebOrientation) @{ */
+#define ZEB_OUTSIDE 0x600      /**< normals follow the transformation's own handedness; default */
+#define ZEB_INSIDE 0x601       /**< and the other way round */
+#define ZEB_LEFT_HANDED 0x602
+#define ZEB_RIGHT_HANDED 0x603
+#define ZEB_REVERSE 0x604      /**< swaps outside and inside */
+/** @} */
+
+/** @name Patch types (zebPatch, zebPatchMesh) @{ */
+#define ZEB_BILINEAR 0x700
+#define ZEB_BICUBIC 0x701
+/** @} */
+
+/** @name Basis application (zebBasis, zebCustomBasis) @{ */
+#define ZEB_APPLY_U 0x800
+#define ZEB_APPLY_V 0x801
+#define ZEB_APPLY_BOTH 0x802
+/** @} */
+
+/** @name Spline bases (zebBasis) @{ */
+#define ZEB_BASIS_BEZIER 0x900      /**< step 3; the default */
+#define ZEB_BASIS_BSPLINE 0x901     /**< step 1 */
+#define ZEB_BASIS_CATMULL_ROM 0x902 /**< step 1 */
+#define ZEB_BASIS_HERMITE 0x903     /**< step 2 */
+#define ZEB_BASIS_POWER 0x904       /**< step 4 */
+/** @} */
+
+/** @name Wraps (zebPatchMesh) @{ */
+#define ZEB_PERIODIC 0xA00
+#define ZEB_NONPERIODIC 0xA01
+/** @} */
+
+/** @name Severities; a mask of several is their sum's low bits with 0xB00 @{ */
+#define ZEB_INFO 0xB01    /**< ignored by default */
+#define ZEB_WARNING 0xB02 /**< printed by default */
+#define ZEB_ERROR 0xB04   /**< printed by default */
+#define ZEB_SEVERE 0xB08  /**< printed, then the process is aborted, by default */
+#define ZEB_ALL 0xB0F     /**< the mask of all four */
+/** @} */
+
+/** @name Built-in error handlers (zebErrorHandler) @{ */
+#define ZEB_ERROR_IGNORE 0xC00
+#define ZEB_ERROR_PRINT 0xC01
+#define ZEB_ERROR_ABORT 0xC02 /**< prints, then aborts for anything above an info */
+/** @} */
+
+/** @name Storage classes (zebDeclare) @{ */
+#define ZEB_CLASS_NONE 0xD00
+#define ZEB_UNIFORM 0xD01 /**< one value a face or patch */
+#define ZEB_VARYING 0xD02 /**< one value a corner */
+#define ZEB_VERTEX 0xD03  /**< one value a control point */
+/** @} */
+
+/** @name Value types (zebDeclare) @{ */
+#define ZEB_TYPE_NONE 0xE00
+#define ZEB_FLOAT 0xE01
+#define ZEB_INTEGER 0xE02 /**< 32 bits */
+#define ZEB_STRING 0xE03  /**< the value pointer is the character string itself */
+#define ZEB_PAIR 0xE04    /**< two floats */
+#define ZEB_POINT 0xE05   /**< three floats */
+#define ZEB_POINTW 0xE06  /**< four floats: (w x, w y, w z, w) */
+#define ZEB_COLOR 0xE07   /**< as many floats as colour samples; three by default */
+/** @} */
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** Three coordinates. */
+typedef float ZebPoint[3];
+/** A transformation or basis matrix, row by row; points are row vectors on its left. */
+typedef float ZebMatrix[4][4];
+
+/** A pixel filter: the weight of a sample dx, dy pixels from the pixel's centre. */
+typedef float (*ZebFilterFunction)(float dx, float dy, float xwidth, float ywidth);
+/** Builds the geometry of a procedural; detail is its bound's area in pixels, 1e38 if the bound
+    reaches the eye. */
+typedef void (*ZebSubdivideFunction)(void *data, float detail);
+/** Releases what a procedural's data pointer stands for; called exactly once. */
+typedef void (*ZebFreeFunction)(void *data);
+/** Receives a report: its code, severity (ZEB_INFO ...) and text, which it must not free. The
+    message of a call in the wrong block is the function's bare name; it may be null. */
+typedef void (*ZebErrorFunction)(long code, long severity, const char *message);
+/** Receives one finished line of a printed report. */
+typedef void (*ZebPrintFunction)(const char *line);
+
+/** @name Tokens */
+/** @{ */
+
+/**
+ * Interns a name.
+ *
+ * Names are case-sensitive. These 36 exist from the start, as tokens 1 to 36: point, height,
+ * pointw, normal, plane, color, opacity; constant, diffuse, metal, plastic; ka, kd, ks, roughness,
+ * specularcolor; ambient, omni, distant, spot; intensity, from, to, coneangle, conedeltaangle,
+ * beamdistribution; depthcue, fog; hither, yon, distance; raster, image, eye, world, model.
+ *
+ * @param name  copied
+ * @return the name's token, always the same; 0 for a null name and when all 65,535 are used.
+ *         A new token has no class and no type: good for spaces, not for values (see zebDeclare).
+ *
+ * Legal anywhere.
+ */
+ZEB_API unsigned short zebQuark(const char *name);
+/** @} */
+
+/** @name Frame and world blocks */
+/** @{ */
+
+/** Opens a frame: options, attributes and transformation set in it end with it. Legal outside any
+    block; elsewhere code 8. */
+ZEB_API void zebFrameBegin(void);
+/** Closes the frame, with its lights and objects. Legal in a frame block; elsewhere code 4. */
+ZEB_API void zebFrameEnd(void);
+/**
+ * Opens a world block and fixes the camera: the transformation built so far becomes world to
+ * camera, the device is opened, and missing resolution, aspect ratios and screen window are
+ * completed. Options can't be changed until zebSceneEnd.
+ *
+ * Legal outside any block and in a frame; elsewhere code 8.
+ */
+ZEB_API void zebSceneBegin(void);
+/**
+ * Renders what the world block holds, closes the device and the block, and releases the block's
+ * lights and objects. After staged rendering (zebRenderInit) goes on where that stood.
+ *
+ * Legal in a world block; elsewhere code 4. From inside a callback: code 8.
+ */
+ZEB_API void zebSceneEnd(void);
+/** @} */
+
+/** @name Options
+ * All of them are legal outside any block and in a frame; elsewhere they report code 5. Values are
+ * kept for the frame; at the end of a frame those from before return. */
+/** @{ */
+
+/**
+ * Sets where the picture lies and how large it is.
+ *
+ * @param x,y        origin, passed to the device
+ * @param xres,yres  pixels across and down; 0 or less takes the device's (640 x 480 for files)
+ *
+ * Code 10 for a picture no memory could hold.
+ */
+ZEB_API void zebRasterViewport(long x, long xres, long y, long yres);
+/** Sets the width of a pixel divided by its height; 0 takes the device's, which is 1. */
+ZEB_API void zebRasterAspect(float aspect);
+/** Sets the rectangle of the screen plane that fills the picture, in screen units. A zero width or
+    height (the default) makes one from the frame aspect ratio. */
+ZEB_API void zebImageWindow(float left, float right, float bottom, float top);
+/** Sets the picture's width divided by its height on screen; 0 (default) takes it from resolution
+    and pixel aspect. */
+ZEB_API void zebImageAspect(float aspect);
+/** Sets the part of the picture to render, as fractions 0 to 1, y downwards; swapped bounds are
+    put right. Code 10 outside 0 to 1; the values are kept and clamped. */
+ZEB_API void zebImageCrop(float xmin, float xmax, float ymin, float ymax);
+/** Makes the current transformation the screen projection, without perspective, and resets the
+    transformation to the identity. The default projection. */
+ZEB_API void zebViewOrthographic(void);
+/** As zebViewOrthographic, with a perspective of the given field of view in degrees, measured
+    across the screen window's -1 ... 1. Code 10 outside 1e-10 ... 180, taken as 90. */
+ZEB_API void zebViewPerspective(float fov);
+/** As zebViewOrthographic, but z is left as it is: surfaces show between z = 0 and z = 1. */
+ZEB_API void zebViewIdentity(void);
+/** Sets the clipping distances along z in camera space; default 1e-10 and 1e38. Code 10 for near
+    below 1e-10 or not below far (1e-10 taken) and for far above 1e38 (1e38 taken). Finite distances
+    close to the scene give the depth output its resolution. */
+ZEB_API void zebClip(float nearz, float farz);
+
+/** Samples adaptively, 8 to 96 samples a pixel: more while the colour variance exceeds the
+    threshold. */
+ZEB_API void zebSampleAdaptive(float threshold);
+/** Samples uniformly, so many samples a pixel along x and y; default 2 and 2, below 1 is 1. */
+ZEB_API void zebSampleUniform(float xsamples, float ysamples);
+/** Sets how far uniform samples stray from their lattice: 0 not at all; default 0.5. Code 10 for
+    a negative value. */
+ZEB_API void zebSampleJitter(float amount);
+/** Chooses a built-in pixel filter (ZEB_FILTER_...). Code 10 for any other number. */
+ZEB_API void zebFilter(short id);
+/** Makes a function of the host the pixel filter. Code 10 for a null pointer. */
+ZEB_API void zebCustomFilter(ZebFilterFunction filter);
+/** Sets the pixel filter's box, in pixels; default 2 and 2. By default surfaces are filed for
+    filters up to 2 pixels wide, and wider ones show seams between buckets (zebQuirks). Code 10 for
+    widths of 0 or less and for absurd ones. */
+ZEB_API void zebFilterWidth(float xwidth, float ywidth);
+
+/** Multiplies colours before gamma; default 1. */
+ZEB_API void zebColorGain(float gain);
+/** Sets the display gamma: colours are raised to 1 / gamma; default 1. Code 10 below 1e-10. */
+ZEB_API void zebColorGamma(float gamma);
+/** Sets the integers that colours and alpha become: round(one * value + jitter), clamped to
+    min ... max; default 255, 0, 255. one = 0 passes floats, clamped to 0 ... 1. */
+ZEB_API void zebColorQuantize(long one, long min, long max);
+/** Sets the dither amplitude added before rounding, in steps; default 0.5. */
+ZEB_API void zebColorJitter(float amplitude);
+/** zebColorQuantize for depth; default 0, floats. */
+ZEB_API void zebDepthQuantize(long one, long min, long max);
+/** zebColorJitter for depth; default 0. */
+ZEB_API void zebDepthJitter(float amplitude);
+/** Sends the picture to a window of that title; the default, with "Zebrix". */
+ZEB_API void zebOutputDisplay(const char *name);
+/** Sends the picture to a file. It appears when the world ends, whole or not at all. Code 10 for
+    an unknown kind or a null or empty name. @param kind ZEB_FILE_... @param name a path */
+ZEB_API void zebOutputFile(short kind, const char *name);
+/** Chooses what each pixel holds (ZEB_SAMPLES_...). Code 10 for any other number. */
+ZEB_API void zebOutputSamples(short samples);
+/** Chooses the hider (ZEB_HIDER_...). Code 10 for any other number, taken as ZEB_HIDER_HIDDEN. */
+ZEB_API void zebHider(short type);
+/** Sets the colour space that colour values come in.
+    @param n number of samples of a colour, 1 or more
+    @param ntorgb n x 3: what each sample adds to red, green and blue
+    @param rgbton 3 x n: how many of each sample red, green and blue hold */
+ZEB_API void zebColorSpace(long n, const float *ntorgb, const float *rgbton);
+/** Sets tuning values.
+    @param gridsize largest side of a grid in micropolygons; default 32
+    @param width,height of a bucket in pixels; default 12 and 12
+    Code 10 for values below 1 and absurd ones. */
+ZEB_API void zebTune(long gridsize, long width, long height);
+/** @} */
+
+/** @name Attribute blocks and attributes
+ * zebAttributePush and zebMatrixPush are legal everywhere but in object and motion blocks
+ * (elsewhere code 8), their ends in their own block (elsewhere code 4). The attributes are legal
+ * everywhere but in an object block (code 6) and are kept to the end of the innermost frame, world,
+ * attribute or object block. Inside a motion block only the first call takes effect. */
+/** @{ */
+
+/** Opens an attribute block: saves attributes and transformation. */
+ZEB_API void zebAttributePush(void);
+/** Closes the attribute block: restores attributes and transformation. */
+ZEB_API void zebAttributePop(void);
+/** Sets the surface colour, as many floats as colour samples; default white. */
+ZEB_API void zebColor(const float *color);
+/** Sets the opacity, as zebColor: 1 hides what is behind, 0 shows it; default 1. */
+ZEB_API void zebOpacity(const float *opacity);
+/** Sets the area of a micropolygon in pixels, default 0.25. Code 10 below 1e-10. Below 1/1024 it
+    renders as 1/1024. */
+ZEB_API void zebShadingRate(float rate);
+/** Chooses ZEB_CONSTANT or ZEB_SMOOTH. Code 10 for any other number. */
+ZEB_API void zebShadingModel(short model);
+/** Non-zero makes surfaces cut holes: they hide what is behind and stay empty themselves. */
+ZEB_API void zebMatteObject(short on);
+/**
+ * Adds a light and switches it on.
+ *
+ * | name    | parameters and defaults |
+ * |---------|---|
+ * | ambient | intensity 1, color white |
+ * | distant | intensity, color, from (0 0 0), to (0 0 1) |
+ * | omni    | intensity, color, from (0 0 0); falls off with the square of the distance |
+ * | spot    | as omni, and to (0 0 1), coneangle 30, conedeltaangle 5, beamdistribution 2 |
+ *
+ * Points are in the current coordinate system, angles in degrees. A spot whose angles are left
+ * unset gets a very narrow cone (zebQuirks).
+ *
+ * @return a handle for zebLightSwitch, good until the frame or world block ends in which the light
+ *         was made; null if refused: code 10 for an unknown name
+ */
+ZEB_API const void *zebLightSource(unsigned short name, ...);
+/** zebLightSource with the parameter list as arrays. */
+ZEB_API const void *zebLightSourceV(unsigned short name, long n, const unsigned short *tokens,
+                                    void *const *values);
+/** Switches a light on (non-zero) or off for what follows. Code 10 for a dead handle. */
+ZEB_API void zebLightSwitch(const void *light, short on);
+/**
+ * Sets the surface shader.
+ *
+ * | name     | parameters and defaults | colour |
+ * |----------|---|---|
+ * | constant | none | the surface colour, unlit |
+ * | diffuse  | ka 1, kd 1 | C (ka ambient + kd diffuse) |
+ * | metal    | ka 1, ks 1, roughness 0.1 | C (ka ambient + ks specular) |
+ * | plastic  | ka 1, kd 0.5, ks 0.5, roughness 0.1, specularcolor white | both; the default |
+ *
+ * Any other name gives plastic.
+ */
+ZEB_API void zebSurface(unsigned short name, ...);
+/** zebSurface with the parameter list as arrays. */
+ZEB_API void zebSurfaceV(unsigned short name, long n, const unsigned short *tokens,
+                         void *const *values);
+/** Sets the atmosphere: "depthcue" (hither 0, yon 1, color black), linear in camera z, or "fog"
+    (distance 1, color black), exponential. Code 10 for any other name, and then there is none. */
+ZEB_API void zebAtmosphere(unsigned short name, ...);
+/** zebAtmosphere with the parameter list as arrays. */
+ZEB_API void zebAtmosphereV(unsigned short name, long n, const unsigned short *tokens,
+                            void *const *values);
+/** Promises that what follows lies in a box (xmin, xmax, ymin, ymax, zmin, zmax; object space):
+    primitives are bounded by it as well, and those outside it are not drawn. */
+ZEB_API void zebBound(const float *bound);
+/** Sets how far a curved surface may stray from its micropolygons, in pixels; default 0.5. Code 10
+    below 1e-10. */
+ZEB_API void zebFlatness(float flatness);
+/** Sets which way normals point (ZEB_OUTSIDE ...). Code 10 for any other number. */
+ZEB_API void zebOrientation(short orientation);
+/** Sets how many sides surfaces have: 2 (default), or 1 to drop those that face away. */
+ZEB_API void zebBackface(short sides);
+/** Names what follows in messages raised while it renders. */
+ZEB_API void zebObjectName(const char *name);
+/** Names the shading group of what follows, for messages. */
+ZEB_API void zebGroupName(const char *name);
+/** Chooses the spline basis (ZEB_BASIS_...) for u, v or both (ZEB_APPLY_...). Code 10 for any other
+    number. */
+ZEB_API void zebBasis(short basis, short application);
+/** Sets a spline basis of the host's own and its step in control points, 1 or more. Code 10 for an
+    unknown application, a step below 1 or a singular matrix. */
+ZEB_API void zebCustomBasis(short application, ZebMatrix basis, long step);
+/** @} */
+
+/** @name Transformations
+ * Legal everywhere but in an object block (code 6). Each acts in the current coordinate system:
+ * the transformation given last is applied to points first. */
+/** @{ */
+
+/** Saves the transformation. */
+ZEB_API void zebMatrixPush(void);
+/** Restores the transformation. */
+ZEB_API void zebMatrixPop(void);
+/** Makes the current coordinate system camera space. */
+ZEB_API void zebLoadIdentity(void);
+/** Makes the current coordinate system one that the matrix takes to world space. */
+ZEB_API void zebLoadMatrix(ZebMatrix matrix);
+/** Applies a matrix. */
+ZEB_API void zebMultMatrix(ZebMatrix matrix);
+/** Applies a perspective of the given field of view. */
+ZEB_API void zebPerspective(float fov);
+/** Moves the origin. */
+ZEB_API void zebTranslate(float x, float y, float z);
+/** Rotates about an axis, right-handed in angle from x to y about +z. Code 15 for a zero axis. */
+ZEB_API void zebRotate(float angle, float x, float y, float z);
+/** Scales along the axes. */
+ZEB_API void zebScale(float x, float y, float z);
+/** Shears so that the direction (dx1, dy1, dz1) turns by the angle towards (dx2, dy2, dz2). Code 15
+    for zero or parallel directions, 10 if the angle reaches the second direction. */
+ZEB_API void zebSkew(float angle, float dx1, float dy1, float dz1, float dx2, float dy2, float dz2);
+/** @} */
+
+/** @name Coordinate spaces
+ * Legal everywhere but in object and motion blocks (code 8). */
+/** @{ */
+
+/** Gives the current coordinate system a name. Code 10 for the five built-in ones. */
+ZEB_API void zebMarkSpace(unsigned short space);
+/**
+ * Converts points between spaces, in place.
+ *
+ * @param from,to  tokens of raster, image, eye, world, model or a marked space
+ * @param n        number of points, 0 or more
+ * @param points   n points
+ * @return points, or null: code 10 for an unknown space, 15 for a singular matrix
+ */
+ZEB_API ZebPoint *zebProjectPoints(unsigned short from, unsigned short to, long n,
+                                   ZebPoint *points);
+/** @} */
+
+/** @name Polygons
+ * Legal in a world block and everything nested in it; elsewhere code 7. Each needs "point", three
+ * floats a vertex: code 13 without, 11 with more than one. Primitive variables: uniform one value a
+ * face, varying and vertex one a vertex. Vertices run counter-clockwise seen from outside in a
+ * right-handed object space. */
+/** @{ */
+
+/** Adds a planar convex polygon. @param nvertices 3 or more */
+ZEB_API void zebPolygon(long nvertices, ...);
+/** zebPolygon with the parameter list as arrays. */
+ZEB_API void zebPolygonV(long nvertices, long n, const unsigned short *tokens, void *const *values);
+/** Adds a planar polygon, concave or with holes.
+    @param nloops 1 or more; the first is the outline, the others are holes
+    @param nvertices vertices of each loop, 3 or more; the points follow loop by loop */
+ZEB_API void zebGeneralPolygon(long nloops, const long *nvertices, ...);
+/** zebGeneralPolygon with the parameter list as arrays. */
+ZEB_API void zebGeneralPolygonV(long nloops, const long *nvertices, long n,
+                                const unsigned short *tokens, void *const *values);
+/** Adds convex polygons that share vertices.
+    @param npolys 1 or more
+    @param nvertices vertices of each face, 3 or more
+    @param vertices indices into the points, face by face, from 0 */
+ZEB_API void zebPolygonMesh(long npolys, const long *nvertices, const long *vertices, ...);
+/** zebPolygonMesh with the parameter list as arrays. */
+ZEB_API void zebPolygonMeshV(long npolys, const long *nvertices, const long *vertices, long n,
+                             const unsigned short *tokens, void *const *values);
+/** Adds general polygons that share vertices.
+    @param npolys 1 or more
+    @param nloops loops of each face
+    @param nvertices vertices of each loop of all faces
+    @param vertices indices into the points, loop by loop, from 0 */
+ZEB_API void zebGeneralPolygonMesh(long npolys, const long *nloops, const long *nvertices,
+                                   const long *vertices, ...);
+/** zebGeneralPolygonMesh with the parameter list as arrays. */
+ZEB_API void zebGeneralPolygonMeshV(long npolys, const long *nloops, const long *nvertices,
+                                    const long *vertices, long n, const unsigned short *tokens,
+                                    void *const *values);
+/** @} */
+
+/** @name Patches and NURBS
+ * Legal where polygons are. Not rendered by this version: after the check of the block each reports
+ * code 2, " Optional ZEB feature.". */
+/** @{ */
+
+/** Adds a bilinear (4 points) or bicubic (16 points) patch, u running fastest. */
+ZEB_API void zebPatch(short type, ...);
+/** zebPatch with the parameter list as arrays. */
+ZEB_API void zebPatchV(short type, long n, const unsigned short *tokens, void *const *values);
+/** Adds a mesh of nu x nv control points, u running fastest. */
+ZEB_API void zebPatchMesh(short type, long nu, short uwrap, long nv, short vwrap, ...);
+/** zebPatchMesh with the parameter list as arrays. */
+ZEB_API void zebPatchMeshV(short type, long nu, short uwrap, long nv, short vwrap, long n,
+                           const unsigned short *tokens, void *const *values);
+/** Adds a rational B-spline patch of one span: its orders are its counts. */
+ZEB_API void zebNurb(long nu, const float *uknot, float umin, float umax, long nv,
+                     const float *vknot, float vmin, float vmax, ...);
+/** zebNurb with the parameter list as arrays. */
+ZEB_API void zebNurbV(long nu, const float *uknot, float umin, float umax, long nv,
+                      const float *vknot, float vmin, float vmax, long n,
+                      const unsigned short *tokens, void *const *values);
+/** Adds a rational B-spline surface of nu x nv control points; nu + uorder and nv + vorder knots. */
+ZEB_API void zebNurbMesh(long nu, long uorder, const float *uknot, float umin, float umax, long nv,
+                         long vorder, const float *vknot, float vmin, float vmax, ...);
+/** zebNurbMesh with the parameter list as arrays. */
+ZEB_API void zebNurbMeshV(long nu, long uorder, const float *uknot, float umin, float umax, long nv,
+                          long vorder, const float *vknot, float vmin, float vmax, long n,
+                          const unsigned short *tokens, void *const *values);
+/** @} */
+
+/** @name Quadrics
+ * Legal where polygons are. Not rendered by this version: after the check of the block each reports
+ * code 2, " Optional ZEB feature.". Sweeps are degrees about z. */
+/** @{ */
+
+/** Adds a sphere about the origin, cut at zmin and zmax. */
+ZEB_API void zebSphere(float radius, float zmin, float zmax, float thetamax, ...);
+/** zebSphere with the parameter list as arrays. */
+ZEB_API void zebSphereV(float radius, float zmin, float zmax, float thetamax, long n,
+                        const unsigned short *tokens, void *const *values);
+/** Adds a cone on the xy plane, cut at cutheight. */
+ZEB_API void zebCone(float radius, float height, float cutheight, float thetamax, ...);
+/** zebCone with the parameter list as arrays. */
+ZEB_API void zebConeV(float radius, float height, float cutheight, float thetamax, long n,
+                      const unsigned short *tokens, void *const *values);
+/** Adds a cylinder from zmin to zmax. */
+ZEB_API void zebCylinder(float radius, float zmin, float zmax, float thetamax, ...);
+/** zebCylinder with the parameter list as arrays. */
+ZEB_API void zebCylinderV(float radius, float zmin, float zmax, float thetamax, long n,
+                          const unsigned short *tokens, void *const *values);
+/** Adds the surface that the line between two points (three floats each) sweeps. */
+ZEB_API void zebHyperboloid(const float *point1, const float *point2, float thetamax, ...);
+/** zebHyperboloid with the parameter list as arrays. */
+ZEB_API void zebHyperboloidV(const float *point1, const float *point2, float thetamax, long n,
+                             const unsigned short *tokens, void *const *values);
+/** Adds a paraboloid of radius rmax at zmax, between zmin and zmax. */
+ZEB_API void zebParaboloid(float rmax, float zmin, float zmax, float thetamax, ...);
+/** zebParaboloid with the parameter list as arrays. */
+ZEB_API void zebParaboloidV(float rmax, float zmin, float zmax, float thetamax, long n,
+                            const unsigned short *tokens, void *const *values);
+/** Adds a disk or ring in the xy plane. */
+ZEB_API void zebDisk(float innerradius, float radius, float thetamax, ...);
+/** zebDisk with the parameter list as arrays. */
+ZEB_API void zebDiskV(float innerradius, float radius, float thetamax, long n,
+                      const unsigned short *tokens, void *const *values);
+/** Adds a torus about the z axis. */
+ZEB_API void zebTorus(float majorradius, float minorradius, float phimin, float phimax,
+                      float thetamax, ...);
+/** zebTorus with the parameter list as arrays. */
+ZEB_API void zebTorusV(float majorradius, float minorradius, float phimin, float phimax,
+                       float thetamax, long n, const unsigned short *tokens, void *const *values);
+/** @} */
+
+/** @name Procedurals, objects and motion */
+/** @{ */
+
+/**
+ * Adds geometry that is built only if and when its bound can be seen.
+ *
+ * @param data       handed to both functions
+ * @param bound      xmin, xmax, ymin, ymax, zmin, zmax in object space; what subdivide builds must
+ *                   lie in it
+ * @param subdivide  makes interface calls under the attributes and transformation in force here
+ * @param free       called exactly once, whatever becomes of the procedural, also if this call is
+ *                   refused; may be null
+ *
+ * Legal in a world block and what nests in it, but not in a motion block; elsewhere code 7.
+ */
+ZEB_API void zebProcedural(void *data, const float *bound, ZebSubdivideFunction subdivide,
+                           ZebFreeFunction free);
+/** Opens the definition of an object: primitives, all of one kind (code 11), are kept instead of
+    drawn. @return its handle, good until the frame or world block ends; null if refused. Legal
+    everywhere but in object and motion blocks; elsewhere code 8. */
+ZEB_API const void *zebObjectBegin(void);
+/** Closes the definition. Legal in an object block; elsewhere code 4. */
+ZEB_API void zebObjectEnd(void);
+/** Draws an object under the current attributes and transformation. By default all instances share
+    those of the last call (zebQuirks). Legal in a world block and what nests in it, but not in
+    object and motion blocks; elsewhere code 7. Code 10 for a dead handle. */
+ZEB_API void zebObjectCall(const void *object);
+/** @} */
+
+/** @name Errors */
+/** @{ */
+
+/** Makes a built-in handler (ZEB_ERROR_...) the one for the severities of a mask (0xB00 and any sum
+    of their low bits). Code 10 for other numbers. Legal anywhere; kept by zebReset. */
+ZEB_API void zebErrorHandler(short mask, short kind);
+/** Makes a function of the host the handler for the severities of a mask. A null one ignores.
+    Code 10 for an unknown mask. Legal anywhere; kept by zebReset. */
+ZEB_API void zebCustomErrorHandler(short mask, ZebErrorFunction handler);
+/** @return the code of the last report that reached a built-in handler; 0 before the first. */
+ZEB_API long zebLastError(void);
+/** Does nothing with a comment. */
+ZEB_API void zebComment(const char *text);
+/** @} */
+
+#ifdef __cplusplus
+} /* extern "C" */
+#endif
+
+/** @name Functions under decorated names */
+/** @{ */
+
+/** Returns everything to the state at the start; a picture being rendered is given up. Error
+    handlers, tokens and marked spaces stay. Legal anywhere, but from inside a callback: code 8. */
+ZEB_API void zebReset(void) ZEB_DECORATED("_Z8zebResetv");
+/** Sends the lines of printed reports to a function of the host; null drops them. By default they
+    go to standard error. Legal anywhere; kept by zebReset. */
+ZEB_API void zebErrorPrinter(ZebPrintFunction printer) ZEB_DECORATED("_Z15zebErrorPrinterPFvPKcE");
+/** Begins to render the world block in stages: zebRenderInit, then zebRenderBucket until it returns
+    0, then zebSceneEnd. Primitives added on the way show where the picture is not yet done. */
+ZEB_API void zebRenderInit(void) ZEB_DECORATED("_Z13zebRenderInitv");
+/** Renders the next bucket. @return non-zero while buckets remain */
+ZEB_API short zebRenderBucket(void) ZEB_DECORATED("_Z15zebRenderBucketv");
+/** @return how much is rendered, in percent, the bucket under way included; 0 when nothing is being
+    rendered */
+ZEB_API long zebProgress(void) ZEB_DECORATED("_Z11zebProgressv");
+/** Sets the displacement bound, an attribute. Recorded; nothing is displaced. */
+ZEB_API void zebBoundDisplacement(float amount) ZEB_DECORATED("_Z20zebBoundDisplacementf");
+/** Opens a motion block: of the calls in it only the first takes effect.
+    @param n number of times, which follow; they are not used. Legal everywhere but in object and
+    motion blocks; elsewhere code 8. */
+ZEB_API void zebMotionBegin(long n, ...) ZEB_DECORATED("_Z14zebMotionBeginlz");
+/** zebMotionBegin with the times as an array. */
+ZEB_API void zebMotionBeginV(long n, float *times) ZEB_DECORATED("_Z15zebMotionBeginVlPf");
+/** Closes the motion block. Elsewhere code 4. */
+ZEB_API void zebMotionEnd(void) ZEB_DECORATED("_Z12zebMotionEndv");
+/** @} */
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** @name Extensions */
+/** @{ */
+
+/**
+ * A device of the host's own: it receives the picture. Null members are skipped.
+ *
+ * span delivers the pixels x0 ... x1 of row y: for each, the words of the output samples in the
+ * order red, green, blue, alpha, depth; each word an integer, or the bits of a float where the
+ * quantization's "one" is 0. flush says that rows y0 ... y1 are final. Spans of a row may come in
+ * several pieces.
+ */
+typedef struct ZebDisplay {
+    void *data; /**< the first argument of every call */
+    void (*open)(void *data, const char *name, long xres, long yres, long xorigin, long yorigin);
+    void (*span)(void *data, long x0, long x1, long y, const unsigned int *words);
+    void (*flush)(void *data, long y0, long y1);
+    void (*close)(void *data);
+} ZebDisplay;
+
+/** Sends the picture to a device of the host's own; an option. The struct is copied; null brings
+    the window back. The last of zebOutputDisplay, zebOutputFile and zebCustomDisplay counts. */
+ZEB_API void zebCustomDisplay(const ZebDisplay *device);
+/** Interns a name with a class (ZEB_UNIFORM ...) and a type (ZEB_FLOAT ...), so that it can carry
+    values on primitives. A name that exists keeps its own. Code 10 for other numbers.
+    @return the token, 0 if refused. Legal anywhere. */
+ZEB_API unsigned short zebDeclare(const char *name, short storage, short type);
+/** Keeps (non-zero, the default) or mends some odd ways; an option.
+    Mended: each instance of an object has its own attributes, transformation and order; a patch
+    in an object keeps its points; filters wider than 2 pixels show no seams; an unset spot cone is
+    30 and 5 degrees. */
+ZEB_API void zebQuirks(short on);
+/** Sets how many threads render; an option. 1 (default) is the caller's alone; this version takes
+    no other: code 10. */
+ZEB_API void zebThreads(long n);
+/** Lets open windows repaint. @param wait non-zero waits for an event @return how many windows are
+    open; this version opens none. Legal anywhere. */
+ZEB_API short zebWindowEvents(short wait);
+/** @return the library's version, 10000 * major + 100 * minor + patch. Legal anywhere. */
+ZEB_API long zebVersion(void);
+/** @} */
+
+#ifdef __cplusplus
+} /* extern "C" */
+#endif
+
+#endif
