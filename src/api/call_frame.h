@@ -1,0 +1,49 @@
+// What every exported function begins and ends with.
+#pragma once
+
+#include <cstdarg>
+#include <vector>
+
+#include "state/error.h"
+#include "util/float_environment.h"
+
+namespace zeb
+{
+
+// Names the function for messages, and keeps the host's floating-point modes out. A call from
+// inside a callback gives the name of the outer one back.
+class CallFrame
+{
+public:
+    explicit CallFrame(const char* name) : fPrevious(setErrorFuncName(name)) {}
+    ~CallFrame() { setErrorFuncName(fPrevious); }
+    CallFrame(const CallFrame&) = delete;
+    CallFrame& operator=(const CallFrame&) = delete;
+
+private:
+    FloatEnvironment fEnvironment;
+    const char* fPrevious;
+};
+
+// The pairs of tokens and value pointers at the end of a call's arguments. A token comes as an
+// integer slot, of which the low 16 bits count; the first that is 0 there ends the list.
+class ParameterPairs
+{
+public:
+    explicit ParameterPairs(std::va_list args)
+    {
+        while (const auto token = static_cast<unsigned short>(va_arg(args, int))) {
+            fTokens.push_back(token);
+            fValues.push_back(va_arg(args, void*));
+        }
+    }
+    long n() const { return static_cast<long>(fTokens.size()); }
+    const unsigned short* tokens() const { return fTokens.empty() ? nullptr : fTokens.data(); }
+    void* const* values() const { return fValues.empty() ? nullptr : fValues.data(); }
+
+private:
+    std::vector<unsigned short> fTokens;
+    std::vector<void*> fValues;
+};
+
+}  // namespace zeb

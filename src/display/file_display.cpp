@@ -1,0 +1,144 @@
+#include "display/file_display.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <utility>
+
+#include "util/report.h"
+
+namespace zeb
+{
+
+namespace
+{
+
+// Rows are kept in memory until the picture is whole.
+constexpr double kMaxWords = 4e9;
+
+bool endsIn(const std::string& name, const char* ending)
+{
+    const std::size_t length = std::strlen(ending);
+    return name.size() >= length &&
+           std::equal(name.end() - static_cast<std::ptrdiff_t>(length), name.end(), ending,
+                      [](unsigned char a, char b) { return std::tolower(a) == b; });
+}
+
+void reportFile(const std::string& name, const char* why)
+{
+    error(kRange, kError, "cannot write \"%s\": %s", name.c_str(), why);
+}
+
+}  // namespace
+
+bool FileDisplay::chooseWriter()
+{
+    unsigned short kind = fKind;
+    if (kind == kOutputAuto) {
+        if (endsIn(fName, ".png")) kind = kOutputPng;
+        if (endsIn(fName, ".exr")) kind = kOutputExr;
+        if (kind == kOutputAuto) {
+            reportFile(fName, "the ending names no format");
+            return false;
+        }
+    }
+#if ZEB_PNG
+    if (kind == kOutputPng) fWriter = writePng;
+#endif
+#if ZEB_EXR
+    if (kind == kOutputExr) fWriter = writeExr;
+#endif
+    if (fWriter) return true;
+    zeb::error(kUnsupported, kError, "this build has no writer for \"%s\"", fName.c_str());
+    return false;
+}
+
+bool FileDisplay::openFile()
+{
+    namespace fs = std::filesystem;
+    std::error_code failed;
+    const fs::file_status status = fs::status(fName, failed);
+    // What is no ordinary file, such as a pipe, is not to be replaced by one.
+    const bool direct = fs::exists(status) && !fs::is_regular_file(status);
+    fTemporary = direct ? "" : fName + ".part";
+    for (int attempt = 1; !direct && fs::exists(fTemporary, failed) && attempt < 1000; ++attempt) {
+        fTemporary = fName + ".part" + std::to_string(attempt);
+    }
+    fFile = std::fopen(direct ? fName.c_str() : fTemporary.c_str(), "wb");
+    if (!fFile) {
+        const int why = errno;
+        fTemporary.clear();
+        reportFile(fName, std::strerror(why));
+    }
+    return fFile != nullptr;
+}
+
+void FileDisplay::open(const char* name, long xres, long yres, long xorigin, long yorigin)
+{
+    Display::open(name, xres, yres, xorigin, yorigin);
+    fName = name;
+    const double words =
+        static_cast<double>(xres) * static_cast<double>(yres) * fPicture.format.channels();
+    if (words > kMaxWords) {
+        zeb::error(kRange, kError, "a picture of %ld x %ld is too large for a file", xres, yres);
+        return;
+    }
+    if (!chooseWriter() || !openFile()) return;
+    fPicture.width = xres;
+    fPicture.height = yres;
+    fPicture.rows.resize(static_cast<std::size_t>(yres));
+    if (fWriter == writePng && fPicture.format.depth && fPicture.format.rgb) {
+        zeb::error(kUnsupported, kWarning, "depth is left out of \"%s\"", fName.c_str());
+    }
+}
+
+void FileDisplay::span(long x0, long x1, long y, const std::uint32_t* words)
+{
+    if (!fFile) return;
+    const auto channels = static_cast<std::size_t>(fPicture.format.channels());
+    auto& row = fPicture.rows[static_cast<std::size_t>(y)];
+    if (!row) {
+        row.reset(new std::uint32_t[static_cast<std::size_t>(fPicture.width) * channels]());
+    }
+    std::copy(words, words + static_cast<std::size_t>(x1 - x0 + 1) * channels,
+              row.get() + static_cast<std::size_t>(x0) * channels);
+}
+
+void FileDisplay::flush(long y0, long y1) { fFinalRows += y1 - y0 + 1; }
+
+void FileDisplay::discard()
+{
+    if (fFile) std::fclose(std::exchange(fFile, nullptr));
+    if (!fTemporary.empty()) std::remove(fTemporary.c_str());
+    fTemporary.clear();
+    fPicture.rows.clear();
+}
+
+void FileDisplay::close()
+{
+    if (!fFile || fFinalRows < fPicture.height) {
+        discard();
+        return;
+    }
+    errno = 0;
+    bool good = fWriter(fPicture, fFile);
+    good = std::fflush(fFile) == 0 && !std::ferror(fFile) && good;
+    int why = errno;
+    if (std::fclose(std::exchange(fFile, nullptr)) != 0 && good) {
+        good = false;
+        why = errno;
+    }
+    if (good && !fTemporary.empty()) {
+        std::error_code failed;
+        std::filesystem::rename(fTemporary, fName, failed);
+        good = !failed;
+        why = failed.value();
+        if (good) fTemporary.clear();
+    }
+    discard();
+    if (!good) reportFile(fName, why ? std::strerror(why) : "the writer failed");
+}
+
+}  // namespace zeb

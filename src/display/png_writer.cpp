@@ -1,0 +1,128 @@
+#include <png.h>
+
+#include <cmath>
+#include <csetjmp>
+#include <cstring>
+#include <vector>
+
+#include "display/file_display.h"
+
+namespace zeb
+{
+
+namespace
+{
+
+float asFloat(std::uint32_t word)
+{
+    float value;
+    std::memcpy(&value, &word, sizeof value);
+    return value;
+}
+
+// A word as a fraction of its full scale.
+double fraction(std::uint32_t word, const Quantizer& quantizer)
+{
+    if (quantizer.one < 1) return asFloat(word);
+    return static_cast<double>(static_cast<std::int32_t>(word)) /
+           static_cast<double>(quantizer.one);
+}
+
+bool needs16Bits(const Quantizer& quantizer) { return quantizer.one < 1 || quantizer.max > 255; }
+
+// Which words of a pixel a file holds, and how.
+struct PngLayout {
+    const PixelFormat& format;
+    bool wide;
+    int color;  // words of colour or grey: 3 or 1
+
+    explicit PngLayout(const PixelFormat& f)
+        : format(f),
+          wide(((f.rgb || f.alpha) && needs16Bits(f.color)) ||
+               (!f.rgb && f.depth && needs16Bits(f.depthQuantizer))),
+          color(f.rgb ? 3 : 1)
+    {
+    }
+    bool hasAlpha() const { return format.alpha && (format.rgb || format.depth); }
+    int type() const
+    {
+        if (color == 3) return hasAlpha() ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB;
+        return hasAlpha() ? PNG_COLOR_TYPE_GRAY_ALPHA : PNG_COLOR_TYPE_GRAY;
+    }
+    std::size_t rowBytes(long width) const
+    {
+        return static_cast<std::size_t>(width) * static_cast<std::size_t>(color + hasAlpha()) *
+               (wide ? 2 : 1);
+    }
+
+    void store(double value, png_bytep& out) const
+    {
+        const double full = wide ? 65535 : 255;
+        const double scaled = std::floor(value * full + 0.5);
+        const auto sample = static_cast<unsigned>(scaled > 0 ? std::fmin(scaled, full) : 0);
+        if (wide) *out++ = static_cast<png_byte>(sample >> 8);
+        *out++ = static_cast<png_byte>(sample & 0xFF);
+    }
+
+    void encode(const std::uint32_t* words, long width, png_bytep out) const
+    {
+        const int channels = format.channels();
+        for (long x = 0; x < width; ++x, words += channels) {
+            if (format.rgb) {
+                const double alpha = format.alpha ? fraction(words[3], format.color) : 1;
+                for (int c = 0; c < 3; ++c) {
+                    // Colours come multiplied by their coverage; the format wants them bare.
+                    const double value = fraction(words[c], format.color);
+                    store(alpha > 0 ? value / alpha : 0, out);
+                }
+                if (format.alpha) store(alpha, out);
+            } else if (format.depth) {
+                store(fraction(words[channels - 1], format.depthQuantizer), out);
+                if (format.alpha) store(fraction(words[0], format.color), out);
+            } else {
+                store(fraction(words[0], format.color), out);
+            }
+        }
+    }
+};
+
+// Nothing with a destructor lives here: libpng leaves it by a jump when writing fails.
+bool writeRows(png_structp png, png_infop info, std::FILE* file, const Picture& picture,
+               const PngLayout& layout, const std::uint32_t* emptyRow, png_bytep row)
+{
+    if (setjmp(png_jmpbuf(png))) return false;
+    png_init_io(png, file);
+    png_set_IHDR(png, info, static_cast<png_uint_32>(picture.width),
+                 static_cast<png_uint_32>(picture.height), layout.wide ? 16 : 8, layout.type(),
+                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    png_write_info(png, info);
+    for (long y = 0; y < picture.height; ++y) {
+        const std::uint32_t* words = picture.rows[static_cast<std::size_t>(y)].get();
+        layout.encode(words ? words : emptyRow, picture.width, row);
+        png_write_row(png, row);
+    }
+    png_write_end(png, nullptr);
+    return true;
+}
+
+void ignoreMessage(png_structp, png_const_charp) {}
+[[noreturn]] void failQuietly(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+
+}  // namespace
+
+bool writePng(const Picture& picture, std::FILE* file)
+{
+    const PngLayout layout(picture.format);
+    const std::vector<std::uint32_t> emptyRow(static_cast<std::size_t>(picture.width) *
+                                              static_cast<std::size_t>(picture.format.channels()));
+    std::vector<png_byte> row(layout.rowBytes(picture.width));
+    png_structp png =
+        png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, failQuietly, ignoreMessage);
+    png_infop info = png ? png_create_info_struct(png) : nullptr;
+    const bool good =
+        info && writeRows(png, info, file, picture, layout, emptyRow.data(), row.data());
+    png_destroy_write_struct(&png, &info);
+    return good;
+}
+
+}  // namespace zeb

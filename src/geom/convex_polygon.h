@@ -1,0 +1,55 @@
+// Convex polygons and their meshes.
+#pragma once
+
+#include "geom/polygon.h"
+
+namespace zeb
+{
+
+class ConvexPolygon : public Polygon
+{
+public:
+    static bool verify(long n, long nargs, const unsigned short* tokens, void* const* values);
+    ConvexPolygon(long n, long nargs, const unsigned short* tokens, void* const* values);
+    ConvexPolygon(const Polygon& parent, std::uint32_t face, long n, const long* indices)
+        : Polygon(parent, face, n, indices)
+    {
+    }
+
+    unsigned short type() const override { return kConvexPolygon; }
+    std::unique_ptr<Primitive> copy() const override
+    {
+        return std::make_unique<ConvexPolygon>(*this);
+    }
+    // Cuts along the diagonal between nearly opposite vertices whose corners are widest.
+    void split(PrimitiveSink& sink) override;
+
+    struct Diagonal {
+        long from, to;
+    };
+    Diagonal bestDiagonal() const;
+    // The largest cosine of the four angles between the diagonal and the edges at its ends.
+    float cosMinAngle(long i, long j) const;
+};
+
+class ConvexPolygonMesh : public Polygon
+{
+public:
+    static bool verify(long nfaces, const long* nverts, const long* verts, long nargs,
+                       const unsigned short* tokens, void* const* values);
+    ConvexPolygonMesh(long nfaces, const long* nverts, const long* verts, long nargs,
+                      const unsigned short* tokens, void* const* values);
+
+    unsigned short type() const override { return kConvexPolygonMesh; }
+    std::unique_ptr<Primitive> copy() const override
+    {
+        return std::make_unique<ConvexPolygonMesh>(*this);
+    }
+    void split(PrimitiveSink& sink) override;
+
+private:
+    std::vector<long> fFaceSizes;
+    std::vector<long> fIndices;
+};
+
+}  // namespace zeb

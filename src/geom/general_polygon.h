@@ -1,0 +1,79 @@
+// Polygons that may be concave or have holes, and their meshes.
+#pragma once
+
+#include "geom/polygon.h"
+
+namespace zeb
+{
+
+// Loop 0 is the outline, the others are holes; the vertices follow loop by loop.
+class GeneralPolygon : public Polygon
+{
+public:
+    static bool verify(long nloops, const long* nverts, long nargs, const unsigned short* tokens,
+                       void* const* values);
+    GeneralPolygon(long nloops, const long* nverts, long nargs, const unsigned short* tokens,
+                   void* const* values);
+    GeneralPolygon(const Polygon& parent, std::uint32_t face, std::vector<long> loopSizes,
+                   const long* indices);
+
+    unsigned short type() const override { return kGeneralPolygon; }
+    std::unique_ptr<Primitive> copy() const override
+    {
+        return std::make_unique<GeneralPolygon>(*this);
+    }
+    // Joins holes to the outline, one at a time, then cuts concave outlines at reflex corners.
+    void split(PrimitiveSink& sink) override;
+
+    // Newell's normal of the outline (in: I. Sutherland, R. Sproull, R. Schumacker, 1974), not
+    // normalized.
+    Point normal() const { return loopNormal(0, fLoopSizes[0]); }
+    // Whether the outline turns one way only.
+    bool convex(const Point& N) const;
+    // Whether the line between two vertices meets an edge on the way, or leaves the polygon at its
+    // far end.
+    bool crosses(long i, long j, const Point& N) const;
+
+private:
+    struct Diagonal {
+        long from, to;
+    };
+
+    Point loopNormal(long first, long count) const;
+    // The neighbours of a vertex in its loop.
+    long after(long i) const;
+    long before(long i) const;
+    bool reflex(long i, const Point& N) const;
+    Diagonal concaveDiagonal(const Point& N) const;
+    void splitOutline(PrimitiveSink& sink, const Point& N);
+    void bridgeHole(PrimitiveSink& sink, const Point& N);
+    bool insideCorner(long corner, const Point& direction, const Point& N) const;
+
+    std::vector<long> fLoopSizes;
+    std::vector<long> fLoopStarts;  // and one more, past the end
+    std::vector<long> fLoopOf;      // the loop of each vertex
+    void indexLoops();
+};
+
+class GeneralPolygonMesh : public Polygon
+{
+public:
+    static bool verify(long nfaces, const long* nloops, const long* nverts, const long* verts,
+                       long nargs, const unsigned short* tokens, void* const* values);
+    GeneralPolygonMesh(long nfaces, const long* nloops, const long* nverts, const long* verts,
+                       long nargs, const unsigned short* tokens, void* const* values);
+
+    unsigned short type() const override { return kGeneralPolygonMesh; }
+    std::unique_ptr<Primitive> copy() const override
+    {
+        return std::make_unique<GeneralPolygonMesh>(*this);
+    }
+    void split(PrimitiveSink& sink) override;
+
+private:
+    std::vector<long> fFaceLoops;
+    std::vector<long> fLoopSizes;
+    std::vector<long> fIndices;
+};
+
+}  // namespace zeb

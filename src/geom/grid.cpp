@@ -1,0 +1,44 @@
+#include "geom/grid.h"
+
+#include "state/quark.h"
+
+namespace zeb
+{
+
+Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Attrib> attrib,
+           const Transform& transform, std::uint32_t seq, bool flip, bool triangular,
+           const ArgList& args)
+    : fUSize(usize),
+      fVSize(vsize),
+      fAttrib(std::move(attrib)),
+      fSeq(seq),
+      fFlip(flip),
+      fTriangular(triangular),
+      fVertices(new Vertex[(usize + 1u) * (vsize + 1u)])
+{
+    for (const ArgAssoc& assoc : args) {
+        if (assoc.token <= kQPointw) continue;
+        (assoc.token <= kQOpacity ? fVertexArgs : fOtherArgs).add(assoc);
+    }
+    fVertexArgs.project(transform.matrix(), flip);
+    fOtherArgs.project(transform.matrix(), flip);
+}
+
+void Grid::project(const RenderFrame& frame)
+{
+    fRowBounds.reset(new Bound[fVSize + 1u]);
+    for (int j = 0; j <= fVSize; ++j) {
+        Bound bound = Bound::empty();
+        const int count = vertexCount(j);
+        for (int i = 0; i < count; ++i) {
+            Point& P = vertex(i, j).P;
+            const float z = frame.hiderDepth(P.z);
+            P *= frame.cameraToRaster;
+            P.z = z;
+            bound.add(P);
+        }
+        fRowBounds[j] = bound;
+    }
+}
+
+}  // namespace zeb

@@ -1,0 +1,58 @@
+// What all polygons have in common.
+#pragma once
+
+#include <vector>
+
+#include "geom/primitive.h"
+
+namespace zeb
+{
+
+// Vertices are in object space.
+class Polygon : public Primitive
+{
+public:
+    // More than this is taken for a mistake.
+    static constexpr long kMaxVertices = 1L << 27;
+
+    virtual const Point* points() const { return fPoints.data(); }
+    virtual long nVertices() const { return static_cast<long>(fPoints.size()); }
+
+    Boundw bound() const override;
+    bool diceable(Dicing&, float) const override { return false; }
+
+protected:
+    Polygon() = default;
+    // A copy for an instance, variables and all.
+    Polygon(const Polygon& other) : Primitive(other), fPoints(other.fPoints)
+    {
+        fArgs.init(other.fArgs);
+    }
+    // Face number `face` of a parent: the n vertices listed, with their values.
+    Polygon(const Polygon& parent, std::uint32_t face, long n, const long* indices);
+    Polygon(const Polygon& parent, std::uint32_t child, bool halved)
+        : Primitive(parent, child, halved)
+    {
+    }
+
+    void init(long n, long faces, long nargs, const unsigned short* tokens, void* const* values);
+    // Takes the first n values of "point" out of the variables.
+    void extractP(long n);
+
+    std::vector<Point> fPoints;
+};
+
+// Whether a list can make a polygon of that many vertices and faces: exactly one "point", and every
+// value a number.
+bool verifyPolygon(long vertices, long faces, long n, const unsigned short* tokens,
+                   void* const* values);
+// Whether a count lies in min ... Polygon::kMaxVertices; reports it by its name if not.
+bool verifyCount(const char* name, long count, long min);
+// Whether n loops of 3 or more vertices each can be read; adds their sizes up.
+bool verifyLoops(long n, const long* sizes, long& total);
+// Whether n indices can be read.
+bool verifyIndices(long n, const long* indices);
+// The vertices that n indices reach.
+long vertexCount(long n, const long* indices);
+
+}  // namespace zeb

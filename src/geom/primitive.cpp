@@ -1,0 +1,182 @@
+#include "geom/primitive.h"
+
+#include <algorithm>
+
+#include "geom/grid.h"
+#include "state/state.h"
+#include "util/number.h"
+
+namespace zeb
+{
+
+std::uint32_t PrimitiveCommon::fCurSeq = 0;
+
+namespace
+{
+
+enum : std::uint32_t { kDicingDraws = 1 };
+
+constexpr int kCells = 4;  // the dicing test draws one sample in each of 4 x 4 cells
+
+float planarLength(const Point& p) { return std::sqrt(p.x * p.x + p.y * p.y); }
+
+unsigned short stepsFor(float length, float side)
+{
+    return static_cast<unsigned short>(clampToLong(std::ceil(length / side), 1, 65535));
+}
+
+// Calls visit(u, v) with a jittered place in every cell, u running fastest.
+template <class Visit>
+bool everyCell(Random& random, const Visit& visit)
+{
+    for (int j = 0; j < kCells; ++j) {
+        for (int i = 0; i < kCells; ++i) {
+            const float u = (static_cast<float>(i) + random.unit()) / kCells;
+            const float v = (static_cast<float>(j) + random.unit()) / kCells;
+            if (!visit(u, v)) return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+PrimitiveCommon::PrimitiveCommon()
+    : fSeq(fCurSeq++), fAttrib(gState->getAttrib()), fTransform(gState->getTransform())
+{
+}
+
+void PrimitiveCommon::inherit(std::uint32_t seq)
+{
+    fAttrib = gState->getAttrib();
+    fTransform = gState->getTransform();
+    fSeq = seq;
+}
+
+Primitive::Primitive() : fCommon(std::make_shared<PrimitiveCommon>()) {}
+
+Primitive::Primitive(const Primitive& other) : fCommon(other.fCommon), fPath(other.fPath) {}
+
+Primitive::Primitive(const Primitive& parent, std::uint32_t child, bool halved)
+    : fCommon(parent.fCommon),
+      fPath(mixSeeds(parent.fPath, child + 1)),
+      fDepth(parent.fDepth + (halved ? 1 : 0)),
+      fEyeSplits(halved ? parent.fEyeSplits : nullptr)
+{
+}
+
+Primitive::~Primitive() = default;
+
+std::unique_ptr<Primitive> Primitive::copy() const { return std::make_unique<Primitive>(*this); }
+
+Random Primitive::random(std::uint32_t purpose) const
+{
+    return Random(mixSeeds(mixSeeds(fCommon->fSeq, fPath), purpose));
+}
+
+bool Primitive::mayStillSplit()
+{
+    if (fDepth >= kMaxSplitDepth) return false;
+    if (fFront || fDepth == 0) return true;
+    if (!fEyeSplits) fEyeSplits = std::make_shared<std::atomic<int>>(0);
+    return ++*fEyeSplits <= kMaxEyeSplits;
+}
+
+float Primitive::dicingLimit(const RenderFrame& frame, float maxSize) const
+{
+    if (maxSize >= 0) return maxSize;
+    return static_cast<float>(frame.option.tuning[0]) * micropolygonSide();
+}
+
+void Primitive::clipToBound(Boundw& bound) const
+{
+    const Bound& box = attrib().objectBound;
+    if (!box.finite) return;
+    bound.intersect(Boundw(box * matrix(), bound.wmin, bound.wmax));
+}
+
+bool Primitive::diceable(Dicing& dicing, float maxSize) const
+{
+    const Matrix toRaster = matrix() * dicing.frame.cameraToRaster;
+    Random draws = random(kDicingDraws);
+    return measure(dicing, dicingLimit(dicing.frame, maxSize), toRaster, draws) &&
+           flatten(dicing, toRaster, draws);
+}
+
+// Finds the step counts from the longest derivatives seen; false if the primitive is too large on
+// screen, or too uneven for one grid.
+bool Primitive::measure(Dicing& dicing, float maxSize, const Matrix& toRaster, Random& draws) const
+{
+    const float side = micropolygonSide();
+    float maxU = 0, maxV = 0, maxArea = 0, minArea = kInfinity;
+    const bool small = everyCell(draws, [&](float u, float v) {
+        const Pointw p = evalP(u, v), du = evaldPdu(u, v), dv = evaldPdv(u, v);
+        Point P(p), Pu, Pv;
+        if (rational()) {
+            Pu = Point(p + du);
+            Pv = Point(p + dv);
+        } else {
+            Pu = P + Point(du);
+            Pv = P + Point(dv);
+        }
+        P *= toRaster;
+        const float lengthU = planarLength(Pu * toRaster - P);
+        const float lengthV = planarLength(Pv * toRaster - P);
+        maxU = std::max(maxU, lengthU);
+        maxV = std::max(maxV, lengthV);
+        if (!(maxU <= maxSize && maxV <= maxSize)) return false;
+        maxArea = std::max(maxArea, lengthU * lengthV);
+        minArea = std::min(minArea, lengthU * lengthV);
+        return true;
+    });
+    if (!small) return false;
+    dicing.fUSteps = stepsFor(maxU, side);
+    dicing.fVSteps = stepsFor(maxV, side);
+    return !(maxArea > 2.0f * minArea && dicing.fUSteps * dicing.fVSteps >= 17);
+}
+
+// Raises the step counts until the chord over a micropolygon stays within the flatness of the
+// surface; false if that takes more steps than a grid may have.
+bool Primitive::flatten(Dicing& dicing, const Matrix& toRaster, Random& draws) const
+{
+    const long limit = dicing.frame.option.tuning[0];
+    const float flatness = attrib().flatnessLimit;
+    return everyCell(draws, [&](float u, float v) {
+        const Point P = Point(evalP(u, v)) * toRaster;
+        const auto flatAlong = [&](unsigned short& steps, float t, const auto& at) {
+            for (;; ++steps) {
+                const float h = std::min({t, 1 - t, 0.5f / static_cast<float>(steps)});
+                const Point chord = (Point(at(t + h)) + Point(at(t - h))) * 0.5f;
+                if (planarLength(chord * toRaster - P) <= flatness) return true;
+                if (steps >= limit) return false;
+            }
+        };
+        return flatAlong(dicing.fUSteps, u, [&](float t) { return evalP(t, v); }) &&
+               flatAlong(dicing.fVSteps, v, [&](float t) { return evalP(u, t); });
+    });
+}
+
+std::unique_ptr<Grid> Primitive::dice(const Dicing& dicing) const
+{
+    const int usteps = dicing.fUSteps, vsteps = dicing.fVSteps;
+    const Matrix& toCamera = matrix();
+    auto grid = std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib,
+                                       transform(), fCommon->fSeq, flipped(), false, fArgs);
+    for (int j = 0; j <= vsteps; ++j) {
+        const float v = static_cast<float>(j) / static_cast<float>(vsteps);
+        for (int i = 0; i <= usteps; ++i) {
+            const float u = static_cast<float>(i) / static_cast<float>(usteps);
+            const Pointw p = evalP(u, v), du = evaldPdu(u, v), dv = evaldPdv(u, v);
+            Vertex& vertex = grid->vertex(i, j);
+            const Point P(p);
+            vertex.P = P * toCamera;
+            vertex.dPdu = rational() ? Point(p + du) - P : Point(du);
+            vertex.dPdv = rational() ? Point(p + dv) - P : Point(dv);
+            vtransform(vertex.dPdu, toCamera);
+            vtransform(vertex.dPdv, toCamera);
+        }
+    }
+    return grid;
+}
+
+}  // namespace zeb

@@ -1,0 +1,146 @@
+// The base of all geometry, and its cycle: bound, then split or dice.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+#include "math/bound.h"
+#include "math/transform.h"
+#include "state/args.h"
+#include "state/attrib.h"
+#include "state/render_frame.h"
+#include "util/random.h"
+
+namespace zeb
+{
+
+class Grid;
+class Primitive;
+
+// Takes the pieces of a primitive that splits.
+class PrimitiveSink
+{
+public:
+    virtual ~PrimitiveSink() = default;
+    virtual void add(std::unique_ptr<Primitive> piece) = 0;
+};
+
+// What a primitive and all pieces split from it share.
+struct PrimitiveCommon {
+    // The next sequence number. Drawn by interface calls only, on the caller's thread.
+    static std::uint32_t fCurSeq;
+
+    std::uint32_t fSeq;
+    std::shared_ptr<const Attrib> fAttrib;
+    std::shared_ptr<const Transform> fTransform;
+    // One report is enough for all pieces that had to be given up.
+    std::atomic<bool> fGivenUp{false};
+
+    // Takes the records in force and the next sequence number.
+    PrimitiveCommon();
+    // Takes the records in force now, and a sequence number.
+    void inherit(std::uint32_t seq);
+};
+
+// A dicing test and what it found: the resolution of the grid, in micropolygons along u and v.
+struct Dicing {
+    const RenderFrame& frame;
+    unsigned short fUSteps = 1, fVSteps = 1;
+};
+
+// Codes of the kinds that objects tell apart.
+enum PrimitiveType : unsigned short {
+    kNoType = 0,
+    kConvexPolygon = 1,
+    kGeneralPolygon,
+    kConvexPolygonMesh,
+    kGeneralPolygonMesh,
+    kPatch,
+    kPatchMesh,
+    kNuPatchMesh,
+    kSphere,
+    kCone,
+    kCylinder,
+    kHyperboloid,
+    kParaboloid,
+    kDisk,
+    kTorus,
+    kObject,
+    kProcedural
+};
+
+class Primitive
+{
+public:
+    // Splitting ends: after so many halvings, and after so many splits of one face that reaches
+    // behind the eye.
+    static constexpr int kMaxSplitDepth = 160;
+    static constexpr int kMaxEyeSplits = 1 << 16;
+    // Micropolygons are no smaller than this, whatever the shading rate asks for.
+    static constexpr float kMinSide = 1.0f / 32;
+
+    // What the scene files by: whether the primitive lies wholly in front of the eye, and the last
+    // bucket it reaches.
+    bool fFront = false;
+    long fLastBucketX = 0, fLastBucketY = 0;
+
+    // Takes the records in force.
+    Primitive();
+    // Shares the other's common record; variables are up to the copy.
+    Primitive(const Primitive& other);
+    Primitive& operator=(const Primitive&) = delete;
+    virtual ~Primitive();
+
+    virtual unsigned short type() const { return kNoType; }
+    // Of the points in camera space.
+    virtual Boundw bound() const { return Boundw::empty(); }
+    // Whether the primitive is small and flat enough on screen to become one grid. A negative
+    // maxSize stands for the tuned one, in pixels.
+    virtual bool diceable(Dicing& dicing, float maxSize = -1) const;
+    virtual std::unique_ptr<Grid> dice(const Dicing& dicing) const;
+    virtual bool canSplit() const { return true; }
+    virtual void split(PrimitiveSink&) {}
+    // Whether evaluations are homogeneous, so that sums come before the division by w.
+    virtual bool rational() const { return false; }
+    virtual Pointw evalP(float, float) const { return {}; }
+    virtual Pointw evaldPdu(float, float) const { return {}; }
+    virtual Pointw evaldPdv(float, float) const { return {}; }
+    // For an instance of the object that holds this primitive.
+    virtual std::unique_ptr<Primitive> copy() const;
+
+    const Attrib& attrib() const { return *fCommon->fAttrib; }
+    const Transform& transform() const { return *fCommon->fTransform; }
+    const Matrix& matrix() const { return transform().matrix(); }
+    PrimitiveCommon& common() const { return *fCommon; }
+    // Leaves the common record of the object that this is a copy from.
+    void detachCommon(std::shared_ptr<PrimitiveCommon> own) { fCommon = std::move(own); }
+    const ArgList& args() const { return fArgs; }
+
+    // Whether another split is allowed; counts it if the primitive reaches behind the eye.
+    bool mayStillSplit();
+    // Draws that decide this piece's dicing: the same in every run, whatever was drawn before.
+    Random random(std::uint32_t purpose) const;
+
+protected:
+    // A piece: shares the parent's common record and continues its path of splits.
+    Primitive(const Primitive& parent, std::uint32_t child, bool halved);
+
+    float micropolygonSide() const { return std::max(attrib().micropolygonSide, kMinSide); }
+    float dicingLimit(const RenderFrame& frame, float maxSize) const;
+    bool flipped() const { return transform().handedness() != attrib().orientationSide; }
+    void clipToBound(Boundw& bound) const;
+
+    std::shared_ptr<PrimitiveCommon> fCommon;
+    ArgList fArgs;
+
+private:
+    bool measure(Dicing& dicing, float maxSize, const Matrix& toRaster, Random& random) const;
+    bool flatten(Dicing& dicing, const Matrix& toRaster, Random& random) const;
+
+    std::uint32_t fPath = 0;
+    int fDepth = 0;
+    std::shared_ptr<std::atomic<int>> fEyeSplits;  // shared by the pieces of one face
+};
+
+}  // namespace zeb

@@ -1,0 +1,155 @@
+#include "geom/triangle.h"
+
+#include <algorithm>
+
+#include "geom/grid.h"
+#include "util/number.h"
+
+namespace zeb
+{
+
+namespace
+{
+
+enum : std::uint32_t { kDicingDraws = 1 };
+
+// Steps along the longer side become k, a power of two, times those along the shorter.
+void balance(long& larger, long& smaller, long limit)
+{
+    long k = 1;
+    while (k < limit && smaller < larger / (2 * k)) k *= 2;
+    larger = (larger + k - 1) / k * k;
+    if (2 * smaller * smaller < larger * larger) {
+        larger = 2 * k * smaller;
+    } else {
+        smaller = larger / k;
+    }
+}
+
+float planarLength(const Point& p) { return std::sqrt(p.x * p.x + p.y * p.y); }
+
+}  // namespace
+
+Triangle::Triangle(const Polygon& parent, std::uint32_t face, const long* indices)
+    : Polygon(parent, face, false)
+{
+    for (int i = 0; i < 3; ++i) fCorners[i] = parent.points()[indices[i]];
+    if (!parent.args().empty()) {
+        fArgs.split(3, indices, parent.args(), static_cast<long>(face));
+    }
+}
+
+Triangle::Triangle(const Triangle& parent, std::uint32_t child, const float (&uv)[6])
+    : Polygon(parent, child, true)
+{
+    for (int i = 0; i < 3; ++i) fCorners[i] = parent.at(uv[2 * i], uv[2 * i + 1]);
+    if (!parent.args().empty()) fArgs.split(uv, parent.args());
+}
+
+// In double, and symmetric in the corners: two triangles that share an edge agree on its points,
+// whichever way each runs along it.
+Point Triangle::at(double u, double v) const
+{
+    const double t = 1 - u - v;
+    const Point &a = fCorners[0], &b = fCorners[1], &c = fCorners[2];
+    return {static_cast<float>(t * a.x + u * b.x + v * c.x),
+            static_cast<float>(t * a.y + u * b.y + v * c.y),
+            static_cast<float>(t * a.z + u * b.z + v * c.z)};
+}
+
+void Triangle::split(PrimitiveSink& sink)
+{
+    static constexpr float quarters[4][6] = {{0, 0, 0.5f, 0, 0, 0.5f},
+                                             {0, 0.5f, 0.5f, 0.5f, 0, 1},
+                                             {0.5f, 0, 1, 0, 0.5f, 0.5f},
+                                             {0.5f, 0.5f, 0, 0.5f, 0.5f, 0}};
+    for (std::uint32_t i = 0; i < 4; ++i) {
+        sink.add(std::make_unique<Triangle>(*this, i, quarters[i]));
+    }
+}
+
+void balanceSteps(unsigned short& usteps, unsigned short& vsteps, long limit)
+{
+    long u = usteps, v = vsteps;
+    if (v < u) {
+        balance(u, v, limit);
+    } else if (u < v) {
+        balance(v, u, limit);
+    }
+    usteps = static_cast<unsigned short>(std::min(u, 65535L));
+    vsteps = static_cast<unsigned short>(std::min(v, 65535L));
+}
+
+bool Triangle::diceable(Dicing& dicing, float maxSize) const
+{
+    maxSize = dicingLimit(dicing.frame, maxSize);
+    const float side = micropolygonSide();
+    const Matrix toRaster = matrix() * dicing.frame.cameraToRaster;
+    // Points of the triangle are sums of these three, before the division by w.
+    const Pointw origin = Pointw(fCorners[0]) * toRaster;
+    const auto direction = [&](const Point& corner) {
+        const Point d = corner - fCorners[0];
+        return Pointw(d.x, d.y, d.z, 0) * toRaster;
+    };
+    const Pointw du = direction(fCorners[1]), dv = direction(fCorners[2]);
+
+    Random draws = random(kDicingDraws);
+    float maxU = 0, maxV = 0, maxArea = 0, minArea = kInfinity;
+    for (int cell = 0; cell < 16; ++cell) {
+        float u = (static_cast<float>(cell % 4) + draws.unit()) * 0.25f;
+        float v = (static_cast<float>(cell / 4) + draws.unit()) * 0.25f;
+        if (u + v > 1) {
+            u = 1 - u;
+            v = 1 - v;
+        }
+        const Pointw p = origin + u * du + v * dv;
+        const Point P(p);
+        const float lengthU = planarLength(Point(p + du) - P);
+        const float lengthV = planarLength(Point(p + dv) - P);
+        maxU = std::max(maxU, lengthU);
+        maxV = std::max(maxV, lengthV);
+        if (!(maxU <= maxSize && maxV <= maxSize)) return false;
+        maxArea = std::max(maxArea, lengthU * lengthV);
+        minArea = std::min(minArea, lengthU * lengthV);
+    }
+    const auto steps = [side](float length) {
+        return static_cast<unsigned short>(clampToLong(std::ceil(length / side), 1, 65535));
+    };
+    dicing.fUSteps = steps(maxU);
+    dicing.fVSteps = steps(maxV);
+    balanceSteps(dicing.fUSteps, dicing.fVSteps, dicing.frame.option.tuning[0]);
+    return !(maxArea > 2.0f * minArea && dicing.fUSteps * dicing.fVSteps > 16);
+}
+
+std::unique_ptr<Grid> Triangle::dice(const Dicing& dicing) const
+{
+    const Matrix& toCamera = matrix();
+    auto grid = std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib,
+                                       transform(), fCommon->fSeq, flipped(), true, fArgs);
+    Point dPdu = fCorners[1] - fCorners[0], dPdv = fCorners[2] - fCorners[0];
+    vtransform(dPdu, toCamera);
+    vtransform(dPdv, toCamera);
+    const int usteps = dicing.fUSteps, vsteps = dicing.fVSteps;
+    for (int j = 0; j <= vsteps; ++j) {
+        const int count = grid->vertexCount(j);
+        for (int i = 0; i < count; ++i) {
+            double u = static_cast<double>(i) / usteps;
+            double v = static_cast<double>(j) / vsteps;
+            // In integers, so that rounding never pulls a vertex that lies on the hypotenuse.
+            if (i * vsteps + j * usteps > usteps * vsteps) {
+                if (usteps < vsteps) {
+                    u = 1 - v;
+                } else {
+                    v = 1 - u;
+                }
+            }
+            Vertex& vertex = grid->vertex(i, j);
+            vertex.P = at(u, v) * toCamera;
+            vertex.dPdu = dPdu;
+            vertex.dPdv = dPdv;
+        }
+    }
+    return grid;
+}
+
+}  // namespace zeb

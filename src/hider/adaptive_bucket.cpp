@@ -1,0 +1,167 @@
+#include <algorithm>
+#include <cmath>
+
+#include "geom/grid.h"
+#include "hider/bucket.h"
+#include "state/error.h"
+#include "util/number.h"
+
+namespace zeb
+{
+
+namespace
+{
+
+constexpr int kRoundSamples = 8;
+
+enum : std::uint32_t { kRoundDraws = 3 };
+
+// Lower 1% quantiles of the chi-square distribution with 8 k - 1 degrees of freedom.
+constexpr float kChiSquare[AdaptiveBucket::kRounds] = {1.239f,   5.229f,   10.196f,  15.678f,
+                                                       21.4386f, 27.4208f, 33.5693f, 39.8488f,
+                                                       46.2349f, 52.71f,   59.2607f, 65.8768f};
+
+// The colours of the samples in one quarter of a pixel.
+struct Quadrant {
+    double sum[3] = {}, squares[3] = {};
+
+    void add(const Color& c)
+    {
+        const double values[3] = {c.r, c.g, c.b};
+        for (int k = 0; k < 3; ++k) {
+            sum[k] += values[k];
+            squares[k] += values[k] * values[k];
+        }
+    }
+    // Of m samples.
+    double variance(int k, int m) const
+    {
+        const double mean = sum[k] / m;
+        return (squares[k] + mean * (m * mean - 2 * sum[k])) / m;
+    }
+};
+
+}  // namespace
+
+AdaptiveBucket::AdaptiveBucket(const RenderFrame& frame, long x0, long x1, long y0, long y1)
+    : Bucket(frame, x0, x1, y0, y1)
+{
+    maxVariance(frame.option.adaptiveThreshold, fChiSquare);
+}
+
+void AdaptiveBucket::maxVariance(float v, float (&chiSquare)[kRounds])
+{
+    for (int i = 0; i < kRounds; ++i) {
+        chiSquare[i] = (v / kChiSquare[kRounds - 1]) * kChiSquare[i];
+    }
+}
+
+// Files every cell under the pixels whose square its bound touches, in the order of the grids: each
+// round of each pixel looks at those alone. Cells seen edge-on are kept, unlike in the uniform
+// bucket.
+void AdaptiveBucket::collect(const Grid& grid, const Window& window, Arena& arena)
+{
+    const AttribNamesScope names(grid.fAttrib->object.text(), grid.fAttrib->group.text());
+    GridIterator cells(grid, fBySequence);
+    while (const MicroPolygon* cell = cells++) {
+        const Bound bound = cell->bound();
+        if (bound.zmax < 0 || bound.zmin > fFrame.depthScale) continue;
+        if (culled(grid, cell->znormal())) continue;
+        const auto first = [](float x, long count) {
+            return clampToLong(std::ceil(x) - 1, 0, count);
+        };
+        const auto last = [](float x, long count) {
+            return clampToLong(std::floor(x), -1, count - 1);
+        };
+        const long i0 = first(bound.xmin - window.xmin, fColumns);
+        const long i1 = last(bound.xmax - window.xmin, fColumns);
+        const long j0 = first(bound.ymin - window.ymin, fRows);
+        const long j1 = last(bound.ymax - window.ymin, fRows);
+        if (i0 > i1 || j0 > j1) continue;
+        const Candidate* candidate = arena.make<Candidate>(*cell, bound);
+        for (long j = j0; j <= j1; ++j) {
+            for (long i = i0; i <= i1; ++i) {
+                MultiSample& pixel = at(i, j);
+                Reference* reference = arena.make<Reference>(candidate, nullptr);
+                (pixel.last ? pixel.last->next : pixel.first) = reference;
+                pixel.last = reference;
+            }
+        }
+    }
+}
+
+void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, Arena& arena) const
+{
+    const auto place = [](float v) {
+        return static_cast<std::uint32_t>(static_cast<std::int64_t>(std::floor(v * 1024.0 + 0.5)));
+    };
+    Random random(mixSeeds(mixSeeds(place(left), place(top)), kRoundDraws));
+    Quadrant quadrants[4];
+    pixel.samples = arena.array<PackedSample>(kRounds * kRoundSamples);
+    for (int round = 0; round < kRounds; ++round) {
+        for (int s = 0; s < kRoundSamples; ++s) {
+            const float dx = random.unit() * 0.5f, dy = random.unit() * 0.5f;
+            Sample sample;
+            sample.place(left + 0.5f + (s & 1 ? -dx : dx), top + 0.5f + (s & 2 ? -dy : dy));
+            for (const Reference* r = pixel.first; r; r = r->next) {
+                const Bound& b = r->candidate->bound;
+                const bool apart = sample.x < b.xmin || sample.x > b.xmax || sample.y < b.ymin ||
+                                   sample.y > b.ymax;
+                if (!apart) sample.sample(r->candidate->cell, arena);
+            }
+            const PackedSample packed = sample.pack(fFrame.depthScale);
+            quadrants[s % 4].add(packed.color);
+            pixel.samples[pixel.count++] = packed;
+        }
+        const int m = 2 * (round + 1);
+        double variance = 0;
+        for (int k = 0; k < 3; ++k) {
+            double sum = 0;
+            for (const Quadrant& q : quadrants) sum += q.variance(k, m);
+            variance = std::max(variance, sum / 4);
+        }
+        if (!(variance > fChiSquare[round])) return;
+    }
+}
+
+void AdaptiveBucket::generate(const Window& window, Arena& arena)
+{
+    fColumns = static_cast<long>(std::ceil(window.xmax - window.xmin));
+    fRows = static_cast<long>(std::ceil(window.ymax - window.ymin));
+    fPixels = arena.array<MultiSample>(static_cast<std::size_t>(fColumns * fRows));
+    for (const Grid* grid : fGrids) {
+        if (grid) collect(*grid, window, arena);
+    }
+    for (long j = 0; j < fRows; ++j) {
+        for (long i = 0; i < fColumns; ++i) {
+            samplePixel(at(i, j), static_cast<float>(i) + window.xmin,
+                        static_cast<float>(j) + window.ymin, arena);
+        }
+    }
+}
+
+FilteredPixel AdaptiveBucket::filter(float x, float y, const Window& window) const
+{
+    const float rx = fFilter.xwidth() * 0.5f, ry = fFilter.ywidth() * 0.5f;
+    const auto last = [](float to) { return static_cast<long>(double{to} - 1e-10); };
+    const long i0 = std::max(static_cast<long>(x - rx - window.xmin), 0L);
+    const long i1 = std::min(last(x + rx - window.xmin), fColumns - 1);
+    const long j0 = std::max(static_cast<long>(y - ry - window.ymin), 0L);
+    const long j1 = std::min(last(y + ry - window.ymin), fRows - 1);
+    WeightedMean total;
+    for (long j = j0; j <= j1; ++j) {
+        for (long i = i0; i <= i1; ++i) {
+            const MultiSample& pixel = fPixels[j * fColumns + i];
+            WeightedMean part;
+            for (int k = 0; k < pixel.count; ++k) {
+                const PackedSample& s = pixel.samples[k];
+                part.add(fFilter(s.x - x, s.y - y), s.color, s.alpha, s.depth);
+            }
+            const FilteredPixel value = part.mean(fFrame.depthScale);
+            total.add(part.meanWeight(), value.color, value.alpha, value.depth);
+        }
+    }
+    return total.mean(fFrame.depthScale);
+}
+
+}  // namespace zeb

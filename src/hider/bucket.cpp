@@ -1,0 +1,113 @@
+#include "hider/bucket.h"
+
+#include <cstring>
+
+#include "geom/grid.h"
+#include "math/shading_math.h"
+#include "state/callback.h"
+#include "util/number.h"
+
+namespace zeb
+{
+
+namespace
+{
+
+enum : std::uint32_t { kDitherDraws = 2 };
+
+std::uint32_t floatWord(double value)
+{
+    const auto clamped = static_cast<float>(value > 0 ? (value < 1 ? value : 1) : 0);
+    std::uint32_t word;
+    std::memcpy(&word, &clamped, sizeof word);
+    return word;
+}
+
+// The word of one channel. Dither belongs to the pixel and the channel, so that the same picture
+// comes out the same.
+std::uint32_t channelWord(double value, const Quantizer& q, long x, long y, std::uint32_t channel)
+{
+    if (q.one < 1) return floatWord(value);
+    Random random(mixSeeds(mixSeeds(static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)),
+                           kDitherDraws + channel));
+    return static_cast<std::uint32_t>(
+        quantize(static_cast<float>(value), q.one, q.min, q.max, q.dither, random));
+}
+
+}  // namespace
+
+Bucket::Bucket(const RenderFrame& frame, long x0, long x1, long y0, long y1)
+    : fFrame(frame),
+      fFilter(frame.option),
+      fBySequence(frame.option.hiderType == kHiderSequence),
+      fX0(x0),
+      fX1(x1),
+      fY0(y0),
+      fY1(y1)
+{
+}
+
+Bucket::~Bucket()
+{
+    while (!fGrids.empty()) releaseGrid();
+}
+
+void Bucket::add(Grid* grid)
+{
+    if (grid) ++grid->fRefs;
+    fGrids.add(grid);
+}
+
+void Bucket::releaseGrid()
+{
+    Grid* grid = fGrids.takeHead();
+    if (grid && --grid->fRefs < 1) delete grid;
+}
+
+Bucket::Window Bucket::sampleWindow() const
+{
+    const float rx = fFilter.xwidth() * 0.5f, ry = fFilter.ywidth() * 0.5f;
+    return {static_cast<float>(fX0) + 0.5f - rx, static_cast<float>(fX1) + 0.5f + rx,
+            static_cast<float>(fY0) + 0.5f - ry, static_cast<float>(fY1) + 0.5f + ry};
+}
+
+void Bucket::renderRow(long y, const Window& window, std::uint32_t* words) const
+{
+    const Option& option = fFrame.option;
+    const Quantizer& color = option.colorQuantizer;
+    for (long x = fX0; x <= fX1; ++x) {
+        FilteredPixel pixel =
+            filter(static_cast<float>(x) + 0.5f, static_cast<float>(y) + 0.5f, window);
+        if (option.rgb) {
+            expose(pixel.color, option.gain, option.inverseGamma);
+            *words++ = channelWord(pixel.color.r, color, x, y, 0);
+            *words++ = channelWord(pixel.color.g, color, x, y, 1);
+            *words++ = channelWord(pixel.color.b, color, x, y, 2);
+        }
+        if (option.alpha) *words++ = channelWord(pixel.alpha, color, x, y, 3);
+        if (option.depth) {
+            *words++ = channelWord(pixel.depth / double{fFrame.depthScale}, option.depthQuantizer,
+                                   x, y, 4);
+        }
+    }
+}
+
+void Bucket::render(Display& display, BucketScratch& scratch)
+{
+    if (fX1 < fX0 || fY1 < fY0) return;
+    const Window window = sampleWindow();
+    scratch.arena.reset();
+    generate(window, scratch.arena);
+    scratch.row.resize(static_cast<std::size_t>(fX1 - fX0 + 1) * fFrame.option.sampleCount);
+    for (long y = fY0; y <= fY1; ++y) {
+        if (fFilter.builtIn()) {
+            renderRow(y, window, scratch.row.data());
+        } else {
+            CallbackScope scope;
+            renderRow(y, window, scratch.row.data());
+        }
+        display.span(fX0, fX1, y, scratch.row.data());
+    }
+}
+
+}  // namespace zeb

@@ -1,0 +1,129 @@
+#include "hider/micropolygon.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "math/shading_math.h"
+#include "util/number.h"
+
+namespace zeb
+{
+
+Bound MicroPolygon::bound() const
+{
+    Bound box = Bound::empty();
+    for (const Vertex* v : {f00, f10, f11, f01}) box.add(v->P);
+    return box;
+}
+
+double MicroPolygon::znormal() const
+{
+    const auto trapezoid = [](const Point& a, const Point& b) {
+        return (double{b.x} - double{a.x}) * (double{b.y} + double{a.y});
+    };
+    const double sum = trapezoid(f00->P, f10->P) + trapezoid(f10->P, f11->P) +
+                       trapezoid(f11->P, f01->P) + trapezoid(f01->P, f00->P);
+    return fGrid->fFlip ? -sum : sum;
+}
+
+// With e1 = P10 - P00, e2 = P01 - P00, e3 = P11 - P01 and d = e3 - e1, the cell is
+// P00 + s e1 + t (e2 + s d). Crossing P - s e1 with what t multiplies gives
+// A s^2 + B s + C = 0, where B is linear in P.
+void MicroPolygon::prepare() const
+{
+    const auto difference = [](float a, float b) { return double{a} - double{b}; };
+    e1x = difference(f10->P.x, f00->P.x);
+    e1y = difference(f10->P.y, f00->P.y);
+    e2x = difference(f01->P.x, f00->P.x);
+    e2y = difference(f01->P.y, f00->P.y);
+    const double e3x = difference(f11->P.x, f01->P.x), e3y = difference(f11->P.y, f01->P.y);
+    dx = e3x - e1x;
+    dy = e3y - e1y;
+    A = e3x * e1y - e1x * e3y;
+    B0 = e2x * e1y - e1x * e2y;
+    fReady = true;
+}
+
+bool MicroPolygon::inside(double s, double px, double py, double& t) const
+{
+    if (!(s >= 0 && s <= 1)) return false;
+    t = -1;
+    const double tx = e2x + s * dx, ty = e2y + s * dy;
+    if (!nearZero(tx)) t = (px - s * e1x) / tx;
+    if (!(t >= 0 && t <= 1) && !nearZero(ty)) t = (py - s * e1y) / ty;
+    return t >= 0 && t <= 1;
+}
+
+bool MicroPolygon::sample(float x, float y, SampleOrder& order, Color& color, Color& opacity) const
+{
+    if (!fReady) prepare();
+    const double px = double{x} - double{f00->P.x}, py = double{y} - double{f00->P.y};
+    const double B = px * dy - py * dx + B0;
+    const double C = px * e2y - e2x * py;
+    double s, t = 0;
+    if (nearZero(A)) {
+        if (nearZero(B)) return false;
+        s = -C / B;
+        if (!inside(s, px, py, t)) return false;
+    } else {
+        const double D = B * B - 4 * A * C;
+        if (D < 0) return false;
+        if (nearZero(D)) {
+            s = -B / (2 * A);
+            if (!inside(s, px, py, t)) return false;
+        } else {
+            // Nothing cancels in q; the root with +sqrt(D) comes first.
+            const double root = std::sqrt(D);
+            const double q = -0.5 * (B + std::copysign(root, B));
+            const double near = B < 0 ? q / A : C / q;
+            const double far = B < 0 ? C / q : q / A;
+            s = near;
+            if (!inside(s, px, py, t)) {
+                s = far;
+                if (!inside(s, px, py, t)) return false;
+            }
+        }
+    }
+    const auto fs = static_cast<float>(s), ft = static_cast<float>(t);
+    order = fBySequence ? -static_cast<double>(fGrid->fSeq)
+                        : bilerp(fs, ft, f00->P.z, f10->P.z, f01->P.z, f11->P.z);
+    if (fGrid->fAttrib->interpolation == kSmoothShading) {
+        color = bilerp(fs, ft, f00->Ci, f10->Ci, f01->Ci, f11->Ci);
+        opacity = bilerp(fs, ft, f00->Oi, f10->Oi, f01->Oi, f11->Oi);
+    } else {
+        color = f00->Ci;
+        opacity = f00->Oi;
+    }
+    return true;
+}
+
+void GridIterator::restart()
+{
+    fColumn = fRow = 0;
+    fRowCount = fGrid.cellCount(0);
+}
+
+void GridIterator::advance()
+{
+    if (++fColumn < fRowCount) return;
+    fColumn = 0;
+    if (++fRow < fGrid.fVSize) fRowCount = fGrid.cellCount(fRow);
+}
+
+MicroPolygon* GridIterator::operator++(int)
+{
+    if (fRow >= fGrid.fVSize) return nullptr;
+    fMicroPolygon.place(fColumn, fRow);
+    advance();
+    return &fMicroPolygon;
+}
+
+MicroPolygon* GridIterator::operator++()
+{
+    if (fRow < fGrid.fVSize) advance();
+    if (fRow >= fGrid.fVSize) return nullptr;
+    fMicroPolygon.place(fColumn, fRow);
+    return &fMicroPolygon;
+}
+
+}  // namespace zeb

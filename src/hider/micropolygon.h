@@ -1,0 +1,77 @@
+// One cell of a projected grid, and the walk over all of them.
+#pragma once
+
+#include "geom/grid.h"
+
+namespace zeb
+{
+
+// What orders the hits of a sample, the least in front: depth, or the negated sequence number. A
+// double holds either exactly.
+using SampleOrder = double;
+
+// A cursor onto the bilinear cell between the vertices (u, v), (u + 1, v), (u + 1, v + 1) and
+// (u, v + 1). It owns nothing.
+class MicroPolygon
+{
+public:
+    explicit MicroPolygon(const Grid& grid, bool bySequence = false)
+        : fGrid(&grid), fBySequence(bySequence)
+    {
+        place(0, 0);
+    }
+
+    void place(int u, int v)
+    {
+        f00 = &fGrid->vertex(u, v);
+        f10 = f00 + 1;
+        f01 = &fGrid->vertex(u, v + 1);
+        f11 = f01 + 1;
+        fReady = false;
+    }
+
+    const Grid& grid() const { return *fGrid; }
+    Bound bound() const;
+    // Positive: faces away; negative: faces the viewer; near zero: edge-on.
+    double znormal() const;
+    // Whether (x, y) lies in the cell, its edges included; if so, what is seen there.
+    bool sample(float x, float y, SampleOrder& order, Color& color, Color& opacity) const;
+
+private:
+    void prepare() const;
+    bool inside(double s, double px, double py, double& t) const;
+
+    const Grid* fGrid;
+    bool fBySequence;
+    const Vertex *f00 = nullptr, *f10 = nullptr, *f11 = nullptr, *f01 = nullptr;
+
+    // The coefficients of the quadratic in s that do not depend on the position; found when the
+    // first sample is tested. In double: products of differences of floats are exact there, so a
+    // position on an edge that two cells share lies in both.
+    mutable bool fReady = false;
+    mutable double e1x = 0, e1y = 0, e2x = 0, e2y = 0, dx = 0, dy = 0, A = 0, B0 = 0;
+};
+
+// Visits the cells row by row.
+class GridIterator
+{
+public:
+    explicit GridIterator(const Grid& grid, bool bySequence = false)
+        : fGrid(grid), fMicroPolygon(grid, bySequence)
+    {
+        restart();
+    }
+    void restart();
+    // The current cell, advancing past it; null when the walk is over.
+    MicroPolygon* operator++(int);
+    // Advances, then answers the new cell; null past the last.
+    MicroPolygon* operator++();
+
+private:
+    void advance();
+    const Grid& fGrid;
+    MicroPolygon fMicroPolygon;
+    int fColumn = 0, fRow = 0, fRowCount = 0;
+};
+
+}  // namespace zeb

@@ -1,0 +1,293 @@
+#include "hider/scene.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "display/display.h"
+#include "geom/grid.h"
+#include "math/shading_math.h"
+#include "math/spaces.h"
+#include "state/callback.h"
+#include "state/error.h"
+#include "state/upcalls.h"
+#include "util/number.h"
+
+namespace zeb
+{
+
+Scene* gScene = nullptr;
+
+namespace upcall
+{
+void initScene() { gScene->init(); }
+void flushScene() { gScene->flush(); }
+void renderScene() { gScene->render(); }
+void defineObject(Object* object) { gScene->define(object); }
+}  // namespace upcall
+
+namespace
+{
+
+// Samples of one bucket; buckets shrink where the sampling rates are so high that more would be
+// needed. What is seen does not change with it.
+constexpr double kMaxBucketSamples = 1 << 22;
+
+struct Pixels {
+    long first, last;
+};
+
+// The pixels of a crop window along one axis.
+Pixels croppedPixels(long resolution, float min, float max)
+{
+    const auto size = static_cast<float>(resolution);
+    return {clampToLong(std::ceil(size * min), 0, resolution - 1),
+            clampToLong(std::ceil(size * max - 1), 0, resolution - 1)};
+}
+
+double samplesAcross(long bucket, float filterWidth, const Option& option, float rate)
+{
+    const double perPixel = option.adaptiveThreshold >= 1e-10 ? 10 : rate;
+    return (static_cast<double>(bucket) + double{filterWidth}) * perPixel;
+}
+
+bool isFiniteBound(const Boundw& b)
+{
+    return isFinite(b.xmin) && isFinite(b.xmax) && isFinite(b.ymin) && isFinite(b.ymax) &&
+           isFinite(b.zmin) && isFinite(b.zmax) && isFinite(b.wmin) && isFinite(b.wmax);
+}
+
+// The bucket that a raster coordinate falls into, counted from an offset.
+long bucketOf(float coordinate, float offset, long size)
+{
+    const double bucket = std::floor((double{coordinate} - offset) / static_cast<double>(size));
+    return clampToLong(bucket, -1, 1L << 30);
+}
+
+}  // namespace
+
+void Scene::init()
+{
+    flush();
+    fFrame = std::make_unique<RenderFrame>(*gOption, gCameraToRaster);
+    PrimitiveCommon::fCurSeq = 0;
+    const Option& option = fFrame->option;
+    const Pixels x = croppedPixels(gDisplay->xDim(), option.cropXmin, option.cropXmax);
+    const Pixels y = croppedPixels(gDisplay->yDim(), option.cropYmin, option.cropYmax);
+    fX0 = x.first;
+    fX1 = x.last;
+    fY0 = y.first;
+    fY1 = y.last;
+    const float rx = option.filterXwidth * 0.5f, ry = option.filterYwidth * 0.5f;
+    fXmin = static_cast<float>(fX0) + 0.5f - rx;
+    fXmax = static_cast<float>(fX1) + 0.5f + rx;
+    fYmin = static_cast<float>(fY0) + 0.5f - ry;
+    fYmax = static_cast<float>(fY1) + 0.5f + ry;
+
+    fBucketWidth = option.tuning[1];
+    fBucketHeight = option.tuning[2];
+    const auto samples = [&] {
+        return samplesAcross(fBucketWidth, option.filterXwidth, option, option.xsamples) *
+               samplesAcross(fBucketHeight, option.filterYwidth, option, option.ysamples);
+    };
+    while (samples() > kMaxBucketSamples && (fBucketWidth > 1 || fBucketHeight > 1)) {
+        fBucketWidth = std::max(fBucketWidth / 2, 1L);
+        fBucketHeight = std::max(fBucketHeight / 2, 1L);
+    }
+    fColumns = (fX1 - fX0) / fBucketWidth + 1;
+    fRows = (fY1 - fY0) / fBucketHeight + 1;
+    fBuckets.resize(static_cast<std::size_t>(fRows));
+}
+
+std::unique_ptr<Bucket> Scene::makeBucket(long column, long row) const
+{
+    const long x0 = fX0 + column * fBucketWidth, y0 = fY0 + row * fBucketHeight;
+    const long x1 = column + 1 == fColumns ? fX1 : x0 + fBucketWidth - 1;
+    const long y1 = row + 1 == fRows ? fY1 : y0 + fBucketHeight - 1;
+    if (fFrame->option.adaptiveThreshold >= 1e-10) {
+        return std::make_unique<AdaptiveBucket>(*fFrame, x0, x1, y0, y1);
+    }
+    return std::make_unique<UniformBucket>(*fFrame, x0, x1, y0, y1);
+}
+
+Bucket& Scene::bucketAt(long column, long row)
+{
+    auto& buckets = fBuckets[static_cast<std::size_t>(row)];
+    if (!buckets) buckets = std::make_unique<Row>(static_cast<std::size_t>(fColumns));
+    auto& bucket = (*buckets)[static_cast<std::size_t>(column)];
+    if (!bucket) bucket = makeBucket(column, row);
+    return *bucket;
+}
+
+// In homogeneous form, so that nothing is divided. Of the w range each comparison takes the end
+// that keeps what could be seen.
+bool Scene::culled(const Boundw& camera, const Boundw& raster) const
+{
+    const Option& option = fFrame->option;
+    if (option.nearClip * camera.wmin > camera.zmax || option.farClip * camera.wmax < camera.zmin) {
+        return true;
+    }
+    if (camera.xmax + kEpsilon < camera.xmin || camera.ymax + kEpsilon < camera.ymin ||
+        camera.zmax + kEpsilon < camera.zmin) {
+        return true;
+    }
+    const float w1 = std::max(raster.wmin, 0.0f), w2 = std::max(raster.wmax, 0.0f);
+    const auto above = [=](float window, float min) {
+        return min > window * (window > 0 ? w2 : w1);
+    };
+    const auto below = [=](float window, float max) {
+        return max < window * (window > 0 ? w1 : w2);
+    };
+    return above(fXmax, raster.xmin) || below(fXmin, raster.xmax) || above(fYmax, raster.ymin) ||
+           below(fYmin, raster.ymax);
+}
+
+// The first bucket counts from the centre of the first pixel, the last one from the edge of the
+// sample window: a primitive is filed where a filter of up to two pixels first needs it.
+void Scene::file(Primitive& primitive, const Boundw& raster, long& column, long& row) const
+{
+    const Option& option = fFrame->option;
+    const float w1 = raster.wmin, w2 = raster.wmax;
+    const auto first = [&](float min, float windowMin, float width, long size, long current,
+                           long count) {
+        const float early = option.quirks ? 0 : std::max(width * 0.5f - 1, 0.0f);
+        const float offset = width * 0.5f + windowMin + early;
+        return std::max(std::min(bucketOf(div(min, w2), offset, size), count - 1), current);
+    };
+    const auto last = [&](float max, float windowMin, long size, long count) {
+        if (!(w1 > kEpsilon)) return count - 1;
+        return std::min(bucketOf(div(max, max < 0 ? w2 : w1), windowMin, size), count - 1);
+    };
+    column = first(raster.xmin, fXmin, option.filterXwidth, fBucketWidth, fColumn, fColumns);
+    row = first(raster.ymin, fYmin, option.filterYwidth, fBucketHeight, fRow, fRows);
+    primitive.fFront = w1 > 0 && raster.homogenizable();
+    primitive.fLastBucketX = last(raster.xmax, fXmin, fBucketWidth, fColumns);
+    primitive.fLastBucketY = last(raster.ymax, fYmin, fBucketHeight, fRows);
+}
+
+void Scene::add(std::unique_ptr<Primitive> primitive)
+{
+    if (!fFrame) {
+        if (gOption->hiderType != kHiderNull) error(kPrimitiveState, kError, nullptr);
+        return;
+    }
+    const Boundw camera = primitive->bound();
+    const Boundw raster = camera * fFrame->cameraToRaster;
+    if (culled(camera, raster)) return;
+    if (!isFiniteBound(raster)) {
+        giveUp(*primitive);
+        return;
+    }
+    long column, row;
+    file(*primitive, raster, column, row);
+    bucketAt(column, row).primitives.add(std::move(primitive));
+}
+
+void Scene::giveUp(const Primitive& primitive)
+{
+    if (primitive.common().fGivenUp.exchange(true)) return;
+    error(kRange, kWarning,
+          "surface cannot be split at the eye or beyond range, parts are missing");
+}
+
+void Scene::dice(const Primitive& primitive, const Dicing& dicing)
+{
+    std::unique_ptr<Grid> grid = primitive.dice(dicing);
+    const Option& option = fFrame->option;
+    const bool depthOnly = option.depth && !option.rgb && !option.alpha;
+    if (!depthOnly && !grid->fAttrib->matte) grid->shade(*fFrame);
+    grid->project(*fFrame);
+    // The column starts at the current one in later rows too: work only moves forward.
+    Grid* shared = grid.release();
+    for (long row = fRow; row <= primitive.fLastBucketY; ++row) {
+        for (long column = fColumn; column <= primitive.fLastBucketX; ++column) {
+            bucketAt(column, row).add(shared);
+        }
+    }
+    if (shared->fRefs < 1) delete shared;
+}
+
+void Scene::process(std::unique_ptr<Primitive> primitive)
+{
+    const AttribNamesScope names(primitive->attrib().object.text(),
+                                 primitive->attrib().group.text());
+    Dicing dicing{*fFrame};
+    if (primitive->fFront && primitive->diceable(dicing)) {
+        dice(*primitive, dicing);
+    } else if (primitive->canSplit() && primitive->mayStillSplit()) {
+        primitive->split(*this);
+    } else {
+        // At the limit: what lies in front of the eye is diced as it is, the rest is dropped.
+        giveUp(*primitive);
+        const auto size = static_cast<unsigned short>(fFrame->option.tuning[0]);
+        if (primitive->fFront) dice(*primitive, Dicing{*fFrame, size, size});
+    }
+}
+
+void Scene::renderInit()
+{
+    if (CallbackScope::active()) {
+        error(kState, kError, nullptr);
+        return;
+    }
+    if (!fFrame || fStarted) return;
+    fStarted = true;
+    if (fY0 > 0) gDisplay->flush(0, fY0 - 1);
+    fColumn = fRow = 0;
+}
+
+short Scene::renderBucket()
+{
+    if (CallbackScope::active()) {
+        error(kState, kError, nullptr);
+        return 0;
+    }
+    if (!fFrame) return 0;
+    renderInit();
+    auto& primitives = bucketAt(fColumn, fRow).primitives;
+    while (!primitives.empty()) process(primitives.takeHead());
+
+    auto& slot = (*fBuckets[static_cast<std::size_t>(fRow)])[static_cast<std::size_t>(fColumn)];
+    slot->render(*gDisplay, fScratch);
+    slot.reset();
+    if (++fColumn < fColumns) return 1;
+    finishRow();
+    return fFrame ? 1 : 0;
+}
+
+void Scene::finishRow()
+{
+    fBuckets[static_cast<std::size_t>(fRow)].reset();
+    const long yres = gDisplay->yDim();
+    const long next = fY0 + (fRow + 1) * fBucketHeight;
+    gDisplay->flush(fY0 + fRow * fBucketHeight, std::min(next, yres) - 1);
+    fColumn = 0;
+    if (++fRow < fRows) return;
+    if (next < yres) gDisplay->flush(next, yres - 1);
+    flush();
+}
+
+void Scene::render()
+{
+    renderInit();
+    while (renderBucket()) {
+    }
+}
+
+long Scene::progress() const
+{
+    if (!fFrame) return 0;
+    return ((fRow * fColumns + fColumn) * 100 + 100) / (fRows * fColumns);
+}
+
+// The scene is without buckets before they go: the free functions of procedurals may call in.
+void Scene::flush()
+{
+    const auto frame = std::move(fFrame);
+    const auto buckets = std::move(fBuckets);
+    fBuckets.clear();
+    fScratch = {};
+    fColumn = fRow = 0;
+    fStarted = false;
+}
+
+}  // namespace zeb

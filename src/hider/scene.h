@@ -1,0 +1,84 @@
+// The hider's front end: files primitives under buckets and renders the buckets in order.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "geom/object.h"
+#include "geom/procedural.h"
+#include "hider/bucket.h"
+
+namespace zeb
+{
+
+class Scene : public PrimitiveSink
+{
+public:
+    ~Scene() override { flush(); }
+
+    // Lays out the buckets for the options in force.
+    void init();
+    // Files a primitive under the first bucket it can be seen in; one that can't be seen is
+    // dropped. While a picture is rendered, never under a bucket that is done.
+    void add(std::unique_ptr<Primitive> primitive) override;
+
+    void renderInit();
+    // Renders the next bucket; 0 when there is none left.
+    short renderBucket();
+    // Renders all that is left.
+    void render();
+    // Percent done, the bucket under way included; 0 without buckets.
+    long progress() const;
+    // Drops everything unrendered.
+    void flush();
+
+    // The builders of the interface: each asks whether it is legal now, checks its arguments, and
+    // adds a primitive to the object being defined, or to the scene.
+    void polygon(long n, long nargs, const unsigned short* tokens, void* const* values);
+    void generalPolygon(long nloops, const long* nverts, long nargs, const unsigned short* tokens,
+                        void* const* values);
+    void polygonMesh(long npolys, const long* nverts, const long* verts, long nargs,
+                     const unsigned short* tokens, void* const* values);
+    void generalPolygonMesh(long npolys, const long* nloops, const long* nverts, const long* verts,
+                            long nargs, const unsigned short* tokens, void* const* values);
+    // Patches, NURBS and quadrics, which this version does not render.
+    void unsupported();
+    void procedural(void* data, const float* bound, SubdivideFunction subdivide,
+                    FreeFunction release);
+    void objectInstance(const void* handle);
+
+    void define(Object* object) { fDefining = object; }
+    // What the buckets are laid out for; null without buckets.
+    const RenderFrame* frame() const { return fFrame.get(); }
+    long columns() const { return fColumns; }
+    long rows() const { return fRows; }
+
+private:
+    using Row = std::vector<std::unique_ptr<Bucket>>;
+
+    bool culled(const Boundw& camera, const Boundw& raster) const;
+    void file(Primitive& primitive, const Boundw& raster, long& column, long& row) const;
+    Bucket& bucketAt(long column, long row);
+    std::unique_ptr<Bucket> makeBucket(long column, long row) const;
+    void process(std::unique_ptr<Primitive> primitive);
+    void dice(const Primitive& primitive, const Dicing& dicing);
+    void giveUp(const Primitive& primitive);
+    void finishRow();
+    template <class Build>
+    void build(unsigned short blocks, const Build& make);
+
+    std::unique_ptr<RenderFrame> fFrame;
+    std::vector<std::unique_ptr<Row>> fBuckets;  // rows and buckets are made when first needed
+    long fColumns = 0, fRows = 0;
+    long fColumn = 0, fRow = 0;  // the bucket to be rendered next
+    long fX0 = 0, fX1 = 0, fY0 = 0, fY1 = 0;
+    long fBucketWidth = 1, fBucketHeight = 1;
+    float fXmin = 0, fXmax = 0, fYmin = 0, fYmax = 0;  // of all sample positions
+    bool fStarted = false;
+    Object* fDefining = nullptr;
+    BucketScratch fScratch;
+};
+
+extern Scene* gScene;
+
+}  // namespace zeb

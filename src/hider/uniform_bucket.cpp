@@ -1,0 +1,148 @@
+#include <cmath>
+
+#include "geom/grid.h"
+#include "hider/bucket.h"
+#include "state/error.h"
+#include "util/number.h"
+
+namespace zeb
+{
+
+namespace
+{
+
+// Jitter belongs to a sample's place in the picture, to this fraction of a pixel.
+constexpr double kPlacesPerPixel = 1024;
+
+std::uint32_t placeSeed(double x, double y)
+{
+    const auto place = [](double v) {
+        return static_cast<std::uint32_t>(
+            static_cast<std::int64_t>(std::floor(v * kPlacesPerPixel + 0.5)));
+    };
+    return mixSeeds(place(x), place(y));
+}
+
+// Three operands at once; vertices are finite or compare as neither.
+float least(float a, float b) { return a < b ? a : b; }
+float most(float a, float b) { return a > b ? a : b; }
+
+Bound joined(const Bound& a, const Bound& b)
+{
+    return {least(a.xmin, b.xmin), most(a.xmax, b.xmax),  least(a.ymin, b.ymin),
+            most(a.ymax, b.ymax),  least(a.zmin, b.zmin), most(a.zmax, b.zmax)};
+}
+
+Bound edgeBound(const Point& a, const Point& b)
+{
+    return {least(a.x, b.x), most(a.x, b.x),  least(a.y, b.y),
+            most(a.y, b.y),  least(a.z, b.z), most(a.z, b.z)};
+}
+
+}  // namespace
+
+void UniformBucket::placeSamples(const Window& window, Arena& arena)
+{
+    const Option& option = fFrame.option;
+    const double xrate = option.xsamples, yrate = option.ysamples;
+    // The x rate serves both axes: the jitter is as wide as it is high.
+    fJitter = option.jitter / option.xsamples * 0.5f;
+    fColumns = static_cast<long>(std::ceil((window.xmax - window.xmin) * option.xsamples));
+    fRows = static_cast<long>(std::ceil((window.ymax - window.ymin) * option.ysamples));
+    fSamples = arena.array<Sample>(static_cast<std::size_t>(fColumns * fRows));
+    for (long j = 0; j < fRows; ++j) {
+        const double y = (static_cast<double>(j) + 0.5) / yrate + double{window.ymin};
+        for (long i = 0; i < fColumns; ++i) {
+            const double x = (static_cast<double>(i) + 0.5) / xrate + double{window.xmin};
+            Random random(placeSeed(x, y));
+            const double dx = (random.unit() - 0.5) * fJitter;
+            const double dy = (random.unit() - 0.5) * fJitter;
+            at(i, j).place(static_cast<float>(x + dx), static_cast<float>(y + dy));
+        }
+    }
+}
+
+void UniformBucket::generate(const Window& window, Arena& arena)
+{
+    placeSamples(window, arena);
+    while (!fGrids.empty()) {
+        if (const Grid* grid = *fGrids.head()) sampleGrid(*grid, window, arena);
+        releaseGrid();
+    }
+    // A sample serves every pixel its position is within reach of: it is resolved once.
+    const auto count = static_cast<std::size_t>(fColumns * fRows);
+    fPacked = arena.array<PackedSample>(count);
+    for (std::size_t k = 0; k < count; ++k) fPacked[k] = fSamples[k].pack(fFrame.depthScale);
+}
+
+void UniformBucket::sampleGrid(const Grid& grid, const Window& window, Arena& arena)
+{
+    const AttribNamesScope names(grid.fAttrib->object.text(), grid.fAttrib->group.text());
+    const auto outside = [&](const Bound& b) {
+        return b.xmin > window.xmax || b.xmax < window.xmin || b.ymin > window.ymax ||
+               b.ymax < window.ymin || b.zmax < 0 || b.zmin > fFrame.depthScale;
+    };
+    MicroPolygon cell(grid, fBySequence);
+    for (int j = 0; j < grid.fVSize; ++j) {
+        if (outside(joined(grid.rowBound(j), grid.rowBound(j + 1)))) continue;
+        const int count = grid.cellCount(j);
+        const Vertex *upper = &grid.vertex(0, j), *lower = &grid.vertex(0, j + 1);
+        Bound left = edgeBound(upper[0].P, lower[0].P);
+        for (int i = 0; i < count; ++i) {
+            const Bound right = edgeBound(upper[i + 1].P, lower[i + 1].P);
+            const Bound bound = joined(left, right);
+            left = right;
+            if (outside(bound)) continue;
+            cell.place(i, j);
+            const double facing = cell.znormal();
+            if (nearZero(facing) || culled(grid, facing)) continue;
+            sampleCell(cell, bound, window, arena);
+        }
+    }
+}
+
+void UniformBucket::sampleCell(const MicroPolygon& cell, const Bound& bound, const Window& window,
+                               Arena& arena)
+{
+    const float xrate = fFrame.option.xsamples, yrate = fFrame.option.ysamples;
+    const auto first = [](float x, long count) { return clampToLong(std::ceil(x), 0, count); };
+    const auto last = [](float x, long count) { return clampToLong(std::floor(x), -1, count - 1); };
+    const long i0 = first((bound.xmin - window.xmin - fJitter) * xrate - 0.5f, fColumns);
+    const long i1 = last((bound.xmax - window.xmin + fJitter) * xrate - 0.5f, fColumns);
+    const long j0 = first((bound.ymin - window.ymin - fJitter) * yrate - 0.5f, fRows);
+    const long j1 = last((bound.ymax - window.ymin + fJitter) * yrate - 0.5f, fRows);
+    for (long j = j0; j <= j1; ++j) {
+        for (long i = i0; i <= i1; ++i) {
+            Sample& sample = at(i, j);
+            const bool apart = sample.x < bound.xmin || sample.x > bound.xmax ||
+                               sample.y < bound.ymin || sample.y > bound.ymax;
+            if (!apart) sample.sample(cell, arena);
+        }
+    }
+}
+
+FilteredPixel UniformBucket::filter(float x, float y, const Window& window) const
+{
+    const float xrate = fFrame.option.xsamples, yrate = fFrame.option.ysamples;
+    const float rx = fFilter.xwidth() * 0.5f, ry = fFilter.ywidth() * 0.5f;
+    const auto first = [this](float at, float rate) {
+        return static_cast<long>(std::ceil((at - fJitter) * rate - 0.5f));
+    };
+    const auto last = [this](float at, float rate) {
+        return static_cast<long>((at + fJitter) * rate - 0.5f);
+    };
+    const long i0 = std::max(first(x - rx - window.xmin, xrate), 0L);
+    const long i1 = std::min(last(x + rx - window.xmin, xrate), fColumns - 1);
+    const long j0 = std::max(first(y - ry - window.ymin, yrate), 0L);
+    const long j1 = std::min(last(y + ry - window.ymin, yrate), fRows - 1);
+    WeightedMean mean;
+    for (long j = j0; j <= j1; ++j) {
+        for (long i = i0; i <= i1; ++i) {
+            const PackedSample& s = fPacked[j * fColumns + i];
+            mean.add(fFilter(s.x - x, s.y - y), s.color, s.alpha, s.depth);
+        }
+    }
+    return mean.mean(fFrame.depthScale);
+}
+
+}  // namespace zeb

@@ -1,0 +1,77 @@
+// The 4 x 4 transformation.
+#pragma once
+
+#include <iosfwd>
+
+#include "math/bound.h"
+#include "math/point.h"
+
+namespace zeb
+{
+
+// Points are row vectors on the left: p' = p M, and first A, then B is A B. The building operations
+// pre-multiply: what is built last acts first, in the innermost coordinate system.
+class Matrix
+{
+public:
+    float m[4][4];
+
+    // The identity.
+    constexpr Matrix() : m{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}} {}
+    explicit constexpr Matrix(const float (*rows)[4]) : m{}
+    {
+        for (int i = 0; i < 16; ++i) m[i / 4][i % 4] = rows[i / 4][i % 4];
+    }
+    // a, b, c as rows 0 ... 2, or as columns if rows is 0.
+    Matrix(const Point& a, const Point& b, const Point& c, short rows);
+    Matrix(const Pointw& a, const Pointw& b, const Pointw& c, const Pointw& d, short rows);
+
+    Matrix& operator*=(const Matrix& b);
+
+    void translate(float tx, float ty, float tz);
+    void scale(float s) { scale(s, s, s); }
+    void scale(float sx, float sy, float sz);
+    // Degrees about an axis, from x to y about +z.
+    void rotate(float angle, float x, float y, float z);
+    // Shears along d2 so that d1 turns by the angle, in degrees, towards d2.
+    void skew(float angle, float dx1, float dy1, float dz1, float dx2, float dy2, float dz2);
+    void perspective(float fov);
+    // z' = (z - near) / (far - near)
+    void zmap(float nearz, float farz);
+    // Screen window to raster; raster y grows downwards.
+    void map(float left, float right, float bottom, float top, long xres, long yres);
+
+    bool finite() const;
+};
+
+extern const Matrix gIdentity;
+
+Matrix operator*(const Matrix& a, const Matrix& b);
+// Divides by w with the clamped division.
+Point operator*(const Point& p, const Matrix& m);
+Pointw operator*(const Pointw& p, const Matrix& m);
+// The box of the eight projected corners.
+Bound operator*(const Bound& b, const Matrix& m);
+// The box of the sixteen homogeneous corners, undivided.
+Boundw operator*(const Boundw& b, const Matrix& m);
+bool operator==(const Matrix& a, const Matrix& b);
+inline bool operator!=(const Matrix& a, const Matrix& b) { return !(a == b); }
+std::ostream& operator<<(std::ostream& stream, const Matrix& m);
+
+// Directions ignore translation and perspective.
+void vtransform(Point& v, const Matrix& m);
+// By the cofactors: the length comes out scaled, the direction reversed under a mirror.
+void ntransform(Point& n, const Matrix& m);
+// The sum of four control points weighted with row k.
+Point weight(const Matrix& m, unsigned short k, const Point* P);
+
+// Of the upper left 3 x 3, times the last entry: for affine matrices, to tell their handedness.
+float determinant(const Matrix& m);
+Matrix transpose(const Matrix& m);
+// The cofactors of the upper left 3 x 3, not divided by the determinant.
+Matrix invtranspose(const Matrix& m);
+// In place, by Gauss-Jordan elimination with partial pivoting. A singular matrix is reported, left
+// partly reduced, and answered with null.
+Matrix* invert(Matrix* m);
+
+}  // namespace zeb

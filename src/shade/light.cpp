@@ -1,0 +1,205 @@
+#include "shade/light.h"
+
+#include <cmath>
+
+#include "math/matrix.h"
+#include "math/shading_math.h"
+#include "state/quark.h"
+#include "state/upcalls.h"
+
+namespace zeb
+{
+
+namespace
+{
+
+float clampedAcos(float x) { return std::acos(std::fmin(1.0f, std::fmax(-1.0f, x))); }
+
+// Parameters are found by name, so a light may list fields of a record that it shares with others.
+ParmList colorParms(LightParms& p) { return {{kQIntensity, &p.intensity}, {kQColor, &p.color}}; }
+
+}  // namespace
+
+std::shared_ptr<Light> upcall::makeLight(unsigned short name,
+                                         std::shared_ptr<const Transform> transform,
+                                         const ArgList& args, bool quirks)
+{
+    std::shared_ptr<Light> light;
+    switch (name) {
+        case kQAmbient:
+            light = std::make_shared<AmbientLight>();
+            break;
+        case kQDistant:
+            light = std::make_shared<DistantLight>();
+            break;
+        case kQOmni:
+            light = std::make_shared<PointLight>();
+            break;
+        case kQSpot:
+            light = std::make_shared<SpotLight>(quirks ? SpotLight() : SpotLight::inDegrees());
+            break;
+        default:
+            return nullptr;
+    }
+    light->declaredIn(std::move(transform));
+    light->instance(args);
+    return light;
+}
+
+float Light::illuminates(const Point&, const Point&, float, long, LightSample&) const { return 0; }
+void Light::evaluate(LightSample&) const {}
+
+float Light::illuminate(const Point& Ps, const Point& N, float angle, const Point& Pl,
+                        const Point& axis, float lightangle, LightSample& sample)
+{
+    sample.L = Ps - Pl;
+    const Point direction = normalize(sample.L);
+    if (lightangle < kPi && std::cos(lightangle) > dot(normalize(axis), direction)) return 0;
+    if (angle >= kPi) return 1;
+    return dot(normalize(N), -direction) >= std::cos(angle) ? 1.0f : 0.0f;
+}
+
+float Light::solar(const Point&, const Point& N, float angle, const Point& axis, float lightangle,
+                   long n, LightSample& sample)
+{
+    if (lightangle >= kPi) {
+        sample.L = -N;
+        return 1;
+    }
+    Point a = normalize(N);
+    const Point b = normalize(-axis);
+    const float d = clampedAcos(dot(a, b));
+    if (d + lightangle <= angle) {
+        sample.L = axis;
+        return 1;
+    }
+    if (angle + lightangle < d) return 0;
+
+    // The cones overlap in part: L leans to their common middle, and samples tell how much.
+    sample.L = axis;
+    const double degrees = 180 / static_cast<double>(kPi);
+    const Point c = b ^ a;
+    if (length(c) > kEpsilon) {
+        Matrix lean;
+        lean.rotate(static_cast<float>((lightangle + angle) * 0.5 * degrees), c.x, c.y, c.z);
+        sample.L = sample.L * lean;
+    }
+    if (!nearZero(b.x) || !nearZero(b.z)) {
+        Matrix upright;
+        upright.rotate(static_cast<float>(clampedAcos(b.y) * degrees), -b.z, 0, b.x);
+        a = a * upright;
+    }
+    const long m = 4 * std::max(static_cast<long>(std::ceil(static_cast<double>(n) * 0.25)), 1L);
+    long count = 0;
+    // All directions stay in one quarter of the light's cone: scenes are tuned to what that gives.
+    for (long i = 0; i < m; ++i) {
+        const float theta = sample.random.unit() * lightangle;
+        const float phi = sample.random.unit() * kPi * 0.5f;
+        const Point direction(std::cos(phi) * std::sin(theta), std::cos(theta),
+                              std::sin(phi) * std::sin(theta));
+        count += dot(a, direction) >= std::cos(angle);
+    }
+    return static_cast<float>(count) / static_cast<float>(m);
+}
+
+ParmList AmbientLight::parameters() { return colorParms(fParms); }
+
+void AmbientLight::evaluate(LightSample& sample) const
+{
+    sample.Cl = fParms.intensity * fParms.color;
+}
+
+ParmList DistantLight::parameters()
+{
+    return {{kQIntensity, &fParms.intensity},
+            {kQColor, &fParms.color},
+            {kQFrom, &fParms.from},
+            {kQTo, &fParms.to}};
+}
+
+void DistantLight::instance(const ArgList& args)
+{
+    Light::instance(args);
+    fParms.from *= toCamera();
+    fParms.to *= toCamera();
+}
+
+float DistantLight::illuminates(const Point& P, const Point& N, float angle, long n,
+                                LightSample& sample) const
+{
+    return solar(P, N, angle, fParms.to - fParms.from, 0, n, sample);
+}
+
+void DistantLight::evaluate(LightSample& sample) const
+{
+    sample.Cl = fParms.intensity * fParms.color;
+}
+
+ParmList PointLight::parameters()
+{
+    return {{kQIntensity, &fParms.intensity}, {kQColor, &fParms.color}, {kQFrom, &fParms.from}};
+}
+
+void PointLight::instance(const ArgList& args)
+{
+    Light::instance(args);
+    fParms.from *= toCamera();
+}
+
+float PointLight::illuminates(const Point& P, const Point& N, float angle, long,
+                              LightSample& sample) const
+{
+    return illuminate(P, N, angle, fParms.from, gOrigin, kPi, sample);
+}
+
+void PointLight::evaluate(LightSample& sample) const
+{
+    sample.Cl = (fParms.intensity * fParms.color) / dot(sample.L, sample.L);
+}
+
+SpotLight SpotLight::inDegrees()
+{
+    SpotParms parms;
+    parms.coneangle = 30;
+    parms.conedeltaangle = 5;
+    return SpotLight(parms);
+}
+
+ParmList SpotLight::parameters()
+{
+    return {{kQIntensity, &fParms.intensity},
+            {kQColor, &fParms.color},
+            {kQFrom, &fParms.from},
+            {kQTo, &fParms.to},
+            {kQConeAngle, &fParms.coneangle},
+            {kQConeDeltaAngle, &fParms.conedeltaangle},
+            {kQBeamDistribution, &fParms.beamdistribution}};
+}
+
+void SpotLight::instance(const ArgList& args)
+{
+    Light::instance(args);
+    fParms.from *= toCamera();
+    fParms.to *= toCamera();
+    fParms.coneangle = static_cast<float>(kDegrees * fParms.coneangle);
+    fParms.conedeltaangle = static_cast<float>(kDegrees * fParms.conedeltaangle);
+    fAxis = normalize(fParms.to - fParms.from);
+    fCosOutside = std::cos(fParms.coneangle);
+    fCosInside = std::cos(fParms.coneangle - fParms.conedeltaangle);
+}
+
+float SpotLight::illuminates(const Point& P, const Point& N, float angle, long,
+                             LightSample& sample) const
+{
+    return illuminate(P, N, angle, fParms.from, fAxis, fParms.coneangle, sample);
+}
+
+void SpotLight::evaluate(LightSample& sample) const
+{
+    const float d = dot(sample.L, fAxis) / length(sample.L);
+    const float falloff = std::pow(d, fParms.beamdistribution) / dot(sample.L, sample.L);
+    const float a = falloff * smoothstep(fCosOutside, fCosInside, d);
+    sample.Cl = (a * fParms.intensity) * fParms.color;
+}
+
+}  // namespace zeb

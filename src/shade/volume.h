@@ -1,0 +1,45 @@
+// Atmospheres.
+#pragma once
+
+#include "math/color.h"
+#include "shade/shader.h"
+
+namespace zeb
+{
+
+// A point seen through the atmosphere, in camera space: I runs from the eye to P.
+struct VolumePoint {
+    Point P, I;
+    Color Ci, Oi;
+};
+
+class Volume : public Shader
+{
+public:
+    // Attenuates Ci; Oi stays.
+    virtual void evaluate(VolumePoint& point) const = 0;
+};
+
+// Linear in camera z between two planes.
+class DepthCueVolume : public Volume
+{
+public:
+    float hither = 0, yon = 1;
+    Color color = gBlack;
+
+    ParmList parameters() override;
+    void evaluate(VolumePoint& point) const override;
+};
+
+// Exponential in the distance from the eye. A negative distance brightens instead.
+class FogVolume : public Volume
+{
+public:
+    float distance = 1;
+    Color color = gBlack;
+
+    ParmList parameters() override;
+    void evaluate(VolumePoint& point) const override;
+};
+
+}  // namespace zeb

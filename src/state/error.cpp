@@ -1,0 +1,253 @@
+#include "state/error.h"
+
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "state/callback.h"
+#include "state/upcalls.h"
+
+namespace zeb
+{
+
+ErrorHandler Error::fInfoHandler = zebErrorIgnore;
+ErrorHandler Error::fWarningHandler = zebErrorPrint;
+ErrorHandler Error::fErrorHandler = zebErrorPrint;
+ErrorHandler Error::fSevereHandler = zebErrorAbort;
+PrintHandler Error::fPrintHandler = upcall::printMessage;
+long Error::fLastError = 0;
+std::new_handler Error::fStoredNewHandler = nullptr;
+thread_local const char* Error::fFuncName = nullptr;
+thread_local const char* Error::fAttribName = nullptr;
+thread_local const char* Error::fShadingGroup = nullptr;
+thread_local int CallbackScope::fDepth = 0;
+
+namespace
+{
+
+constexpr int kMessageSize = 124;
+
+const char* codeText(long code)
+{
+    switch (code) {
+        case 0:
+            return "";
+        case 1:
+            return " Out of memory.";
+        case 2:
+            return " Optional ZEB feature.";
+        case 3:
+            return " Probably a bug in renderer.";
+        case 4:
+            return " Bad begin-end nesting.";
+        case 5:
+            return " Invalid state for parameters.";
+        case 6:
+            return " Invalid state for attribs.";
+        case 7:
+            return " Invalid state for primitives.";
+        case 8:
+            return " Invalid state.";
+        case 9:
+            return " Invalid enumerator for request.";
+        case 10:
+            return " Parameter out of range.";
+        case 11:
+            return " Parameters inconsistent.";
+        case 12:
+            return " Bad object/light handle.";
+        case 13:
+            return " Required parameters not provided.";
+        case 14:
+            return " Declare type syntax error.";
+        case 15:
+            return " Undefined mathematical operation.";
+        default:
+            return nullptr;
+    }
+}
+
+const char* severityWord(long severity)
+{
+    switch (severity) {
+        case kInfo:
+            return "info:";
+        case kWarning:
+            return "warning:";
+        case kSevere:
+            return "severe error:";
+        default:
+            return "error:";
+    }
+}
+
+bool builtIn(ErrorHandler handler)
+{
+    return handler == zebErrorIgnore || handler == zebErrorPrint || handler == zebErrorAbort;
+}
+
+void dispatch(long code, long severity, const char* message)
+{
+    const ErrorHandler handler = severity == kInfo      ? Error::fInfoHandler
+                                 : severity == kWarning ? Error::fWarningHandler
+                                 : severity == kError   ? Error::fErrorHandler
+                                                        : Error::fSevereHandler;
+    if (!handler) return;
+    if (builtIn(handler)) {
+        handler(code, severity, message);
+    } else {
+        CallbackScope scope;
+        handler(code, severity, message);
+    }
+}
+
+void printLine(const std::string& line)
+{
+    if (!Error::fPrintHandler) return;
+    CallbackScope scope;
+    Error::fPrintHandler(line.c_str());
+}
+
+// Formats with a point in numbers whatever the host's locale.
+int formatPlain(char* buffer, std::size_t size, const char* format, std::va_list args)
+{
+#if defined(_WIN32)
+    static const _locale_t plain = _create_locale(LC_ALL, "C");
+    return _vsnprintf_l(buffer, size, format, plain, args);
+#else
+    static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
+    const locale_t host = uselocale(plain);
+    const int length = std::vsnprintf(buffer, size, format, args);
+    uselocale(host);
+    return length;
+#endif
+}
+
+// Given back when memory runs out, so that the report of it can be made.
+std::unique_ptr<char[]>& memoryReserve()
+{
+    static std::unique_ptr<char[]> reserve;
+    return reserve;
+}
+
+}  // namespace
+
+void error(long code, long severity, const char* format, ...)
+{
+    if (!format) {
+        dispatch(code, severity, Error::fFuncName);
+        return;
+    }
+    std::va_list args;
+    va_start(args, format);
+    verror(code, severity, format, args);
+    va_end(args);
+}
+
+void verror(long code, long severity, const char* format, std::va_list args)
+{
+    char message[kMessageSize];
+    int used = 0;
+    if (Error::fFuncName) {
+        used = std::snprintf(message, kMessageSize, "%s: ", Error::fFuncName);
+        if (used >= kMessageSize) used = kMessageSize - 1;
+    }
+    formatPlain(message + used, static_cast<std::size_t>(kMessageSize - used), format, args);
+    message[kMessageSize - 1] = 0;
+    dispatch(code, severity, message);
+}
+
+void setErrorHandler(short mask, short kind)
+{
+    switch (kind) {
+        case 0xC00:
+            setErrorHandler(mask, zebErrorIgnore);
+            break;
+        case 0xC01:
+            setErrorHandler(mask, zebErrorPrint);
+            break;
+        case 0xC02:
+            setErrorHandler(mask, zebErrorAbort);
+            break;
+        default:
+            error(kRange, kError, "unknown error handler %d", kind);
+    }
+}
+
+void setErrorHandler(short mask, ErrorHandler handler)
+{
+    if ((mask & 0xFFF0) != 0xB00) {
+        error(kRange, kError, "unknown severity mask %ld", static_cast<long>(mask));
+        return;
+    }
+    if (mask & 1) Error::fInfoHandler = handler;
+    if (mask & 2) Error::fWarningHandler = handler;
+    if (mask & 4) Error::fErrorHandler = handler;
+    if (mask & 8) Error::fSevereHandler = handler;
+}
+
+void setErrorPrinter(PrintHandler printer) { Error::fPrintHandler = printer; }
+
+const char* setErrorFuncName(const char* name)
+{
+    const char* previous = Error::fFuncName;
+    Error::fFuncName = name;
+    if (!name) {
+        if (previous) std::set_new_handler(Error::fStoredNewHandler);
+    } else if (!previous) {
+        if (!memoryReserve()) memoryReserve().reset(new (std::nothrow) char[64 * 1024]);
+        Error::fStoredNewHandler = std::set_new_handler(errorNewHandler);
+    }
+    return previous;
+}
+
+void setAttribNames(const char* object, const char* group)
+{
+    Error::fAttribName = object;
+    Error::fShadingGroup = group;
+}
+
+void errorNewHandler()
+{
+    // A second failure while reporting must not come back here.
+    std::set_new_handler(nullptr);
+    memoryReserve().reset();
+    error(kOutOfMemory, kSevere, "free store exhausted");
+    std::abort();
+}
+
+void zebErrorIgnore(long code, long, const char*) { Error::fLastError = code; }
+
+void zebErrorPrint(long code, long severity, const char* message)
+{
+    Error::fLastError = code;
+    if (!upcall::displayPrints(severity)) return;
+
+    std::string line = severityWord(severity);
+    if (const char* text = codeText(code)) {
+        line += text;
+    } else {
+        line += " Error code: " + std::to_string(code);
+    }
+    if (message) line += std::string(" ") + message;
+    printLine(line);
+
+    if (severity <= kInfo || (!Error::fAttribName && !Error::fShadingGroup)) return;
+    std::string where = "While rendering ";
+    if (Error::fAttribName) {
+        where += std::string("object ") + Error::fAttribName;
+        if (Error::fShadingGroup) where += "; ";
+    }
+    if (Error::fShadingGroup) where += std::string("shading group ") + Error::fShadingGroup;
+    printLine(where);
+}
+
+void zebErrorAbort(long code, long severity, const char* message)
+{
+    zebErrorPrint(code, severity, message);
+    if (severity > kInfo) std::abort();
+}
+
+}  // namespace zeb

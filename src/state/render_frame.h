@@ -1,0 +1,41 @@
+// What a picture is rendered under.
+#pragma once
+
+#include <cmath>
+
+#include "math/matrix.h"
+#include "state/option.h"
+
+namespace zeb
+{
+
+// Read once, when the world block opens, and never changed after: the render path looks at nothing
+// else of the graphics state.
+struct RenderFrame {
+    const Option option;
+    const Matrix cameraToRaster;
+    // Depths are kept as (z - near) / (far - near) times this power of two. Under the default
+    // clipping range the quotient itself lies among the denormal floats, which are short of digits
+    // and slow; a power of two changes no digit.
+    const float depthScale;
+
+    RenderFrame(const Option& options, const Matrix& toRaster)
+        : option(options),
+          cameraToRaster(toRaster),
+          depthScale(options.projection
+                         ? static_cast<float>(std::exp2(std::floor(std::log2(range()))))
+                         : 1.0f)
+    {
+    }
+
+    double range() const { return double{option.farClip} - double{option.nearClip}; }
+
+    // Camera z to the depth that hits are ordered by.
+    float hiderDepth(float z) const
+    {
+        if (!option.projection) return z;
+        return (z - option.nearClip) / static_cast<float>(range() / depthScale);
+    }
+};
+
+}  // namespace zeb

@@ -1,0 +1,53 @@
+// What the graphics state asks of the layers above it. Each function is defined in the layer named.
+#pragma once
+
+#include <memory>
+
+#include "math/transform.h"
+
+namespace zeb
+{
+
+class ArgList;
+class Light;
+class Object;
+class Surface;
+class Volume;
+
+namespace upcall
+{
+
+// display/display.cpp
+void printMessage(const char* line);
+bool displayPrints(long severity);
+struct DeviceDefaults {
+    long xres, yres;
+    float aspect;
+};
+// Makes the device that the options choose, in place of the one before.
+DeviceDefaults createDisplay();
+void openDisplay();
+void closeDisplay();
+void deleteDisplay();
+
+// hider/scene.cpp
+void initScene();
+void flushScene();
+void renderScene();
+// The object that new primitives go into; null for the scene.
+void defineObject(Object* object);
+
+// geom/object.cpp
+std::shared_ptr<Object> makeObject();
+
+// shade/; null for an unknown name
+std::shared_ptr<Light> makeLight(unsigned short name, std::shared_ptr<const Transform> transform,
+                                 const ArgList& args, bool quirks);
+std::shared_ptr<Surface> makeSurface(unsigned short name,
+                                     std::shared_ptr<const Transform> transform,
+                                     const ArgList& args);
+std::shared_ptr<Volume> makeVolume(unsigned short name, std::shared_ptr<const Transform> transform,
+                                   const ArgList& args);
+
+}  // namespace upcall
+}  // namespace zeb

@@ -1,0 +1,37 @@
+// What every layer asks of the graphics state above it: to report a problem, and whether a call is
+// legal now. Defined in state/error.cpp and state/state.cpp.
+#pragma once
+
+namespace zeb
+{
+
+enum Severity : long { kInfo = 0xB01, kWarning = 0xB02, kError = 0xB04, kSevere = 0xB08 };
+
+enum ErrorCode : long {
+    kOutOfMemory = 1,
+    kUnsupported = 2,
+    kBug = 3,
+    kBadNesting = 4,
+    kOptionState = 5,
+    kAttribState = 6,
+    kPrimitiveState = 7,
+    kState = 8,
+    kRange = 10,
+    kInconsistent = 11,
+    kMissing = 13,
+    kMath = 15
+};
+
+// Reports a problem through the handler of its severity. The format follows printf; the message is
+// prefixed with the name of the interface function under way, and is that name alone if the format
+// is null.
+void error(long code, long severity, const char* format, ...)
+#if defined(__GNUC__)
+    __attribute__((format(printf, 3, 4)))
+#endif
+    ;
+
+// Whether a call allowed in the blocks of the mask is legal now; reports the code if it isn't.
+short verify(unsigned short mask, long code);
+
+}  // namespace zeb
