@@ -28,6 +28,8 @@ public:
             self.width = xres;
             self.height = yres;
             ++self.opened;
+            self.spans = 0;
+            self.flushes.clear();
             self.fWords.assign(static_cast<std::size_t>(xres * yres * self.fChannels), 0);
         };
         device.span = [](void* data, long x0, long x1, long y, const unsigned int* words) {

@@ -1,0 +1,118 @@
+#include "camera.h"
+
+#include <algorithm>
+#include <limits>
+#include <numbers>
+
+namespace zebview
+{
+
+namespace
+{
+
+constexpr double kMargin = 0.06;     // of half the picture
+constexpr double kClosest = 0.05;    // the eye stays off the model, which has radius 1
+constexpr double kClearance = 1e-3;  // between the model and the clipping planes
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+// The directions of the picture in the model's space.
+struct View {
+    Vector right, up, back;
+
+    View(double azimuth, double elevation)
+    {
+        const double a = azimuth * std::numbers::pi / 180;
+        const double e = elevation * std::numbers::pi / 180;
+        right = Vector(std::cos(a), 0, -std::sin(a));
+        back = Vector(std::sin(a) * std::cos(e), std::sin(e), std::cos(a) * std::cos(e));
+        up = back ^ right;
+    }
+};
+
+template <class Visit>
+void everyPoint(const std::vector<Mesh>& meshes, const Visit& visit)
+{
+    for (const Mesh& mesh : meshes) {
+        for (std::size_t i = 0; i < mesh.points.size(); i += 3) {
+            visit(Vector(mesh.points[i], mesh.points[i + 1], mesh.points[i + 2]));
+        }
+    }
+}
+
+// How far the model reaches along one axis of the picture, each way, beyond lines of a slope that
+// run from the eye: where the eye is and how far away follows from the two.
+struct Reach {
+    double slope;
+    double plus = -kInfinity, minus = -kInfinity;
+
+    void add(double across, double toEye)
+    {
+        plus = std::max(plus, across + slope * toEye);
+        minus = std::max(minus, -across + slope * toEye);
+    }
+    double distance() const { return (plus + minus) / (2 * slope); }
+    double center() const { return (plus - minus) / 2; }
+};
+
+// Where along an axis an eye at a given distance must be so that the model lies in the picture's
+// middle. As the eye goes right the picture goes left, so there is one such place.
+double centered(const std::vector<Mesh>& meshes, const Vector& axis, const Vector& back,
+                double distance)
+{
+    double low = -1, high = 1;
+    for (int step = 0; step < 24; ++step) {
+        const double eye = (low + high) / 2;
+        double least = kInfinity, most = -kInfinity;
+        everyPoint(meshes, [&](const Vector& p) {
+            const double seen = (p * axis - eye) / (distance - p * back);
+            least = std::min(least, seen);
+            most = std::max(most, seen);
+        });
+        (least + most > 0 ? low : high) = eye;
+    }
+    return (low + high) / 2;
+}
+
+}  // namespace
+
+Camera frameModel(const std::vector<Mesh>& meshes, const Settings& settings)
+{
+    const View view(settings.azimuth, settings.elevation);
+    const auto width = static_cast<double>(settings.width);
+    const auto height = static_cast<double>(settings.height);
+    const double shorter = std::min(width, height);
+    const double slope = std::tan(settings.fov * std::numbers::pi / 360) * (1 - kMargin);
+
+    Reach x{slope * width / shorter}, y{slope * height / shorter};
+    double front = -kInfinity, rear = kInfinity;
+    everyPoint(meshes, [&](const Vector& p) {
+        const double toEye = p * view.back;
+        x.add(p * view.right, toEye);
+        y.add(p * view.up, toEye);
+        front = std::max(front, toEye);
+        rear = std::min(rear, toEye);
+    });
+    const double distance = std::max({x.distance(), y.distance(), front + kClosest});
+    const bool exactX = x.distance() == distance, exactY = y.distance() == distance;
+    const double eyeX = exactX ? x.center() : centered(meshes, view.right, view.back, distance);
+    const double eyeY = exactY ? y.center() : centered(meshes, view.up, view.back, distance);
+
+    Camera camera{};
+    const Vector depth = -view.back;
+    for (unsigned axis = 0; axis < 3; ++axis) {
+        camera.toCamera[axis][0] = static_cast<float>(view.right[axis]);
+        camera.toCamera[axis][1] = static_cast<float>(view.up[axis]);
+        camera.toCamera[axis][2] = static_cast<float>(depth[axis]);
+    }
+    camera.toCamera[3][0] = static_cast<float>(-eyeX);
+    camera.toCamera[3][1] = static_cast<float>(-eyeY);
+    camera.toCamera[3][2] = static_cast<float>(distance);
+    camera.toCamera[3][3] = 1;
+    camera.halfWidth = static_cast<float>(width / shorter);
+    camera.halfHeight = static_cast<float>(height / shorter);
+    camera.nearest = static_cast<float>(distance - front - kClearance);
+    camera.farthest = static_cast<float>(distance - rear + kClearance);
+    return camera;
+}
+
+}  // namespace zebview

@@ -1,0 +1,28 @@
+// zebview: a model file in, a picture out.
+
+#include <exception>
+#include <new>
+
+#include "camera.h"
+#include "console.h"
+#include "model.h"
+#include "picture.h"
+#include "settings.h"
+
+int main(int argc, char** argv)
+{
+    try {
+        const zebview::CommandLine commandLine = zebview::readCommandLine(argc, argv);
+        if (commandLine.exitStatus) return *commandLine.exitStatus;
+        const zebview::Settings& settings = commandLine.settings;
+        std::vector<zebview::Mesh> meshes = zebview::loadModel(settings);
+        const zebview::Camera camera = zebview::frameModel(meshes, settings);
+        zebview::renderPicture(std::move(meshes), camera, settings);
+        return 0;
+    } catch (const std::bad_alloc&) {
+        zebview::complain("there is not enough memory");
+    } catch (const std::exception& failure) {
+        zebview::complain(failure.what());
+    }
+    return 1;
+}

@@ -1,0 +1,133 @@
+#include "mesh.h"
+
+#include <assimp/mesh.h>
+
+#include <algorithm>
+
+#include "faces.h"
+#include "smoothing.h"
+
+namespace zebview
+{
+
+namespace
+{
+
+// A mesh is hopeless if more than one in so many of its faces has normals to both sides.
+constexpr std::size_t kTolerable = 8;
+
+// Takes normals along with what toWorld does to points. The cofactors do so without a division,
+// and turn the normals over where a mirror image turns the winding over.
+class NormalTransform
+{
+public:
+    explicit NormalTransform(const Matrix& m)
+        : fX(Vector(m.b1, m.b2, m.b3) ^ Vector(m.c1, m.c2, m.c3)),
+          fY(Vector(m.c1, m.c2, m.c3) ^ Vector(m.a1, m.a2, m.a3)),
+          fZ(Vector(m.a1, m.a2, m.a3) ^ Vector(m.b1, m.b2, m.b3))
+    {
+    }
+    Vector operator()(const aiVector3D& n) const
+    {
+        const Vector v(n.x, n.y, n.z);
+        return direction(Vector(fX * v, fY * v, fZ * v));
+    }
+
+private:
+    Vector fX, fY, fZ;
+};
+
+// The file's normals at every corner; none if the file has none, or none to be trusted. Faces that
+// are wound against all their normals are turned over.
+std::vector<Vector> fileNormals(const aiMesh& source, const Matrix& toWorld, Faces& faces)
+{
+    std::vector<Vector> result;
+    if (!source.HasNormals()) return result;
+    const NormalTransform transformed(toWorld);
+    result.reserve(faces.cornerCount());
+    std::size_t mixed = 0;
+    for (std::size_t face = 0; face < faces.size(); ++face) {
+        std::size_t with = 0, against = 0;
+        for (const std::uint32_t vertex : faces.corners(face)) {
+            const double side = transformed(source.mNormals[vertex]) * faces.normal(face);
+            with += side > 0;
+            against += side < 0;
+        }
+        if (with == 0 && against > 0) faces.flip(face);
+        mixed += (with > 0) == (against > 0);
+        for (const std::uint32_t vertex : faces.corners(face)) {
+            const Vector normal = transformed(source.mNormals[vertex]);
+            // One that points elsewhere would make the shading turn over within the face.
+            result.push_back(normal * faces.normal(face) > 0 ? normal : faces.normal(face));
+        }
+    }
+    if (mixed > faces.size() / kTolerable) result.clear();
+    return result;
+}
+
+// Collects vertices as faces need them: one that has a normal of its own for each of several faces
+// becomes several.
+class VertexCollector
+{
+public:
+    VertexCollector(const aiMesh& source, const std::vector<Vector>& points, Mesh& mesh)
+        : fSource(source), fPoints(points), fMesh(mesh), fFirst(points.size(), -1)
+    {
+    }
+
+    long vertex(std::uint32_t index, const Vector& normal)
+    {
+        long& first = fFirst[index];
+        if (first >= 0 && normalAt(first) * normal > 0.999999) return first;
+        const auto added = static_cast<long>(fMesh.vertexCount());
+        append(fMesh.points, fPoints[index]);
+        append(fMesh.normals, normal);
+        if (fSource.HasVertexColors(0)) {
+            const aiColor4D& c = fSource.mColors[0][index];
+            for (const float v : {c.r, c.g, c.b}) fMesh.colors.push_back(std::clamp(v, 0.f, 1.f));
+        }
+        if (first < 0) first = added;
+        return added;
+    }
+
+private:
+    static void append(std::vector<float>& list, const Vector& v)
+    {
+        for (const double value : {v.x, v.y, v.z}) list.push_back(static_cast<float>(value));
+    }
+    Vector normalAt(long vertex) const
+    {
+        const float* n = &fMesh.normals[static_cast<std::size_t>(vertex) * 3];
+        return {n[0], n[1], n[2]};
+    }
+
+    const aiMesh& fSource;
+    const std::vector<Vector>& fPoints;
+    Mesh& fMesh;
+    std::vector<long> fFirst;
+};
+
+}  // namespace
+
+Mesh buildMesh(const aiMesh& source, const std::vector<Vector>& points, const Matrix& toWorld,
+               bool facets)
+{
+    Mesh mesh;
+    Faces faces(source, points);
+    std::vector<Vector> normals;
+    if (!facets) normals = fileNormals(source, toWorld, faces);
+    if (normals.empty()) normals = smoothNormals(faces, points);
+
+    VertexCollector collector(source, points, mesh);
+    for (std::size_t face = 0; face < faces.size(); ++face) {
+        FaceList& list = faces.convex(face, points) ? mesh.convex : mesh.concave;
+        std::size_t corner = faces.firstCorner(face);
+        for (const std::uint32_t vertex : faces.corners(face)) {
+            list.corners.push_back(collector.vertex(vertex, normals[corner++]));
+        }
+        list.sizes.push_back(static_cast<long>(faces.corners(face).size()));
+    }
+    return mesh;
+}
+
+}  // namespace zebview

@@ -1,0 +1,38 @@
+// One mesh of a model, ready to be handed to the renderer.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "settings.h"
+#include "vector.h"
+
+struct aiMesh;
+
+namespace zebview
+{
+
+// Faces that share the vertices of a mesh: how many corners each has, and which.
+struct FaceList {
+    std::vector<long> sizes, corners;
+};
+
+struct Mesh {
+    std::vector<float> points;   // three a vertex
+    std::vector<float> normals;  // three a vertex, on the side of every face's winding
+    std::vector<float> colors;   // three a vertex, or none
+    FaceList convex, concave;
+    std::optional<Color> material;
+
+    std::size_t vertexCount() const { return points.size() / 3; }
+};
+
+// Puts a mesh into its place.
+//
+// points   the mesh's vertices, where they belong
+// toWorld  what took them there
+// facets   the normals of the file are those of its faces and tell nothing more
+Mesh buildMesh(const aiMesh& source, const std::vector<Vector>& points, const Matrix& toWorld,
+               bool facets);
+
+}  // namespace zebview

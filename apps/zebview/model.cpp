@@ -1,0 +1,203 @@
+#include "model.h"
+
+#include <assimp/commonMetaData.h>
+#include <assimp/material.h>
+#include <assimp/scene.h>
+
+#include <algorithm>
+#include <assimp/Importer.hpp>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+
+#include "failure.h"
+
+namespace zebview
+{
+
+namespace
+{
+
+constexpr std::uintmax_t kMaxFileSize = std::uintmax_t{4} << 30;
+constexpr std::uintmax_t kMaxVertices = 100'000'000;
+
+// A mesh at one of the places where the model shows it.
+struct Placement {
+    const aiMesh* mesh;
+    Matrix toWorld;
+};
+
+struct Box {
+    Vector min{std::numeric_limits<double>::infinity()};
+    Vector max{-std::numeric_limits<double>::infinity()};
+
+    void add(const Vector& p)
+    {
+        min = Vector(std::min(min.x, p.x), std::min(min.y, p.y), std::min(min.z, p.z));
+        max = Vector(std::max(max.x, p.x), std::max(max.y, p.y), std::max(max.z, p.z));
+    }
+};
+
+// What assimp would report at length, or after hours, is said here in short.
+void checkFile(const std::string& name)
+{
+    namespace fs = std::filesystem;
+    std::error_code failed;
+    const fs::file_status status = fs::status(name, failed);
+    if (status.type() == fs::file_type::none) throw Failure("cannot read it: " + failed.message());
+    if (fs::is_directory(status)) throw Failure("it is a directory");
+    if (fs::exists(status) && !fs::is_regular_file(status)) throw Failure("it is not a file");
+    errno = 0;
+    std::FILE* file = std::fopen(name.c_str(), "rb");
+    if (!file) throw Failure(std::string("cannot read it: ") + std::strerror(errno));
+    std::fclose(file);
+    const std::uintmax_t size = fs::file_size(name, failed);
+    if (failed) throw Failure("cannot read it: " + failed.message());
+    if (size == 0) throw Failure("the file is empty");
+    if (size > kMaxFileSize) throw Failure("the file is larger than 4 GiB");
+}
+
+template <class T>
+std::optional<T> metadata(const aiScene& scene, const char* key)
+{
+    T value;
+    if (!scene.mMetaData || !scene.mMetaData->Get(key, value)) return std::nullopt;
+    return value;
+}
+
+Axis upAxis(const aiScene& scene, const std::optional<Axis>& wanted)
+{
+    if (wanted) return *wanted;
+    const int axis = metadata<std::int32_t>(scene, "UpAxis").value_or(1);
+    return axis == 0 ? Axis::kX : axis == 2 ? Axis::kZ : Axis::kY;
+}
+
+// A rotation, so that nothing is mirrored. With z up the front is where y is least.
+Matrix upright(Axis up)
+{
+    Matrix m;
+    if (up == Axis::kX) m = Matrix(0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1);
+    if (up == Axis::kZ) m = Matrix(1, 0, 0, 0, 0, 0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1);
+    return m;
+}
+
+// Without recursion: files can nest nodes as deep as they like.
+std::vector<Placement> placements(const aiScene& scene, const Matrix& root)
+{
+    std::vector<Placement> result;
+    std::vector<std::pair<const aiNode*, Matrix>> open;
+    if (scene.mRootNode) open.emplace_back(scene.mRootNode, root);
+    while (!open.empty()) {
+        const auto [node, parent] = open.back();
+        open.pop_back();
+        const Matrix toWorld = parent * Matrix(node->mTransformation);
+        for (unsigned i = 0; i < node->mNumMeshes; ++i) {
+            if (node->mMeshes[i] >= scene.mNumMeshes) throw Failure("a mesh is missing from it");
+            result.push_back({scene.mMeshes[node->mMeshes[i]], toWorld});
+        }
+        // Backwards, so that meshes come in the file's order.
+        for (unsigned i = node->mNumChildren; i-- > 0;) {
+            open.emplace_back(node->mChildren[i], toWorld);
+        }
+    }
+    return result;
+}
+
+void checkSize(const std::vector<Placement>& meshes)
+{
+    std::uintmax_t vertices = 0;
+    for (const Placement& placement : meshes) vertices += placement.mesh->mNumVertices;
+    if (vertices > kMaxVertices) throw Failure("it has more than 100 million vertices");
+}
+
+Vector placed(const aiVector3D& v, const Matrix& toWorld)
+{
+    return toWorld * Vector(v.x, v.y, v.z);
+}
+
+// The box around what polygons use: stray vertices count for nothing.
+Box boundingBox(const std::vector<Placement>& meshes)
+{
+    Box box;
+    for (const auto& [mesh, toWorld] : meshes) {
+        for (unsigned f = 0; f < mesh->mNumFaces; ++f) {
+            const aiFace& face = mesh->mFaces[f];
+            if (face.mNumIndices < 3) continue;
+            for (unsigned i = 0; i < face.mNumIndices; ++i) {
+                // Those that are not there are reported when the faces are read.
+                if (face.mIndices[i] >= mesh->mNumVertices) continue;
+                const Vector p = placed(mesh->mVertices[face.mIndices[i]], toWorld);
+                if (!isFinite(p)) throw Failure("a vertex of it is not a finite point");
+                box.add(p);
+            }
+        }
+    }
+    return box;
+}
+
+// None where the file has no material, and where the colour is a stand-in for a texture.
+std::optional<Color> materialColor(const aiScene& scene, const aiMesh& mesh)
+{
+    if (mesh.mMaterialIndex >= scene.mNumMaterials) return std::nullopt;
+    const aiMaterial& material = *scene.mMaterials[mesh.mMaterialIndex];
+    aiColor3D diffuse;
+    if (std::strcmp(material.GetName().C_Str(), AI_DEFAULT_MATERIAL_NAME) == 0 ||
+        material.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) != aiReturn_SUCCESS) {
+        return std::nullopt;
+    }
+    const bool textured = material.GetTextureCount(aiTextureType_DIFFUSE) > 0;
+    if (textured && diffuse.IsBlack()) return std::nullopt;
+    Color color{diffuse.r, diffuse.g, diffuse.b};
+    for (float& c : color) {
+        if (!std::isfinite(c)) return std::nullopt;
+        c = std::clamp(c, 0.0f, 1.0f);
+    }
+    return color;
+}
+
+std::vector<Mesh> buildMeshes(const aiScene& scene, const Settings& settings)
+{
+    const auto meshes = placements(scene, upright(upAxis(scene, settings.up)));
+    checkSize(meshes);
+    const Box box = boundingBox(meshes);
+    const Vector center = (box.min + box.max) * 0.5;
+    const double radius = (box.max - center).Length();
+    const auto format = metadata<aiString>(scene, AI_METADATA_SOURCE_FORMAT);
+    const bool facets = format && std::strstr(format->C_Str(), "STL");
+
+    std::vector<Mesh> result;
+    if (!(radius > 0)) return result;
+    for (const auto& [source, toWorld] : meshes) {
+        std::vector<Vector> points(source->mNumVertices);
+        for (unsigned i = 0; i < source->mNumVertices; ++i) {
+            points[i] = (placed(source->mVertices[i], toWorld) - center) / radius;
+        }
+        Mesh mesh = buildMesh(*source, points, toWorld, facets);
+        if (mesh.vertexCount() == 0) continue;
+        mesh.material = materialColor(scene, *source);
+        result.push_back(std::move(mesh));
+    }
+    return result;
+}
+
+}  // namespace
+
+std::vector<Mesh> loadModel(const Settings& settings)
+{
+    try {
+        checkFile(settings.model);
+        Assimp::Importer importer;
+        const aiScene* scene = importer.ReadFile(settings.model, 0);
+        if (!scene) throw Failure(std::string("cannot be read: ") + importer.GetErrorString());
+        std::vector<Mesh> meshes = buildMeshes(*scene, settings);
+        if (meshes.empty()) throw Failure("it has no polygons");
+        return meshes;
+    } catch (const Failure& failure) {
+        throw Failure(settings.model + ": " + failure.what());
+    }
+}
+
+}  // namespace zebview

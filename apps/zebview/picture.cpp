@@ -1,0 +1,186 @@
+#include "picture.h"
+
+#include <cmath>
+#include <csignal>
+#include <map>
+#include <numbers>
+
+#include "console.h"
+#include "failure.h"
+#include "zebcore/zebcore.h"
+
+namespace zebview
+{
+
+namespace
+{
+
+volatile std::sig_atomic_t gInterrupted = 0;
+
+const Color kDefaultColor{0.8f, 0.8f, 0.8f};
+
+struct Filter {
+    short id;
+    float width;
+};
+
+// Each as wide as it takes to be itself; those with negative lobes need room for them.
+Filter filterNamed(const std::string& name)
+{
+    static const std::map<std::string, Filter> filters{{"gaussian", {ZEB_FILTER_GAUSSIAN, 2}},
+                                                       {"catmull-rom", {ZEB_FILTER_CATMULL_ROM, 4}},
+                                                       {"box", {ZEB_FILTER_BOX, 1}},
+                                                       {"triangle", {ZEB_FILTER_TRIANGLE, 2}},
+                                                       {"sinc", {ZEB_FILTER_SINC, 4}}};
+    return filters.at(name);
+}
+
+// The library takes values as pointers to what it does not change.
+template <class T>
+void* pointer(const T* values)
+{
+    return const_cast<T*>(values);
+}
+
+void setOptions(const Camera& camera, const Settings& settings)
+{
+    zebQuirks(0);
+    zebRasterViewport(0, settings.width, 0, settings.height);
+    zebOutputFile(ZEB_FILE_AUTO, settings.output.c_str());
+    zebOutputSamples(settings.background ? ZEB_SAMPLES_RGB : ZEB_SAMPLES_RGBA);
+    if (settings.output.back() == 'r' || settings.output.back() == 'R') zebColorQuantize(0, 0, 0);
+    if (settings.threshold) {
+        zebSampleAdaptive(static_cast<float>(*settings.threshold));
+    } else {
+        zebSampleUniform(static_cast<float>(settings.samples),
+                         static_cast<float>(settings.samples));
+    }
+    const Filter filter = filterNamed(settings.filter);
+    zebFilter(filter.id);
+    zebFilterWidth(filter.width, filter.width);
+
+    zebViewPerspective(static_cast<float>(settings.fov));
+    zebImageWindow(-camera.halfWidth, camera.halfWidth, -camera.halfHeight, camera.halfHeight);
+    // The backdrop needs room behind the model.
+    zebClip(camera.nearest, camera.farthest * 1.1f);
+    ZebMatrix toCamera;
+    std::copy(&camera.toCamera[0][0], &camera.toCamera[0][0] + 16, &toCamera[0][0]);
+    zebMultMatrix(toCamera);
+}
+
+void addDistantLight(float x, float y, float z, float intensity)
+{
+    const ZebPoint from{x, y, z}, to{0, 0, 0};
+    zebLightSource(zebQuark("distant"), zebQuark("intensity"), &intensity, zebQuark("from"), from,
+                   zebQuark("to"), to, 0);
+}
+
+// Lights stand still as the eye goes around the model: what is seen is always well lit.
+void addLights()
+{
+    zebMatrixPush();
+    zebLoadIdentity();
+    addDistantLight(-0.8f, 1, -1, 0.85f);
+    addDistantLight(1, 0.3f, -0.7f, 0.25f);
+    const float glow = 0.15f;
+    zebLightSource(zebQuark("ambient"), zebQuark("intensity"), &glow, 0);
+    zebMatrixPop();
+}
+
+// Behind everything and larger than the picture, with next to no shading to do.
+void addBackdrop(const Camera& camera, const Settings& settings)
+{
+    const float z = camera.farthest * 1.05f;
+    const auto slope = static_cast<float>(std::tan(settings.fov * std::numbers::pi / 360));
+    const float x = 1.1f * z * slope * camera.halfWidth, y = 1.1f * z * slope * camera.halfHeight;
+    const ZebPoint corners[4] = {{-x, -y, z}, {-x, y, z}, {x, y, z}, {x, -y, z}};
+    zebAttributePush();
+    zebLoadIdentity();
+    zebSurface(zebQuark("constant"), 0);
+    zebColor(settings.background->data());
+    zebShadingRate(256);
+    zebPolygon(4, zebQuark("point"), corners, 0);
+    zebAttributePop();
+}
+
+void setSurface(const Settings& settings)
+{
+    const float kd = 0.8f, ks = 0.3f, shine = 0.8f, dull = 0.15f;
+    if (settings.surface == "plastic") {
+        zebSurface(zebQuark("plastic"), zebQuark("kd"), &kd, zebQuark("ks"), &ks, 0);
+    } else if (settings.surface == "metal") {
+        zebSurface(zebQuark("metal"), zebQuark("ks"), &shine, zebQuark("roughness"), &dull, 0);
+    } else {
+        zebSurface(zebQuark(settings.surface.c_str()), 0);
+    }
+    zebShadingModel(ZEB_SMOOTH);
+    zebShadingRate(static_cast<float>(settings.shadingRate));
+}
+
+void addMesh(const Mesh& mesh, const Settings& settings)
+{
+    const Color color = settings.color.value_or(mesh.material.value_or(kDefaultColor));
+    zebColor(color.data());
+    std::vector<unsigned short> tokens{zebQuark("point"), zebQuark("normal")};
+    std::vector<void*> values{pointer(mesh.points.data()), pointer(mesh.normals.data())};
+    if (!settings.color && !mesh.colors.empty()) {
+        tokens.push_back(zebQuark("color"));
+        values.push_back(pointer(mesh.colors.data()));
+    }
+    const auto n = static_cast<long>(tokens.size());
+    if (const FaceList& faces = mesh.convex; !faces.sizes.empty()) {
+        zebPolygonMeshV(static_cast<long>(faces.sizes.size()), faces.sizes.data(),
+                        faces.corners.data(), n, tokens.data(), values.data());
+    }
+    if (const FaceList& faces = mesh.concave; !faces.sizes.empty()) {
+        const std::vector<long> loops(faces.sizes.size(), 1);
+        zebGeneralPolygonMeshV(static_cast<long>(loops.size()), loops.data(), faces.sizes.data(),
+                               faces.corners.data(), n, tokens.data(), values.data());
+    }
+}
+
+// Gives the picture up, with what there is of its file, if anything went wrong.
+void check()
+{
+    if (!gInterrupted && !errorReported()) return;
+    zebReset();
+    throw Failure(gInterrupted ? "interrupted" : "the picture could not be made");
+}
+
+void renderBuckets()
+{
+    zebRenderInit();
+    showProgress(0);
+    while (zebRenderBucket()) {
+        showProgress(zebProgress());
+        check();
+    }
+    clearProgress();
+    check();
+}
+
+}  // namespace
+
+void renderPicture(std::vector<Mesh> meshes, const Camera& camera, const Settings& settings)
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        std::signal(signal, [](int) { gInterrupted = 1; });
+    }
+    receiveReports();
+    setOptions(camera, settings);
+    zebSceneBegin();
+    check();
+    addLights();
+    if (settings.background) addBackdrop(camera, settings);
+    setSurface(settings);
+    for (Mesh& mesh : meshes) {
+        addMesh(mesh, settings);
+        mesh = Mesh();
+        check();
+    }
+    renderBuckets();
+    zebSceneEnd();
+    check();
+}
+
+}  // namespace zebview

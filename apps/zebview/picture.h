@@ -1,0 +1,16 @@
+#pragma once
+
+#include <vector>
+
+#include "camera.h"
+#include "mesh.h"
+#include "settings.h"
+
+namespace zebview
+{
+
+// Renders the meshes into the file that the settings name, releasing them on the way. Throws a
+// Failure if there can be no picture; then there is no file either.
+void renderPicture(std::vector<Mesh> meshes, const Camera& camera, const Settings& settings);
+
+}  // namespace zebview
