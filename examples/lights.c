@@ -26,10 +26,10 @@ static void addAlcove(float x)
     zebMatrixPop();
 }
 
-int main(int argc, char **argv)
+int main(int argc, char** argv)
 {
-    const float intensity = 55, from[3] = {4.6f, 5, -5}, to[3] = {3.05f, 1.55f, 0.8f};
-    const float cone = 15, soft = 5, beam = 2, body = 0.8f, shine = 0.4f, rough = 0.06f;
+    const float intensity = 90, from[3] = {2.3f, 4.2f, -6}, to[3] = {3.2f, 1.5f, 0.6f};
+    const float cone = 14, soft = 4, beam = 2, body = 0.8f, shine = 0.4f, rough = 0.06f;
     float color[3];
     beginPicture(argc, argv, "lights.png", 800, 450);
     zebViewPerspective(18);
@@ -49,7 +49,7 @@ int main(int argc, char **argv)
     zebAttributePop();
 
     zebAttributePush();
-    addOmni(2.4f, 0xFFDDB0, 1.1f, 3.7f, -0.5f);
+    addOmni(3.4f, 0xFFDDB0, 1.5f, 2.7f, -1);
     addAlcove(1.05f);
     zebAttributePop();
 

@@ -40,7 +40,7 @@ static void addChecks(void)
     }
 }
 
-int main(int argc, char **argv)
+int main(int argc, char** argv)
 {
     int i;
     beginPicture(argc, argv, "opacity.png", 640, 480);

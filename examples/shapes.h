@@ -16,10 +16,10 @@
 /* Sets the options of a picture: its size, 16 samples a pixel, a display gamma, and the file named
  * on the command line or else the one given. Micropolygons of 2 x 2 pixels are enough where colours
  * are interpolated. Returns the file's name. */
-static inline const char *beginPicture(int argc, char **argv, const char *name, long width,
+static inline const char* beginPicture(int argc, char** argv, const char* name, long width,
                                        long height)
 {
-    const char *path = argc > 1 ? argv[1] : name;
+    const char* path = argc > 1 ? argv[1] : name;
     zebQuirks(0);
     zebRasterViewport(0, width, 0, height);
     zebSampleUniform(4, 4);
@@ -30,17 +30,8 @@ static inline const char *beginPicture(int argc, char **argv, const char *name, 
     return path;
 }
 
-/* A perspective camera that looks at the world's origin from a distance, from above. */
-static inline void lookAtOrigin(float fov, float distance, float elevation, float azimuth)
-{
-    zebViewPerspective(fov);
-    zebTranslate(0, 0, distance);
-    zebRotate(-elevation, 1, 0, 0);
-    zebRotate(azimuth, 0, 1, 0);
-}
-
 /* The linear colour of a display code such as 0xE76F51. */
-static inline void colorOf(unsigned long code, float *color)
+static inline void colorOf(unsigned long code, float* color)
 {
     int i;
     for (i = 0; i < 3; ++i) color[i] = powf((float)(code >> (16 - 8 * i) & 255) / 255, 2.2f);
@@ -83,11 +74,11 @@ static inline void addOmni(float intensity, unsigned long code, float x, float y
 }
 
 /* A point of a surface at u, v, both 0 to 1; size holds what the shape needs. */
-typedef void (*SurfaceFunction)(const float *size, float u, float v, float *point);
+typedef void (*SurfaceFunction)(const float* size, float u, float v, float* point);
 
 /* The surface's normal, dP/du x dP/dv, by differences; v keeps off the poles. */
-static inline void surfaceNormal(SurfaceFunction f, const float *size, float u, float v,
-                                 float *normal)
+static inline void surfaceNormal(SurfaceFunction f, const float* size, float u, float v,
+                                 float* normal)
 {
     const float e = 1e-3f, w = fminf(fmaxf(v, 2 * e), 1 - 2 * e);
     float a[3], b[3], c[3], d[3], length;
@@ -102,15 +93,15 @@ static inline void surfaceNormal(SurfaceFunction f, const float *size, float u, 
 }
 
 /* Adds a surface as a mesh of nu x nv quadrangles, each cut in two. */
-static inline void addSurface(SurfaceFunction f, const float *size, long nu, long nv)
+static inline void addSurface(SurfaceFunction f, const float* size, long nu, long nv)
 {
     const size_t count = (size_t)((nu + 1) * (nv + 1)), faces = (size_t)(2 * nu * nv);
-    float *points = malloc(count * 3 * sizeof *points);
-    float *normals = malloc(count * 3 * sizeof *normals);
+    float* points = malloc(count * 3 * sizeof *points);
+    float* normals = malloc(count * 3 * sizeof *normals);
     long *sizes = malloc(faces * sizeof *sizes), *corners = malloc(faces * 3 * sizeof *corners);
     if (points && normals && sizes && corners) {
         const unsigned short tokens[2] = {zebQuark("point"), zebQuark("normal")};
-        void *values[2];
+        void* values[2];
         long i, j, *corner = corners;
         values[0] = points, values[1] = normals;
         for (j = 0; j <= nv; ++j) {
@@ -134,7 +125,7 @@ static inline void addSurface(SurfaceFunction f, const float *size, long nu, lon
     free(points), free(normals), free(sizes), free(corners);
 }
 
-static inline void spherePoint(const float *size, float u, float v, float *point)
+static inline void spherePoint(const float* size, float u, float v, float* point)
 {
     const float a = 2 * SHAPES_PI * u, b = SHAPES_PI * (v - 0.5f);
     point[0] = size[0] * cosf(b) * cosf(a);
@@ -145,7 +136,7 @@ static inline void spherePoint(const float *size, float u, float v, float *point
 /* A sphere about the origin. */
 static inline void addSphere(float radius) { addSurface(spherePoint, &radius, 48, 24); }
 
-static inline void torusPoint(const float *size, float u, float v, float *point)
+static inline void torusPoint(const float* size, float u, float v, float* point)
 {
     const float a = 2 * SHAPES_PI * u, b = 2 * SHAPES_PI * v;
     point[0] = (size[0] + size[1] * cosf(b)) * sinf(a);
@@ -162,12 +153,12 @@ static inline void addTorus(float major, float minor)
 }
 
 /* A tube around a trefoil knot that goes round the y axis. */
-static inline void knotPoint(const float *size, float u, float v, float *point)
+static inline void knotPoint(const float* size, float u, float v, float* point)
 {
     const float t = 2 * SHAPES_PI * u, b = 2 * SHAPES_PI * v;
     const float ring = 1 + 0.45f * cosf(3 * t), slope = -1.35f * sinf(3 * t);
     /* the curve's tangent, its direction across that and away from the axis, and the third */
-    const float tx = slope * cosf(2 * t) - 2 * ring * sinf(2 * t), ty = 1.35f * cosf(3 * t);
+    const float tx = slope * cosf(2 * t) - 2 * ring * sinf(2 * t), ty = 1.05f * cosf(3 * t);
     const float tz = slope * sinf(2 * t) + 2 * ring * cosf(2 * t);
     const float tt = tx * tx + ty * ty + tz * tz;
     const float nt = (tx * cosf(2 * t) + tz * sinf(2 * t)) / tt;
@@ -175,7 +166,7 @@ static inline void knotPoint(const float *size, float u, float v, float *point)
     const float nn = sqrtf(nx * nx + ny * ny + nz * nz), n = size[1] * cosf(b) / nn;
     const float m = size[1] * sinf(b) / (nn * sqrtf(tt));
     point[0] = size[0] * ring * cosf(2 * t) + n * nx + m * (ny * tz - nz * ty);
-    point[1] = size[0] * 0.45f * sinf(3 * t) + n * ny + m * (nz * tx - nx * tz);
+    point[1] = size[0] * 0.35f * sinf(3 * t) + n * ny + m * (nz * tx - nx * tz);
     point[2] = size[0] * ring * sinf(2 * t) + n * nz + m * (nx * ty - ny * tx);
 }
 
@@ -186,7 +177,7 @@ static inline void addKnot(float radius, float thickness)
     addSurface(knotPoint, size, 240, 20);
 }
 
-static inline void conePoint(const float *size, float u, float v, float *point)
+static inline void conePoint(const float* size, float u, float v, float* point)
 {
     const float a = -2 * SHAPES_PI * u, r = size[0] + (size[1] - size[0]) * v;
     point[0] = r * cosf(a);
@@ -211,12 +202,13 @@ static inline void addBox(float x0, float x1, float y0, float y1, float z0, floa
     const float x[2] = {x0, x1}, y[2] = {y0, y1}, z[2] = {z0, z1};
     float points[8][3];
     int i;
-    for (i = 0; i < 8; ++i) points[i][0] = x[i & 1], points[i][1] = y[i >> 1 & 1], points[i][2] = z[i >> 2];
+    for (i = 0; i < 8; ++i)
+        points[i][0] = x[i & 1], points[i][1] = y[i >> 1 & 1], points[i][2] = z[i >> 2];
     zebPolygonMesh(6, sizes, corners, zebQuark("point"), points, 0);
 }
 
 /* The height 0 from the front to size[2], then a quarter turn of radius size[1], then a wall. */
-static inline void backdropPoint(const float *size, float u, float v, float *point)
+static inline void backdropPoint(const float* size, float u, float v, float* point)
 {
     const float r = size[1], turn = 0.5f * SHAPES_PI * fminf(fmaxf((v - 0.4f) / 0.3f, 0), 1);
     point[0] = size[0] * (2 * u - 1);

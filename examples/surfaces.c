@@ -19,7 +19,7 @@ static void addPawn(float x)
     zebAttributePop();
 }
 
-int main(int argc, char **argv)
+int main(int argc, char** argv)
 {
     const float shine = 1.6f, wide = 0.25f, narrow = 0.04f, body = 0.8f, spot = 0.6f;
     beginPicture(argc, argv, "surfaces.png", 800, 450);

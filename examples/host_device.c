@@ -1,0 +1,67 @@
+/* A display device of the host's own: the renderer hands the picture over in spans. This one keeps
+ * it, prints a small version as text, and writes a portable pixmap when it is closed. */
+#include <stdio.h>
+
+#include "shapes.h"
+
+typedef struct Image {
+    const char* path;
+    unsigned char* pixels;
+    long width, height;
+} Image;
+
+static void openImage(void* data, const char* name, long width, long height, long x, long y)
+{
+    Image* image = data;
+    (void)name, (void)x, (void)y;
+    image->width = width, image->height = height;
+    image->pixels = calloc((size_t)(width * height), 3);
+}
+
+static void keepSpan(void* data, long x0, long x1, long y, const unsigned int* words)
+{
+    Image* image = data;
+    unsigned char* to = image->pixels + 3 * (y * image->width + x0);
+    long i;
+    for (i = 0; i < 3 * (x1 - x0 + 1); ++i) to[i] = (unsigned char)words[i];
+}
+
+static void closeImage(void* data)
+{
+    Image* image = data;
+    FILE* file = fopen(image->path, "wb");
+    long x, y;
+    for (y = 8; y < image->height; y += 16) {
+        for (x = 4; x < image->width; x += 8) {
+            const unsigned char* p = image->pixels + 3 * (y * image->width + x);
+            putchar(" .:-=+*#%@"[(2 * p[0] + 5 * p[1] + p[2]) * 10 / (8 * 256)]);
+        }
+        putchar('\n');
+    }
+    if (!file) return;
+    fprintf(file, "P6\n%ld %ld\n255\n", image->width, image->height);
+    fwrite(image->pixels, 3, (size_t)(image->width * image->height), file);
+    fclose(file);
+}
+
+int main(int argc, char** argv)
+{
+    Image image = {NULL, NULL, 0, 0};
+    ZebDisplay device = {NULL, openImage, keepSpan, NULL, closeImage};
+    image.path = beginPicture(argc, argv, "host_device.ppm", 640, 480);
+    device.data = &image;
+    zebCustomDisplay(&device);
+    zebViewPerspective(32);
+    zebTranslate(0, 0, 7);
+    zebRotate(-72, 1, 0, 0);
+    zebRotate(18, 0, 1, 0);
+    zebSceneBegin();
+    addAmbient(0.1f, 0xFFFFFF);
+    addDistant(0.9f, 0xFFF0DC, 0.8f, -1, -0.9f);
+    addDistant(0.25f, 0x8FB4FF, -1, 0.1f, 0.8f);
+    paint(0xE76F51);
+    addKnot(1.15f, 0.28f);
+    zebSceneEnd();
+    free(image.pixels);
+    return zebLastError() != 0;
+}
