@@ -124,8 +124,9 @@ void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, Aren
     }
 }
 
-void AdaptiveBucket::generate(const Window& window, Arena& arena)
+void AdaptiveBucket::generate(const Window& window, BucketScratch& scratch)
 {
+    Arena& arena = scratch.arena;
     fColumns = static_cast<long>(std::ceil(window.xmax - window.xmin));
     fRows = static_cast<long>(std::ceil(window.ymax - window.ymin));
     fPixels = arena.array<MultiSample>(static_cast<std::size_t>(fColumns * fRows));
@@ -136,6 +137,7 @@ void AdaptiveBucket::generate(const Window& window, Arena& arena)
         for (long i = 0; i < fColumns; ++i) {
             samplePixel(at(i, j), static_cast<float>(i) + window.xmin,
                         static_cast<float>(j) + window.ymin, arena);
+            scratch.samples += static_cast<std::uint64_t>(at(i, j).count);
         }
     }
 }

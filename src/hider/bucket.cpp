@@ -97,7 +97,7 @@ void Bucket::render(Display& display, BucketScratch& scratch)
     if (fX1 < fX0 || fY1 < fY0) return;
     const Window window = sampleWindow();
     scratch.arena.reset();
-    generate(window, scratch.arena);
+    generate(window, scratch);
     scratch.row.resize(static_cast<std::size_t>(fX1 - fX0 + 1) * fFrame.option.sampleCount);
     for (long y = fY0; y <= fY1; ++y) {
         if (fFilter.builtIn()) {

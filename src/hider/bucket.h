@@ -17,6 +17,7 @@ namespace zeb
 struct BucketScratch {
     Arena arena;  // samples and hits of the bucket under way
     std::vector<std::uint32_t> row;
+    std::uint64_t samples = 0;  // placed so far
 };
 
 class Bucket
@@ -42,7 +43,7 @@ public:
 
 protected:
     // Places and evaluates the samples of the window.
-    virtual void generate(const Window& window, Arena& arena) = 0;
+    virtual void generate(const Window& window, BucketScratch& scratch) = 0;
     // The pixel centred at (x, y).
     virtual FilteredPixel filter(float x, float y, const Window& window) const = 0;
 
@@ -71,7 +72,7 @@ public:
     using Bucket::Bucket;
 
 protected:
-    void generate(const Window& window, Arena& arena) override;
+    void generate(const Window& window, BucketScratch& scratch) override;
     FilteredPixel filter(float x, float y, const Window& window) const override;
 
 private:
@@ -99,7 +100,7 @@ public:
     static void maxVariance(float v, float (&chiSquare)[kRounds]);
 
 protected:
-    void generate(const Window& window, Arena& arena) override;
+    void generate(const Window& window, BucketScratch& scratch) override;
     FilteredPixel filter(float x, float y, const Window& window) const override;
 
 private:

@@ -70,6 +70,7 @@ void Scene::init()
     flush();
     fFrame = std::make_unique<RenderFrame>(*gOption, gCameraToRaster);
     PrimitiveCommon::fCurSeq = 0;
+    fCounts = {};
     const Option& option = fFrame->option;
     const Pixels x = croppedPixels(gDisplay->xDim(), option.cropXmin, option.cropXmax);
     const Pixels y = croppedPixels(gDisplay->yDim(), option.cropYmin, option.cropYmax);
@@ -196,6 +197,10 @@ void Scene::dice(const Primitive& primitive, const Dicing& dicing)
     const bool depthOnly = option.depth && !option.rgb && !option.alpha;
     if (!depthOnly && !grid->fAttrib->matte) grid->shade(*fFrame);
     grid->project(*fFrame);
+    ++fCounts.grids;
+    for (int j = 0; j < grid->fVSize; ++j) {
+        fCounts.micropolygons += static_cast<std::uint64_t>(grid->cellCount(j));
+    }
     // The column starts at the current one in later rows too: work only moves forward.
     Grid* shared = grid.release();
     for (long row = fRow; row <= primitive.fLastBucketY; ++row) {
@@ -248,6 +253,7 @@ short Scene::renderBucket()
 
     auto& slot = (*fBuckets[static_cast<std::size_t>(fRow)])[static_cast<std::size_t>(fColumn)];
     slot->render(*gDisplay, fScratch);
+    fCounts.samples = fScratch.samples;
     slot.reset();
     if (++fColumn < fColumns) return 1;
     finishRow();

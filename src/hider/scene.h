@@ -48,6 +48,12 @@ public:
     void objectInstance(const void* handle);
 
     void define(Object* object) { fDefining = object; }
+    // What the picture has taken so far; kept until the next one begins.
+    struct Counts {
+        std::uint64_t grids = 0, micropolygons = 0, samples = 0;
+    };
+    const Counts& counts() const { return fCounts; }
+
     // What the buckets are laid out for; null without buckets.
     const RenderFrame* frame() const { return fFrame.get(); }
     long columns() const { return fColumns; }
@@ -77,6 +83,7 @@ private:
     bool fStarted = false;
     Object* fDefining = nullptr;
     BucketScratch fScratch;
+    Counts fCounts;
 };
 
 extern Scene* gScene;

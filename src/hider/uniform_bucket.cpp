@@ -62,8 +62,9 @@ void UniformBucket::placeSamples(const Window& window, Arena& arena)
     }
 }
 
-void UniformBucket::generate(const Window& window, Arena& arena)
+void UniformBucket::generate(const Window& window, BucketScratch& scratch)
 {
+    Arena& arena = scratch.arena;
     placeSamples(window, arena);
     while (!fGrids.empty()) {
         if (const Grid* grid = *fGrids.head()) sampleGrid(*grid, window, arena);
@@ -71,6 +72,7 @@ void UniformBucket::generate(const Window& window, Arena& arena)
     }
     // A sample serves every pixel its position is within reach of: it is resolved once.
     const auto count = static_cast<std::size_t>(fColumns * fRows);
+    scratch.samples += count;
     fPacked = arena.array<PackedSample>(count);
     for (std::size_t k = 0; k < count; ++k) fPacked[k] = fSamples[k].pack(fFrame.depthScale);
 }
