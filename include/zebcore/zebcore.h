@@ -59,7 +59,8 @@
 #define ZEB_DECORATED(label) __asm__(ZEB_LABEL_TEXT(__USER_LABEL_PREFIX__) label)
 #endif
 
-/** @name Pixel filters (zebFilter) @{ */
+/** @name Pixel filters (zebFilter) */
+/** @{ */
 #define ZEB_FILTER_GAUSSIAN 0x100    /**< the default */
 #define ZEB_FILTER_CATMULL_ROM 0x101 /**< sharpens; negative lobes */
 #define ZEB_FILTER_BOX 0x102         /**< every sample of the filter's box counts the same */
@@ -67,53 +68,61 @@
 #define ZEB_FILTER_SINC 0x104        /**< sin(pi r) / (pi r) */
 /** @} */
 
-/** @name Picture file kinds (zebOutputFile) @{ */
+/** @name Picture file kinds (zebOutputFile) */
+/** @{ */
 #define ZEB_FILE_AUTO 0x200        /**< by the name's ending */
 #define ZEB_FILE_PNG 0x201         /**< 8 or 16 bits, after the quantization in force */
 #define ZEB_FILE_EXR 0x202         /**< OpenEXR, float */
 #define ZEB_FILE_PNG_INDEXED 0x203 /**< 256 colours */
 /** @} */
 
-/** @name Output samples (zebOutputSamples); any sum of the three @{ */
+/** @name Output samples (zebOutputSamples); any sum of the three */
+/** @{ */
 #define ZEB_SAMPLES_RGB 0x301   /**< three words a pixel; the default */
 #define ZEB_SAMPLES_ALPHA 0x302 /**< one word */
 #define ZEB_SAMPLES_DEPTH 0x304 /**< one word */
-#define ZEB_SAMPLES_RGBA 0x303
-#define ZEB_SAMPLES_RGBZ 0x305
-#define ZEB_SAMPLES_RGBAZ 0x307
+#define ZEB_SAMPLES_RGBA 0x303  /**< four words */
+#define ZEB_SAMPLES_RGBZ 0x305  /**< four words */
+#define ZEB_SAMPLES_RGBAZ 0x307 /**< five words */
 /** @} */
 
-/** @name Hiders (zebHider) @{ */
+/** @name Hiders (zebHider) */
+/** @{ */
 #define ZEB_HIDER_NULL 0           /**< checks the calls and renders nothing */
 #define ZEB_HIDER_HIDDEN 0x400     /**< the nearest surface shows; the default */
 #define ZEB_HIDER_SEQUENCE 0x401   /**< the primitive given last shows */
 /** @} */
 
-/** @name Shading interpolation (zebShadingModel) @{ */
+/** @name Shading interpolation (zebShadingModel) */
+/** @{ */
 #define ZEB_CONSTANT 0x500 /**< one colour a micropolygon; the default */
 #define ZEB_SMOOTH 0x501   /**< interpolated over the micropolygon */
 /** @} */
 
-/** @name Orientation (zebOrientation) @{ */
+/** @name Orientation (zebOrientation) */
+/** @{ */
 #define ZEB_OUTSIDE 0x600      /**< normals follow the transformation's own handedness; default */
 #define ZEB_INSIDE 0x601       /**< and the other way round */
-#define ZEB_LEFT_HANDED 0x602
-#define ZEB_RIGHT_HANDED 0x603
+#define ZEB_LEFT_HANDED 0x602  /**< inside, unless the transformation mirrors */
+#define ZEB_RIGHT_HANDED 0x603 /**< outside, unless the transformation mirrors */
 #define ZEB_REVERSE 0x604      /**< swaps outside and inside */
 /** @} */
 
-/** @name Patch types (zebPatch, zebPatchMesh) @{ */
-#define ZEB_BILINEAR 0x700
-#define ZEB_BICUBIC 0x701
+/** @name Patch types (zebPatch, zebPatchMesh) */
+/** @{ */
+#define ZEB_BILINEAR 0x700 /**< 2 x 2 points a patch */
+#define ZEB_BICUBIC 0x701  /**< 4 x 4 points a patch */
 /** @} */
 
-/** @name Basis application (zebBasis, zebCustomBasis) @{ */
-#define ZEB_APPLY_U 0x800
-#define ZEB_APPLY_V 0x801
-#define ZEB_APPLY_BOTH 0x802
+/** @name Basis application (zebBasis, zebCustomBasis) */
+/** @{ */
+#define ZEB_APPLY_U 0x800    /**< for u */
+#define ZEB_APPLY_V 0x801    /**< for v */
+#define ZEB_APPLY_BOTH 0x802 /**< for u and v */
 /** @} */
 
-/** @name Spline bases (zebBasis) @{ */
+/** @name Spline bases (zebBasis) */
+/** @{ */
 #define ZEB_BASIS_BEZIER 0x900      /**< step 3; the default */
 #define ZEB_BASIS_BSPLINE 0x901     /**< step 1 */
 #define ZEB_BASIS_CATMULL_ROM 0x902 /**< step 1 */
@@ -121,12 +130,14 @@
 #define ZEB_BASIS_POWER 0x904       /**< step 4 */
 /** @} */
 
-/** @name Wraps (zebPatchMesh) @{ */
-#define ZEB_PERIODIC 0xA00
-#define ZEB_NONPERIODIC 0xA01
+/** @name Wraps (zebPatchMesh) */
+/** @{ */
+#define ZEB_PERIODIC 0xA00    /**< the last row joins the first */
+#define ZEB_NONPERIODIC 0xA01 /**< open */
 /** @} */
 
-/** @name Severities; a mask of several is their sum's low bits with 0xB00 @{ */
+/** @name Severities; a mask of several is their sum's low bits with 0xB00 */
+/** @{ */
 #define ZEB_INFO 0xB01    /**< ignored by default */
 #define ZEB_WARNING 0xB02 /**< printed by default */
 #define ZEB_ERROR 0xB04   /**< printed by default */
@@ -134,22 +145,25 @@
 #define ZEB_ALL 0xB0F     /**< the mask of all four */
 /** @} */
 
-/** @name Built-in error handlers (zebErrorHandler) @{ */
-#define ZEB_ERROR_IGNORE 0xC00
-#define ZEB_ERROR_PRINT 0xC01
-#define ZEB_ERROR_ABORT 0xC02 /**< prints, then aborts for anything above an info */
+/** @name Built-in error handlers (zebErrorHandler) */
+/** @{ */
+#define ZEB_ERROR_IGNORE 0xC00 /**< keeps the code for zebLastError */
+#define ZEB_ERROR_PRINT 0xC01  /**< and prints */
+#define ZEB_ERROR_ABORT 0xC02  /**< prints, then aborts for anything above an info */
 /** @} */
 
-/** @name Storage classes (zebDeclare) @{ */
-#define ZEB_CLASS_NONE 0xD00
+/** @name Storage classes (zebDeclare) */
+/** @{ */
+#define ZEB_CLASS_NONE 0xD00 /**< a plain name */
 #define ZEB_UNIFORM 0xD01 /**< one value a face or patch */
 #define ZEB_VARYING 0xD02 /**< one value a corner */
 #define ZEB_VERTEX 0xD03  /**< one value a control point */
 /** @} */
 
-/** @name Value types (zebDeclare) @{ */
-#define ZEB_TYPE_NONE 0xE00
-#define ZEB_FLOAT 0xE01
+/** @name Value types (zebDeclare) */
+/** @{ */
+#define ZEB_TYPE_NONE 0xE00 /**< no value */
+#define ZEB_FLOAT 0xE01   /**< 32 bits */
 #define ZEB_INTEGER 0xE02 /**< 32 bits */
 #define ZEB_STRING 0xE03  /**< the value pointer is the character string itself */
 #define ZEB_PAIR 0xE04    /**< two floats */
@@ -211,7 +225,8 @@ ZEB_API void zebFrameEnd(void);
 /**
  * Opens a world block and fixes the camera: the transformation built so far becomes world to
  * camera, the device is opened, and missing resolution, aspect ratios and screen window are
- * completed. Options can't be changed until zebSceneEnd.
+ * completed, in the options: a frame around each world keeps pictures of different sizes apart.
+ * Options can't be changed until zebSceneEnd.
  *
  * Legal outside any block and in a frame; elsewhere code 8.
  */
@@ -398,7 +413,7 @@ ZEB_API void zebGroupName(const char *name);
     number. */
 ZEB_API void zebBasis(short basis, short application);
 /** Sets a spline basis of the host's own and its step in control points, 1 or more. Code 10 for an
-    unknown application, a step below 1 or a singular matrix. */
+    unknown application or a step below 1. */
 ZEB_API void zebCustomBasis(short application, ZebMatrix basis, long step);
 /** @} */
 
@@ -618,9 +633,10 @@ ZEB_API void zebReset(void) ZEB_DECORATED("_Z8zebResetv");
     go to standard error. Legal anywhere; kept by zebReset. */
 ZEB_API void zebErrorPrinter(ZebPrintFunction printer) ZEB_DECORATED("_Z15zebErrorPrinterPFvPKcE");
 /** Begins to render the world block in stages: zebRenderInit, then zebRenderBucket until it returns
-    0, then zebSceneEnd. Primitives added on the way show where the picture is not yet done. */
+    0, then zebSceneEnd. Primitives added on the way show in the bucket under way and right of it, in
+    its row and the rows below. From inside a callback: code 8. */
 ZEB_API void zebRenderInit(void) ZEB_DECORATED("_Z13zebRenderInitv");
-/** Renders the next bucket. @return non-zero while buckets remain */
+/** Renders the next bucket. From inside a callback: code 8. @return non-zero while buckets remain */
 ZEB_API short zebRenderBucket(void) ZEB_DECORATED("_Z15zebRenderBucketv");
 /** @return how much is rendered, in percent, the bucket under way included; 0 when nothing is being
     rendered */
@@ -654,9 +670,13 @@ extern "C" {
  */
 typedef struct ZebDisplay {
     void *data; /**< the first argument of every call */
+    /** The world block opens: the picture's size and origin. */
     void (*open)(void *data, const char *name, long xres, long yres, long xorigin, long yorigin);
+    /** Pixels x0 ... x1 of row y. */
     void (*span)(void *data, long x0, long x1, long y, const unsigned int *words);
+    /** Rows y0 ... y1 are final. */
     void (*flush)(void *data, long y0, long y1);
+    /** The picture is whole, or given up. */
     void (*close)(void *data);
 } ZebDisplay;
 

@@ -54,12 +54,12 @@ void openDisplay()
                    option.yorigin);
 }
 
+// Forgotten first: a host's device may call in from its close function.
 void closeDisplay()
 {
-    if (gDisplay) gDisplay->close();
+    const std::unique_ptr<Display> display = std::move(gDisplay);
+    if (display) display->close();
 }
-
-void deleteDisplay() { gDisplay.reset(); }
 
 }  // namespace upcall
 }  // namespace zeb

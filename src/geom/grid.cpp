@@ -14,8 +14,14 @@ Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Att
       fSeq(seq),
       fFlip(flip),
       fTriangular(triangular),
-      fVertices(new Vertex[(usize + 1u) * (vsize + 1u)])
+      fRowStarts(new std::uint32_t[vsize + 1u])
 {
+    std::uint32_t count = 0;
+    for (int j = 0; j <= fVSize; ++j) {
+        fRowStarts[j] = count;
+        count += static_cast<std::uint32_t>(vertexCount(j));
+    }
+    fVertices.reset(new Vertex[count]);
     for (const ArgAssoc& assoc : args) {
         if (assoc.token <= kQPointw) continue;
         (assoc.token <= kQOpacity ? fVertexArgs : fOtherArgs).add(assoc);

@@ -41,7 +41,7 @@ public:
          const Transform& transform, std::uint32_t seq, bool flip, bool triangular,
          const ArgList& args);
 
-    // Column i of vertex row j; every row has room for fUSize + 1.
+    // Column i of vertex row j.
     Vertex& vertex(int i, int j) { return fVertices[at(i, j)]; }
     const Vertex& vertex(int i, int j) const { return fVertices[at(i, j)]; }
     // Vertices in row j, and micropolygons between rows j and j + 1.
@@ -56,11 +56,13 @@ public:
     const Bound& rowBound(int j) const { return fRowBounds[j]; }
 
 private:
+    // Rows lie one behind the other, each as long as it is used.
     std::size_t at(int i, int j) const
     {
-        return static_cast<std::size_t>(j) * (fUSize + 1u) + static_cast<std::size_t>(i);
+        return static_cast<std::size_t>(fRowStarts[j]) + static_cast<std::size_t>(i);
     }
 
+    std::unique_ptr<std::uint32_t[]> fRowStarts;
     std::unique_ptr<Vertex[]> fVertices;
     std::unique_ptr<Bound[]> fRowBounds;
 };

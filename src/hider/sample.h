@@ -50,10 +50,47 @@ public:
     // Composites the hits front to back. depthOne is the depth of the far clipping plane, where
     // nothing is hit.
     PackedSample pack(double depthOne) const;
+    // The first hits, in order; where there are many, later ones are not among them.
     const SList<SampleHit>& hits() const { return fHits; }
 
 private:
+    // A list of this length is as far as a search by its links stays cheap.
+    static constexpr int kShallow = 12;
+
+    // Where a hit stands among those of equal order: the latest in front, but behind the one that
+    // was the nearest of all when it came.
+    enum Place { kInFront, kNearest, kBehindNearest, kListed };
+
+    // Hits of a sample that many surfaces cover, the latest first: they are put in order once, when
+    // the sample is resolved.
+    struct Deep {
+        struct Node {
+            SampleHit hit;
+            Place place;
+            const Node* earlier;
+        };
+        const Node* latest;
+        int count;
+        SampleOrder nearest, nearestOpaque;
+        Arena* arena;
+    };
+    struct Sorted {
+        const SampleHit* hit;
+        Place place;
+        int index;
+        bool operator<(const Sorted& other) const
+        {
+            if (hit->order != other.hit->order) return hit->order < other.hit->order;
+            return place != other.place ? place < other.place : index < other.index;
+        }
+    };
+
+    void addDeep(const SampleHit& hit, Arena& arena);
+    Sorted* sortDeep(int& count) const;
+
     SList<SampleHit> fHits;
+    int fCount = 0;
+    Deep* fDeep = nullptr;
 };
 
 }  // namespace zeb

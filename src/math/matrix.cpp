@@ -151,17 +151,6 @@ Matrix operator*(const Matrix& a, const Matrix& b)
     return product;
 }
 
-Point operator*(const Point& p, const Matrix& m) { return Pointw(p) * m; }
-
-Pointw operator*(const Pointw& p, const Matrix& a)
-{
-    const auto& m = a.m;
-    return {p.x * m[0][0] + p.y * m[1][0] + p.z * m[2][0] + p.w * m[3][0],
-            p.x * m[0][1] + p.y * m[1][1] + p.z * m[2][1] + p.w * m[3][1],
-            p.x * m[0][2] + p.y * m[1][2] + p.z * m[2][2] + p.w * m[3][2],
-            p.x * m[0][3] + p.y * m[1][3] + p.z * m[2][3] + p.w * m[3][3]};
-}
-
 Bound operator*(const Bound& b, const Matrix& m)
 {
     if (!b.finite) return b;
@@ -203,14 +192,6 @@ std::ostream& operator<<(std::ostream& stream, const Matrix& m)
 {
     for (const auto& row : m.m) stream << Pointw(row[0], row[1], row[2], row[3]);
     return stream;
-}
-
-void vtransform(Point& v, const Matrix& a)
-{
-    const auto& m = a.m;
-    v = {v.x * m[0][0] + v.y * m[1][0] + v.z * m[2][0],
-         v.x * m[0][1] + v.y * m[1][1] + v.z * m[2][1],
-         v.x * m[0][2] + v.y * m[1][2] + v.z * m[2][2]};
 }
 
 void ntransform(Point& n, const Matrix& m) { vtransform(n, invtranspose(m)); }

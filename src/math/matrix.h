@@ -47,9 +47,16 @@ public:
 extern const Matrix gIdentity;
 
 Matrix operator*(const Matrix& a, const Matrix& b);
+inline Pointw operator*(const Pointw& p, const Matrix& a)
+{
+    const auto& m = a.m;
+    return {p.x * m[0][0] + p.y * m[1][0] + p.z * m[2][0] + p.w * m[3][0],
+            p.x * m[0][1] + p.y * m[1][1] + p.z * m[2][1] + p.w * m[3][1],
+            p.x * m[0][2] + p.y * m[1][2] + p.z * m[2][2] + p.w * m[3][2],
+            p.x * m[0][3] + p.y * m[1][3] + p.z * m[2][3] + p.w * m[3][3]};
+}
 // Divides by w with the clamped division.
-Point operator*(const Point& p, const Matrix& m);
-Pointw operator*(const Pointw& p, const Matrix& m);
+inline Point operator*(const Point& p, const Matrix& m) { return Pointw(p) * m; }
 // The box of the eight projected corners.
 Bound operator*(const Bound& b, const Matrix& m);
 // The box of the sixteen homogeneous corners, undivided.
@@ -59,7 +66,13 @@ inline bool operator!=(const Matrix& a, const Matrix& b) { return !(a == b); }
 std::ostream& operator<<(std::ostream& stream, const Matrix& m);
 
 // Directions ignore translation and perspective.
-void vtransform(Point& v, const Matrix& m);
+inline void vtransform(Point& v, const Matrix& a)
+{
+    const auto& m = a.m;
+    v = {v.x * m[0][0] + v.y * m[1][0] + v.z * m[2][0],
+         v.x * m[0][1] + v.y * m[1][1] + v.z * m[2][1],
+         v.x * m[0][2] + v.y * m[1][2] + v.z * m[2][2]};
+}
 // By the cofactors: the length comes out scaled, the direction reversed under a mirror.
 void ntransform(Point& n, const Matrix& m);
 // The sum of four control points weighted with row k.

@@ -18,13 +18,6 @@ namespace
 float sign(float x) { return x > 0 ? 1.0f : x < 0 ? -1.0f : 0.0f; }
 }  // namespace
 
-Point::Point(const Pointw& p) : x(p.x), y(p.y), z(p.z)
-{
-    if (p.w == 1) return;
-    float w = p.w;
-    homogenize(x, y, z, w);
-}
-
 Point& Point::operator/=(float s)
 {
     if (nearZero(s)) {
@@ -102,14 +95,6 @@ void fresnel(const Point& I, const Point& N, float eta, float& Kr, float& Kt, Po
 }
 
 Point transform(unsigned short, unsigned short, const Point& p) { return p; }
-
-void homogenize(float& x, float& y, float& z, float& w)
-{
-    x = div(x, w);
-    y = div(y, w);
-    z = div(z, w);
-    w = 1;
-}
 
 Point lerp(float t, const Point& a, const Point& b) { return (b - a) * t + a; }
 

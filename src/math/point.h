@@ -17,7 +17,7 @@ struct Point {
     Point() = default;
     constexpr Point(float px, float py, float pz) : x(px), y(py), z(pz) {}
     // Divides by w.
-    Point(const Pointw& p);
+    inline Point(const Pointw& p);
 
     Point& operator+=(const Point& b)
     {
@@ -147,8 +147,30 @@ void fresnel(const Point& I, const Point& N, float eta, float& Kr, float& Kt, Po
 // Leaves a point where it is: shading happens in one space.
 Point transform(unsigned short from, unsigned short to, const Point& p);
 
+// a / b, or 1e38 with the sign of a where the quotient would be larger; 0 / 0 is 0. The sign of b
+// is ignored in the clamped case.
+inline float div(float a, float b)
+{
+    const float m = std::fabs(b);
+    if (m >= 1 || 1e38f * m > std::fabs(a)) return a / b;
+    return a > 0 ? 1e38f : a < 0 ? -1e38f : 0.0f;
+}
+
 // Divides by w with the clamped division and sets w to 1.
-void homogenize(float& x, float& y, float& z, float& w);
+inline void homogenize(float& x, float& y, float& z, float& w)
+{
+    x = div(x, w);
+    y = div(y, w);
+    z = div(z, w);
+    w = 1;
+}
+
+Point::Point(const Pointw& p) : x(p.x), y(p.y), z(p.z)
+{
+    if (p.w == 1) return;
+    float w = p.w;
+    homogenize(x, y, z, w);
+}
 
 Point lerp(float t, const Point& a, const Point& b);
 Point bilerp(float u, float v, const Point& a, const Point& b, const Point& c, const Point& d);

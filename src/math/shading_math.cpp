@@ -111,7 +111,8 @@ float noise(float x)
 
 float noise(float u, float v)
 {
-    const auto& [G, P] = noiseTables();
+    const auto& G = noiseTables().gradients;
+    const auto& P = noiseTables().permutation;
     const LatticeCell a(u), b(v);
     const auto corner = [&](int i, int j, float x, float y) {
         const Point& g = G[P[i] + j];
@@ -124,7 +125,8 @@ float noise(float u, float v)
 
 float noise(const Point& p)
 {
-    const auto& [G, P] = noiseTables();
+    const auto& G = noiseTables().gradients;
+    const auto& P = noiseTables().permutation;
     const LatticeCell a(p.x), b(p.y), c(p.z);
     const auto plane = [&](int k, float z) {
         const auto corner = [&](int i, int j, float x, float y) {

@@ -7,15 +7,6 @@
 namespace zeb
 {
 
-// a / b, or 1e38 with the sign of a where the quotient would be larger; 0 / 0 is 0. The sign of b
-// is ignored in the clamped case.
-inline float div(float a, float b)
-{
-    const float m = std::fabs(b);
-    if (m >= 1 || 1e38f * m > std::fabs(a)) return a / b;
-    return a > 0 ? 1e38f : a < 0 ? -1e38f : 0.0f;
-}
-
 // 0 below min, 1 from max on, a cubic between; the bounds may come in either order.
 float smoothstep(float min, float max, float x);
 

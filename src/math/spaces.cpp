@@ -1,6 +1,7 @@
 #include "math/spaces.h"
 
 #include "util/hash.h"
+#include "util/number.h"
 #include "util/report.h"
 
 namespace zeb
@@ -18,6 +19,7 @@ constexpr unsigned short kSpaceBlocks = 63;
 enum : unsigned short { kRaster = 32, kImage = 33, kEye = 34, kWorld = 35, kModel = 36 };
 constexpr unsigned short kLevelTokens[] = {kRaster, kImage, kEye, kWorld};
 constexpr long kEyeLevel = 2;
+constexpr long kMaxPoints = 1L << 27;
 
 struct Space {
     unsigned short token;
@@ -110,8 +112,12 @@ const Matrix& spaceMatrix(unsigned short token)
 float (*projectPoints(unsigned short from, unsigned short to, long n, float (*points)[3]))[3]
 {
     if (!verify(kSpaceBlocks, kState)) return nullptr;
-    if (n < 0 || (n > 0 && !points)) {
+    if (n < 0 || n > kMaxPoints || (n > 0 && !points)) {
         error(kRange, kError, "%ld points cannot be projected", n);
+        return nullptr;
+    }
+    if (n > 0 && !allFinite(&points[0][0], 3 * static_cast<std::size_t>(n))) {
+        error(kRange, kError, "a point to be projected is not finite");
         return nullptr;
     }
     const long lf = spaceLevel(from);

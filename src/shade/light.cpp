@@ -68,6 +68,11 @@ float Light::solar(const Point&, const Point& N, float angle, const Point& axis,
     }
     Point a = normalize(N);
     const Point b = normalize(-axis);
+    if (lightangle == 0) {
+        // Without a spread the light is in the cone or it is not.
+        sample.L = axis;
+        return angle >= kPi || dot(a, b) >= std::cos(angle) ? 1.0f : 0.0f;
+    }
     const float d = clampedAcos(dot(a, b));
     if (d + lightangle <= angle) {
         sample.L = axis;

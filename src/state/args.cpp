@@ -13,6 +13,9 @@ namespace zeb
 namespace
 {
 
+// There are no more names than this.
+constexpr long kMaxParameters = 65535;
+
 unsigned wordsOf(short type)
 {
     switch (type) {
@@ -191,7 +194,7 @@ void ArgAssoc::project(const Matrix& matrix, bool flip)
 bool ArgList::usable(long n, const unsigned short* tokens, void* const* values,
                      const ArgCounts& counts)
 {
-    if (n < 0 || (n > 0 && (!tokens || !values))) {
+    if (n < 0 || n > kMaxParameters || (n > 0 && (!tokens || !values))) {
         error(kRange, kError, "a list of %ld parameters cannot be read", n);
         return false;
     }

@@ -203,13 +203,6 @@ TEST_F(AttribRecordTest, ABasisWithoutAStepIsRefused)
     expectRefused("zebCustomBasis", [&m] { zebCustomBasis(0x802, m.m, -1); });
 }
 
-TEST_F(AttribRecordTest, ASingularBasisIsRefused)
-{
-    Matrix singular;
-    singular.m[2][2] = 0;
-    expectRefused("zebCustomBasis", [&singular] { zebCustomBasis(0x802, singular.m, 1); });
-}
-
 TEST_F(AttribRecordTest, NullNamesAreNoNames)
 {
     gAttrib->objectName("A");

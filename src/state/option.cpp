@@ -1,6 +1,7 @@
 #include "state/option.h"
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 #include "math/filter.h"
@@ -109,7 +110,8 @@ void Option::viewOrthographic()
 
 void Option::viewPerspective(float fov)
 {
-    if (!legal()) return;
+    // An infinite angle is out of range like any other.
+    if (!legal() || (std::isnan(fov) && !finiteArguments(NamedValue{"fov", fov}))) return;
     const bool good = fov >= 1e-10 && fov <= 180;
     projection = true;
     perspective = true;
@@ -128,6 +130,10 @@ void Option::viewIdentity()
 void Option::clip(float nearz, float farz)
 {
     if (!legal()) return;
+    if (std::isnan(nearz + farz)) {
+        finiteArguments(NamedValue{"near", nearz}, NamedValue{"far", farz});
+        return;
+    }
     const bool badNear = nearz < 1e-10 || !(nearz < farz - 1e-10);
     const float n = badNear ? 1e-10f : nearz;
     const bool badFar = farz > 1e38f || !(farz > n + 1e-10);

@@ -259,7 +259,7 @@ TEST_F(OptionTest, FarClippingOutOfRangeBecomesTheMaximum)
     gOption->clip(2, 2e38f);
     EXPECT_EQ(gOption->nearClip, 2);
     EXPECT_EQ(gOption->farClip, 1e38f);
-    expectReport("far clipping distance 2 out of range, using maximum");
+    expectReport("far clipping distance 2e+38 out of range, using maximum");
 }
 
 TEST_F(OptionTest, BothClippingDistancesCanBeOutOfRange)

@@ -43,9 +43,9 @@ void State::point()
 void State::init()
 {
     initQuark();
+    upcall::closeDisplay();
     upcall::flushScene();
-    upcall::defineObject(nullptr);
-    fObject = nullptr;
+    define(nullptr);
 
     // Objects hold procedurals, whose free functions may call back in: they go when the state
     // stands again.
@@ -72,8 +72,6 @@ void State::init()
     gWorldToCamera = gCameraToScreen = gScreenToRaster = gIdentity;
     gScreenToRaster.map(-4.0f / 3, 4.0f / 3, -1, 1, 640, 480);
     gCameraToRaster = gCameraToScreen * gScreenToRaster;
-    upcall::closeDisplay();
-    upcall::deleteDisplay();
 }
 
 void State::reset()
@@ -113,6 +111,19 @@ short State::open(unsigned short mask, unsigned short block, bool attributes, bo
     }
     point();
     return 1;
+}
+
+void State::define(Object* object)
+{
+    fObject = object;
+    upcall::defineObject(object);
+}
+
+void State::closeTo(long depth)
+{
+    if (fDepth <= depth) return;
+    while (fDepth > depth) close();
+    define(nullptr);
 }
 
 void State::close()
@@ -190,12 +201,11 @@ short State::sceneEnd()
         return 0;
     }
     // The block stays open while its picture is made, so that procedurals may build.
-    const bool rendering = gOption->hiderType != kHiderNull;
-    if (rendering) {
-        upcall::renderScene();
-        upcall::closeDisplay();
-    }
-    upcall::deleteDisplay();
+    const long depth = fDepth;
+    if (gOption->hiderType != kHiderNull) upcall::renderScene();
+    upcall::closeDisplay();
+    // Blocks that a callback left open end with it.
+    closeTo(depth);
     const Doomed doomed = popLightAndObj();
     close();
     return 1;
@@ -232,17 +242,15 @@ Object* State::objectBegin()
 {
     if (!open(kBeginBlocks, kObjectBlock, true, true)) return nullptr;
     std::shared_ptr<Object> object = upcall::makeObject();
-    fObject = object.get();
+    define(object.get());
     fObjects.top()->add(std::move(object));
-    upcall::defineObject(fObject);
     return fObject;
 }
 
 short State::objectEnd()
 {
     if (!verify(kObjectBlock, kBadNesting)) return 0;
-    fObject = nullptr;
-    upcall::defineObject(nullptr);
+    define(nullptr);
     close();
     return 1;
 }
@@ -290,16 +298,14 @@ State::ProceduralScope::ProceduralScope(State& state, const Attrib& attrib,
     state.fAttribs.push(attrib);
     state.fTransforms.push(transform);
     state.point();
-    state.fObject = nullptr;
-    upcall::defineObject(nullptr);
+    state.define(nullptr);
 }
 
 State::ProceduralScope::~ProceduralScope()
 {
-    while (fState.fDepth > fDepth) fState.close();
+    fState.closeTo(fDepth);
     fState.fMotionFirst = fMotionFirst;
-    fState.fObject = fObject;
-    upcall::defineObject(fObject);
+    fState.define(fObject);
 }
 
 }  // namespace zeb

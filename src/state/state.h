@@ -89,6 +89,9 @@ private:
 
     short open(unsigned short mask, unsigned short block, bool attributes, bool transformation);
     void close();
+    // Closes what is open above a depth of blocks.
+    void closeTo(long depth);
+    void define(Object* object);
     void point();
     void fixCamera();
     // Takes the innermost lists, so that they go when the caller is done with the block.

@@ -27,8 +27,8 @@ struct DeviceDefaults {
 // Makes the device that the options choose, in place of the one before.
 DeviceDefaults createDisplay();
 void openDisplay();
+// Closes the device and forgets it.
 void closeDisplay();
-void deleteDisplay();
 
 // hider/scene.cpp
 void initScene();

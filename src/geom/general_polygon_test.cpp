@@ -1,0 +1,285 @@
+#include "geom/general_polygon.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+#include "geom/convex_polygon.h"
+#include "geom/triangle.h"
+#include "state/quark.h"
+#include "support/reports.h"
+
+using namespace zeb;
+
+namespace
+{
+
+using Floats = std::vector<float>;
+using Corners = std::vector<std::pair<float, float>>;
+
+struct Pieces : PrimitiveSink {
+    void add(std::unique_ptr<Primitive> piece) override { list.push_back(std::move(piece)); }
+    Corners corners(std::size_t i) const
+    {
+        const auto& polygon = dynamic_cast<const Polygon&>(*list.at(i));
+        Corners result;
+        for (long k = 0; k < polygon.nVertices(); ++k)
+            result.emplace_back(polygon.points()[k].x, polygon.points()[k].y);
+        return result;
+    }
+    std::vector<std::unique_ptr<Primitive>> list;
+};
+
+// Splits all the way down, and adds up the triangles' signed areas.
+struct Areas : PrimitiveSink {
+    void add(std::unique_ptr<Primitive> piece) override
+    {
+        if (const auto* t = dynamic_cast<const Triangle*>(piece.get())) {
+            const Point* p = t->points();
+            const double area = 0.5 * static_cast<double>(((p[1] - p[0]) ^ (p[2] - p[0])).z);
+            total += area;
+            if (area < -1e-6) ++reversed;
+        } else {
+            piece->split(*this);
+        }
+    }
+    double total = 0;
+    int reversed = 0;
+};
+
+class GeneralPolygonTest : public testing::Test
+{
+protected:
+    GeneralPolygonTest() { zebReset(); }
+    ~GeneralPolygonTest() override { zebReset(); }
+
+    static GeneralPolygon make(const std::vector<Corners>& loops)
+    {
+        Floats points;
+        std::vector<long> sizes;
+        for (const Corners& loop : loops) {
+            sizes.push_back(static_cast<long>(loop.size()));
+            for (const auto& [x, y] : loop) points.insert(points.end(), {x, y, 0});
+        }
+        const unsigned short token = kQPoint;
+        void* const value = points.data();
+        return {static_cast<long>(sizes.size()), sizes.data(), 1, &token, &value};
+    }
+    static double area(const std::vector<Corners>& loops)
+    {
+        Areas areas;
+        GeneralPolygon p = make(loops);
+        p.split(areas);
+        EXPECT_EQ(areas.reversed, 0);
+        return areas.total;
+    }
+
+    zebtest::Reports reports;
+};
+
+const Corners kSquare{{0, 0}, {10, 0}, {10, 10}, {0, 10}};
+// Runs the other way round than the square.
+Corners hole(float x, float y, float size = 1)
+{
+    return {{x, y}, {x, y + size}, {x + size, y + size}, {x + size, y}};
+}
+Corners reversed(const Corners& loop) { return {loop.rbegin(), loop.rend()}; }
+
+}  // namespace
+
+TEST_F(GeneralPolygonTest, IsAlwaysSplit)
+{
+    const GeneralPolygon p = make({kSquare});
+    const RenderFrame frame(Option(), Matrix());
+    Dicing dicing{frame};
+    EXPECT_FALSE(p.diceable(dicing, 1000));
+    EXPECT_EQ(p.type(), 2);
+}
+
+TEST_F(GeneralPolygonTest, TheNormalIsTwiceTheAreaOfTheOutline)
+{
+    EXPECT_EQ(make({kSquare, hole(1, 1)}).normal(), Point(0, 0, 200));
+    EXPECT_EQ(make({reversed(kSquare)}).normal(), Point(0, 0, -200));
+}
+
+TEST_F(GeneralPolygonTest, ConvexMeansNoReflexCorner)
+{
+    for (const Corners& loop : {kSquare, reversed(kSquare)}) {
+        const GeneralPolygon p = make({loop});
+        EXPECT_TRUE(p.convex(p.normal()));
+    }
+    const GeneralPolygon dart = make({{{0, 0}, {10, 0}, {2, 2}, {0, 10}}});
+    EXPECT_FALSE(dart.convex(dart.normal()));
+    const GeneralPolygon straight = make({{{0, 0}, {5, 0}, {10, 0}, {10, 10}}});
+    EXPECT_TRUE(straight.convex(straight.normal()));
+}
+
+TEST_F(GeneralPolygonTest, ThreeVerticesMakeATriangle)
+{
+    GeneralPolygon p = make({{{0, 0}, {1, 0}, {2, 1}}});
+    Pieces pieces;
+    p.split(pieces);
+    ASSERT_EQ(pieces.list.size(), 1u);
+    EXPECT_NE(dynamic_cast<Triangle*>(pieces.list[0].get()), nullptr);
+    EXPECT_EQ(pieces.corners(0), (Corners{{0, 0}, {1, 0}, {2, 1}}));
+}
+
+TEST_F(GeneralPolygonTest, AConvexOneBecomesAConvexPolygonOfTheSameVertices)
+{
+    GeneralPolygon p = make({kSquare});
+    Pieces pieces;
+    p.split(pieces);
+    ASSERT_EQ(pieces.list.size(), 1u);
+    EXPECT_EQ(pieces.list[0]->type(), 1);
+    EXPECT_EQ(pieces.corners(0), kSquare);
+}
+
+TEST_F(GeneralPolygonTest, AConcaveOneIsCutFromItsReflexCornerToTheNearestCandidate)
+{
+    // The reflex corner is 2; vertex 0 is the only one that is no neighbour.
+    GeneralPolygon p = make({{{0, 0}, {10, 0}, {2, 2}, {0, 10}}});
+    Pieces pieces;
+    p.split(pieces);
+    ASSERT_EQ(pieces.list.size(), 2u);
+    EXPECT_EQ(pieces.list[0]->type(), 2);
+    EXPECT_EQ(pieces.list[1]->type(), 2);
+    EXPECT_EQ(pieces.corners(0), (Corners{{2, 2}, {0, 10}, {0, 0}}));
+    EXPECT_EQ(pieces.corners(1), (Corners{{0, 0}, {10, 0}, {2, 2}}));
+}
+
+TEST_F(GeneralPolygonTest, TheShortestDiagonalOfAReflexCornerIsTaken)
+{
+    // An L; its reflex corner (4, 4) is nearer to (0, 3) than to any other candidate.
+    GeneralPolygon p =
+        make({{{0, 0}, {10, 0}, {10, 4}, {4, 4}, {4, 10}, {0, 10}, {0, 3}}});
+    Pieces pieces;
+    p.split(pieces);
+    ASSERT_EQ(pieces.list.size(), 2u);
+    EXPECT_EQ(pieces.corners(0), (Corners{{4, 4}, {4, 10}, {0, 10}, {0, 3}}));
+    EXPECT_EQ(pieces.corners(1), (Corners{{0, 3}, {0, 0}, {10, 0}, {10, 4}, {4, 4}}));
+}
+
+TEST_F(GeneralPolygonTest, ADiagonalThatMeetsAnEdgeCrosses)
+{
+    // A U: the line between the tips of its arms leaves it and meets no edge inside; the line from
+    // one arm's outer foot to the other's tip runs through the notch.
+    const GeneralPolygon u = make(
+        {{{0, 0}, {10, 0}, {10, 10}, {8, 10}, {8, 2}, {2, 2}, {2, 10}, {0, 10}}});
+    EXPECT_TRUE(u.crosses(2, 7, u.normal()));
+    EXPECT_FALSE(u.crosses(0, 5, u.normal()));
+    EXPECT_FALSE(u.crosses(0, 4, u.normal()));
+}
+
+TEST_F(GeneralPolygonTest, AnEdgeOfAHoleIsCrossedToo)
+{
+    const GeneralPolygon p = make({kSquare, hole(4, 4, 2)});
+    EXPECT_TRUE(p.crosses(0, 2, p.normal()));
+    EXPECT_FALSE(p.crosses(0, 4, p.normal()));
+    EXPECT_TRUE(p.crosses(0, 6, p.normal()));
+}
+
+TEST_F(GeneralPolygonTest, ConcavePiecesCoverTheWhole)
+{
+    EXPECT_NEAR(area({{{0, 0}, {10, 0}, {2, 2}, {0, 10}}}), 20, 1e-4);
+    EXPECT_NEAR(area({{{0, 0}, {10, 0}, {10, 10}, {8, 10}, {8, 2}, {2, 2}, {2, 10}, {0, 10}}}),
+                52, 1e-4);
+}
+
+TEST_F(GeneralPolygonTest, AHoleIsBridgedAtTheClosestPair)
+{
+    // Outline vertex 0 and hole vertex 0 are the closest: the bridge runs to and fro.
+    GeneralPolygon p = make({kSquare, hole(2, 2)});
+    Pieces pieces;
+    p.split(pieces);
+    ASSERT_EQ(pieces.list.size(), 1u);
+    EXPECT_EQ(pieces.list[0]->type(), 2);
+    EXPECT_EQ(pieces.corners(0), (Corners{{0, 0},
+                                          {2, 2},
+                                          {2, 3},
+                                          {3, 3},
+                                          {3, 2},
+                                          {2, 2},
+                                          {0, 0},
+                                          {10, 0},
+                                          {10, 10},
+                                          {0, 10}}));
+}
+
+TEST_F(GeneralPolygonTest, ABridgeMayStartAnywhereInTheHole)
+{
+    // Closest: outline vertex 2 (10, 10) and the hole's vertex 2 (9, 9).
+    GeneralPolygon p = make({kSquare, hole(8, 8)});
+    Pieces pieces;
+    p.split(pieces);
+    ASSERT_EQ(pieces.list.size(), 1u);
+    EXPECT_EQ(pieces.corners(0), (Corners{{0, 0},
+                                          {10, 0},
+                                          {10, 10},
+                                          {9, 9},
+                                          {9, 8},
+                                          {8, 8},
+                                          {8, 9},
+                                          {9, 9},
+                                          {10, 10},
+                                          {0, 10}}));
+}
+
+TEST_F(GeneralPolygonTest, AHoleGivenInTheOutlinesDirectionIsTakenReversed)
+{
+    EXPECT_NEAR(area({kSquare, hole(2, 2, 3)}), 91, 1e-4);
+    EXPECT_NEAR(area({kSquare, reversed(hole(2, 2, 3))}), 91, 1e-4);
+}
+
+TEST_F(GeneralPolygonTest, EveryHoleSurvivesTheBridgeOfAnother)
+{
+    EXPECT_NEAR(area({kSquare, hole(1, 1), hole(4, 4, 2), hole(8, 7)}), 100 - 1 - 4 - 1, 1e-4);
+    EXPECT_NEAR(area({kSquare, hole(7, 7, 2), hole(1, 1, 2)}), 92, 1e-4);
+}
+
+TEST_F(GeneralPolygonTest, OneBridgeTakesOneHole)
+{
+    GeneralPolygon p = make({kSquare, hole(5, 5), hole(1, 1)});
+    Pieces pieces;
+    p.split(pieces);
+    ASSERT_EQ(pieces.list.size(), 1u);
+    // The second hole is nearer; the first one follows the bridged outline.
+    const Corners corners = pieces.corners(0);
+    ASSERT_EQ(corners.size(), 14u);
+    EXPECT_EQ(corners[1], std::pair(1.0f, 1.0f));
+    EXPECT_EQ(Corners(corners.begin() + 10, corners.end()), hole(5, 5));
+}
+
+TEST_F(GeneralPolygonTest, AMeshSplitsFaceByFace)
+{
+    const Floats points{0, 0, 0, 9, 0, 0, 9, 9, 0, 0, 9, 0, 2, 2, 0, 2, 4, 0, 4, 4, 0};
+    const unsigned short token = kQPoint;
+    void* const value = const_cast<float*>(points.data());
+    const long loops[] = {1, 2, 1}, sizes[] = {3, 4, 3, 4};
+    const long indices[] = {0, 1, 2, 0, 1, 2, 3, 4, 5, 6, 3, 2, 1, 0};
+    GeneralPolygonMesh mesh(3, loops, sizes, indices, 1, &token, &value);
+    EXPECT_EQ(mesh.type(), 4);
+    Pieces pieces;
+    mesh.split(pieces);
+    ASSERT_EQ(pieces.list.size(), 3u);
+    EXPECT_NE(dynamic_cast<Triangle*>(pieces.list[0].get()), nullptr);
+    EXPECT_EQ(pieces.list[1]->type(), 2);
+    EXPECT_EQ(pieces.list[2]->type(), 2);
+    EXPECT_EQ(pieces.corners(1).size(), 7u);
+    EXPECT_EQ(pieces.corners(2), (Corners{{0, 9}, {9, 9}, {9, 0}, {0, 0}}));
+}
+
+TEST_F(GeneralPolygonTest, AConcaveOneWithNoUsableDiagonalIsCutInTheMiddle)
+{
+    // All vertices but one coincide with a spike that folds back onto itself: vertex 3 turns the
+    // wrong way, and every line from it meets the crossing edges.
+    const Corners bowtie{{0, 0}, {4, 4}, {4, 0}, {0, 4}};
+    GeneralPolygon p = make({bowtie});
+    Pieces pieces;
+    p.split(pieces);
+    ASSERT_FALSE(pieces.list.empty());
+    long total = 0;
+    for (std::size_t i = 0; i < pieces.list.size(); ++i)
+        total += static_cast<long>(pieces.corners(i).size());
+    EXPECT_EQ(total, pieces.list.size() == 1 ? 4 : 6);
+}
