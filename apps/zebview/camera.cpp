@@ -10,7 +10,8 @@ namespace zebview
 namespace
 {
 
-constexpr double kMargin = 0.06;     // of half the picture
+constexpr double kMargin = 0.06;     // of half the picture, but no less than
+constexpr double kMarginPixels = 2;  // which keeps the filter from the border
 constexpr double kClosest = 0.05;    // the eye stays off the model, which has radius 1
 constexpr double kClearance = 1e-3;  // between the model and the clipping planes
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -81,7 +82,8 @@ Camera frameModel(const std::vector<Mesh>& meshes, const Settings& settings)
     const auto width = static_cast<double>(settings.width);
     const auto height = static_cast<double>(settings.height);
     const double shorter = std::min(width, height);
-    const double slope = std::tan(settings.fov * std::numbers::pi / 360) * (1 - kMargin);
+    const double margin = std::min(std::max(kMargin, kMarginPixels / (shorter / 2)), 0.5);
+    const double slope = std::tan(settings.fov * std::numbers::pi / 360) * (1 - margin);
 
     Reach x{slope * width / shorter}, y{slope * height / shorter};
     double front = -kInfinity, rear = kInfinity;

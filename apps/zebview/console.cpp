@@ -30,15 +30,16 @@ std::string oneLine(std::string text)
     return text;
 }
 
+// In words for those who know the program and not the library: without the function's name, which
+// stands before the text, or alone.
 std::string describe(long code, long severity, const char* message)
 {
-    std::string text = severity == ZEB_WARNING ? "warning: " : "";
-    text += message ? message : "the renderer reports";
-    // Without words of its own a report is known by its number only.
-    if (!message || std::string(message).find(':') == std::string::npos) {
-        text += " (code " + std::to_string(code) + ")";
-    }
-    return text;
+    const std::string prefix = severity == ZEB_WARNING ? "warning: " : "";
+    const std::string text = message ? message : "";
+    const std::size_t colon = text.find(": ");
+    if (text.rfind("zeb", 0) != 0 && !text.empty()) return prefix + text;
+    if (colon != std::string::npos) return prefix + text.substr(colon + 2);
+    return prefix + "the renderer refused " + text + " (code " + std::to_string(code) + ")";
 }
 
 void receive(long code, long severity, const char* message)

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <new>
+#include <utility>
 
 #include "camera.h"
 #include "console.h"
@@ -17,8 +18,7 @@ int main(int argc, char** argv)
         const zebview::Settings& settings = commandLine.settings;
         std::vector<zebview::Mesh> meshes = zebview::loadModel(settings);
         const zebview::Camera camera = zebview::frameModel(meshes, settings);
-        zebview::renderPicture(std::move(meshes), camera, settings);
-        return 0;
+        return zebview::renderPicture(std::move(meshes), camera, settings) ? 0 : 1;
     } catch (const std::bad_alloc&) {
         zebview::complain("there is not enough memory");
     } catch (const std::exception& failure) {

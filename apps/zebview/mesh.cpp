@@ -107,6 +107,12 @@ private:
     std::vector<long> fFirst;
 };
 
+bool isFlat(std::span<const Vector> normals, const Vector& faceNormal)
+{
+    return std::all_of(normals.begin(), normals.end(),
+                       [&](const Vector& normal) { return normal * faceNormal > 0.9999; });
+}
+
 }  // namespace
 
 Mesh buildMesh(const aiMesh& source, const std::vector<Vector>& points, const Matrix& toWorld,
@@ -120,12 +126,15 @@ Mesh buildMesh(const aiMesh& source, const std::vector<Vector>& points, const Ma
 
     VertexCollector collector(source, points, mesh);
     for (std::size_t face = 0; face < faces.size(); ++face) {
-        FaceList& list = faces.convex(face, points) ? mesh.convex : mesh.concave;
-        std::size_t corner = faces.firstCorner(face);
-        for (const std::uint32_t vertex : faces.corners(face)) {
-            list.corners.push_back(collector.vertex(vertex, normals[corner++]));
+        const std::span corners = faces.corners(face);
+        const Vector* own = &normals[faces.firstCorner(face)];
+        FaceList& list = faces.convex(face, points)                          ? mesh.convex
+                         : isFlat({own, corners.size()}, faces.normal(face)) ? mesh.flatConcave
+                                                                             : mesh.concave;
+        for (const std::uint32_t vertex : corners) {
+            list.corners.push_back(collector.vertex(vertex, *own++));
         }
-        list.sizes.push_back(static_cast<long>(faces.corners(face).size()));
+        list.sizes.push_back(static_cast<long>(corners.size()));
     }
     return mesh;
 }

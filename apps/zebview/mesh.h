@@ -22,6 +22,9 @@ struct Mesh {
     std::vector<float> normals;  // three a vertex, on the side of every face's winding
     std::vector<float> colors;   // three a vertex, or none
     FaceList convex, concave;
+    // Concave faces that look the same without normals, and better if their outline crosses
+    // itself: then parts of them are wound the other way.
+    FaceList flatConcave;
     std::optional<Color> material;
 
     std::size_t vertexCount() const { return points.size() / 3; }

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <filesystem>
 #include <limits>
+#include <memory>
 
 #include "failure.h"
 
@@ -41,6 +42,17 @@ struct Box {
     }
 };
 
+// assimp reads on for ever where the header of a PLY file breaks off.
+void checkHeader(std::FILE* file)
+{
+    constexpr std::size_t longest = 1 << 20;
+    std::string start(longest, '\0');
+    start.resize(std::fread(start.data(), 1, longest, file));
+    if (start.rfind("ply", 0) == 0 && start.find("end_header") == std::string::npos) {
+        throw Failure("cannot be read: its header does not end");
+    }
+}
+
 // What assimp would report at length, or after hours, is said here in short.
 void checkFile(const std::string& name)
 {
@@ -51,13 +63,14 @@ void checkFile(const std::string& name)
     if (fs::is_directory(status)) throw Failure("it is a directory");
     if (fs::exists(status) && !fs::is_regular_file(status)) throw Failure("it is not a file");
     errno = 0;
-    std::FILE* file = std::fopen(name.c_str(), "rb");
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(name.c_str(), "rb"),
+                                                               std::fclose);
     if (!file) throw Failure(std::string("cannot read it: ") + std::strerror(errno));
-    std::fclose(file);
     const std::uintmax_t size = fs::file_size(name, failed);
     if (failed) throw Failure("cannot read it: " + failed.message());
     if (size == 0) throw Failure("the file is empty");
     if (size > kMaxFileSize) throw Failure("the file is larger than 4 GiB");
+    checkHeader(file.get());
 }
 
 template <class T>
@@ -68,20 +81,28 @@ std::optional<T> metadata(const aiScene& scene, const char* key)
     return value;
 }
 
-Axis upAxis(const aiScene& scene, const std::optional<Axis>& wanted)
+std::string upAxis(const aiScene& scene, const std::string& wanted)
 {
-    if (wanted) return *wanted;
-    const int axis = metadata<std::int32_t>(scene, "UpAxis").value_or(1);
-    return axis == 0 ? Axis::kX : axis == 2 ? Axis::kZ : Axis::kY;
+    if (!wanted.empty()) return wanted;
+    const auto axis = metadata<std::int32_t>(scene, "UpAxis").value_or(1);
+    if (axis < 0 || axis > 2) return "y";
+    const bool down = metadata<std::int32_t>(scene, "UpAxisSign").value_or(1) < 0;
+    static constexpr const char* names[2][3] = {{"x", "y", "z"}, {"-x", "-y", "-z"}};
+    return names[down ? 1 : 0][axis];
 }
 
 // A rotation, so that nothing is mirrored. With z up the front is where y is least.
-Matrix upright(Axis up)
+Matrix upright(const std::string& up)
 {
-    Matrix m;
-    if (up == Axis::kX) m = Matrix(0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1);
-    if (up == Axis::kZ) m = Matrix(1, 0, 0, 0, 0, 0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1);
-    return m;
+    const double sign = up[0] == '-' ? -1 : 1;
+    switch (up.back()) {
+        case 'x':
+            return {0, -sign, 0, 0, sign, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+        case 'z':
+            return {1, 0, 0, 0, 0, 0, sign, 0, 0, -sign, 0, 0, 0, 0, 0, 1};
+        default:
+            return {sign, 0, 0, 0, 0, sign, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    }
 }
 
 // Without recursion: files can nest nodes as deep as they like.
@@ -138,18 +159,24 @@ Box boundingBox(const std::vector<Placement>& meshes)
     return box;
 }
 
-// None where the file has no material, and where the colour is a stand-in for a texture.
+// What assimp and its formats give to meshes that have no material: white or a grey, no name.
+bool isStandIn(const aiMaterial& material, const aiColor3D& diffuse)
+{
+    const aiString name = material.GetName();
+    const bool named = name.length > 0 && std::strcmp(name.C_Str(), AI_DEFAULT_MATERIAL_NAME) != 0;
+    const bool grey = diffuse.r == diffuse.g && diffuse.g == diffuse.b;
+    return !named && grey && diffuse.r > 0.5f;
+}
+
+// None where the file names no colour, and where the colour only gives way to a texture.
 std::optional<Color> materialColor(const aiScene& scene, const aiMesh& mesh)
 {
     if (mesh.mMaterialIndex >= scene.mNumMaterials) return std::nullopt;
     const aiMaterial& material = *scene.mMaterials[mesh.mMaterialIndex];
     aiColor3D diffuse;
-    if (std::strcmp(material.GetName().C_Str(), AI_DEFAULT_MATERIAL_NAME) == 0 ||
-        material.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) != aiReturn_SUCCESS) {
-        return std::nullopt;
-    }
+    if (material.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) != aiReturn_SUCCESS) return std::nullopt;
     const bool textured = material.GetTextureCount(aiTextureType_DIFFUSE) > 0;
-    if (textured && diffuse.IsBlack()) return std::nullopt;
+    if (isStandIn(material, diffuse) || (textured && diffuse.IsBlack())) return std::nullopt;
     Color color{diffuse.r, diffuse.g, diffuse.b};
     for (float& c : color) {
         if (!std::isfinite(c)) return std::nullopt;
@@ -170,6 +197,7 @@ std::vector<Mesh> buildMeshes(const aiScene& scene, const Settings& settings)
 
     std::vector<Mesh> result;
     if (!(radius > 0)) return result;
+    if (!std::isfinite(radius)) throw Failure("it is too large");
     for (const auto& [source, toWorld] : meshes) {
         std::vector<Vector> points(source->mNumVertices);
         for (unsigned i = 0; i < source->mNumVertices; ++i) {

@@ -4,9 +4,9 @@
 #include <csignal>
 #include <map>
 #include <numbers>
+#include <utility>
 
 #include "console.h"
-#include "failure.h"
 #include "zebcore/zebcore.h"
 
 namespace zebview
@@ -33,13 +33,6 @@ Filter filterNamed(const std::string& name)
                                                        {"triangle", {ZEB_FILTER_TRIANGLE, 2}},
                                                        {"sinc", {ZEB_FILTER_SINC, 4}}};
     return filters.at(name);
-}
-
-// The library takes values as pointers to what it does not change.
-template <class T>
-void* pointer(const T* values)
-{
-    return const_cast<T*>(values);
 }
 
 void setOptions(const Camera& camera, const Settings& settings)
@@ -80,9 +73,9 @@ void addLights()
 {
     zebMatrixPush();
     zebLoadIdentity();
-    addDistantLight(-0.8f, 1, -1, 0.85f);
-    addDistantLight(1, 0.3f, -0.7f, 0.25f);
-    const float glow = 0.15f;
+    addDistantLight(-0.8f, 1, -1, 0.8f);
+    addDistantLight(1, 0.3f, -0.7f, 0.35f);
+    const float glow = 0.2f;
     zebLightSource(zebQuark("ambient"), zebQuark("intensity"), &glow, 0);
     zebMatrixPop();
 }
@@ -117,51 +110,86 @@ void setSurface(const Settings& settings)
     zebShadingRate(static_cast<float>(settings.shadingRate));
 }
 
+// The values that go with the vertices of a mesh.
+struct Parameters {
+    std::vector<unsigned short> tokens;
+    std::vector<void*> values;
+
+    // The library takes values as pointers to what it does not change.
+    void add(const char* name, const std::vector<float>& list)
+    {
+        tokens.push_back(zebQuark(name));
+        values.push_back(const_cast<float*>(list.data()));
+    }
+    long count() const { return static_cast<long>(tokens.size()); }
+};
+
+void addConvex(const FaceList& faces, const Parameters& list)
+{
+    if (faces.sizes.empty()) return;
+    zebPolygonMeshV(static_cast<long>(faces.sizes.size()), faces.sizes.data(), faces.corners.data(),
+                    list.count(), list.tokens.data(), list.values.data());
+}
+
+void addConcave(const FaceList& faces, const Parameters& list)
+{
+    if (faces.sizes.empty()) return;
+    const std::vector<long> loops(faces.sizes.size(), 1);
+    zebGeneralPolygonMeshV(static_cast<long>(loops.size()), loops.data(), faces.sizes.data(),
+                           faces.corners.data(), list.count(), list.tokens.data(),
+                           list.values.data());
+}
+
 void addMesh(const Mesh& mesh, const Settings& settings)
 {
     const Color color = settings.color.value_or(mesh.material.value_or(kDefaultColor));
     zebColor(color.data());
-    std::vector<unsigned short> tokens{zebQuark("point"), zebQuark("normal")};
-    std::vector<void*> values{pointer(mesh.points.data()), pointer(mesh.normals.data())};
-    if (!settings.color && !mesh.colors.empty()) {
-        tokens.push_back(zebQuark("color"));
-        values.push_back(pointer(mesh.colors.data()));
-    }
-    const auto n = static_cast<long>(tokens.size());
-    if (const FaceList& faces = mesh.convex; !faces.sizes.empty()) {
-        zebPolygonMeshV(static_cast<long>(faces.sizes.size()), faces.sizes.data(),
-                        faces.corners.data(), n, tokens.data(), values.data());
-    }
-    if (const FaceList& faces = mesh.concave; !faces.sizes.empty()) {
-        const std::vector<long> loops(faces.sizes.size(), 1);
-        zebGeneralPolygonMeshV(static_cast<long>(loops.size()), loops.data(), faces.sizes.data(),
-                               faces.corners.data(), n, tokens.data(), values.data());
-    }
+    Parameters list;
+    list.add("point", mesh.points);
+    if (!settings.color && !mesh.colors.empty()) list.add("color", mesh.colors);
+    addConcave(mesh.flatConcave, list);
+    list.add("normal", mesh.normals);
+    addConvex(mesh.convex, list);
+    addConcave(mesh.concave, list);
 }
 
 // Gives the picture up, with what there is of its file, if anything went wrong.
-void check()
+bool givenUp()
 {
-    if (!gInterrupted && !errorReported()) return;
+    if (!gInterrupted && !errorReported()) return false;
+    if (gInterrupted) complain("interrupted");
     zebReset();
-    throw Failure(gInterrupted ? "interrupted" : "the picture could not be made");
+    return true;
 }
 
-void renderBuckets()
+bool renderBuckets()
 {
     zebRenderInit();
     showProgress(0);
     while (zebRenderBucket()) {
         showProgress(zebProgress());
-        check();
+        if (givenUp()) return false;
     }
     clearProgress();
-    check();
+    return !givenUp();
+}
+
+bool renderWorld(std::vector<Mesh> meshes, const Camera& camera, const Settings& settings)
+{
+    addLights();
+    if (settings.background) addBackdrop(camera, settings);
+    setSurface(settings);
+    for (Mesh& mesh : meshes) {
+        addMesh(mesh, settings);
+        mesh = Mesh();
+        if (givenUp()) return false;
+    }
+    return renderBuckets();
 }
 
 }  // namespace
 
-void renderPicture(std::vector<Mesh> meshes, const Camera& camera, const Settings& settings)
+bool renderPicture(std::vector<Mesh> meshes, const Camera& camera, const Settings& settings)
 {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         std::signal(signal, [](int) { gInterrupted = 1; });
@@ -169,18 +197,9 @@ void renderPicture(std::vector<Mesh> meshes, const Camera& camera, const Setting
     receiveReports();
     setOptions(camera, settings);
     zebSceneBegin();
-    check();
-    addLights();
-    if (settings.background) addBackdrop(camera, settings);
-    setSurface(settings);
-    for (Mesh& mesh : meshes) {
-        addMesh(mesh, settings);
-        mesh = Mesh();
-        check();
-    }
-    renderBuckets();
+    if (givenUp() || !renderWorld(std::move(meshes), camera, settings)) return false;
     zebSceneEnd();
-    check();
+    return !errorReported();
 }
 
 }  // namespace zebview

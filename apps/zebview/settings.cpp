@@ -126,7 +126,7 @@ void addPictureOptions(CLI::App& app, Settings& s)
            "Shades once in so many pixels; default 1")
         ->type_name("AREA");
     app.add_option("--filter", s.filter, "Pixel filter; default gaussian")
-        ->type_name("gaussian|catmull-rom|box|triangle|sinc")
+        ->type_name("NAME")
         ->check(CLI::IsMember({"gaussian", "catmull-rom", "box", "triangle", "sinc"}));
     app.add_option_function<std::string>(
            "--background",
@@ -137,8 +137,8 @@ void addPictureOptions(CLI::App& app, Settings& s)
 
 void addModelOptions(CLI::App& app, Settings& s)
 {
-    app.add_option("model", s.model, "The model: OBJ, PLY, STL, 3DS, OFF, glTF and many more")
-        ->type_name("MODEL")
+    app.add_option("MODEL", s.model, "The model: OBJ, PLY, STL, 3DS, OFF, glTF and many more")
+        ->type_name("")
         ->required();
     app.add_option_function<std::string>(
            "--view", [&s](const std::string& text) { parseView(text, s); },
@@ -148,13 +148,12 @@ void addModelOptions(CLI::App& app, Settings& s)
            "--fov", [&s](const std::string& text) { s.fov = parseNumber("--fov", text, 1, 150); },
            "Field of view across the picture's shorter side, 1 to 150; default 35")
         ->type_name("DEGREES");
-    app.add_option_function<std::string>(
-           "--up", [&s](const std::string& text) { s.up = static_cast<Axis>(text.at(0) - 'x'); },
-           "The model's axis that points up; default y, unless the file names another")
-        ->type_name("x|y|z")
-        ->check(CLI::IsMember({"x", "y", "z"}));
+    app.add_option("--up", s.up,
+                   "The model's axis that points up; default y, unless the file names another")
+        ->type_name("AXIS")
+        ->check(CLI::IsMember({"x", "y", "z", "-x", "-y", "-z"}));
     app.add_option("--surface", s.surface, "What the model is made of; default plastic")
-        ->type_name("constant|diffuse|metal|plastic")
+        ->type_name("NAME")
         ->check(CLI::IsMember({"constant", "diffuse", "metal", "plastic"}));
     app.add_option_function<std::string>(
            "--color", [&s](const std::string& text) { s.color = parseColor("--color", text); },

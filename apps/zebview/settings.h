@@ -10,8 +10,6 @@ namespace zebview
 
 using Color = std::array<float, 3>;
 
-enum class Axis { kX, kY, kZ };
-
 struct Settings {
     std::string model;
     std::string output;
@@ -21,7 +19,7 @@ struct Settings {
     double shadingRate = 1;
     std::string filter = "gaussian";
     double azimuth = 30, elevation = 20, fov = 35;  // degrees
-    std::optional<Axis> up;                         // unset: as the file says
+    std::string up;  // an axis such as "y" or "-z"; empty: as the file says
     std::string surface = "plastic";
     std::optional<Color> color;       // unset: the model's own
     std::optional<Color> background;  // unset: transparent

@@ -344,8 +344,8 @@ ZEB_API void zebAttributePop(void);
 ZEB_API void zebColor(const float *color);
 /** Sets the opacity, as zebColor: 1 hides what is behind, 0 shows it; default 1. */
 ZEB_API void zebOpacity(const float *opacity);
-/** Sets the area of a micropolygon in pixels, default 0.25. Code 10 below 1e-10. Below 1/1024 it
-    renders as 1/1024. */
+/** Sets the area of a micropolygon in pixels, default 0.25. Code 10 below 1e-10. Below 1/256 it
+    renders as 1/256. */
 ZEB_API void zebShadingRate(float rate);
 /** Chooses ZEB_CONSTANT or ZEB_SMOOTH. Code 10 for any other number. */
 ZEB_API void zebShadingModel(short model);

@@ -74,7 +74,7 @@ const Floats kSquare{0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
 TEST_F(ConvexPolygonTest, IsAlwaysSplit)
 {
     const ConvexPolygon p = make(kSquare);
-    const RenderFrame frame(Option(), Matrix());
+    const RenderFrame frame{Option(), Matrix()};
     Dicing dicing{frame};
     EXPECT_FALSE(p.diceable(dicing, 1000));
     EXPECT_TRUE(p.canSplit());
@@ -104,8 +104,7 @@ TEST_F(ConvexPolygonTest, TheBoundIsClippedByTheBoundAttribute)
     zebTranslate(10, 0, 0);
     const float box[6] = {0.25f, 5, -5, 0.75f, -1, 1};
     zebBound(box);
-    EXPECT_EQ(static_cast<const Bound&>(make(kSquare).bound()),
-              Bound(10.25f, 11, 0, 0.75f, 0, 0));
+    EXPECT_EQ(static_cast<const Bound&>(make(kSquare).bound()), Bound(10.25f, 11, 0, 0.75f, 0, 0));
 }
 
 TEST_F(ConvexPolygonTest, CosMinAngleIsTheLargestCosineOfFour)
@@ -266,7 +265,7 @@ TEST_F(ConvexPolygonTest, AMeshGivesTrianglesAndPolygonsFaceByFace)
     const long sizes[] = {3, 4, 3}, indices[] = {0, 1, 2, 4, 3, 2, 1, 2, 4, 0};
     ConvexPolygonMesh mesh(3, sizes, indices, 1, &token, &value);
     EXPECT_EQ(mesh.type(), 3);
-    const RenderFrame frame(Option(), Matrix());
+    const RenderFrame frame{Option(), Matrix()};
     Dicing dicing{frame};
     EXPECT_FALSE(mesh.diceable(dicing, 1000));
     Pieces pieces;

@@ -145,7 +145,6 @@ GeneralPolygon::Diagonal GeneralPolygon::concaveDiagonal(const Point& N) const
             best = {i, j};
         }
     }
-    if (best.from > best.to) std::swap(best.from, best.to);
     return best;
 }
 
@@ -171,8 +170,9 @@ void GeneralPolygon::splitOutline(PrimitiveSink& sink, const Point& N)
         sink.add(
             std::make_unique<GeneralPolygon>(*this, child, std::vector<long>{count}, part.data()));
     };
-    addPart(0, a, b - a + 1);
-    addPart(1, b, n - (b - a + 1) + 2);
+    const long count = (b - a + n) % n + 1;
+    addPart(0, a, count);
+    addPart(1, b, n - count + 2);
 }
 
 // The nearest pair of an outline vertex and a hole vertex that see each other carries a bridge: the

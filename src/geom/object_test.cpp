@@ -16,7 +16,7 @@ namespace
 class Probe : public Primitive
 {
 public:
-    explicit Probe(unsigned short type, const Bound& box = Bound(0)) : fType(type), fBox(box) {}
+    explicit Probe(unsigned short type, const Bound& box = Bound(0.0f)) : fType(type), fBox(box) {}
     unsigned short type() const override { return fType; }
     Boundw bound() const override { return {fBox, 1, 2}; }
     std::unique_ptr<Primitive> copy() const override { return std::make_unique<Probe>(*this); }
@@ -52,7 +52,7 @@ protected:
 
 TEST_F(ObjectTest, IsNeverDiced)
 {
-    const RenderFrame frame(Option(), Matrix());
+    const RenderFrame frame{Option(), Matrix()};
     Dicing dicing{frame};
     EXPECT_FALSE(object.diceable(dicing, 1000));
     EXPECT_EQ(object.type(), 15);

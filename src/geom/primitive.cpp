@@ -61,7 +61,7 @@ Primitive::Primitive(const Primitive& parent, std::uint32_t child, bool halved)
     : fCommon(parent.fCommon),
       fPath(mixSeeds(parent.fPath, child + 1)),
       fDepth(parent.fDepth + (halved ? 1 : 0)),
-      fEyeSplits(halved ? parent.fEyeSplits : nullptr)
+      fSplits(halved ? parent.fSplits : nullptr)
 {
 }
 
@@ -74,12 +74,12 @@ Random Primitive::random(std::uint32_t purpose) const
     return Random(mixSeeds(mixSeeds(fCommon->fSeq, fPath), purpose));
 }
 
-bool Primitive::mayStillSplit()
+bool Primitive::mayStillSplit(const RenderFrame& frame, double pixels)
 {
     if (fDepth >= kMaxSplitDepth) return false;
-    if (fFront || fDepth == 0) return true;
-    if (!fEyeSplits) fEyeSplits = std::make_shared<std::atomic<int>>(0);
-    return ++*fEyeSplits <= kMaxEyeSplits;
+    if (!fSplits) fSplits = std::make_shared<std::atomic<long>>(0);
+    const double size = double{dicingLimit(frame, -1)};
+    return static_cast<double>(++*fSplits) <= kMaxFaceSplits + 16 * pixels / (size * size);
 }
 
 float Primitive::dicingLimit(const RenderFrame& frame, float maxSize) const

@@ -73,12 +73,12 @@ enum PrimitiveType : unsigned short {
 class Primitive
 {
 public:
-    // Splitting ends: after so many halvings, and after so many splits of one face that reaches
-    // behind the eye.
+    // Splitting ends: after so many halvings, and after so many splits of one face. A face that
+    // fills a picture may take more, in proportion to its pixels.
     static constexpr int kMaxSplitDepth = 160;
-    static constexpr int kMaxEyeSplits = 1 << 16;
+    static constexpr double kMaxFaceSplits = 1 << 11;
     // Micropolygons are no smaller than this, whatever the shading rate asks for.
-    static constexpr float kMinSide = 1.0f / 32;
+    static constexpr float kMinSide = 1.0f / 16;
 
     // What the scene files by: whether the primitive lies wholly in front of the eye, and the last
     // bucket it reaches.
@@ -117,8 +117,8 @@ public:
     void detachCommon(std::shared_ptr<PrimitiveCommon> own) { fCommon = std::move(own); }
     const ArgList& args() const { return fArgs; }
 
-    // Whether another split is allowed; counts it if the primitive reaches behind the eye.
-    bool mayStillSplit();
+    // Whether another split is allowed in a picture of so many pixels; counts it.
+    bool mayStillSplit(const RenderFrame& frame, double pixels);
     // Draws that decide this piece's dicing: the same in every run, whatever was drawn before.
     Random random(std::uint32_t purpose) const;
 
@@ -140,7 +140,7 @@ private:
 
     std::uint32_t fPath = 0;
     int fDepth = 0;
-    std::shared_ptr<std::atomic<int>> fEyeSplits;  // shared by the pieces of one face
+    std::shared_ptr<std::atomic<long>> fSplits;  // of all pieces of one face
 };
 
 }  // namespace zeb

@@ -54,7 +54,7 @@ protected:
 
 TEST_F(ProceduralTest, IsNeverDiced)
 {
-    const RenderFrame frame(Option(), Matrix());
+    const RenderFrame frame{Option(), Matrix()};
     Dicing dicing{frame};
     EXPECT_FALSE(make().diceable(dicing, 1000));
     EXPECT_EQ(make().type(), 16);

@@ -165,7 +165,7 @@ TEST_F(TriangleTest, ALimitCanBeGiven)
 
 TEST_F(TriangleTest, LengthsAreMeasuredOnTheScreen)
 {
-    EXPECT_EQ(test(make({Point(0, 0, 1), Point(3, 0, 500), Point(0, 3, -500)})),
+    EXPECT_EQ(test(make({Point(0, 0, 1), Point(2.5f, 0, 500), Point(0, 2.5f, -500)})),
               (Answer{true, 3, 3}));
 }
 
@@ -208,7 +208,8 @@ TEST_F(TriangleTest, TheTuningLimitsTheRatioTried) { EXPECT_EQ(balanced(32, 1, 4
 
 TEST_F(TriangleTest, BalancingBelongsToTheDicingTest)
 {
-    EXPECT_EQ(test(make({Point(0, 0, 1), Point(8, 0, 1), Point(0, 5, 1)})), (Answer{true, 10, 5}));
+    EXPECT_EQ(test(make({Point(0, 0, 1), Point(7.5f, 0, 1), Point(0, 4.5f, 1)})),
+              (Answer{true, 10, 5}));
 }
 
 TEST_F(TriangleTest, AnUnevenOneSplitsAbove16Micropolygons)

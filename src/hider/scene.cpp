@@ -28,6 +28,9 @@ void defineObject(Object* object) { gScene->define(object); }
 namespace
 {
 
+// Micropolygons along the sides of a grid that can't be made as fine as it should be.
+constexpr unsigned short kCoarse = 8;
+
 // Samples of one bucket; buckets shrink where the sampling rates are so high that more would be
 // needed. What is seen does not change with it.
 constexpr double kMaxBucketSamples = 1 << 22;
@@ -186,8 +189,7 @@ void Scene::add(std::unique_ptr<Primitive> primitive)
 void Scene::giveUp(const Primitive& primitive)
 {
     if (primitive.common().fGivenUp.exchange(true)) return;
-    error(kRange, kWarning,
-          "surface cannot be split at the eye or beyond range, parts are missing");
+    error(kRange, kWarning, "surface takes too many splits, parts are coarse or missing");
 }
 
 void Scene::dice(const Primitive& primitive, const Dicing& dicing)
@@ -218,13 +220,12 @@ void Scene::process(std::unique_ptr<Primitive> primitive)
     Dicing dicing{*fFrame};
     if (primitive->fFront && primitive->diceable(dicing)) {
         dice(*primitive, dicing);
-    } else if (primitive->canSplit() && primitive->mayStillSplit()) {
+    } else if (primitive->canSplit() && primitive->mayStillSplit(*fFrame, pixels())) {
         primitive->split(*this);
     } else {
         // At the limit: what lies in front of the eye is diced as it is, the rest is dropped.
         giveUp(*primitive);
-        const auto size = static_cast<unsigned short>(fFrame->option.tuning[0]);
-        if (primitive->fFront) dice(*primitive, Dicing{*fFrame, size, size});
+        if (primitive->fFront) dice(*primitive, Dicing{*fFrame, kCoarse, kCoarse});
     }
 }
 

@@ -69,6 +69,11 @@ private:
     void process(std::unique_ptr<Primitive> primitive);
     void dice(const Primitive& primitive, const Dicing& dicing);
     void giveUp(const Primitive& primitive);
+    // Of the crop window.
+    double pixels() const
+    {
+        return static_cast<double>(fX1 - fX0 + 1) * static_cast<double>(fY1 - fY0 + 1);
+    }
     void finishRow();
     template <class Build>
     void build(unsigned short blocks, const Build& make);

@@ -1,0 +1,247 @@
+#include "hider/scene.h"
+
+#include <gtest/gtest.h>
+
+#include "math/spaces.h"
+#include "support/scene.h"
+
+using namespace zeb;
+
+namespace
+{
+
+struct Log {
+    int diced = 0, split = 0, gone = 0;
+    std::vector<long> doneBefore;  // progress at each split
+};
+
+// A box that is never small enough, or always.
+class Probe : public Primitive
+{
+public:
+    Probe(const Boundw& box, bool small, Log* log) : fBox(box), fSmall(small), fLog(log) {}
+    ~Probe() override { ++fLog->gone; }
+    Boundw bound() const override { return fBox; }
+    bool diceable(Dicing&, float) const override { return fSmall; }
+    std::unique_ptr<Grid> dice(const Dicing& dicing) const override
+    {
+        ++fLog->diced;
+        return Primitive::dice(dicing);
+    }
+    void split(PrimitiveSink& sink) override
+    {
+        ++fLog->split;
+        fLog->doneBefore.push_back(gScene->progress());
+        if (fPiece) sink.add(std::move(fPiece));
+    }
+    std::unique_ptr<Primitive> fPiece;
+
+private:
+    Boundw fBox;
+    bool fSmall;
+    Log* fLog;
+};
+
+class SceneTest : public zebtest::RasterTest
+{
+protected:
+    std::unique_ptr<Probe> probe(float x0, float x1, float y0, float y1, float z0, float z1,
+                                 bool small = false)
+    {
+        return std::make_unique<Probe>(Boundw(x0, x1, y0, y1, z0, z1, 1, 1), small, &log);
+    }
+    // Whether a box of camera space is kept; raster y runs downwards.
+    bool filed(float x0, float x1, float y0, float y1, float z0, float z1)
+    {
+        const int before = log.gone;
+        gScene->add(probe(x0, x1, y0, y1, z0, z1));
+        return log.gone == before;
+    }
+
+    Log log;
+};
+
+}  // namespace
+
+TEST_F(SceneTest, A100By100PictureHas9By9Buckets)
+{
+    raster(100, 100);
+    zebSceneBegin();
+    EXPECT_EQ(gScene->columns(), 9);
+    EXPECT_EQ(gScene->rows(), 9);
+    zebSceneEnd();
+    EXPECT_EQ(picture.spans, 9 * 100);
+}
+
+TEST_F(SceneTest, BucketsAreAsLargeAsTuned)
+{
+    raster(100, 50);
+    zebTune(32, 25, 10);
+    zebSceneBegin();
+    EXPECT_EQ(gScene->columns(), 4);
+    EXPECT_EQ(gScene->rows(), 5);
+    zebSceneEnd();
+}
+
+TEST_F(SceneTest, ProgressCountsTheBucketUnderWay)
+{
+    raster(24, 24);
+    EXPECT_EQ(zebProgress(), 0);
+    zebSceneBegin();
+    zebRenderInit();
+    EXPECT_EQ(zebProgress(), 25);
+    EXPECT_NE(zebRenderBucket(), 0);
+    EXPECT_EQ(zebProgress(), 50);
+    EXPECT_NE(zebRenderBucket(), 0);
+    EXPECT_NE(zebRenderBucket(), 0);
+    EXPECT_EQ(zebProgress(), 100);
+    EXPECT_EQ(zebRenderBucket(), 0);
+    EXPECT_EQ(zebProgress(), 0);
+    EXPECT_EQ(zebRenderBucket(), 0);
+    zebSceneEnd();
+}
+
+TEST_F(SceneTest, EveryRowIsFlushedOnceInsideAndOutsideTheCrop)
+{
+    for (const auto& [top, bottom] : {std::pair(0.25f, 0.75f), {0.0f, 1.0f}, {0.5f, 0.98f}}) {
+        raster(20, 50);
+        zebImageCrop(0, 1, top, bottom);
+        zebSceneBegin();
+        zebSceneEnd();
+        std::vector<int> count(50);
+        for (const auto& [y0, y1] : picture.flushes) {
+            for (long y = y0; y <= y1; ++y) ++count.at(static_cast<std::size_t>(y));
+        }
+        EXPECT_EQ(count, std::vector<int>(50, 1)) << top << ' ' << bottom;
+        zebReset();
+    }
+}
+
+TEST_F(SceneTest, RowsAboveTheCropAreFlushedFirst)
+{
+    raster(20, 40);
+    zebImageCrop(0, 1, 0.25f, 1);
+    zebSceneBegin();
+    zebRenderInit();
+    EXPECT_EQ(picture.flushes, (std::vector<std::pair<long, long>>{{0, 9}}));
+    zebSceneEnd();
+}
+
+TEST_F(SceneTest, APrimitiveWithoutBucketsIsRefused)
+{
+    gScene->add(probe(0, 1, 0, 1, 0.5f, 0.5f));
+    EXPECT_EQ(log.gone, 1);
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_EQ(reports[0].code, 7);
+}
+
+TEST_F(SceneTest, UnderTheNullHiderAPrimitiveGoesSilently)
+{
+    zebHider(ZEB_HIDER_NULL);
+    gScene->add(probe(0, 1, 0, 1, 0.5f, 0.5f));
+    EXPECT_EQ(log.gone, 1);
+    EXPECT_TRUE(reports.empty());
+}
+
+TEST_F(SceneTest, WhatLiesOutsideTheClippingRangeIsNotFiled)
+{
+    raster(24, 24);
+    zebClip(2, 10);
+    zebSceneBegin();
+    EXPECT_FALSE(filed(5, 6, 5, 6, 0, 1.9f));
+    EXPECT_FALSE(filed(5, 6, 5, 6, 10.1f, 20));
+    EXPECT_TRUE(filed(5, 6, 5, 6, 1, 2.1f));
+    EXPECT_TRUE(filed(5, 6, 5, 6, 9.9f, 20));
+    zebSceneEnd();
+}
+
+TEST_F(SceneTest, AnEmptyBoundIsNotFiled)
+{
+    raster(24, 24);
+    zebSceneBegin();
+    EXPECT_FALSE(filed(6, 5, 5, 6, 0.5f, 0.5f));
+    EXPECT_FALSE(filed(5, 6, 6, 5, 0.5f, 0.5f));
+    EXPECT_FALSE(filed(5, 6, 5, 6, 0.6f, 0.5f));
+    EXPECT_TRUE(filed(5, 5, 5, 5, 0.5f, 0.5f));
+    zebSceneEnd();
+}
+
+TEST_F(SceneTest, WhatTouchesNoSampleIsNotFiled)
+{
+    raster(24, 24);
+    zebSceneBegin();
+    // Samples reach from -0.5 to 24.5. World and camera space are one here, up to a shift in y.
+    Boundw all(0, 24, 0, 24, 0.5f, 0.5f, 1, 1);
+    const Point corner = Point(0, 0, 0.5f) * gCameraToRaster;
+    const float sign = (Point(0, 1, 0.5f) * gCameraToRaster).y > corner.y ? 1.0f : -1.0f;
+    const auto x = [&](float raster) { return raster - corner.x; };
+    const float y = (12 - corner.y) * sign;
+    EXPECT_FALSE(filed(x(-3), x(-0.6f), y, y, 0.5f, 0.5f));
+    EXPECT_TRUE(filed(x(-3), x(-0.4f), y, y, 0.5f, 0.5f));
+    EXPECT_TRUE(filed(x(24.4f), x(30), y, y, 0.5f, 0.5f));
+    EXPECT_FALSE(filed(x(24.6f), x(30), y, y, 0.5f, 0.5f));
+    zebSceneEnd();
+}
+
+TEST_F(SceneTest, WhatStraddlesTheEyePlaneIsSplitNeverDiced)
+{
+    zebRasterViewport(0, 24, 0, 24);
+    zebViewPerspective(90);
+    picture.attach();
+    zebOutputSamples(ZEB_SAMPLES_RGBAZ);
+    zebSceneBegin();
+    gScene->add(probe(-1, 1, -1, 1, -1, 1, true));
+    gScene->add(probe(-1, 1, -1, 1, 2, 3, true));
+    zebSceneEnd();
+    EXPECT_EQ(log.split, 1);
+    EXPECT_EQ(log.diced, 1);
+    EXPECT_EQ(log.gone, 2);
+}
+
+TEST_F(SceneTest, APieceIsFiledNoEarlierThanTheBucketUnderWay)
+{
+    raster(48, 24);  // 4 x 2 buckets
+    zebSceneBegin();
+    const Point corner = Point(0, 0, 0.5f) * gCameraToRaster;
+    const float sign = (Point(0, 1, 0.5f) * gCameraToRaster).y > corner.y ? 1.0f : -1.0f;
+    const auto box = [&](float x, float row) {
+        const float y = (row - corner.y) * sign;
+        return probe(x - corner.x, x - corner.x, y, y, 0.5f, 0.5f);
+    };
+    // Split in bucket (2, 0): one piece lies in (0, 1), another in (0, 0).
+    auto late = box(30, 6);
+    late->fPiece = box(6, 18);
+    gScene->add(std::move(late));
+    auto early = box(30, 6);
+    early->fPiece = box(6, 6);
+    gScene->add(std::move(early));
+    zebSceneEnd();
+    std::sort(log.doneBefore.begin(), log.doneBefore.end());
+    // Buckets (2, 0), three times, and (2, 1): (index + 1) * 100 / 8
+    EXPECT_EQ(log.doneBefore, (std::vector<long>{37, 37, 37, 87}));
+    EXPECT_EQ(log.gone, 4);
+}
+
+TEST_F(SceneTest, FlushDropsEverythingUnrendered)
+{
+    raster(24, 24);
+    zebSceneBegin();
+    gScene->add(probe(0, 1, 0, 1, 0.5f, 0.5f));
+    gScene->flush();
+    EXPECT_EQ(log.gone, 1);
+    EXPECT_EQ(gScene->frame(), nullptr);
+    EXPECT_EQ(gScene->progress(), 0);
+}
+
+TEST_F(SceneTest, DepthOnlyAndMatteSurfacesAreNotShaded)
+{
+    raster(12, 12);
+    beginFlat();
+    zebtest::color(1, 1, 1);
+    zebMatteObject(1);
+    zebtest::rectangle(-5, -5, 20, 20, 0.5f);
+    zebSceneEnd();
+    EXPECT_EQ(red(6, 6), 0);
+    EXPECT_EQ(alpha(6, 6), 0);
+    EXPECT_EQ(depth(6, 6), 1);
+}

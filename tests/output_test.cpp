@@ -1,0 +1,195 @@
+// Exposure, quantization, dither and adaptive sampling.
+
+#include <map>
+
+#include "support/scene.h"
+
+namespace zebtest
+{
+
+namespace
+{
+
+class Output : public RasterTest
+{
+};
+
+int gSamplesSeen;
+float countingFilter(float, float, float, float)
+{
+    ++gSamplesSeen;
+    return 1;
+}
+
+}  // namespace
+
+TEST_F(Output, GainAndGammaShapeColourButNotAlpha)
+{
+    raster(8, 8);
+    zebColorGain(2);
+    zebColorGamma(2.2f);
+    beginFlat();
+    color(0.1f, 0.3f, 0.9f);
+    opacity(1, 1, 1);
+    rectangle(0, 0, 8, 8, 0.5f);
+    zebSceneEnd();
+    EXPECT_NEAR(red(4, 4), std::pow(0.2, 1 / 2.2), 1e-5);
+    EXPECT_NEAR(green(4, 4), std::pow(0.6, 1 / 2.2), 1e-5);
+    EXPECT_EQ(blue(4, 4), 1) << "clamped";
+    EXPECT_EQ(alpha(4, 4), 1);
+}
+
+TEST_F(Output, QuantizationRoundsAndClamps)
+{
+    raster(8, 8);
+    zebColorQuantize(100, 10, 60);
+    zebColorJitter(0);
+    zebDepthQuantize(1000, 0, 1000);
+    zebDepthJitter(0);
+    beginFlat();
+    color(0.05f, 0.255f, 0.7f);
+    rectangle(0, 0, 8, 8, 0.4321f);
+    zebSceneEnd();
+    EXPECT_EQ(picture.word(4, 4, 0), 10u);
+    EXPECT_NEAR(picture.word(4, 4, 1), 25.5, 0.5);
+    EXPECT_EQ(picture.word(4, 4, 2), 60u);
+    EXPECT_EQ(picture.word(4, 4, 3), 60u) << "alpha is quantized as colour";
+    EXPECT_EQ(picture.word(4, 4, 4), 432u);
+}
+
+TEST_F(Output, DitherIsUniformWithTheAmplitudeGiven)
+{
+    // 100.3 steps with amplitude 0.5: the value rounds to 100 unless the draw exceeds 0.2 of
+    // -0.5 ... 0.5, which 30 percent do.
+    raster(200, 200);
+    zebColorQuantize(255, 0, 255);
+    zebColorJitter(0.5f);
+    beginFlat();
+    const float c = 100.3f / 255;
+    color(c, c, c);
+    rectangle(-5, -5, 205, 205, 0.5f);
+    zebSceneEnd();
+    std::map<std::uint32_t, int> histogram;
+    int differing = 0;
+    for (long y = 0; y < 200; ++y) {
+        for (long x = 0; x < 200; ++x) {
+            ++histogram[picture.word(x, y, 0)];
+            differing += picture.word(x, y, 0) != picture.word(x, y, 1);
+        }
+    }
+    ASSERT_EQ(histogram.size(), 2u);
+    EXPECT_NEAR(histogram[101] / 40000.0, 0.3, 0.01);
+    EXPECT_NEAR(differing / 40000.0, 2 * 0.3 * 0.7, 0.015) << "channels draw for themselves";
+}
+
+TEST_F(Output, SamplesDecideTheWordsOfAPixel)
+{
+    const struct {
+        short samples;
+        int count;
+    } cases[] = {{ZEB_SAMPLES_RGB, 3},  {ZEB_SAMPLES_ALPHA, 1}, {ZEB_SAMPLES_DEPTH, 1},
+                 {ZEB_SAMPLES_RGBA, 4}, {ZEB_SAMPLES_RGBZ, 4},  {0x306, 2},
+                 {ZEB_SAMPLES_RGBAZ, 5}};
+    for (const auto& c : cases) {
+        zebReset();
+        raster(4, 4);
+        zebOutputSamples(c.samples);
+        Picture words(c.count);
+        words.attachFloat();
+        beginFlat();
+        color(0.25f, 0.5f, 0.75f);
+        rectangle(0, 0, 4, 4, 0.125f);
+        zebSceneEnd();
+        std::vector<float> expected;
+        if (c.samples & 1) expected = {0.25f, 0.5f, 0.75f};
+        if (c.samples & 2) expected.push_back(1);
+        if (c.samples & 4) expected.push_back(0.125f);
+        for (int k = 0; k < c.count; ++k)
+            EXPECT_EQ(words.value(2, 2, k), expected[static_cast<std::size_t>(k)]);
+    }
+}
+
+TEST_F(Output, AdaptiveSamplingStopsAtEightInFlatAreasAndAtNinetySixInNoise)
+{
+    // Each pixel is filtered from its own samples alone, so the filter's calls count them: one
+    // more call a pixel would show as a ninth.
+    for (const bool noisy : {false, true}) {
+        zebReset();
+        raster(12, 12);
+        zebSampleAdaptive(1e-6f);
+        zebFilterWidth(1, 1);
+        zebCustomFilter(countingFilter);
+        beginFlat();
+        zebShadingRate(0.01f);
+        const int stripes = noisy ? 240 : 1;
+        for (int k = 0; k < stripes; ++k) {
+            const float w = 12.0f / static_cast<float>(stripes), x = w * static_cast<float>(k);
+            color(std::fmod(0.618f * static_cast<float>(k), 1.0f), 1, 1);
+            rectangle(x, 0, x + w, 12, 0.5f);
+        }
+        gSamplesSeen = 0;
+        zebSceneEnd();
+        EXPECT_EQ(gSamplesSeen, 12 * 12 * (noisy ? 96 : 8));
+    }
+}
+
+TEST_F(Output, AdaptiveCoverageIsThatOfUniformSampling)
+{
+    raster(48, 48);
+    zebSampleAdaptive(0.0005f);
+    beginFlat();
+    polygon({{5.3f, 4.1f, 0.5f}, {42.2f, 11.7f, 0.5f}, {20.9f, 44.4f, 0.5f}});
+    zebSceneEnd();
+    const double area = 0.5 * std::fabs((42.2 - 5.3) * (44.4 - 4.1) - (20.9 - 5.3) * (11.7 - 4.1));
+    EXPECT_NEAR(picture.sum(3), area, 0.01 * area);
+}
+
+TEST_F(Output, ACustomFilterReceivesOffsetsAndWidths)
+{
+    static float widest;
+    static bool widthsRight;
+    widest = 0;
+    widthsRight = true;
+    raster(8, 8);
+    zebFilterWidth(2, 3);
+    zebCustomFilter([](float dx, float dy, float xw, float yw) {
+        widest = std::max(widest, std::max(std::fabs(dx) / 2, std::fabs(dy) / 3));
+        widthsRight &= xw == 2 && yw == 3;
+        return 1.0f;
+    });
+    beginFlat();
+    rectangle(0, 0, 8, 8, 0.5f);
+    zebSceneEnd();
+    EXPECT_TRUE(widthsRight);
+    EXPECT_GT(widest, 0.4f);
+    EXPECT_LT(widest, 0.75f);
+    EXPECT_EQ(alpha(4, 4), 1);
+}
+
+TEST_F(Output, TheSameCallsGiveTheSamePictureWhateverTheHostsFloatModes)
+{
+    const auto render = [this] {
+        zebReset();
+        raster(40, 40);
+        zebColorQuantize(255, 0, 255);
+        beginFlat();
+        color(0.3f, 0.6f, 0.9f);
+        polygon({{5.3f, 4.1f, 0.3f}, {38.2f, 11.7f, 0.5f}, {20.9f, 37.4f, 0.7f}});
+        zebSceneEnd();
+        return picture.words();
+    };
+    const std::vector<std::uint32_t> first = render();
+    EXPECT_EQ(render(), first);
+#if defined(__SSE2__)
+    const unsigned modes = __builtin_ia32_stmxcsr();
+    const unsigned odd = modes | 0x8040u | 0x6000u;  // flush to zero, denormals are zero, truncate
+    __builtin_ia32_ldmxcsr(odd);
+    const std::vector<std::uint32_t> second = render();
+    const unsigned after = __builtin_ia32_stmxcsr();
+    __builtin_ia32_ldmxcsr(modes);
+    EXPECT_EQ(after & ~0x3Fu, odd & ~0x3Fu) << "and the host's modes are its own again";
+    EXPECT_EQ(second, first);
+#endif
+}
+
+}  // namespace zebtest
