@@ -46,6 +46,7 @@ bool FileDisplay::chooseWriter()
     }
 #if ZEB_PNG
     if (kind == kOutputPng) fWriter = writePng;
+    fPng = fWriter != nullptr;
 #endif
 #if ZEB_EXR
     if (kind == kOutputExr) fWriter = writeExr;
@@ -89,7 +90,7 @@ void FileDisplay::open(const char* name, long xres, long yres, long xorigin, lon
     fPicture.width = xres;
     fPicture.height = yres;
     fPicture.rows.resize(static_cast<std::size_t>(yres));
-    if (fWriter == writePng && fPicture.format.depth && fPicture.format.rgb) {
+    if (fPng && fPicture.format.depth && fPicture.format.rgb) {
         zeb::error(kUnsupported, kWarning, "depth is left out of \"%s\"", fName.c_str());
     }
 }

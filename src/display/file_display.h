@@ -43,6 +43,7 @@ private:
     unsigned short fKind;
     Picture fPicture;
     Writer fWriter = nullptr;
+    bool fPng = false;
     std::string fName, fTemporary;  // fTemporary is empty where the name is written itself
     std::FILE* fFile = nullptr;
     long fFinalRows = 0;

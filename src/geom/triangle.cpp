@@ -96,8 +96,9 @@ bool Triangle::diceable(Dicing& dicing, float maxSize) const
     Random draws = random(kDicingDraws);
     float maxU = 0, maxV = 0, maxArea = 0, minArea = kInfinity;
     for (int cell = 0; cell < 16; ++cell) {
-        float u = (static_cast<float>(cell % 4) + draws.unit()) * 0.25f;
-        float v = (static_cast<float>(cell / 4) + draws.unit()) * 0.25f;
+        const int row = cell / 4, column = cell % 4;
+        float u = (static_cast<float>(column) + draws.unit()) * 0.25f;
+        float v = (static_cast<float>(row) + draws.unit()) * 0.25f;
         if (u + v > 1) {
             u = 1 - u;
             v = 1 - v;

@@ -77,7 +77,7 @@ void Sample::addDeep(const SampleHit& hit, Arena& arena)
 // All hits in the order that inserting one after the other into the list would have given.
 Sample::Sorted* Sample::sortDeep(int& count) const
 {
-    auto* sorted = fDeep->arena->array<Sorted>(static_cast<std::size_t>(fDeep->count + fCount));
+    auto* sorted = fDeep->arena->array<Sorted>(static_cast<std::size_t>(fDeep->count) + kShallow);
     count = 0;
     for (const auto* node = fDeep->latest; node; node = node->earlier) {
         sorted[count] = {&node->hit, node->place, count};

@@ -17,15 +17,24 @@ bool legal() { return verify(kTransformBlocks, kAttribState) != 0; }
 // Reports a matrix or argument that is not a number.
 bool usable(const float* values, int count)
 {
-    for (int i = 0; values && i < count; ++i) {
+    for (int i = 0; i < count; ++i) {
         if (!isFinite(values[i])) {
             error(kRange, kError, "transformation value %g is not finite",
                   static_cast<double>(values[i]));
             return false;
         }
     }
-    if (!values) error(kRange, kError, "matrix is null");
-    return values != nullptr;
+    return true;
+}
+
+// A matrix of the host's, if it is one.
+const float (*hostMatrix(const float (*m)[4]))[4]
+{
+    if (!m) {
+        error(kRange, kError, "matrix is null");
+        return nullptr;
+    }
+    return usable(&m[0][0], 16) ? m : nullptr;
 }
 
 template <class... Floats>
@@ -52,12 +61,14 @@ void Transform::loadIdentity()
 
 void Transform::loadMatrix(const float (*m)[4])
 {
-    if (legal() && usable(m ? &m[0][0] : nullptr, 16)) set(Matrix(m) * gWorldToCamera);
+    if (!legal()) return;
+    if (const auto* rows = hostMatrix(m)) set(Matrix(rows) * gWorldToCamera);
 }
 
 void Transform::multMatrix(const float (*m)[4])
 {
-    if (legal() && usable(m ? &m[0][0] : nullptr, 16)) set(Matrix(m) * fMatrix);
+    if (!legal()) return;
+    if (const auto* rows = hostMatrix(m)) set(Matrix(rows) * fMatrix);
 }
 
 void Transform::perspective(float fov)
