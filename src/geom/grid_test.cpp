@@ -36,7 +36,7 @@ protected:
     static Grid& number(Grid& grid)
     {
         for (int j = 0; j <= grid.fVSize; ++j) {
-            for (int i = 0; i <= grid.fUSize; ++i)
+            for (int i = 0; i < grid.vertexCount(j); ++i)
                 grid.vertex(i, j).P = Point(static_cast<float>(i), static_cast<float>(j), 0.5f);
         }
         return grid;

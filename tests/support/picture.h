@@ -18,6 +18,9 @@ public:
     Picture(const Picture&) = delete;
     Picture& operator=(const Picture&) = delete;
 
+    // For pictures with another number of samples than the device was made for.
+    void setChannels(int channels) { fChannels = channels; }
+
     // Makes this the device of what follows. The object must live until the world's end.
     void attach()
     {
