@@ -40,6 +40,11 @@ void c_host_lists(void)
 {
     float points[12] = {-1, -1, 0.5f, 1, -1, 0.5f, 1, 1, 0.5f, -1, 1, 0.5f};
     float color[12] = {1, 0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0};
+    /* Nearer: a green and a white strip at two of the edges, and a blue sphere about the origin. */
+    float upper[12] = {-1, 0.5f, 0.25f, 1, 0.5f, 0.25f, -1, 1, 0.25f, 1, 1, 0.25f};
+    float lower[12] = {-1, -1, 0.25f, 1, -1, 0.25f, -1, -0.5f, 0.25f, 1, -0.5f, 0.25f};
+    float green[12] = {0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1, 0};
+    float blue[12] = {0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 1};
     float intensity = 2;
     const long sizes[1] = {4}, loops[1] = {1}, indices[4] = {0, 1, 2, 3};
     unsigned short point = zebQuark("point");
@@ -48,7 +53,7 @@ void c_host_lists(void)
     zebGeneralPolygon(1, sizes, point, points, 0);
     zebPolygonMesh(1, sizes, indices, (int)point, points, 0x10000);
     zebGeneralPolygonMesh(1, loops, sizes, indices, point, points, 0);
-    zebSphere(1, -1, 1, 360, point, points, 0);
-    zebPatch(ZEB_BILINEAR, point, points, 0);
-    zebPatchMesh(ZEB_BILINEAR, 2, ZEB_NONPERIODIC, 2, ZEB_NONPERIODIC, point, points, 0);
+    zebSphere(0.5f, -0.5f, 0.5f, 360, zebQuark("color"), blue, 0);
+    zebPatch(ZEB_BILINEAR, point, upper, zebQuark("color"), green, 0);
+    zebPatchMesh(ZEB_BILINEAR, 2, ZEB_NONPERIODIC, 2, ZEB_NONPERIODIC, point, lower, 0);
 }

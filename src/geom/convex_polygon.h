@@ -17,7 +17,7 @@ public:
     }
 
     unsigned short type() const override { return kConvexPolygon; }
-    std::unique_ptr<Primitive> copy() const override
+    std::unique_ptr<Primitive> copy(bool) const override
     {
         return std::make_unique<ConvexPolygon>(*this);
     }
@@ -41,7 +41,7 @@ public:
                       const unsigned short* tokens, void* const* values);
 
     unsigned short type() const override { return kConvexPolygonMesh; }
-    std::unique_ptr<Primitive> copy() const override
+    std::unique_ptr<Primitive> copy(bool) const override
     {
         return std::make_unique<ConvexPolygonMesh>(*this);
     }

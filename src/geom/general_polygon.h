@@ -18,7 +18,7 @@ public:
                    const long* indices);
 
     unsigned short type() const override { return kGeneralPolygon; }
-    std::unique_ptr<Primitive> copy() const override
+    std::unique_ptr<Primitive> copy(bool) const override
     {
         return std::make_unique<GeneralPolygon>(*this);
     }
@@ -64,7 +64,7 @@ public:
                        long nargs, const unsigned short* tokens, void* const* values);
 
     unsigned short type() const override { return kGeneralPolygonMesh; }
-    std::unique_ptr<Primitive> copy() const override
+    std::unique_ptr<Primitive> copy(bool) const override
     {
         return std::make_unique<GeneralPolygonMesh>(*this);
     }

@@ -23,7 +23,8 @@ Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Att
     }
     fVertices.reset(new Vertex[count]);
     for (const ArgAssoc& assoc : args) {
-        if (assoc.token <= kQPointw) continue;
+        // Nothing reads values of single control points.
+        if (assoc.token <= kQPointw || assoc.storage() == kVertexClass) continue;
         (assoc.token <= kQOpacity ? fVertexArgs : fOtherArgs).add(assoc);
     }
     fVertexArgs.project(transform.matrix(), flip);

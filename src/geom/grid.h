@@ -33,6 +33,7 @@ public:
     const std::uint32_t fSeq;
     const bool fFlip;  // transformation and orientation disagree: normals are turned round
     const bool fTriangular;
+    bool fTransposed = false;  // rows run along the surface's v instead of its u
     // The primitive's variables in camera space: those that shading knows by name, and all others.
     // Positions are in the vertices.
     ArgList fVertexArgs, fOtherArgs;

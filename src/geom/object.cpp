@@ -17,7 +17,7 @@ Object::Object(const Object& source, bool quirks) : Primitive(source), fType(sou
     }
     fCommon->inherit(seq);
     for (const auto& member : source.fMembers) {
-        std::unique_ptr<Primitive> copy = member->copy();
+        std::unique_ptr<Primitive> copy = member->copy(quirks);
         if (quirks) {
             member->common().inherit(seq);
         } else {

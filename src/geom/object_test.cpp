@@ -19,7 +19,7 @@ public:
     explicit Probe(unsigned short type, const Bound& box = Bound(0.0f)) : fType(type), fBox(box) {}
     unsigned short type() const override { return fType; }
     Boundw bound() const override { return {fBox, 1, 2}; }
-    std::unique_ptr<Primitive> copy() const override { return std::make_unique<Probe>(*this); }
+    std::unique_ptr<Primitive> copy(bool) const override { return std::make_unique<Probe>(*this); }
 
 private:
     unsigned short fType;

@@ -20,6 +20,18 @@ constexpr int kCells = 4;  // the dicing test draws one sample in each of 4 x 4 
 
 float planarLength(const Point& p) { return std::sqrt(p.x * p.x + p.y * p.y); }
 
+// Whether w keeps its sign over a whole derivative.
+bool sameSide(const Pointw& p, const Pointw& d) { return (p.w + d.w) * p.w > 0; }
+
+// From a homogeneous point to where its derivative leads: a multiple of the Euclidean derivative,
+// which stands in for it where w changes sign on the way.
+Point chord(const Pointw& p, const Pointw& d)
+{
+    const Point P(p);
+    if (sameSide(p, d)) return Point(p + d) - P;
+    return Point(div(d.x - P.x * d.w, p.w), div(d.y - P.y * d.w, p.w), div(d.z - P.z * d.w, p.w));
+}
+
 unsigned short stepsFor(float length, float side)
 {
     return static_cast<unsigned short>(clampToLong(std::ceil(length / side), 1, 65535));
@@ -67,7 +79,10 @@ Primitive::Primitive(const Primitive& parent, std::uint32_t child, bool halved)
 
 Primitive::~Primitive() = default;
 
-std::unique_ptr<Primitive> Primitive::copy() const { return std::make_unique<Primitive>(*this); }
+std::unique_ptr<Primitive> Primitive::copy(bool) const
+{
+    return std::make_unique<Primitive>(*this);
+}
 
 Random Primitive::random(std::uint32_t purpose) const
 {
@@ -92,6 +107,10 @@ void Primitive::clipToBound(Boundw& bound) const
 {
     const Bound& box = attrib().objectBound;
     if (!box.finite) return;
+    if (rational()) {
+        if (!(bound.wmin > kEpsilon)) return;
+        bound.homogenize();
+    }
     bound.intersect(Boundw(box * matrix(), bound.wmin, bound.wmax));
 }
 
@@ -110,9 +129,11 @@ bool Primitive::measure(Dicing& dicing, float maxSize, const Matrix& toRaster, R
     const float side = micropolygonSide();
     float maxU = 0, maxV = 0, maxArea = 0, minArea = kInfinity;
     const bool small = everyCell(draws, [&](float u, float v) {
-        const Pointw p = evalP(u, v), du = evaldPdu(u, v), dv = evaldPdv(u, v);
+        const auto [p, du, dv] = evaluate(u, v);
         Point P(p), Pu, Pv;
         if (rational()) {
+            // Too long for a chord that passes the point at infinity to mean anything.
+            if (!sameSide(p, du) || !sameSide(p, dv)) return false;
             Pu = Point(p + du);
             Pv = Point(p + dv);
         } else {
@@ -156,24 +177,46 @@ bool Primitive::flatten(Dicing& dicing, const Matrix& toRaster, Random& draws) c
     });
 }
 
+// Of the vertex that lies at (u, v): position and derivatives in camera space.
+void Primitive::place(Vertex& vertex, float u, float v) const
+{
+    const Matrix& toCamera = matrix();
+    const auto [p, du, dv] = evaluate(u, v);
+    const Point P(p);
+    vertex.P = P * toCamera;
+    vertex.dPdu = rational() ? chord(p, du) : Point(du);
+    vertex.dPdv = rational() ? chord(p, dv) : Point(dv);
+    vtransform(vertex.dPdu, toCamera);
+    vtransform(vertex.dPdv, toCamera);
+}
+
+void Primitive::mendDerivatives(Vertex& vertex, float u, float v) const
+{
+    constexpr double kParallel = 1e-10;  // the square of a sine
+    constexpr float kAside = 1e-3f;
+    const auto squared = [](const Point& p) {
+        return double{p.x} * double{p.x} + double{p.y} * double{p.y} + double{p.z} * double{p.z};
+    };
+    const double longest = std::max(squared(vertex.dPdu), squared(vertex.dPdv));
+    if (squared(vertex.dPdu ^ vertex.dPdv) > kParallel * longest * longest) return;
+    Vertex aside;
+    place(aside, u + (0.5f - u) * kAside, v + (0.5f - v) * kAside);
+    vertex.dPdu = aside.dPdu;
+    vertex.dPdv = aside.dPdv;
+}
+
 std::unique_ptr<Grid> Primitive::dice(const Dicing& dicing) const
 {
     const int usteps = dicing.fUSteps, vsteps = dicing.fVSteps;
-    const Matrix& toCamera = matrix();
     auto grid = std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib,
                                        transform(), fCommon->fSeq, flipped(), false, fArgs);
     for (int j = 0; j <= vsteps; ++j) {
         const float v = static_cast<float>(j) / static_cast<float>(vsteps);
         for (int i = 0; i <= usteps; ++i) {
             const float u = static_cast<float>(i) / static_cast<float>(usteps);
-            const Pointw p = evalP(u, v), du = evaldPdu(u, v), dv = evaldPdv(u, v);
             Vertex& vertex = grid->vertex(i, j);
-            const Point P(p);
-            vertex.P = P * toCamera;
-            vertex.dPdu = rational() ? Point(p + du) - P : Point(du);
-            vertex.dPdv = rational() ? Point(p + dv) - P : Point(dv);
-            vtransform(vertex.dPdu, toCamera);
-            vtransform(vertex.dPdv, toCamera);
+            place(vertex, u, v);
+            mendDerivatives(vertex, u, v);
         }
     }
     return grid;

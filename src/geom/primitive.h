@@ -17,6 +17,7 @@ namespace zeb
 
 class Grid;
 class Primitive;
+struct Vertex;
 
 // Takes the pieces of a primitive that splits.
 class PrimitiveSink
@@ -70,6 +71,12 @@ enum PrimitiveType : unsigned short {
     kProcedural
 };
 
+// A point of a surface and its derivatives, in object space. Of a rational surface all three are
+// homogeneous.
+struct Differential {
+    Pointw P, dPdu, dPdv;
+};
+
 class Primitive
 {
 public:
@@ -95,6 +102,8 @@ public:
     virtual unsigned short type() const { return kNoType; }
     // Of the points in camera space.
     virtual Boundw bound() const { return Boundw::empty(); }
+    // What the scene files by: lies within the bound, and holds the surface all the same.
+    virtual Boundw hull(const Boundw& bound) const { return bound; }
     // Whether the primitive is small and flat enough on screen to become one grid. A negative
     // maxSize stands for the tuned one, in pixels.
     virtual bool diceable(Dicing& dicing, float maxSize = -1) const;
@@ -106,8 +115,14 @@ public:
     virtual Pointw evalP(float, float) const { return {}; }
     virtual Pointw evaldPdu(float, float) const { return {}; }
     virtual Pointw evaldPdv(float, float) const { return {}; }
-    // For an instance of the object that holds this primitive.
-    virtual std::unique_ptr<Primitive> copy() const;
+    // All three at once.
+    virtual Differential evaluate(float u, float v) const
+    {
+        return {evalP(u, v), evaldPdu(u, v), evaldPdv(u, v)};
+    }
+    // For an instance of the object that holds this primitive. The quirk: a single patch is copied
+    // without its points.
+    virtual std::unique_ptr<Primitive> copy(bool quirks) const;
 
     const Attrib& attrib() const { return *fCommon->fAttrib; }
     const Transform& transform() const { return *fCommon->fTransform; }
@@ -129,7 +144,11 @@ protected:
     float micropolygonSide() const { return std::max(attrib().micropolygonSide, kMinSide); }
     float dicingLimit(const RenderFrame& frame, float maxSize) const;
     bool flipped() const { return transform().handedness() != attrib().orientationSide; }
+    // Clips to the box of zebBound, which is Euclidean: a rational bound is divided first.
     void clipToBound(Boundw& bound) const;
+    // Makes up for a vertex where a derivative vanishes, as at a pole: it takes those of a place
+    // nearby, so that it has a normal.
+    void mendDerivatives(Vertex& vertex, float u, float v) const;
 
     std::shared_ptr<PrimitiveCommon> fCommon;
     ArgList fArgs;
@@ -137,6 +156,7 @@ protected:
 private:
     bool measure(Dicing& dicing, float maxSize, const Matrix& toRaster, Random& random) const;
     bool flatten(Dicing& dicing, const Matrix& toRaster, Random& random) const;
+    void place(Vertex& vertex, float u, float v) const;
 
     std::uint32_t fPath = 0;
     int fDepth = 0;

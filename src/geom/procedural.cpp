@@ -59,6 +59,9 @@ void Procedural::split(PrimitiveSink&)
     fData.reset();
 }
 
-std::unique_ptr<Primitive> Procedural::copy() const { return std::make_unique<Procedural>(*this); }
+std::unique_ptr<Primitive> Procedural::copy(bool) const
+{
+    return std::make_unique<Procedural>(*this);
+}
 
 }  // namespace zeb

@@ -36,7 +36,7 @@ public:
     // Calls the host, under the attributes and transformation of this primitive. What it builds
     // reaches the scene through the interface.
     void split(PrimitiveSink& sink) override;
-    std::unique_ptr<Primitive> copy() const override;
+    std::unique_ptr<Primitive> copy(bool) const override;
 
     // The area of the bound in pixels; 1e38 if it reaches behind the eye.
     float detail() const;

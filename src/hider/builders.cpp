@@ -2,6 +2,9 @@
 
 #include "geom/convex_polygon.h"
 #include "geom/general_polygon.h"
+#include "geom/nurb.h"
+#include "geom/patch_mesh.h"
+#include "geom/quadric.h"
 #include "hider/scene.h"
 #include "state/error.h"
 #include "state/state.h"
@@ -15,6 +18,19 @@ namespace
 constexpr unsigned short kPrimitiveBlocks = 0xFC;
 constexpr unsigned short kProceduralBlocks = 0x7C;
 constexpr unsigned short kInstanceBlocks = 0x3C;
+
+// A quadric of the curve, if all its measures are numbers.
+template <class Shape, class MakeCurve>
+std::unique_ptr<Primitive> makeQuadric(std::initializer_list<NamedValue> measures,
+                                       const MakeCurve& curve, float thetamax, long nargs,
+                                       const unsigned short* tokens, void* const* values)
+{
+    if (!finiteArguments(measures) || !finiteArguments(NamedValue{"thetamax", thetamax}) ||
+        !ArgList::usable(nargs, tokens, values, ArgCounts{4, 1, 4})) {
+        return nullptr;
+    }
+    return std::make_unique<Shape>(curve(), thetamax, nargs, tokens, values);
+}
 }  // namespace
 
 // make() answers a primitive, or null if the arguments don't give one.
@@ -72,9 +88,145 @@ void Scene::generalPolygonMesh(long npolys, const long* nloops, const long* nver
     });
 }
 
-void Scene::unsupported()
+void Scene::patch(short type, long nargs, const unsigned short* tokens, void* const* values)
 {
-    if (verify(kPrimitiveBlocks, kPrimitiveState)) error(kUnsupported, kError, nullptr);
+    build(kPrimitiveBlocks, [&]() -> std::unique_ptr<Primitive> {
+        switch (type) {
+            case Patch::kBilinear:
+                if (!BilinearPatch::verify(nargs, tokens, values)) return nullptr;
+                return std::make_unique<BilinearPatch>(nargs, tokens, values);
+            case Patch::kBicubic:
+                if (!BicubicPatch::verify(nargs, tokens, values)) return nullptr;
+                return std::make_unique<BicubicPatch>(nargs, tokens, values);
+            default:
+                error(kRange, kError, "type must be bilinear or bicubic");
+                return nullptr;
+        }
+    });
+}
+
+void Scene::patchMesh(short type, long nu, short uwrap, long nv, short vwrap, long nargs,
+                      const unsigned short* tokens, void* const* values)
+{
+    build(kPrimitiveBlocks, [&]() -> std::unique_ptr<Primitive> {
+        if (!PatchMesh::verify(type, nu, uwrap, nv, vwrap, nargs, tokens, values)) return nullptr;
+        return std::make_unique<PatchMesh>(type, nu, uwrap, nv, vwrap, nargs, tokens, values);
+    });
+}
+
+void Scene::nurb(long nu, const float* uknot, float umin, float umax, long nv, const float* vknot,
+                 float vmin, float vmax, long nargs, const unsigned short* tokens,
+                 void* const* values)
+{
+    build(kPrimitiveBlocks, [&]() -> std::unique_ptr<Primitive> {
+        const NurbNet::Direction u{nu, nu, uknot, umin, umax}, v{nv, nv, vknot, vmin, vmax};
+        if (!NurbNet::verify(u, v, nargs, tokens, values)) return nullptr;
+        return NuPatch::make(u, v, nargs, tokens, values);
+    });
+}
+
+void Scene::nurbMesh(long nu, long uorder, const float* uknot, float umin, float umax, long nv,
+                     long vorder, const float* vknot, float vmin, float vmax, long nargs,
+                     const unsigned short* tokens, void* const* values)
+{
+    build(kPrimitiveBlocks, [&]() -> std::unique_ptr<Primitive> {
+        const NurbNet::Direction u{nu, uorder, uknot, umin, umax};
+        const NurbNet::Direction v{nv, vorder, vknot, vmin, vmax};
+        if (!NurbNet::verify(u, v, nargs, tokens, values)) return nullptr;
+        return std::make_unique<NuPatchMesh>(u, v, nargs, tokens, values);
+    });
+}
+
+void Scene::sphere(float radius, float zmin, float zmax, float thetamax, long nargs,
+                   const unsigned short* tokens, void* const* values)
+{
+    build(kPrimitiveBlocks, [&] {
+        return makeQuadric<Sphere>(
+            {{"radius", radius}, {"zmin", zmin}, {"zmax", zmax}},
+            [&] { return SphereCurve(radius, zmin, zmax); }, thetamax, nargs, tokens, values);
+    });
+}
+
+void Scene::cone(float radius, float height, float cutheight, float thetamax, long nargs,
+                 const unsigned short* tokens, void* const* values)
+{
+    build(kPrimitiveBlocks, [&] {
+        return makeQuadric<Cone>(
+            {{"radius", radius}, {"height", height}, {"cut height", cutheight}},
+            [&] { return ConeCurve(radius, height, cutheight); }, thetamax, nargs, tokens, values);
+    });
+}
+
+void Scene::cylinder(float radius, float zmin, float zmax, float thetamax, long nargs,
+                     const unsigned short* tokens, void* const* values)
+{
+    build(kPrimitiveBlocks, [&] {
+        return makeQuadric<Cylinder>(
+            {{"radius", radius}, {"zmin", zmin}, {"zmax", zmax}},
+            [&] { return CylinderCurve(radius, zmin, zmax); }, thetamax, nargs, tokens, values);
+    });
+}
+
+void Scene::hyperboloid(const float* point1, const float* point2, float thetamax, long nargs,
+                        const unsigned short* tokens, void* const* values)
+{
+    build(kPrimitiveBlocks, [&]() -> std::unique_ptr<Primitive> {
+        if (!point1 || !point2) {
+            error(kRange, kError, "point is null");
+            return nullptr;
+        }
+        const auto &p = point1, &q = point2;
+        return makeQuadric<Hyperboloid>(
+            {{"x of point 1", p[0]},
+             {"y of point 1", p[1]},
+             {"z of point 1", p[2]},
+             {"x of point 2", q[0]},
+             {"y of point 2", q[1]},
+             {"z of point 2", q[2]}},
+            [&] { return HyperboloidCurve(p, q); }, thetamax, nargs, tokens, values);
+    });
+}
+
+void Scene::paraboloid(float rmax, float zmin, float zmax, float thetamax, long nargs,
+                       const unsigned short* tokens, void* const* values)
+{
+    build(kPrimitiveBlocks, [&]() -> std::unique_ptr<Primitive> {
+        if (nearZero(double{zmax})) {
+            error(kRange, kError, "zmax may not equal 0");
+            return nullptr;
+        }
+        if (double{zmin} * double{zmax} < 0) {
+            error(kRange, kError, "paraboloid may not cross z plane, use two");
+            return nullptr;
+        }
+        return makeQuadric<Paraboloid>(
+            {{"rmax", rmax}, {"zmin", zmin}, {"zmax", zmax}},
+            [&] { return ParaboloidCurve(rmax, zmin, zmax); }, thetamax, nargs, tokens, values);
+    });
+}
+
+void Scene::disk(float innerradius, float radius, float thetamax, long nargs,
+                 const unsigned short* tokens, void* const* values)
+{
+    build(kPrimitiveBlocks, [&] {
+        return makeQuadric<Disk>(
+            {{"inner radius", innerradius}, {"radius", radius}},
+            [&] { return DiskCurve(innerradius, radius); }, thetamax, nargs, tokens, values);
+    });
+}
+
+void Scene::torus(float majorradius, float minorradius, float phimin, float phimax, float thetamax,
+                  long nargs, const unsigned short* tokens, void* const* values)
+{
+    build(kPrimitiveBlocks, [&] {
+        return makeQuadric<Torus>(
+            {{"major radius", majorradius},
+             {"minor radius", minorradius},
+             {"phimin", phimin},
+             {"phimax", phimax}},
+            [&] { return TorusCurve(majorradius, minorradius, phimin, phimax); }, thetamax, nargs,
+            tokens, values);
+    });
 }
 
 void Scene::procedural(void* data, const float* bound, SubdivideFunction subdivide,

@@ -23,7 +23,7 @@ double MicroPolygon::znormal() const
     };
     const double sum = trapezoid(f00->P, f10->P) + trapezoid(f10->P, f11->P) +
                        trapezoid(f11->P, f01->P) + trapezoid(f01->P, f00->P);
-    return fGrid->fFlip ? -sum : sum;
+    return fGrid->fFlip != fGrid->fTransposed ? -sum : sum;
 }
 
 // With e1 = P10 - P00, e2 = P01 - P00, e3 = P11 - P01 and d = e3 - e1, the cell is

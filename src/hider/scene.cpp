@@ -181,8 +181,11 @@ void Scene::add(std::unique_ptr<Primitive> primitive)
         giveUp(*primitive);
         return;
     }
+    const Boundw hull = primitive->hull(camera);
+    const Boundw tight = hull * fFrame->cameraToRaster;
+    if (culled(hull, tight)) return;
     long column, row;
-    file(*primitive, raster, column, row);
+    file(*primitive, tight, column, row);
     bucketAt(column, row).primitives.add(std::move(primitive));
 }
 

@@ -41,8 +41,29 @@ public:
                      const unsigned short* tokens, void* const* values);
     void generalPolygonMesh(long npolys, const long* nloops, const long* nverts, const long* verts,
                             long nargs, const unsigned short* tokens, void* const* values);
-    // Patches, NURBS and quadrics, which this version does not render.
-    void unsupported();
+    void patch(short type, long nargs, const unsigned short* tokens, void* const* values);
+    void patchMesh(short type, long nu, short uwrap, long nv, short vwrap, long nargs,
+                   const unsigned short* tokens, void* const* values);
+    void nurb(long nu, const float* uknot, float umin, float umax, long nv, const float* vknot,
+              float vmin, float vmax, long nargs, const unsigned short* tokens,
+              void* const* values);
+    void nurbMesh(long nu, long uorder, const float* uknot, float umin, float umax, long nv,
+                  long vorder, const float* vknot, float vmin, float vmax, long nargs,
+                  const unsigned short* tokens, void* const* values);
+    void sphere(float radius, float zmin, float zmax, float thetamax, long nargs,
+                const unsigned short* tokens, void* const* values);
+    void cone(float radius, float height, float cutheight, float thetamax, long nargs,
+              const unsigned short* tokens, void* const* values);
+    void cylinder(float radius, float zmin, float zmax, float thetamax, long nargs,
+                  const unsigned short* tokens, void* const* values);
+    void hyperboloid(const float* point1, const float* point2, float thetamax, long nargs,
+                     const unsigned short* tokens, void* const* values);
+    void paraboloid(float rmax, float zmin, float zmax, float thetamax, long nargs,
+                    const unsigned short* tokens, void* const* values);
+    void disk(float innerradius, float radius, float thetamax, long nargs,
+              const unsigned short* tokens, void* const* values);
+    void torus(float majorradius, float minorradius, float phimin, float phimax, float thetamax,
+               long nargs, const unsigned short* tokens, void* const* values);
     void procedural(void* data, const float* bound, SubdivideFunction subdivide,
                     FreeFunction release);
     void objectInstance(const void* handle);

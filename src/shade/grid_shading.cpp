@@ -111,6 +111,7 @@ private:
         SurfacePoint& p = fPoint;
         p.u = column / static_cast<float>(fGrid.fUSize);
         p.v = row / static_cast<float>(fGrid.fVSize);
+        if (fGrid.fTransposed) std::swap(p.u, p.v);
         if (fGrid.fTriangular && p.u + p.v > 1) {
             if (fGrid.fVSize <= fGrid.fUSize) {
                 p.v = 1 - p.u;

@@ -65,7 +65,7 @@ ArgAssoc::ArgAssoc(unsigned short name, const void* value, const ArgCounts& coun
     const short type = Quark::getType(token);
     if (type == kString) {
         fCount = 1;
-        fString = std::make_unique<String>(static_cast<const char*>(value));
+        fString = std::make_shared<const String>(static_cast<const char*>(value));
         return;
     }
     fWidth = wordsOf(type);
@@ -88,27 +88,12 @@ ArgAssoc::ArgAssoc(unsigned short name, const void* value, const ArgCounts& coun
 }
 
 ArgAssoc::ArgAssoc(const ArgAssoc& like, long count)
-    : token(like.token), fCount(static_cast<unsigned>(count)), fWidth(like.fWidth)
+    : token(like.token),
+      fCount(static_cast<unsigned>(count)),
+      fWidth(like.fWidth),
+      fString(like.fString)
 {
     if (fWidth) fWords.reset(new float[fCount * std::size_t{fWidth}]);
-    if (like.fString) fString = std::make_unique<String>(*like.fString);
-}
-
-ArgAssoc::ArgAssoc(const ArgAssoc& other) : ArgAssoc(other, other.fCount)
-{
-    if (fWords) {
-        std::memcpy(fWords.get(), other.fWords.get(), fCount * std::size_t{fWidth} * sizeof(float));
-    }
-}
-
-ArgAssoc& ArgAssoc::operator=(ArgAssoc other) noexcept
-{
-    token = other.token;
-    fCount = other.fCount;
-    fWidth = other.fWidth;
-    fWords.swap(other.fWords);
-    fString.swap(other.fString);
-    return *this;
 }
 
 // Sets one element to evaluate(a, b, c, d) of the corners' words; of three corners, d completes the
@@ -128,9 +113,9 @@ ArgAssoc::ArgAssoc(float umin, float umax, float vmin, float vmax, const ArgAsso
     : ArgAssoc(from)
 {
     if (!interpolates(type()) || !fWords || fCount < 3) return;
+    *this = ArgAssoc(from, 4);
     const float us[4] = {umin, umax, umin, umax};
     const float vs[4] = {vmin, vmin, vmax, vmax};
-    if (fCount < 4) *this = ArgAssoc(from, 4);
     for (long i = 0; i < 4; ++i) {
         interpolate(from, i, [&](float a, float b, float c, float d) {
             return zeb::bilerp(us[i], vs[i], a, b, c, d);
@@ -141,6 +126,7 @@ ArgAssoc::ArgAssoc(float umin, float umax, float vmin, float vmax, const ArgAsso
 ArgAssoc::ArgAssoc(const float (&uv)[6], const ArgAssoc& from) : ArgAssoc(from)
 {
     if (!interpolates(type()) || !fWords || fCount < 3) return;
+    *this = ArgAssoc(from, 3);
     for (long i = 0; i < 3; ++i) {
         interpolate(from, i, [&](float a, float b, float c, float) {
             return zeb::barylerp(uv[2 * i], uv[2 * i + 1], a, b, c);
@@ -175,6 +161,7 @@ Color ArgAssoc::color(long i) const
 void ArgAssoc::project(const Matrix& matrix, bool flip)
 {
     if (type() != kPointType) return;
+    const std::shared_ptr<float[]> words(new float[3 * std::size_t{fCount}]);
     const Matrix normals = invtranspose(matrix);
     for (unsigned i = 0; i < fCount; ++i) {
         Point p = point(i);
@@ -184,11 +171,12 @@ void ArgAssoc::project(const Matrix& matrix, bool flip)
         } else {
             p *= matrix;
         }
-        float* w = &fWords[3 * std::size_t{i}];
+        float* w = &words[3 * std::size_t{i}];
         w[0] = p.x;
         w[1] = p.y;
         w[2] = p.z;
     }
+    fWords = words;
 }
 
 bool ArgList::usable(long n, const unsigned short* tokens, void* const* values,

@@ -20,16 +20,13 @@ struct ArgCounts {
     long vertex = 1;   // control points
 };
 
-// One variable of a primitive: a private, typed copy of its values.
+// One variable of a primitive: a private, typed copy of its values. Copies share them.
 class ArgAssoc
 {
 public:
     unsigned short token = 0;
 
     ArgAssoc(unsigned short token, const void* value, const ArgCounts& counts);
-    ArgAssoc(const ArgAssoc& other);
-    ArgAssoc(ArgAssoc&& other) noexcept = default;
-    ArgAssoc& operator=(ArgAssoc other) noexcept;
     // The corners of a sub-rectangle of four corner values (of three: of a triangle's corners).
     ArgAssoc(float umin, float umax, float vmin, float vmax, const ArgAssoc& from);
     // The corners of a sub-triangle.
@@ -57,9 +54,9 @@ private:
     void interpolate(const ArgAssoc& from, long corner, const Evaluate& evaluate);
 
     unsigned fCount = 0;
-    unsigned fWidth = 0;  // words an element
-    std::unique_ptr<float[]> fWords;
-    std::unique_ptr<String> fString;
+    unsigned fWidth = 0;              // words an element
+    std::shared_ptr<float[]> fWords;  // not changed once made
+    std::shared_ptr<const String> fString;
 };
 
 // The variables of one primitive.

@@ -1,6 +1,8 @@
 // Error reporting.
 #pragma once
 
+#include <initializer_list>
+
 #include <cstdarg>
 #include <new>
 
@@ -60,15 +62,20 @@ struct NamedValue {
     float value;
 };
 
-template <class... Values>
-bool finiteArguments(Values... values)
+inline bool finiteArguments(std::initializer_list<NamedValue> values)
 {
-    for (const NamedValue& v : {values...}) {
+    for (const NamedValue& v : values) {
         if (v.value - v.value == 0) continue;
         error(kRange, kError, "%s %g is not finite", v.name, static_cast<double>(v.value));
         return false;
     }
     return true;
+}
+
+template <class... Values>
+bool finiteArguments(Values... values)
+{
+    return finiteArguments({values...});
 }
 
 }  // namespace zeb

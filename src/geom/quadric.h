@@ -1,0 +1,150 @@
+// The quadrics: surfaces that a curve sweeps about the z axis.
+#pragma once
+
+#include "geom/primitive.h"
+
+namespace zeb
+{
+
+// A place on the swept curve where the sweep begins, and its derivative.
+struct CurvePoint {
+    double x, y, z;
+    double dx, dy, dz;
+};
+
+// The curve of each quadric over 0 ... 1. Its box is given by two opposite corners; curves off the
+// xz plane are straight, and their ends are the corners.
+struct SphereCurve {
+    double radius, phimin, phimax;
+    SphereCurve(float radius, float zmin, float zmax);
+    CurvePoint at(double v) const;
+    void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+};
+
+struct ConeCurve {
+    double radius, height;
+    double extent;  // of the height, what the cut leaves
+    ConeCurve(float radius, float height, float cutheight);
+    CurvePoint at(double v) const;
+    void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+};
+
+struct CylinderCurve {
+    double radius, zmin, zmax;
+    CylinderCurve(float radius, float zmin, float zmax);
+    CurvePoint at(double v) const;
+    void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+};
+
+struct HyperboloidCurve {
+    Point p1, p2;
+    HyperboloidCurve(const float* point1, const float* point2);
+    CurvePoint at(double v) const;
+    void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+};
+
+struct ParaboloidCurve {
+    double rmax, zmin, zmax;
+    // zmax is not 0, and zmin not on its other side.
+    ParaboloidCurve(float rmax, float zmin, float zmax);
+    CurvePoint at(double v) const;
+    void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+
+private:
+    // The square of the radius, in units of rmax.
+    double area(double v) const { return std::max((zmin + v * (zmax - zmin)) / fZmax, 0.0); }
+    double fZmax;
+};
+
+struct DiskCurve {
+    double inner, radius;
+    DiskCurve(float inner, float radius);
+    CurvePoint at(double v) const;
+    void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+};
+
+struct TorusCurve {
+    double major, minor, phimin, phimax;
+    TorusCurve(float major, float minor, float phimin, float phimax);
+    CurvePoint at(double v) const;
+    void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+};
+
+// What does not depend on the curve. Evaluation is in double, so that neighbouring pieces agree on
+// the points of their common edge.
+class Quadric : public Primitive
+{
+protected:
+    // Degrees: beyond a full turn is a full turn.
+    Quadric(float thetamax, long n, const unsigned short* tokens, void* const* values);
+    Quadric(const Quadric& other);
+    // A part of the parent, given in its parameters.
+    Quadric(float umin, float umax, float vmin, float vmax, const Quadric& parent,
+            std::uint32_t child);
+
+    // Of the surface between two opposite corners of the curve's box.
+    Boundw boundRevolve(const CurvePoint& a, const CurvePoint& b) const;
+    Differential revolve(double u, const CurvePoint& curve) const;
+    double curveParameter(float v) const { return fVmin + double{v} * (fVmax - fVmin); }
+
+    double fThetaMin = 0, fThetaMax;
+    double fVmin = 0, fVmax = 1;  // of the curve's own parameter
+};
+
+template <class Curve, PrimitiveType kType>
+class QuadricOf final : public Quadric
+{
+public:
+    QuadricOf(const Curve& curve, float thetamax, long n, const unsigned short* tokens,
+              void* const* values)
+        : Quadric(thetamax, n, tokens, values), fCurve(curve)
+    {
+    }
+    QuadricOf(const QuadricOf& other) = default;
+    QuadricOf(float umin, float umax, float vmin, float vmax, const QuadricOf& parent,
+              std::uint32_t child)
+        : Quadric(umin, umax, vmin, vmax, parent, child), fCurve(parent.fCurve)
+    {
+    }
+
+    const Curve& curve() const { return fCurve; }
+
+    unsigned short type() const override { return kType; }
+    Boundw bound() const override
+    {
+        CurvePoint a, b;
+        fCurve.corners(fVmin, fVmax, a, b);
+        return boundRevolve(a, b);
+    }
+    void split(PrimitiveSink& sink) override
+    {
+        for (std::uint32_t i = 0; i < 4; ++i) {
+            const float u = i % 2 ? 0.5f : 0, v = i / 2 ? 0.5f : 0;
+            sink.add(std::make_unique<QuadricOf>(u, u + 0.5f, v, v + 0.5f, *this, i));
+        }
+    }
+    Differential evaluate(float u, float v) const override
+    {
+        return revolve(u, fCurve.at(curveParameter(v)));
+    }
+    Pointw evalP(float u, float v) const override { return evaluate(u, v).P; }
+    Pointw evaldPdu(float u, float v) const override { return evaluate(u, v).dPdu; }
+    Pointw evaldPdv(float u, float v) const override { return evaluate(u, v).dPdv; }
+    std::unique_ptr<Primitive> copy(bool) const override
+    {
+        return std::make_unique<QuadricOf>(*this);
+    }
+
+private:
+    Curve fCurve;
+};
+
+using Sphere = QuadricOf<SphereCurve, kSphere>;
+using Cone = QuadricOf<ConeCurve, kCone>;
+using Cylinder = QuadricOf<CylinderCurve, kCylinder>;
+using Hyperboloid = QuadricOf<HyperboloidCurve, kHyperboloid>;
+using Paraboloid = QuadricOf<ParaboloidCurve, kParaboloid>;
+using Disk = QuadricOf<DiskCurve, kDisk>;
+using Torus = QuadricOf<TorusCurve, kTorus>;
+
+}  // namespace zeb
