@@ -1,58 +1,12 @@
 // Whole pictures, from the first call to the last row. One thread.
 
-#include <benchmark/benchmark.h>
-#include <malloc.h>
-
-#include <cstdio>
-#include <fstream>
-#include <string>
-
-#include "hider/scene.h"
-#include "scenes.h"
+#include "pictures.h"
 
 namespace zebbench
 {
 
 namespace
 {
-
-// The peak of resident memory, in MB, since the last reset; both are Linux's own.
-double peakMegabytes()
-{
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        if (line.rfind("VmHWM:", 0) == 0) return std::stod(line.substr(6)) / 1024;
-    }
-    return 0;
-}
-
-void resetPeak()
-{
-    malloc_trim(0);
-    std::ofstream("/proc/self/clear_refs") << 5;
-}
-
-// Renders a picture a round, and counts.
-template <class Build>
-void picture(benchmark::State& state, long width, long height, const Build& build)
-{
-    resetPeak();
-    zeb::Scene::Counts counts;
-    for (auto _ : state) {
-        begin(width, height);
-        build();
-        zebSceneEnd();
-        counts = zeb::gScene->counts();
-    }
-    using benchmark::Counter;
-    const auto micropolygons = static_cast<double>(counts.micropolygons);
-    state.counters["Mmp"] = micropolygons / 1e6;
-    state.counters["mp/s"] = Counter(micropolygons, Counter::kIsIterationInvariantRate);
-    state.counters["samples/s"] =
-        Counter(static_cast<double>(counts.samples), Counter::kIsIterationInvariantRate);
-    state.counters["peakMB"] = peakMegabytes();
-    zebReset();
-}
 
 void hugePolygon(benchmark::State& state)
 {

@@ -1,0 +1,54 @@
+// Renders and measures whole pictures.
+#pragma once
+
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+#include <fstream>
+#include <string>
+
+#include "hider/scene.h"
+#include "scenes.h"
+
+namespace zebbench
+{
+
+// The peak of resident memory, in MB, since the last reset; both are Linux's own.
+inline double peakMegabytes()
+{
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind("VmHWM:", 0) == 0) return std::stod(line.substr(6)) / 1024;
+    }
+    return 0;
+}
+
+inline void resetPeak()
+{
+    malloc_trim(0);
+    std::ofstream("/proc/self/clear_refs") << 5;
+}
+
+// Renders a picture a round, and counts.
+template <class Build>
+void picture(benchmark::State& state, long width, long height, const Build& build)
+{
+    resetPeak();
+    zeb::Scene::Counts counts;
+    for (auto _ : state) {
+        begin(width, height);
+        build();
+        zebSceneEnd();
+        counts = zeb::gScene->counts();
+    }
+    using benchmark::Counter;
+    const auto micropolygons = static_cast<double>(counts.micropolygons);
+    state.counters["Mmp"] = micropolygons / 1e6;
+    state.counters["mp/s"] = Counter(micropolygons, Counter::kIsIterationInvariantRate);
+    state.counters["samples/s"] =
+        Counter(static_cast<double>(counts.samples), Counter::kIsIterationInvariantRate);
+    state.counters["peakMB"] = peakMegabytes();
+    zebReset();
+}
+
+}  // namespace zebbench
