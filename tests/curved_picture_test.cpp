@@ -281,6 +281,47 @@ TEST_F(CurvedPicture, AnInstanceKeepsItsPlaceUnlessQuirksAreKept)
     }
 }
 
+TEST_F(CurvedPicture, EveryKindOfPatchCanBeInstanced)
+{
+    for (const Plane& p : planes()) {
+        for (const short quirks : {0, 1}) {
+            SCOPED_TRACE(testing::Message() << p.name << ' ' << quirks);
+            zebReset();
+            raster(40, 40);
+            zebQuirks(quirks);
+            beginFlat();
+            const void* object = zebObjectBegin();
+            p.add("color", kCorners);
+            zebObjectEnd();
+            zebObjectCall(object);
+            zebSceneEnd();
+            const bool single = std::string(p.name).find("patch") != std::string::npos;
+            EXPECT_EQ(alpha(20, 20), quirks && single ? 0 : 1)
+                << "single patches lose their points";
+        }
+    }
+}
+
+// Bases are attributes: an instance takes those in force where it is called.
+TEST_F(CurvedPicture, AnInstanceIsDrawnInTheBasisOfItsCall)
+{
+    for (const bool bezier : {false, true}) {
+        zebReset();
+        raster(40, 40);
+        beginFlat();
+        zebBasis(ZEB_BASIS_BSPLINE, ZEB_APPLY_BOTH);
+        const void* object = zebObjectBegin();
+        zebPatchMesh(ZEB_BICUBIC, 4, ZEB_NONPERIODIC, 4, ZEB_NONPERIODIC, zebQuark("point"),
+                     plane(4, 4).data(), 0);
+        zebObjectEnd();
+        if (bezier) zebBasis(ZEB_BASIS_BEZIER, ZEB_APPLY_BOTH);
+        zebObjectCall(object);
+        zebSceneEnd();
+        EXPECT_EQ(alpha(20, 20), 1);
+        EXPECT_EQ(alpha(5, 5), bezier ? 1 : 0) << "a B-spline covers the middle third";
+    }
+}
+
 // A box in object space: what lies wholly outside it is not drawn, whatever the weights.
 TEST_F(CurvedPicture, TheBoundClipsWholePieces)
 {
@@ -306,12 +347,12 @@ class CurvedEye : public testing::Test
 protected:
     ~CurvedEye() override { zebReset(); }
 
-    void begin(long width = 48, long height = 36)
+    void begin(long width = 48, long height = 36, float unit = 1)
     {
         zebReset();
         zebRasterViewport(0, width, 0, height);
         zebViewPerspective(60);
-        zebClip(0.01f, 100);
+        zebClip(0.01f * unit, 100 * unit);
         zebOutputSamples(ZEB_SAMPLES_RGBAZ);
         zebFilter(ZEB_FILTER_BOX);
         zebFilterWidth(1, 1);
@@ -402,6 +443,39 @@ TEST_F(CurvedEye, TheWallOfASphereIsItsRadiusAway)
                          dy = (static_cast<double>(y) + 0.5 - 18) * t;
             const double z = 2 / std::sqrt(1 + dx * dx + dy * dy);
             EXPECT_NEAR(picture.value(x, y, 4) * (100 - 0.01), z - 0.01, 0.02) << x << ' ' << y;
+        }
+    }
+}
+
+// Bounds of sampled surfaces have room around them that is measured in units; small scenes must not
+// notice.
+TEST_F(CurvedEye, TheUnitsMakeNoDifference)
+{
+    const std::vector<Vec> points = plane(4, 4);
+    const float knots[] = {0, 0, 0, 0, 1, 1, 1, 1};
+    const std::vector<std::function<void()>> shapes = {
+        [&] { zebPatch(ZEB_BICUBIC, zebQuark("point"), points.data(), 0); },
+        [&] {
+            zebPatchMesh(ZEB_BILINEAR, 4, ZEB_NONPERIODIC, 4, ZEB_NONPERIODIC, zebQuark("point"),
+                         points.data(), 0);
+        },
+        [&] { zebNurb(4, knots, 0, 1, 4, knots, 0, 1, zebQuark("point"), points.data(), 0); },
+        [] { nurbsSphere(15).add(); },
+    };
+    for (const auto& add : shapes) {
+        double first = 0;
+        for (const float unit : {1.0f, 1e-3f, 1e-6f, 1e3f}) {
+            SCOPED_TRACE(unit);
+            begin(48, 36, unit);
+            zebTranslate(0, 0, 3 * unit);
+            zebRotate(40, 1, 0.3f, 0);
+            zebScale(0.04f * unit, 0.04f * unit, 0.04f * unit);
+            add();
+            zebSceneEnd();
+            if (first == 0) first = picture.sum(3);
+            EXPECT_GT(first, 50);
+            EXPECT_NEAR(picture.sum(3), first, 0.002 * first);
+            EXPECT_TRUE(reports.empty());
         }
     }
 }
