@@ -80,13 +80,14 @@ std::vector<Point> extractPoints(ArgList& args, long nu, long nv)
     points.reserve(static_cast<std::size_t>(nu * nv));
     const ArgAssoc* position = args.find(kQPoint);
     const ArgAssoc* height = args.find(kQHeight);
-    for (long k = 0; k < nu * nv; ++k) {
-        if (position) {
-            points.push_back(position->point(k));
-        } else {
-            points.emplace_back(static_cast<float>(k % nu) / static_cast<float>(nu - 1),
-                                static_cast<float>(k / nu) / static_cast<float>(nv - 1),
-                                height->words()[k]);
+    const auto share = [](long i, long n) {
+        return static_cast<float>(i) / static_cast<float>(std::max(n - 1, 1L));
+    };
+    for (long j = 0; j < nv; ++j) {
+        for (long i = 0; i < nu; ++i) {
+            const long k = j * nu + i;
+            points.push_back(position ? position->point(k)
+                                      : Point(share(i, nu), share(j, nv), height->words()[k]));
         }
     }
     for (const unsigned short token : {kQPoint, kQHeight, kQPointw}) args.detach(token);
