@@ -584,9 +584,9 @@ ZEB_API void zebNurbMeshV(long nu, long uorder, const float *uknot, float umin, 
 
 /** @name Quadrics
  * Legal where polygons are; elsewhere code 7. Each is a curve that turns about the z axis, in the
- * direction from +x to +y, by thetamax degrees, clamped to -360 ... 360. The parameter u runs along that turn, v
- * along the curve. Lengths are in object space. Code 10 for a measure that is not finite; the
- * surface is not added.
+ * direction from +x to +y, by thetamax degrees, clamped to -360 ... 360. The parameter u runs along
+ * that turn, v along the curve. Lengths are in object space. Code 10 for a measure that is not
+ * finite; the surface is not added.
  *
  * No parameters are required. Primitive variables: uniform one value; varying and vertex four, at
  * the corners (u, v) = (0, 0), (1, 0), (0, 1), (1, 1); varying ones are interpolated bilinearly. */
