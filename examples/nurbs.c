@@ -45,8 +45,8 @@ int main(int argc, char** argv)
     const float body = 0.75f, shine = 0.5f, rough = 0.05f;
     beginPicture(argc, argv, "nurbs.png", 800, 450);
     zebShadingRate(1);
-    zebViewPerspective(20);
-    zebTranslate(0, -1.2f, 13);
+    zebViewPerspective(24);
+    zebTranslate(0, -1.3f, 13);
     zebRotate(-16, 1, 0, 0);
     zebSceneBegin();
     addAmbient(0.25f, 0xF2F4FF);
@@ -57,9 +57,9 @@ int main(int argc, char** argv)
     addBackdrop(16, 4, 4);
     zebSurface(zebQuark("plastic"), zebQuark("kd"), &body, zebQuark("ks"), &shine,
                zebQuark("roughness"), &rough, 0);
-    addGoblet(-2.7f, smooth, 4, 0, 0x2A9D8F);
+    addGoblet(-3.05f, smooth, 4, 0, 0x2A9D8F);
     addGoblet(0, creased, 4, 0, 0xE9B44C);
-    addGoblet(2.7f, creased, 2.75f, 0, 0xD1495B);
+    addGoblet(3.05f, creased, 2.75f, 0, 0xD1495B);
     zebSceneEnd();
     return zebLastError() != 0;
 }

@@ -8,17 +8,17 @@ static float heights[kSide][kSide];
 
 static void addNet(float x, float z, short type, short basis, unsigned long code)
 {
-    static const float base[4][3] = {{-0.12f, -0.12f, -0.2f},
-                                     {1.12f, -0.12f, -0.2f},
-                                     {-0.12f, 1.12f, -0.2f},
-                                     {1.12f, 1.12f, -0.2f}};
+    static const float base[4][3] = {{-0.08f, -0.08f, -0.2f},
+                                     {1.08f, -0.08f, -0.2f},
+                                     {-0.08f, 1.08f, -0.2f},
+                                     {1.08f, 1.08f, -0.2f}};
     int i, j;
     zebAttributePush();
     zebTranslate(x, 0, z);
-    zebScale(2.5f, 2.5f, 2.5f);
+    zebScale(2.75f, 2.75f, 2.75f);
     zebRotate(45, 0, 1, 0);
     zebRotate(-90, 1, 0, 0);
-    zebTranslate(-0.5f, -0.5f, 0.2f);
+    zebTranslate(-0.5f, -0.5f, 0.26f);
     paint(0xFBF6EC);
     zebPatch(ZEB_BILINEAR, zebQuark("point"), base, 0);
     paint(code);
@@ -49,21 +49,21 @@ int main(int argc, char** argv)
     }
     beginPicture(argc, argv, "patches.png", 800, 450);
     zebViewPerspective(24);
-    zebTranslate(0, -0.35f, 17);
+    zebTranslate(0, -0.15f, 17);
     zebRotate(-33, 1, 0, 0);
     zebSceneBegin();
     addAmbient(0.25f, 0xF2F4FF);
     addDistant(0.85f, 0xFFF0DC, 1, -1.1f, 0.25f);
     addDistant(0.25f, 0xBFD7FF, -1, -0.5f, 0.9f);
     zebSurface(zebQuark("diffuse"), 0);
-    paint(0xE4DACB);
+    paint(0xDCCDB8);
     addBackdrop(24, 5, 9);
     zebSurface(zebQuark("plastic"), zebQuark("kd"), &body, zebQuark("ks"), &shine,
                zebQuark("roughness"), &rough, 0);
-    addNet(-3.9f, 1.6f, ZEB_BILINEAR, ZEB_BASIS_BEZIER, 0xE76F51);
-    addNet(-1.3f, -1.2f, ZEB_BICUBIC, ZEB_BASIS_BEZIER, 0xE9B44C);
-    addNet(1.3f, 1.6f, ZEB_BICUBIC, ZEB_BASIS_BSPLINE, 0x2A9D8F);
-    addNet(3.9f, -1.2f, ZEB_BICUBIC, ZEB_BASIS_CATMULL_ROM, 0x4A6FA5);
+    addNet(-3.6f, 1.75f, ZEB_BILINEAR, ZEB_BASIS_BEZIER, 0xE76F51);
+    addNet(-1.2f, -1.05f, ZEB_BICUBIC, ZEB_BASIS_BEZIER, 0xE9B44C);
+    addNet(1.2f, 1.75f, ZEB_BICUBIC, ZEB_BASIS_BSPLINE, 0x2A9D8F);
+    addNet(3.6f, -1.05f, ZEB_BICUBIC, ZEB_BASIS_CATMULL_ROM, 0x4A6FA5);
     zebSceneEnd();
     return zebLastError() != 0;
 }

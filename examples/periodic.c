@@ -28,8 +28,8 @@ int main(int argc, char** argv)
 {
     const float body = 0.8f, shine = 0.5f, rough = 0.06f;
     beginPicture(argc, argv, "periodic.png", 800, 450);
-    zebViewPerspective(21);
-    zebTranslate(0, -1.25f, 13);
+    zebViewPerspective(24.5f);
+    zebTranslate(-0.15f, -1.6f, 13);
     zebRotate(-22, 1, 0, 0);
     zebSceneBegin();
     addAmbient(0.22f, 0xF2F4FF);

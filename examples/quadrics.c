@@ -16,7 +16,7 @@ int main(int argc, char** argv)
     const float body = 0.8f, shine = 0.35f, rough = 0.07f;
     const float foot[3] = {0.85f, -0.65f, 0}, lip[3] = {0.6f, 0.8f, 2.6f};
     beginPicture(argc, argv, "quadrics.png", 800, 450);
-    zebViewPerspective(20.5f);
+    zebViewPerspective(21.5f);
     zebTranslate(0, -1.25f, 13);
     zebRotate(-14, 1, 0, 0);
     zebSceneBegin();
@@ -27,7 +27,7 @@ int main(int argc, char** argv)
     paint(0xEFE3D2);
     addBackdrop(16, 4, 4);
     addShadow(-3.1f, 1.2f, 1.9f, 0.7f), addShadow(-0.7f, 1.9f, 1.7f, 0.7f);
-    addShadow(2.2f, 1.6f, 1.6f, 0.7f), addShadow(-1.6f, -0.9f, 1.3f, 0.7f);
+    addShadow(2.2f, 1.6f, 1.6f, 0.7f), addShadow(-1.75f, -1.1f, 1.3f, 0.7f);
     addShadow(0.75f, -0.6f, 1.4f, 0.7f), addShadow(3.3f, -0.2f, 1.5f, 0.7f);
     zebSurface(zebQuark("plastic"), zebQuark("kd"), &body, zebQuark("ks"), &shine,
                zebQuark("roughness"), &rough, 0);
@@ -46,14 +46,14 @@ int main(int argc, char** argv)
     paint(0xE76F51);
     zebSphere(0.62f, -0.62f, 0.62f, 360, 0);
     zebAttributePop();
-    stand(-1.6f, 0.27f, -0.9f, 0xD1495B);
+    stand(-1.75f, 0.27f, -1.1f, 0xD1495B);
     zebTorus(0.62f, 0.27f, 0, 360, 360, 0);
     zebAttributePop();
     stand(0.75f, 1.15f, -0.6f, 0x8A5A83);
     zebParaboloid(0.85f, 0, -1.15f, 360, 0);
     zebAttributePop();
     stand(3.3f, 0.86f, -0.2f, 0xF4A261);
-    zebRotate(-38, 0, 0, 1);
+    zebRotate(48, 0, 0, 1);
     zebRotate(-72, 1, 0, 0);
     zebDisk(0.3f, 0.9f, 360, 0);
     zebAttributePop();
