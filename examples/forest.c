@@ -99,7 +99,7 @@ static void build(void* data, float detail)
 
 int main(int argc, char** argv)
 {
-    const float distance = 70, land = 160;
+    const float distance = 110, land = 160;
     const float sky[4][3] = {{-200, -40, 190}, {200, -40, 190}, {200, 80, 190}, {-200, 80, 190}};
     float colors[4][3], mist[3];
     beginPicture(argc, argv, "forest.png", 800, 450);

@@ -49,7 +49,7 @@ int main(int argc, char** argv)
     }
     beginPicture(argc, argv, "patches.png", 800, 450);
     zebViewPerspective(24);
-    zebTranslate(0, -0.15f, 17);
+    zebTranslate(-0.3f, -0.6f, 17);
     zebRotate(-33, 1, 0, 0);
     zebSceneBegin();
     addAmbient(0.25f, 0xF2F4FF);

@@ -10,7 +10,7 @@ int main(int argc, char** argv)
     zebShadingRate(1);
     zebViewPerspective(17.5f);
     zebTranslate(-0.2f, -1.35f, 17);
-    zebRotate(-20, 1, 0, 0);
+    zebRotate(-17, 1, 0, 0);
     zebSceneBegin();
     addAmbient(0.25f, 0xF2F4FF);
     addDistant(0.8f, 0xFFF2E0, 1, -1.2f, 1);
@@ -23,7 +23,7 @@ int main(int argc, char** argv)
     zebSurface(zebQuark("plastic"), zebQuark("kd"), &body, zebQuark("ks"), &shine,
                zebQuark("roughness"), &rough, 0);
     paint(0x2E8C93);
-    zebRotate(24, 0, 1, 0);
+    zebRotate(-20, 0, 1, 0);
     zebRotate(-90, 1, 0, 0);
     addTeapot();
     zebSceneEnd();
