@@ -155,7 +155,7 @@
 /** @name Storage classes (zebDeclare) */
 /** @{ */
 #define ZEB_CLASS_NONE 0xD00 /**< a plain name */
-#define ZEB_UNIFORM 0xD01 /**< one value a face or patch */
+#define ZEB_UNIFORM 0xD01 /**< one value a face or curved surface */
 #define ZEB_VARYING 0xD02 /**< one value a corner */
 #define ZEB_VERTEX 0xD03  /**< one value a control point */
 /** @} */
@@ -503,27 +503,77 @@ ZEB_API void zebGeneralPolygonMeshV(long npolys, const long *nloops, const long 
 /** @} */
 
 /** @name Patches and NURBS
- * Legal where polygons are. Not rendered by this version: after the check of the block each reports
- * code 2, " Optional ZEB feature.". */
+ * Legal where polygons are; elsewhere code 7. Control points come row by row, u running fastest.
+ *
+ * Positions are given by exactly one of
+ *
+ * | name     | floats a control point | |
+ * |----------|---|---|
+ * | "point"  | 3 | x, y, z |
+ * | "height" | 1 | control point (i, j) of nu x nv lies at x = i / (nu - 1), y = j / (nv - 1) |
+ * | "pointw" | 4 | w x, w y, w z, w; NURBS only |
+ *
+ * Code 13 without, 11 with more than one. Other primitive variables: uniform one value, for the
+ * whole surface or mesh; varying four, at its corners (u, v) = (0, 0), (1, 0), (0, 1), (1, 1),
+ * interpolated bilinearly; vertex one a control point, which is kept but not interpolated. Normals
+ * are those of the surface, dP/du x dP/dv, if none are given. */
 /** @{ */
 
-/** Adds a bilinear (4 points) or bicubic (16 points) patch, u running fastest. */
+/**
+ * Adds a single patch.
+ *
+ * @param type  ZEB_BILINEAR: 2 x 2 points, the patch's corners. ZEB_BICUBIC: 4 x 4 points, in the
+ *              bases of the attributes (zebBasis, zebCustomBasis).
+ *
+ * Code 10 for any other number: "type must be bilinear or bicubic".
+ */
 ZEB_API void zebPatch(short type, ...);
 /** zebPatch with the parameter list as arrays. */
 ZEB_API void zebPatchV(short type, long n, const unsigned short *tokens, void *const *values);
-/** Adds a mesh of nu x nv control points, u running fastest. */
+/**
+ * Adds patches that share control points.
+ *
+ * | type         | wrap            | patches in u |
+ * |--------------|-----------------|---|
+ * | ZEB_BILINEAR | ZEB_NONPERIODIC | nu - 1 |
+ * | ZEB_BILINEAR | ZEB_PERIODIC    | nu |
+ * | ZEB_BICUBIC  | ZEB_NONPERIODIC | (nu - 4) / step + 1 |
+ * | ZEB_BICUBIC  | ZEB_PERIODIC    | nu / step |
+ *
+ * and the same in v. The step is that of the basis. Control points that a division leaves over take
+ * no part: code 10, "extra control points in u will be ignored", and the mesh is still added.
+ *
+ * @param type         ZEB_BILINEAR or ZEB_BICUBIC; else code 10, "unknown patch type %ld"
+ * @param nu,nv        control points in u and v, enough for one patch; else code 10
+ * @param uwrap,vwrap  ZEB_PERIODIC or ZEB_NONPERIODIC; else code 10, "unknown wrap treatment %ld"
+ */
 ZEB_API void zebPatchMesh(short type, long nu, short uwrap, long nv, short vwrap, ...);
 /** zebPatchMesh with the parameter list as arrays. */
 ZEB_API void zebPatchMeshV(short type, long nu, short uwrap, long nv, short vwrap, long n,
                            const unsigned short *tokens, void *const *values);
-/** Adds a rational B-spline patch of one span: its orders are its counts. */
+/** Adds a rational B-spline surface of one span: its orders are its counts, nu and nv, so it has
+    2 nu and 2 nv knots. Everything else is as with zebNurbMesh. */
 ZEB_API void zebNurb(long nu, const float *uknot, float umin, float umax, long nv,
                      const float *vknot, float vmin, float vmax, ...);
 /** zebNurb with the parameter list as arrays. */
 ZEB_API void zebNurbV(long nu, const float *uknot, float umin, float umax, long nv,
                       const float *vknot, float vmin, float vmax, long n,
                       const unsigned short *tokens, void *const *values);
-/** Adds a rational B-spline surface of nu x nv control points; nu + uorder and nv + vorder knots. */
+/**
+ * Adds a rational B-spline surface, non-uniform as its knots are. "point" and "height" give every
+ * control point the weight 1.
+ *
+ * @param nu,nv          control points in u and v
+ * @param uorder,vorder  degree plus 1: 2 to 20; else code 10
+ * @param uknot,vknot    nu + uorder and nv + vorder knots
+ * @param umin,umax      the part of the knots' range to show: between uknot[uorder-1] and uknot[nu]
+ * @param vmin,vmax      the same in v
+ *
+ * Code 10, and no surface: "number of control points may not be less than the order", "parametric
+ * limit min must be less than max". Code 10, and the surface is added all the same: "knot values
+ * must appear in non-decreasing order", "parametric limits must lie between knot[order-1] and
+ * knot[n]"; it ends where the knots' range does.
+ */
 ZEB_API void zebNurbMesh(long nu, long uorder, const float *uknot, float umin, float umax, long nv,
                          long vorder, const float *vknot, float vmin, float vmax, ...);
 /** zebNurbMesh with the parameter list as arrays. */
@@ -533,41 +583,55 @@ ZEB_API void zebNurbMeshV(long nu, long uorder, const float *uknot, float umin, 
 /** @} */
 
 /** @name Quadrics
- * Legal where polygons are. Not rendered by this version: after the check of the block each reports
- * code 2, " Optional ZEB feature.". Sweeps are degrees about z. */
+ * Legal where polygons are; elsewhere code 7. Each is a curve that turns about the z axis, in the
+ * direction from +x to +y, by thetamax degrees, clamped to -360 ... 360. The parameter u runs along
+ * that turn, v along the curve. Lengths are in object space. Code 10 for a measure that is not
+ * finite; the surface is not added.
+ *
+ * No parameters are required. Primitive variables: uniform one value; varying and vertex four, at
+ * the corners (u, v) = (0, 0), (1, 0), (0, 1), (1, 1); varying ones are interpolated bilinearly. */
 /** @{ */
 
-/** Adds a sphere about the origin, cut at zmin and zmax. */
+/** Adds a sphere about the origin, or the part of it from zmin to zmax. -radius and radius or
+    anything beyond show it whole. */
 ZEB_API void zebSphere(float radius, float zmin, float zmax, float thetamax, ...);
 /** zebSphere with the parameter list as arrays. */
 ZEB_API void zebSphereV(float radius, float zmin, float zmax, float thetamax, long n,
                         const unsigned short *tokens, void *const *values);
-/** Adds a cone on the xy plane, cut at cutheight. */
+/** Adds the side of a cone that stands on the xy plane with its tip at z = height. It shows from
+    z = 0 up to cutheight, which is clamped to 0 ... height: cutheight = height shows it whole. A
+    cone of negative height is never cut. */
 ZEB_API void zebCone(float radius, float height, float cutheight, float thetamax, ...);
 /** zebCone with the parameter list as arrays. */
 ZEB_API void zebConeV(float radius, float height, float cutheight, float thetamax, long n,
                       const unsigned short *tokens, void *const *values);
-/** Adds a cylinder from zmin to zmax. */
+/** Adds the side of a cylinder from zmin to zmax, without end caps. */
 ZEB_API void zebCylinder(float radius, float zmin, float zmax, float thetamax, ...);
 /** zebCylinder with the parameter list as arrays. */
 ZEB_API void zebCylinderV(float radius, float zmin, float zmax, float thetamax, long n,
                           const unsigned short *tokens, void *const *values);
-/** Adds the surface that the line between two points (three floats each) sweeps. */
+/** Adds the surface that the straight line between two points (x, y, z each) sweeps. Code 10 for a
+    null pointer. */
 ZEB_API void zebHyperboloid(const float *point1, const float *point2, float thetamax, ...);
 /** zebHyperboloid with the parameter list as arrays. */
 ZEB_API void zebHyperboloidV(const float *point1, const float *point2, float thetamax, long n,
                              const unsigned short *tokens, void *const *values);
-/** Adds a paraboloid of radius rmax at zmax, between zmin and zmax. */
+/** Adds a paraboloid with its tip at the origin and the radius rmax at z = zmax, or the part of it
+    from zmin on. Code 10: "zmax may not equal 0"; "paraboloid may not cross z plane, use two" if
+    zmin and zmax lie on different sides. */
 ZEB_API void zebParaboloid(float rmax, float zmin, float zmax, float thetamax, ...);
 /** zebParaboloid with the parameter list as arrays. */
 ZEB_API void zebParaboloidV(float rmax, float zmin, float zmax, float thetamax, long n,
                             const unsigned short *tokens, void *const *values);
-/** Adds a disk or ring in the xy plane. */
+/** Adds a disk in the xy plane about the origin, or a ring: innerradius, clamped to 0 ... radius,
+    is that of the hole. v runs inwards. */
 ZEB_API void zebDisk(float innerradius, float radius, float thetamax, ...);
 /** zebDisk with the parameter list as arrays. */
 ZEB_API void zebDiskV(float innerradius, float radius, float thetamax, long n,
                       const unsigned short *tokens, void *const *values);
-/** Adds a torus about the z axis. */
+/** Adds a torus about the z axis. majorradius reaches from the axis to the middle of the tube,
+    minorradius is that of the tube. The tube's circle shows from phimin to phimax, in degrees from
+    the outermost point towards +z, at most a full turn. */
 ZEB_API void zebTorus(float majorradius, float minorradius, float phimin, float phimax,
                       float thetamax, ...);
 /** zebTorus with the parameter list as arrays. */
