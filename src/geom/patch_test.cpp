@@ -7,6 +7,7 @@
 #include "geom/grid.h"
 #include "state/quark.h"
 #include "state/state.h"
+#include "support/bases.h"
 #include "support/reports.h"
 #include "support/surfaces.h"
 
@@ -15,53 +16,6 @@ using namespace zebtest;
 
 namespace
 {
-
-using Weights = std::array<double, 4>;
-
-// The weights of four control points, by the textbook.
-Weights bezier(double t)
-{
-    const double s = 1 - t;
-    return {s * s * s, 3 * s * s * t, 3 * s * t * t, t * t * t};
-}
-Weights bspline(double t)
-{
-    const double s = 1 - t, t2 = t * t, t3 = t2 * t;
-    return {s * s * s / 6, (3 * t3 - 6 * t2 + 4) / 6, (-3 * t3 + 3 * t2 + 3 * t + 1) / 6, t3 / 6};
-}
-Weights catmullRom(double t)
-{
-    const double t2 = t * t, t3 = t2 * t;
-    return {(-t + 2 * t2 - t3) / 2, (2 - 5 * t2 + 3 * t3) / 2, (t + 4 * t2 - 3 * t3) / 2,
-            (t3 - t2) / 2};
-}
-Weights hermite(double t)
-{
-    const double t2 = t * t, t3 = t2 * t;
-    return {2 * t3 - 3 * t2 + 1, t3 - 2 * t2 + t, 3 * t2 - 2 * t3, t3 - t2};
-}
-Weights power(double t) { return {t * t * t, t * t, t, 1}; }
-
-ZebMatrix gCustom = {
-    {0.5f, -1.25f, 2, 0.75f}, {1, 0.5f, -0.25f, -2}, {-1.5f, 2, 0, 1}, {0.25f, 0.5f, 1, -0.5f}};
-
-Weights custom(double t)
-{
-    Weights w{};
-    for (std::size_t i = 0; i < 4; ++i) {
-        w[i] = ((gCustom[0][i] * t + gCustom[1][i]) * t + gCustom[2][i]) * t + gCustom[3][i];
-    }
-    return w;
-}
-
-using Basis = Weights (*)(double);
-constexpr Basis gBases[] = {bezier, bspline, catmullRom, hermite, power, custom};
-
-void setBasis(int i, short application)
-{
-    if (i < 5) zebBasis(static_cast<short>(ZEB_BASIS_BEZIER + i), application);
-    if (i == 5) zebCustomBasis(application, gCustom, 1);
-}
 
 Exact bicubic(const Point* p, Basis ubasis, Basis vbasis, double u, double v)
 {
@@ -76,13 +30,6 @@ Exact bicubic(const Point* p, Basis ubasis, Basis vbasis, double u, double v)
         }
     }
     return sum;
-}
-
-std::vector<Point> randomPoints(Numbers& n, std::size_t count)
-{
-    std::vector<Point> points;
-    while (points.size() < count) points.push_back(n.point(5));
-    return points;
 }
 
 // Sixteen points over a square of the plane z, evenly.
