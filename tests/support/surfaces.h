@@ -172,7 +172,7 @@ inline void expectDerivatives(const zeb::Primitive& primitive, float u, float v,
 
 // A piece is the parent over a rectangle of its parameters.
 inline void expectPart(const zeb::Primitive& piece, const zeb::Primitive& parent, float umin,
-                       float umax, float vmin, float vmax, double tolerance, int n = 6)
+                       float umax, float vmin, float vmax, double tolerance, int n = 8)
 {
     for (int j = 0; j <= n; ++j) {
         for (int i = 0; i <= n; ++i) {
