@@ -6,7 +6,6 @@
 #include "state/quark.h"
 #include "state/state.h"
 #include "support/rational.h"
-#include "support/reports.h"
 
 using namespace zeb;
 using namespace zebtest;
@@ -14,81 +13,9 @@ using namespace zebtest;
 namespace
 {
 
-// Checked and built, as the interface does it.
-std::unique_ptr<NuPatchMesh> make(const Rational& r, const std::vector<unsigned short>& tokens,
-                                  const std::vector<void*>& values)
+class NurbTest : public RationalTest
 {
-    const long n = static_cast<long>(tokens.size());
-    const auto u = r.u.direction(), v = r.v.direction();
-    if (!NuPatchMesh::verify(u, v, n, tokens.data(), values.data())) return nullptr;
-    return std::make_unique<NuPatchMesh>(u, v, n, tokens.data(), values.data());
-}
-std::unique_ptr<NuPatchMesh> make(const Rational& r) { return make(r, {kQPointw}, {r.values()}); }
-
-std::unique_ptr<NuPatch> makePatch(const Rational& r)
-{
-    const unsigned short token = kQPointw;
-    void* const value = r.values();
-    return NuPatch::make(r.u.direction(), r.v.direction(), 1, &token, &value);
-}
-
-class NurbTest : public testing::Test
-{
-protected:
-    NurbTest() { zebReset(); }
-    ~NurbTest() override { zebReset(); }
-
-    // Surfaces of all orders, with knots and weights of all kinds; some are trimmed.
-    static void each(unsigned seed, int count, float wmin, float wmax,
-                     const std::function<void(const Rational&, Numbers&)>& visit)
-    {
-        Numbers n(seed);
-        for (int k = 0; k < count; ++k) {
-            const auto axis = [&] {
-                const long order = n.integer(2, 5);
-                Axis a = Axis::random(order + n.integer(0, 5), order, n);
-                if (n.unit() < 0.4f) {
-                    const float room = a.max - a.min;
-                    a.min += room * n.uniform(0, 0.4f);
-                    a.max -= room * n.uniform(0, 0.4f);
-                }
-                return a;
-            };
-            const Axis u = axis(), v = axis();
-            const Rational r(u, v, n, wmin, wmax);
-            SCOPED_TRACE("surface " + std::to_string(k));
-            visit(r, n);
-            if (HasFailure()) return;
-        }
-    }
-    static Rational even(long nu, long uorder, long nv, long vorder, unsigned seed)
-    {
-        Numbers n(seed);
-        return {Axis::even(nu, uorder), Axis::even(nv, vorder), n, 0.5f, 2};
-    }
-    // Reports of checking a list, in their order.
-    bool check(const Rational& r, const std::vector<unsigned short>& tokens = {kQPointw})
-    {
-        reports.clear();
-        const std::vector<void*> values(tokens.size(), r.values());
-        return NuPatchMesh::verify(r.u.direction(), r.v.direction(),
-                                   static_cast<long>(tokens.size()), tokens.data(), values.data());
-    }
-    void expectReports(const std::vector<const char*>& messages) const
-    {
-        ASSERT_EQ(reports.size(), messages.size());
-        for (std::size_t i = 0; i < messages.size(); ++i) {
-            EXPECT_EQ(reports[i], (zebtest::Report{10, 2820, messages[i]})) << i;
-        }
-    }
-
-    zebtest::Reports reports;
 };
-
-constexpr char kFewPoints[] = "number of control points may not be less than the order";
-constexpr char kDecreasing[] = "knot values must appear in non-decreasing order";
-constexpr char kNoRange[] = "parametric limit min must be less than max";
-constexpr char kOutsideKnots[] = "parametric limits must lie between knot[order-1] and knot[n]";
 
 double value(const NURB::Basis& basis, long column, double s)
 {
@@ -333,4 +260,194 @@ TEST_F(NurbTest, QuadrantsComeInTheirOrder)
     ASSERT_EQ(halves.size(), 2u);
     EXPECT_EQ(halves[0].type(), 5);
     EXPECT_EQ(halves[1].type(), 5);
+}
+
+TEST_F(NurbTest, EmptySpansMakeNoPatch)
+{
+    Numbers n(11);
+    // Two of the five intervals are empty.
+    const Axis u(7, 3, {0, 0, 0, 1, 1, 2, 2, 4, 4, 4});
+    const Rational r(u, Axis::bezier(2), n, 0.5f, 2);
+    ASSERT_EQ(u.spans().size(), 3u);
+    const Variables variables(r.count());
+    const auto mesh = make(r, variables.tokens(kQPointw), variables.values(r.values()));
+    ASSERT_NE(mesh, nullptr);
+    EXPECT_TRUE(reports.empty());
+    const auto patches = leaves(*mesh);
+    ASSERT_EQ(patches.size(), 3u);
+    const float third = 1.0f / 3;
+    variables.expectRange(*patches[0], 0, third, 0, 1);
+    variables.expectRange(*patches[1], third, 2 * third, 0, 1);
+    variables.expectRange(*patches[2], 2 * third, 1, 0, 1);
+}
+
+TEST_F(NurbTest, LimitsTrimTheSurface)
+{
+    Rational r = even(8, 3, 3, 3, 12);  // knots 2 ... 8 in u
+    r.u.min = 3.5f;
+    r.u.max = 5.25f;
+    EXPECT_EQ(leaves(*make(r)).size(), 3u);
+    const auto us = r.u.spans();
+    const auto mesh = make(r);
+    EXPECT_LE(apart(divided(exact(mesh->evalP(0, 0))), r.at({3, 3, 4}, 0.5, {2, 2, 3}, 0)), 1e-5);
+    EXPECT_LE(apart(divided(exact(mesh->evalP(1, 1))), r.at({5, 5, 6}, 0.25, {2, 2, 3}, 1)), 1e-5);
+    // Limits on knots leave nothing of the spans beyond them.
+    r.u.min = 4;
+    r.u.max = 6;
+    EXPECT_EQ(leaves(*make(r)).size(), 2u);
+    r.u.min = 4.25f;
+    r.u.max = 4.75f;
+    EXPECT_EQ(leaves(*make(r)).size(), 1u);
+    EXPECT_TRUE(reports.empty());
+}
+
+TEST_F(NurbTest, PiecesJoinWithoutAGap)
+{
+    Numbers n(13);
+    for (int k = 0; k < 40; ++k) {
+        // Knots that do not coincide: the surface is in one piece.
+        const long order = n.integer(2, 5);
+        const Rational r(Axis::even(order + 1, order), Axis::even(order + 1, order), n, 0.1f, 10);
+        const auto patches = leaves(*make(r));
+        ASSERT_EQ(patches.size(), 4u);
+        for (float t = 0; t <= 1; t += 0.0625f) {
+            const auto place = [&](std::size_t i, float u, float v) {
+                return divided(exact(patches[i]->evalP(u, v)));
+            };
+            EXPECT_LE(apart(place(0, 1, t), place(1, 0, t)), 2e-6);
+            EXPECT_LE(apart(place(2, 1, t), place(3, 0, t)), 2e-6);
+            EXPECT_LE(apart(place(0, t, 1), place(2, t, 0)), 2e-6);
+            EXPECT_LE(apart(place(1, t, 1), place(3, t, 0)), 2e-6);
+        }
+    }
+}
+
+TEST_F(NurbTest, BoundsHoldTheHomogeneousSurface)
+{
+    Numbers transformations(14);
+    each(15, 60, 0.01f, 100, [&](const Rational& r, Numbers& n) {
+        zebLoadIdentity();
+        if (n.unit() < 0.5f) applyRandomTransformation(transformations);
+        const auto mesh = make(r);
+        expectBoundHolds(*mesh, 40);
+        for (const auto& patch : leaves(*mesh)) {
+            expectBoundHolds(*patch, 16);
+            Pieces pieces = split(*patch);
+            expectBoundHolds(pieces[static_cast<std::size_t>(n.integer(0, 3))], 16);
+        }
+    });
+}
+
+TEST_F(NurbTest, TheMeshBoundHoldsEveryPatch)
+{
+    each(16, 40, 0.1f, 10, [](const Rational& r, Numbers& n) {
+        zebTranslate(n.uniform(-9, 9), 0, 0);
+        const auto mesh = make(r);
+        const Boundw bound = mesh->bound();
+        for (const auto& patch : leaves(*mesh)) {
+            for (int k = 0; k < 30; ++k) {
+                const Exact p = exact(patch->evalP(n.unit(), n.unit())) * mesh->matrix();
+                EXPECT_LE(outside(bound, p), 1e-3);
+                EXPECT_TRUE(p.w >= bound.wmin - 1e-4 && p.w <= bound.wmax + 1e-4);
+            }
+        }
+    });
+}
+
+TEST_F(NurbTest, TheHullLiesInTheBoundAndHoldsTheSurface)
+{
+    each(17, 60, 0.2f, 5, [](const Rational& r, Numbers& n) {
+        const auto mesh = make(r);
+        std::vector<std::unique_ptr<Primitive>> all = leaves(*mesh);
+        all.push_back(mesh->copy(true));
+        for (const auto& surface : all) {
+            Boundw hull = surface->hull(surface->bound());
+            ASSERT_GT(hull.wmin, 0);
+            hull.homogenize();
+            for (int k = 0; k < 60; ++k) {
+                EXPECT_LE(outside(hull, divided(exact(surface->evalP(n.unit(), n.unit())))), 1e-4);
+            }
+        }
+    });
+}
+
+TEST_F(NurbTest, ThePatchBoundIsPadded)
+{
+    Numbers n(18);
+    Rational r(Axis::bezier(3), Axis::bezier(3), n, 1, 1);
+    for (std::size_t i = 0; i < 9; ++i) {
+        r.points[i] = {10 * static_cast<float>(i % 3), 10 * static_cast<float>(i / 3), 7, 1};
+    }
+    const Boundw b = makePatch(r)->bound();
+    EXPECT_LE(b.zmin, 6.9f + 1e-5f);
+    EXPECT_GE(b.zmax, 7.1f - 1e-5f);
+    EXPECT_LE(b.xmin, -2 + 1e-5f);
+    EXPECT_GE(b.ymax, 22 - 1e-5f);
+    EXPECT_LE(b.wmin, 0.9f + 1e-5f);
+    EXPECT_GE(b.wmax, 1.1f - 1e-5f);
+}
+
+TEST_F(NurbTest, TheBoundAttributeClipsInEuclideanSpace)
+{
+    const float box[6] = {-1, 2, -100, 100, -100, 100};
+    zebBound(box);
+    Numbers n(19);
+    for (const float w : {0.1f, 1.0f, 8.0f}) {
+        Rational r(Axis::bezier(3), Axis::bezier(3), n, 1, 1);
+        for (std::size_t i = 0; i < 9; ++i) {
+            const float own = i % 2 ? w : 2 * w;
+            r.points[i] = {10 * static_cast<float>(i % 3) * own,
+                           10 * static_cast<float>(i / 3) * own, 7 * own, own};
+        }
+        const auto mesh = make(r);
+        const auto patch = makePatch(r);
+        for (const Primitive* surface : {static_cast<const Primitive*>(mesh.get()),
+                                         static_cast<const Primitive*>(patch.get())}) {
+            Boundw b = surface->bound();
+            ASSERT_TRUE(b.homogenizable());
+            b.homogenize();
+            EXPECT_LE(b.xmax, 2.0001f) << w;
+            EXPECT_GE(b.xmax, 2 - 1e-4f) << w;
+            EXPECT_LE(b.xmin, 1e-4f) << w;
+            EXPECT_GE(b.ymax, 20 - 1e-3f) << w;
+            EXPECT_LE(b.zmin, 7.001f) << w;
+            EXPECT_GE(b.zmax, 6.999f) << w;
+        }
+    }
+}
+
+TEST_F(NurbTest, AGridIsTheSurfaceInCameraSpace)
+{
+    zebTranslate(1, 2, 3);
+    const Rational r = even(4, 4, 3, 3, 29);
+    const auto patch = makePatch(r);
+    const RenderFrame frame{Option(), Matrix()};
+    const auto grid = patch->dice(Dicing{frame, 6, 4});
+    ASSERT_EQ(grid->fUSize, 6);
+    ASSERT_EQ(grid->fVSize, 4);
+    EXPECT_FALSE(grid->fTransposed);
+    for (int j = 0; j <= 4; ++j) {
+        for (int i = 0; i <= 6; ++i) {
+            Exact e = r.at(static_cast<float>(i) / 6, static_cast<float>(j) / 4);
+            e.x += 1;
+            e.y += 2;
+            e.z += 3;
+            EXPECT_LE(apart(exact(grid->vertex(i, j).P), e), 1e-5) << i << ", " << j;
+        }
+    }
+}
+
+TEST_F(NurbTest, CopiesAreWholeButForPatchesUnderQuirks)
+{
+    const Rational r = even(5, 4, 4, 3, 30);
+    const auto mesh = make(r);
+    const auto copy = mesh->copy(true);
+    EXPECT_EQ(copy->type(), 7);
+    expectPart(*copy, *mesh, 0, 1, 0, 1, 0);
+    const Rational one = even(4, 4, 3, 3, 31);
+    const auto patch = makePatch(one);
+    expectPart(*patch->copy(false), *patch, 0, 1, 0, 1, 0);
+    const auto bare = patch->copy(true);
+    EXPECT_EQ(bare->type(), 5);
+    EXPECT_EQ(bare->evalP(0.5f, 0.5f), Pointw());
 }

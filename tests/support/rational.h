@@ -1,9 +1,16 @@
 // B-spline surfaces by the recurrence on values, for tests of those in power form.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
 #include <vector>
 
 #include "geom/nurb.h"
+#include "state/quark.h"
+#include "support/reports.h"
 #include "support/surfaces.h"
 
 namespace zebtest
@@ -125,6 +132,82 @@ struct Rational {
         return at(us[i], double{pu} * static_cast<double>(us.size()) - static_cast<double>(i),
                   vs[j], double{pv} * static_cast<double>(vs.size()) - static_cast<double>(j));
     }
+};
+
+// Checked and built, as the interface does it.
+inline std::unique_ptr<zeb::NuPatchMesh> make(const Rational& r,
+                                              const std::vector<unsigned short>& tokens,
+                                              const std::vector<void*>& values)
+{
+    const long n = static_cast<long>(tokens.size());
+    const auto u = r.u.direction(), v = r.v.direction();
+    if (!zeb::NuPatchMesh::verify(u, v, n, tokens.data(), values.data())) return nullptr;
+    return std::make_unique<zeb::NuPatchMesh>(u, v, n, tokens.data(), values.data());
+}
+inline std::unique_ptr<zeb::NuPatchMesh> make(const Rational& r)
+{
+    return make(r, {zeb::kQPointw}, {r.values()});
+}
+
+inline std::unique_ptr<zeb::NuPatch> makePatch(const Rational& r)
+{
+    const unsigned short token = zeb::kQPointw;
+    void* const value = r.values();
+    return zeb::NuPatch::make(r.u.direction(), r.v.direction(), 1, &token, &value);
+}
+
+class RationalTest : public testing::Test
+{
+protected:
+    RationalTest() { zebReset(); }
+    ~RationalTest() override { zebReset(); }
+
+    // Surfaces of all orders, with knots and weights of all kinds; some are trimmed.
+    static void each(unsigned seed, int count, float wmin, float wmax,
+                     const std::function<void(const Rational&, Numbers&)>& visit)
+    {
+        Numbers n(seed);
+        for (int k = 0; k < count; ++k) {
+            const auto axis = [&] {
+                const long order = n.integer(2, 5);
+                Axis a = Axis::random(order + n.integer(0, 5), order, n);
+                if (n.unit() < 0.4f) {
+                    const float room = a.max - a.min;
+                    a.min += room * n.uniform(0, 0.4f);
+                    a.max -= room * n.uniform(0, 0.4f);
+                }
+                return a;
+            };
+            const Axis u = axis(), v = axis();
+            const Rational r(u, v, n, wmin, wmax);
+            SCOPED_TRACE("surface " + std::to_string(k));
+            visit(r, n);
+            if (HasFailure()) return;
+        }
+    }
+    static Rational even(long nu, long uorder, long nv, long vorder, unsigned seed)
+    {
+        Numbers n(seed);
+        return {Axis::even(nu, uorder), Axis::even(nv, vorder), n, 0.5f, 2};
+    }
+    // Reports of checking a list, in their order.
+    bool check(const Rational& r, const std::vector<unsigned short>& tokens = {zeb::kQPointw})
+    {
+        reports.clear();
+        const std::vector<void*> values(tokens.size(), r.values());
+        return zeb::NuPatchMesh::verify(r.u.direction(), r.v.direction(),
+                                        static_cast<long>(tokens.size()), tokens.data(),
+                                        values.data());
+    }
+    void expectReports(const std::vector<const char*>& messages) const
+    {
+        ASSERT_EQ(reports.size(), messages.size());
+        for (std::size_t i = 0; i < messages.size(); ++i) {
+            EXPECT_EQ(reports[i], (zebtest::Report{10, 2820, messages[i]})) << i;
+        }
+    }
+
+    zebtest::Reports reports;
 };
 
 }  // namespace zebtest
