@@ -334,4 +334,43 @@ TEST_F(CurvedInput, TooFewPointsForTheOrderSayTheSameHoweverFewTheyAre)
     }
 }
 
+TEST_F(CurvedInput, ExtremeNumbersComeToAnEnd)
+{
+    // Weights of zero and less, sizes next to the largest and smallest floats.
+    std::vector<float> weighted[3];
+    for (int k = 0; k < 3; ++k) {
+        for (int i = 0; i < 16; ++i) {
+            const float w = k == 0 ? 0.0f : k == 1 ? static_cast<float>(i % 3) - 1 : -1.0f;
+            const auto at = static_cast<std::size_t>(3 * i);
+            weighted[k].insert(weighted[k].end(), {gNet[at], gNet[at + 1], gNet[at + 2], w});
+        }
+    }
+    const int pointw = zebQuark("pointw");
+    for (const auto& points : weighted) {
+        area([&] {
+            zebNurbMesh(4, 4, gCubic, 0, 1, 4, 4, gCubic, 0, 1, pointw, points.data(), 0);
+            zebNurb(4, gCubic, 0, 1, 4, gCubic, 0, 1, pointw, points.data(), 0);
+        });
+        EXPECT_TRUE(std::isfinite(picture.sum(3)));
+    }
+    for (const float huge : {1e10f, 1e25f, 3e38f, 1e-30f, 1e-44f}) {
+        SCOPED_TRACE(huge);
+        std::vector<float> net = gNet;
+        for (float& x : net) x *= huge / 16;
+        for (const Quadric& q : quadrics()) {
+            std::vector<float> numbers = q.good;
+            for (float& x : numbers) x = x == 360 ? x : x / 16 * huge;
+            area([&] { q.plain(numbers.data()); });
+            EXPECT_TRUE(std::isfinite(picture.sum(3))) << q.name;
+        }
+        area([&] {
+            patch(false, ZEB_BICUBIC, net.data());
+            patch(false, ZEB_BILINEAR, net.data());
+            mesh(false, ZEB_BILINEAR, 4, ZEB_PERIODIC, 4, ZEB_PERIODIC, net.data());
+            nurbMesh(false, gGoodCubic, gGoodCubic, net.data());
+        });
+        EXPECT_TRUE(std::isfinite(picture.sum(3)));
+    }
+}
+
 }  // namespace zebtest

@@ -226,19 +226,36 @@ TEST_F(PatchMeshTest, ExtraControlPointsAreReportedAndIgnored)
     }
 }
 
-TEST_F(PatchMeshTest, PeriodicMeshesHaveNoExtraPoints)
+TEST_F(PatchMeshTest, PeriodicMeshesReportNoExtraPoints)
 {
     Numbers n(4);
     for (const long nu : {6, 7, 8, 9}) {
         Shape s;
-        s.nu = nu;
         s.uwrap = ZEB_PERIODIC;
+        s.nu = nu;
+        SCOPED_TRACE(s.name());
+        reports.clear();
         const auto mesh = make(Net(s, 0, 0, n));
         ASSERT_NE(mesh, nullptr);
-        EXPECT_TRUE(reports.empty())
-            << nu << ": " << (reports.empty() ? "" : reports.last().message);
-        reports.clear();
+        EXPECT_TRUE(reports.empty()) << (reports.empty() ? "" : reports.last().message);
         EXPECT_EQ(leaves(*mesh).size(), static_cast<std::size_t>(nu / 3));
+    }
+}
+
+TEST_F(PatchMeshTest, PeriodicIndicesWrapAtTheNumberOfPoints)
+{
+    // 7 points in steps of 3: the last of two patches ends on the last point.
+    Numbers n(20);
+    for (const long nu : {4, 5, 7, 8}) {
+        Shape s;
+        s.uwrap = ZEB_PERIODIC;
+        s.nu = nu;
+        SCOPED_TRACE(s.name());
+        const Net net(s, 0, 0, n);
+        const auto patches = leaves(*make(net));
+        ASSERT_EQ(patches.size(), static_cast<std::size_t>(nu / 3));
+        EXPECT_LE(apart(exact(patches.back()->evalP(0.5f, 0.5f)), net.at(nu / 3 - 1, 0, 0.5, 0.5)),
+                  1e-5);
     }
 }
 
@@ -424,6 +441,53 @@ TEST_F(PatchMeshTest, PeriodicMeshesClose)
     EXPECT_EQ(patches[2]->evalP(0, 0), Pointw(net.points[2]));
     EXPECT_EQ(patches[2]->evalP(1, 0), Pointw(net.points[0]));
     EXPECT_EQ(patches[2]->evalP(1, 1), Pointw(net.points[3]));
+}
+
+TEST_F(PatchMeshTest, IndicesWrapRoundAsOftenAsItTakes)
+{
+    Numbers n(18);
+    for (const int basis : {0, 1, 2, 3, 4}) {
+        for (long count = 1; count <= 5; ++count) {
+            if (count > gSteps[basis] && count % gSteps[basis]) continue;
+            Shape s;
+            s.uwrap = ZEB_PERIODIC;
+            s.nu = count;
+            const Net net(s, basis, 0, n);
+            SCOPED_TRACE(s.name() + ", basis " + std::to_string(basis));
+            reports.clear();
+            const auto mesh = make(net);
+            if (net.patchesU() == 0) {
+                EXPECT_EQ(mesh, nullptr);
+                EXPECT_EQ(reports.size(), 1u);
+                continue;
+            }
+            ASSERT_NE(mesh, nullptr);
+            const auto patches = leaves(*mesh);
+            ASSERT_EQ(patches.size(), static_cast<std::size_t>(net.patchesU()));
+            for (std::size_t i = 0; i < patches.size(); ++i) {
+                EXPECT_LE(apart(exact(patches[i]->evalP(0.3f, 0.7f)),
+                                net.at(static_cast<long>(i), 0, 0.3f, 0.7f)),
+                          1e-5);
+            }
+        }
+    }
+}
+
+TEST_F(PatchMeshTest, StepsMayLeavePointsOut)
+{
+    Numbers n(19);
+    Shape s;
+    s.nu = 11;
+    const Net net(s, 5, 0, n);
+    zebCustomBasis(ZEB_APPLY_U, gCustom, 7);
+    const auto mesh = make(net);
+    ASSERT_NE(mesh, nullptr);
+    EXPECT_TRUE(reports.empty());
+    const auto patches = leaves(*mesh);
+    ASSERT_EQ(patches.size(), 2u);
+    // In steps of 1 these are patches 0 and 7.
+    EXPECT_LE(apart(exact(patches[0]->evalP(0.2f, 0.6f)), net.at(0, 0, 0.2f, 0.6f)), 1e-5);
+    EXPECT_LE(apart(exact(patches[1]->evalP(0.2f, 0.6f)), net.at(7, 0, 0.2f, 0.6f)), 1e-5);
 }
 
 TEST_F(PatchMeshTest, NeighboursJoinToTheLastBit)
