@@ -281,6 +281,25 @@ TEST_F(NurbTest, EmptySpansMakeNoPatch)
     variables.expectRange(*patches[2], 2 * third, 1, 0, 1);
 }
 
+TEST_F(NurbTest, SpansThatAreAllButEmptyLeaveNoHole)
+{
+    Numbers n(32);
+    for (const float gap : {1e-12f, 5e-11f, 2e-10f, 1e-6f}) {
+        SCOPED_TRACE(gap);
+        Rational r(Axis(4, 3, {0, 0, 0, gap, 1, 1, 1}), Axis::bezier(2), n, 0.5f, 2);
+        const auto mesh = make(r);
+        ASSERT_NE(mesh, nullptr);
+        for (const auto& patch : leaves(*mesh)) {
+            for (int k = 0; k < 20; ++k) {
+                const Pointw p = patch->evalP(n.unit(), n.unit());
+                ASSERT_TRUE(finite(p));
+                EXPECT_GT(p.w, 0);
+                EXPECT_LE(size(divided(exact(p))), 5.001);  // among the control points
+            }
+        }
+    }
+}
+
 TEST_F(NurbTest, LimitsTrimTheSurface)
 {
     Rational r = even(8, 3, 3, 3, 12);  // knots 2 ... 8 in u

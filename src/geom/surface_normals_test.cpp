@@ -171,6 +171,20 @@ TEST_F(SurfaceNormals, OfARationalOctantOfASphere)
         *patch, [](const Point& p) { return normalize(p); }, 0.97f);
 }
 
+TEST_F(SurfaceNormals, OfAFlatRationalPatchWhoseWeightsFall)
+{
+    // So steeply that the weight and its derivative add up to less than nothing.
+    Numbers n(2);
+    Rational r(Axis::bezier(3), Axis::bezier(3), n, 1, 1);
+    const float weights[3] = {1, 0.01f, 1};
+    for (std::size_t i = 0; i < 9; ++i) {
+        const float w = weights[i % 3];
+        r.points[i] = {static_cast<float>(i % 3) * w, static_cast<float>(i / 3) * w, 5 * w, w};
+    }
+    const auto patch = makePatch(r);
+    expectNormals(*patch, up);
+}
+
 TEST_F(SurfaceNormals, OfAHyperboloidWhoseLineMeetsTheAxis)
 {
     // A cone with its tip at the origin.
