@@ -334,6 +334,36 @@ TEST_F(CurvedInput, TooFewPointsForTheOrderSayTheSameHoweverFewTheyAre)
     }
 }
 
+TEST_F(CurvedInput, NurbsOfWhichNothingLiesWithinTheLimitsDrawNothing)
+{
+    static const float same[8] = {2, 2, 2, 2, 2, 2, 2, 2};
+    const std::string outside = "parametric limits must lie between knot[order-1] and knot[n]";
+    const Axis beyond = {4, 4, gCubic, 2, 3}, before = {4, 4, gCubic, -3, 0};
+    const Axis empty = {4, 4, same, 1, 3};
+    for (const Axis& axis : {beyond, before, empty}) {
+        for (const bool swap : {false, true}) {
+            const Axis& u = swap ? gGoodCubic : axis;
+            const Axis& v = swap ? axis : gGoodCubic;
+            expectRefused(
+                "zebNurb", [&](bool array) { nurb(array, u, v, gNet.data()); }, outside);
+            expectRefused(
+                "zebNurbMesh", [&](bool array) { nurbMesh(array, u, v, gNet.data()); }, outside);
+            for (const bool quirks : {true, false}) {
+                EXPECT_EQ(area(
+                              [&] {
+                                  const void* object = zebObjectBegin();
+                                  nurb(false, u, v, gNet.data());
+                                  nurbMesh(false, u, v, gNet.data());
+                                  zebObjectEnd();
+                                  zebObjectCall(object);
+                              },
+                              quirks),
+                          0);
+            }
+        }
+    }
+}
+
 TEST_F(CurvedInput, ExtremeNumbersComeToAnEnd)
 {
     // Weights of zero and less, sizes next to the largest and smallest floats.

@@ -281,6 +281,20 @@ TEST_F(NurbTest, EmptySpansMakeNoPatch)
     variables.expectRange(*patches[2], 2 * third, 1, 0, 1);
 }
 
+TEST_F(NurbTest, AMeshOfWhichNothingLiesWithinTheLimitsIsEmpty)
+{
+    Rational r = even(3, 3, 4, 4, 33);  // knots 2 ... 3 in u
+    EXPECT_FALSE(make(r)->empty());
+    for (const auto& [min, max] : {std::pair(3.0f, 6.0f), std::pair(-1.0f, 2.0f)}) {
+        r.u.min = min;
+        r.u.max = max;
+        const auto mesh = make(r);
+        ASSERT_NE(mesh, nullptr);
+        EXPECT_TRUE(mesh->empty());
+        EXPECT_EQ(makePatch(r), nullptr);
+    }
+}
+
 TEST_F(NurbTest, SpansThatAreAllButEmptyLeaveNoHole)
 {
     Numbers n(32);
