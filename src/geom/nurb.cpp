@@ -65,7 +65,6 @@ bool usable(const char* name, const NurbNet::Direction& d)
         return false;
     }
     const float limits[] = {d.min, d.max};
-    if (d.points < d.order) return true;  // reported by its own name
     if (!allFinite(d.knots, static_cast<std::size_t>(d.points + d.order)) ||
         !allFinite(limits, 2)) {
         error(kRange, kError, "knots or limits in %s are not finite", name);
@@ -89,11 +88,11 @@ bool inside(const NurbNet::Direction& d)
 bool NurbNet::verify(const Direction& u, const Direction& v, long n, const unsigned short* tokens,
                      void* const* values)
 {
-    if (!usable("u", u) || !usable("v", v)) return false;
     if (u.points < u.order || v.points < v.order) {
         error(kRange, kError, "number of control points may not be less than the order");
         return false;
     }
+    if (!usable("u", u) || !usable("v", v)) return false;
     if (v.points > Patch::kMaxPoints / u.points) {
         error(kRange, kError, "%ld x %ld control points out of range", u.points, v.points);
         return false;

@@ -296,18 +296,17 @@ std::unique_ptr<Grid> BicubicPatch::dice(const Dicing& dicing) const
         }
         ForwardDifferences P(curve.data(), dv), dPdu(slope.data(), dv),
             dPdv(derivative(curve.data()).data(), dv);
-        const float u = static_cast<float>(row) / static_cast<float>(usteps);
         for (int i = 0; i <= vsteps; ++i) {
             Vertex& vertex = grid->vertex(i, row);
             vertex.P = Point(rounded(P.value)) * toCamera;
             vertex.dPdu = direction(dPdu.value);
             vertex.dPdv = direction(dPdv.value);
-            mendDerivatives(vertex, u, static_cast<float>(i) / static_cast<float>(vsteps));
             P.step();
             dPdu.step();
             dPdv.step();
         }
     }
+    mendDerivatives(*grid);
     return grid;
 }
 

@@ -27,14 +27,13 @@ struct Direction {
     // Control points that no patch uses.
     bool hasExtra(short kind) const
     {
-        if (kind == Patch::kBilinear) return false;
-        return (periodic ? points : points - 4) % step != 0;
+        return kind == Patch::kBicubic && !periodic && (points - 4) % step != 0;
     }
     // The control point that is number k of a patch.
     long index(long patch, long k) const
     {
         const long i = patch * step + k;
-        return periodic ? i % (patches * step) : i;
+        return periodic ? i % points : i;
     }
 };
 

@@ -190,19 +190,37 @@ void Primitive::place(Vertex& vertex, float u, float v) const
     vtransform(vertex.dPdv, toCamera);
 }
 
-void Primitive::mendDerivatives(Vertex& vertex, float u, float v) const
+void Primitive::mendDerivatives(Grid& grid) const
 {
     constexpr double kParallel = 1e-10;  // the square of a sine
+    constexpr double kTiny = 1e-10;      // the square of a length, in terms of the longest one
     constexpr float kAside = 1e-3f;
     const auto squared = [](const Point& p) {
         return double{p.x} * double{p.x} + double{p.y} * double{p.y} + double{p.z} * double{p.z};
     };
-    const double longest = std::max(squared(vertex.dPdu), squared(vertex.dPdv));
-    if (squared(vertex.dPdu ^ vertex.dPdv) > kParallel * longest * longest) return;
-    Vertex aside;
-    place(aside, u + (0.5f - u) * kAside, v + (0.5f - v) * kAside);
-    vertex.dPdu = aside.dPdu;
-    vertex.dPdv = aside.dPdv;
+    const auto longer = [&](const Vertex& vertex) {
+        return std::max(squared(vertex.dPdu), squared(vertex.dPdv));
+    };
+    double longest = 0;
+    for (int j = 0; j <= grid.fVSize; ++j) {
+        for (int i = 0; i <= grid.fUSize; ++i)
+            longest = std::max(longest, longer(grid.vertex(i, j)));
+    }
+    const auto inwards = [](float t) { return t < 0.5f ? t + kAside : t - kAside; };
+    for (int j = 0; j <= grid.fVSize; ++j) {
+        for (int i = 0; i <= grid.fUSize; ++i) {
+            Vertex& vertex = grid.vertex(i, j);
+            const double length = std::max(longer(vertex), kTiny * longest);
+            if (squared(vertex.dPdu ^ vertex.dPdv) > kParallel * length * length) continue;
+            float u = static_cast<float>(i) / static_cast<float>(grid.fUSize);
+            float v = static_cast<float>(j) / static_cast<float>(grid.fVSize);
+            if (grid.fTransposed) std::swap(u, v);
+            Vertex aside;
+            place(aside, inwards(u), inwards(v));
+            vertex.dPdu = aside.dPdu;
+            vertex.dPdv = aside.dPdv;
+        }
+    }
 }
 
 std::unique_ptr<Grid> Primitive::dice(const Dicing& dicing) const
@@ -214,11 +232,10 @@ std::unique_ptr<Grid> Primitive::dice(const Dicing& dicing) const
         const float v = static_cast<float>(j) / static_cast<float>(vsteps);
         for (int i = 0; i <= usteps; ++i) {
             const float u = static_cast<float>(i) / static_cast<float>(usteps);
-            Vertex& vertex = grid->vertex(i, j);
-            place(vertex, u, v);
-            mendDerivatives(vertex, u, v);
+            place(grid->vertex(i, j), u, v);
         }
     }
+    mendDerivatives(*grid);
     return grid;
 }
 

@@ -146,9 +146,9 @@ protected:
     bool flipped() const { return transform().handedness() != attrib().orientationSide; }
     // Clips to the box of zebBound, which is Euclidean: a rational bound is divided first.
     void clipToBound(Boundw& bound) const;
-    // Makes up for a vertex where a derivative vanishes, as at a pole: it takes those of a place
-    // nearby, so that it has a normal.
-    void mendDerivatives(Vertex& vertex, float u, float v) const;
+    // Makes up for vertices where a derivative vanishes, as at a pole: they take those of a place
+    // nearby, so that they have a normal.
+    void mendDerivatives(Grid& grid) const;
 
     std::shared_ptr<PrimitiveCommon> fCommon;
     ArgList fArgs;

@@ -133,7 +133,8 @@ void Scene::nurbMesh(long nu, long uorder, const float* uknot, float umin, float
         const NurbNet::Direction u{nu, uorder, uknot, umin, umax};
         const NurbNet::Direction v{nv, vorder, vknot, vmin, vmax};
         if (!NurbNet::verify(u, v, nargs, tokens, values)) return nullptr;
-        return std::make_unique<NuPatchMesh>(u, v, nargs, tokens, values);
+        auto mesh = std::make_unique<NuPatchMesh>(u, v, nargs, tokens, values);
+        return mesh->empty() ? nullptr : std::move(mesh);
     });
 }
 

@@ -125,9 +125,20 @@ TEST_F(ArgsTest, ValuesAreCopied)
     values[0] = 9;
     EXPECT_EQ(assoc.words()[0], 1);
     ArgAssoc copy(assoc);
-    EXPECT_NE(copy.words(), assoc.words());
     EXPECT_EQ(words(copy, 4), (Floats{1, 2, 3, 4}));
     EXPECT_TRUE(copy == assoc);
+}
+
+TEST_F(ArgsTest, WhatChangesACopyLeavesTheOriginalAlone)
+{
+    const float points[] = {1, 2, 3};
+    const ArgAssoc original(kQPoint, points, ArgCounts{1, 1, 1});
+    ArgAssoc copy(original);
+    Matrix m;
+    m.translate(5, 0, 0);
+    copy.project(m, false);
+    EXPECT_EQ(copy.point(0), Point(6, 2, 3));
+    EXPECT_EQ(original.point(0), Point(1, 2, 3));
 }
 
 TEST_F(ArgsTest, EqualityIsOfTheTokens)
