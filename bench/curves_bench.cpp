@@ -12,6 +12,7 @@
 #include "pictures.h"
 #include "state/quark.h"
 #include "state/state.h"
+#include "teapot.h"
 
 namespace zebbench
 {
@@ -65,6 +66,16 @@ void smallSpheres(benchmark::State& state)
             zebSphere(0.011f, -0.011f, 0.011f, 360, 0);
             zebMatrixPop();
         }
+    });
+}
+
+void teapot(benchmark::State& state)
+{
+    picture(state, 1024, 1024, [] {
+        zebRotate(-70, 1, 0, 0);
+        zebScale(0.4f, 0.4f, 0.4f);
+        zebTranslate(0, 0, -1.5f);
+        addTeapot();
     });
 }
 
@@ -228,6 +239,7 @@ void diceCurve(benchmark::State& state)
 
 BENCHMARK(sphere)->ArgName("rate%")->Arg(25)->Arg(100)->Unit(benchmark::kMillisecond);
 BENCHMARK(smallSpheres)->Unit(benchmark::kMillisecond);
+BENCHMARK(teapot)->Unit(benchmark::kMillisecond);
 BENCHMARK(bicubicMesh)->Unit(benchmark::kMillisecond);
 BENCHMARK(nurbsSurface)->Unit(benchmark::kMillisecond);
 BENCHMARK(family)->ArgName("kind")->DenseRange(0, 7)->Unit(benchmark::kMillisecond);

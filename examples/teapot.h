@@ -31,13 +31,15 @@ static const float kTeapotSpout[7][5] = {
     {2.8f, 2.475f, 3.525f, 2.49375f, 0.25f}, {2.9f, 2.475f, 3.45f, 2.5125f, 0.15f},
     {2.8f, 2.4f, 3.2f, 2.4f, 0.15f}};
 
-/* Four quarters round the axis, whose inner control points lie 0.56 of the radius to the side. */
+/* Four quarters round the axis, whose inner control points lie 0.56 of the radius to the side; of
+ * the knob, whose radius no other row has, a little more. */
 static inline void addTeapotRound(const float (*outline)[2], long rows)
 {
-    static const float side[12] = {0, 0.56f, 1, 1, 1, 0.56f, 0, -0.56f, -1, -1, -1, -0.56f};
     float points[kTeapotRows][12][3];
     long i, j;
     for (j = 0; j < rows; ++j) {
+        const float k = outline[j][0] == 0.8f ? 0.5625f : 0.56f;
+        const float side[12] = {0, k, 1, 1, 1, k, 0, -k, -1, -1, -1, -k};
         for (i = 0; i < 12; ++i) {
             points[j][i][0] = outline[j][0] * side[(i + 3) % 12];
             points[j][i][1] = outline[j][0] * side[i];
