@@ -663,8 +663,9 @@ ZEB_API const void *zebObjectBegin(void);
 /** Closes the definition. Legal in an object block; elsewhere code 4. */
 ZEB_API void zebObjectEnd(void);
 /** Draws an object under the current attributes, spline bases among them, and transformation. By
-    default all instances share those of the last call (zebQuirks). Legal in a world block and what nests in it, but not in
-    object and motion blocks; elsewhere code 7. Code 10 for a dead handle. */
+    default all instances share those of the last call (zebQuirks). Legal in a world block and what
+    nests in it, but not in object and motion blocks; elsewhere code 7. Code 10 for a dead handle.
+ */
 ZEB_API void zebObjectCall(const void *object);
 /** @} */
 
