@@ -17,7 +17,6 @@ int main(int argc, char** argv)
     enum { kColumns = 40, kRows = 25, kColors = 6 };
     static const unsigned long colors[kColors] = {0xD1495B, 0xE76F51, 0xE9B44C,
                                                   0x7FB069, 0x2A9D8F, 0x3D6C8F};
-    const float body = 0.85f, shine = 0.4f, rough = 0.07f;
     const void* pot;
     unsigned long i;
     beginPicture(argc, argv, "crowd.png", 800, 450);
@@ -35,8 +34,7 @@ int main(int argc, char** argv)
     zebSurface(zebQuark("diffuse"), 0);
     paint(0xEADFCF);
     addBackdrop(220, 30, 120);
-    zebSurface(zebQuark("plastic"), zebQuark("kd"), &body, zebQuark("ks"), &shine,
-               zebQuark("roughness"), &rough, 0);
+    usePlastic(0.85f, 0.4f, 0.07f);
     for (i = 0; i < kColumns * kRows; ++i) {
         const float x = 2.5f * ((float)(i % kColumns) - 0.5f * kColumns + 0.7f * chance(3 * i));
         const float z = 2.5f * ((float)(i / kColumns) - 0.4f * kRows + 0.7f * chance(3 * i + 1));

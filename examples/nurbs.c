@@ -4,7 +4,6 @@
 #include "shapes.h"
 
 enum { kRound = 9, kRows = 13 };
-
 /* Radius and height of the outline. */
 static const float outline[kRows][2] = {
     {0, 0},         {1.1f, 0},    {1.1f, 0},     {1.1f, 0.18f},  {0.15f, 0.3f},
@@ -13,27 +12,25 @@ static const float outline[kRows][2] = {
 static const float smooth[kRows + 4] = {0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 10, 10, 10};
 static const float creased[kRows + 4] = {0, 0, 0, 0, 3, 3, 3, 6, 6, 6, 9, 9, 9, 10, 10, 10, 10};
 
-static void addGoblet(float x, const float* knots, float limit, float turn, unsigned long code)
+static void addGoblet(float x, const float* knots, float limit, unsigned long code)
 {
     static const float circle[kRound][2] = {{1, 0},   {1, 1},  {0, 1},  {-1, 1}, {-1, 0},
                                             {-1, -1}, {0, -1}, {1, -1}, {1, 0}};
     static const float quarters[kRound + 3] = {0, 0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 4};
-    float points[kRows][kRound][4];
-    int i, j;
-    for (j = 0; j < kRows; ++j) {
-        for (i = 0; i < kRound; ++i) {
-            const float weight = i % 2 ? sqrtf(0.5f) : 1;
-            points[j][i][0] = weight * outline[j][0] * circle[i][0];
-            points[j][i][1] = weight * outline[j][0] * circle[i][1];
-            points[j][i][2] = weight * outline[j][1];
-            points[j][i][3] = weight;
-        }
+    float points[kRows * kRound][4];
+    int k;
+    for (k = 0; k < kRows * kRound; ++k) {
+        const float *ring = outline[k / kRound], *place = circle[k % kRound];
+        const float weight = k % kRound % 2 ? sqrtf(0.5f) : 1;
+        points[k][0] = weight * ring[0] * place[0];
+        points[k][1] = weight * ring[0] * place[1];
+        points[k][2] = weight * ring[1];
+        points[k][3] = weight;
     }
     zebAttributePush();
     addShadow(x, 0, 1.7f, 0.75f);
     paint(code);
     zebTranslate(x, 0.01f, 0);
-    zebRotate(turn, 0, 1, 0);
     zebRotate(-90, 1, 0, 0);
     zebNurbMesh(kRound, 3, quarters, 0, limit, kRows, 4, knots, 0, 10, zebQuark("pointw"), points,
                 0);
@@ -42,7 +39,6 @@ static void addGoblet(float x, const float* knots, float limit, float turn, unsi
 
 int main(int argc, char** argv)
 {
-    const float body = 0.75f, shine = 0.5f, rough = 0.05f;
     beginPicture(argc, argv, "nurbs.png", 800, 450);
     zebShadingRate(1);
     zebViewPerspective(24);
@@ -55,11 +51,10 @@ int main(int argc, char** argv)
     zebSurface(zebQuark("diffuse"), 0);
     paint(0xEADFD3);
     addBackdrop(16, 4, 4);
-    zebSurface(zebQuark("plastic"), zebQuark("kd"), &body, zebQuark("ks"), &shine,
-               zebQuark("roughness"), &rough, 0);
-    addGoblet(-3.05f, smooth, 4, 0, 0x2A9D8F);
-    addGoblet(0, creased, 4, 0, 0xE9B44C);
-    addGoblet(3.05f, creased, 2.75f, 0, 0xD1495B);
+    usePlastic(0.75f, 0.5f, 0.05f);
+    addGoblet(-3.05f, smooth, 4, 0x2A9D8F);
+    addGoblet(0, creased, 4, 0xE9B44C);
+    addGoblet(3.05f, creased, 2.75f, 0xD1495B);
     zebSceneEnd();
     return zebLastError() != 0;
 }

@@ -26,7 +26,6 @@ static void addRing(float radius, float inner, float outer)
 
 int main(int argc, char** argv)
 {
-    const float body = 0.8f, shine = 0.5f, rough = 0.06f;
     beginPicture(argc, argv, "periodic.png", 800, 450);
     zebViewPerspective(24.5f);
     zebTranslate(-0.15f, -1.6f, 13);
@@ -40,8 +39,7 @@ int main(int argc, char** argv)
     addBackdrop(18, 4, 5);
     addShadow(-0.9f, 0, 3, 0.85f);
     addShadow(0.95f, 0, 1.5f, 0.5f);
-    zebSurface(zebQuark("plastic"), zebQuark("kd"), &body, zebQuark("ks"), &shine,
-               zebQuark("roughness"), &rough, 0);
+    usePlastic(0.8f, 0.5f, 0.06f);
     zebAttributePush();
     zebTranslate(-0.95f, 0.72f, 0);
     paint(0xE07A3F);

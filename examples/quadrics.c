@@ -13,7 +13,6 @@ static void stand(float x, float y, float z, unsigned long code)
 
 int main(int argc, char** argv)
 {
-    const float body = 0.8f, shine = 0.35f, rough = 0.07f;
     const float foot[3] = {0.85f, -0.65f, 0}, lip[3] = {0.6f, 0.8f, 2.6f};
     beginPicture(argc, argv, "quadrics.png", 800, 450);
     zebViewPerspective(21.5f);
@@ -29,8 +28,7 @@ int main(int argc, char** argv)
     addShadow(-3.1f, 1.2f, 1.9f, 0.7f), addShadow(-0.7f, 1.9f, 1.7f, 0.7f);
     addShadow(2.2f, 1.6f, 1.6f, 0.7f), addShadow(-1.75f, -1.1f, 1.3f, 0.7f);
     addShadow(0.75f, -0.6f, 1.4f, 0.7f), addShadow(3.3f, -0.2f, 1.5f, 0.7f);
-    zebSurface(zebQuark("plastic"), zebQuark("kd"), &body, zebQuark("ks"), &shine,
-               zebQuark("roughness"), &rough, 0);
+    usePlastic(0.8f, 0.35f, 0.07f);
 
     stand(-3.1f, 0, 1.2f, 0x2A9D8F);
     zebHyperboloid(foot, lip, 360, 0);

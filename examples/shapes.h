@@ -45,6 +45,13 @@ static inline void paint(unsigned long code)
     zebColor(color);
 }
 
+/* Makes a plastic of so much diffuse and specular reflection the surface. */
+static inline void usePlastic(float kd, float ks, float roughness)
+{
+    zebSurface(zebQuark("plastic"), zebQuark("kd"), &kd, zebQuark("ks"), &ks, zebQuark("roughness"),
+               &roughness, 0);
+}
+
 static inline void addAmbient(float intensity, unsigned long code)
 {
     float color[3];

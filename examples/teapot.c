@@ -5,7 +5,6 @@
 
 int main(int argc, char** argv)
 {
-    const float body = 0.85f, shine = 0.5f, rough = 0.05f;
     beginPicture(argc, argv, "teapot.png", 800, 450);
     zebShadingRate(1);
     zebViewPerspective(17.5f);
@@ -20,8 +19,7 @@ int main(int argc, char** argv)
     addBackdrop(20, 5, 5);
     addShadow(0, 0, 3.6f, 0.85f);
     addShadow(2.2f, -0.4f, 1.6f, 0.3f);
-    zebSurface(zebQuark("plastic"), zebQuark("kd"), &body, zebQuark("ks"), &shine,
-               zebQuark("roughness"), &rough, 0);
+    usePlastic(0.85f, 0.5f, 0.05f);
     paint(0x2E8C93);
     zebRotate(-20, 0, 1, 0);
     zebRotate(-90, 1, 0, 0);
