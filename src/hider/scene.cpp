@@ -170,7 +170,7 @@ void Scene::file(Primitive& primitive, const Boundw& raster, long& column, long&
 
 void Scene::add(std::unique_ptr<Primitive> primitive)
 {
-    if (!fFrame) {
+    if (!fFrame || fRow >= fRows) {
         if (gOption->hiderType != kHiderNull) error(kPrimitiveState, kError, nullptr);
         return;
     }
@@ -267,11 +267,13 @@ short Scene::renderBucket()
 void Scene::finishRow()
 {
     fBuckets[static_cast<std::size_t>(fRow)].reset();
-    const long yres = gDisplay->yDim();
-    const long next = fY0 + (fRow + 1) * fBucketHeight;
-    gDisplay->flush(fY0 + fRow * fBucketHeight, std::min(next, yres) - 1);
+    // The device may call in: what it adds belongs to the rows that are left.
     fColumn = 0;
-    if (++fRow < fRows) return;
+    ++fRow;
+    const long yres = gDisplay->yDim();
+    const long next = fY0 + fRow * fBucketHeight;
+    gDisplay->flush(next - fBucketHeight, std::min(next, yres) - 1);
+    if (fRow < fRows) return;
     if (next < yres) gDisplay->flush(next, yres - 1);
     flush();
 }
@@ -286,7 +288,7 @@ void Scene::render()
 long Scene::progress() const
 {
     if (!fFrame) return 0;
-    return ((fRow * fColumns + fColumn) * 100 + 100) / (fRows * fColumns);
+    return std::min(((fRow * fColumns + fColumn) * 100 + 100) / (fRows * fColumns), 100L);
 }
 
 // The scene is without buckets before they go: the free functions of procedurals may call in.
