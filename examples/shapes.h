@@ -13,16 +13,18 @@
 
 #define SHAPES_PI 3.14159265f
 
-/* Sets the options of a picture: its size, 16 samples a pixel, a display gamma, and the file named
- * on the command line or else the one given. Micropolygons of 2 x 2 pixels are enough where colours
- * are interpolated. Returns the file's name. */
+/* Sets the options of a picture: its size, a display gamma, the file named on the command line or
+ * else the one given, and 4 x 4 samples a pixel, or n x n if n follows the file's name.
+ * Micropolygons of 2 x 2 pixels are enough where colours are interpolated. Returns the file's name.
+ */
 static inline const char* beginPicture(int argc, char** argv, const char* name, long width,
                                        long height)
 {
     const char* path = argc > 1 ? argv[1] : name;
+    const float samples = argc > 2 ? (float)atof(argv[2]) : 4;
     zebQuirks(0);
     zebRasterViewport(0, width, 0, height);
-    zebSampleUniform(4, 4);
+    zebSampleUniform(samples, samples);
     zebColorGamma(2.2f);
     zebOutputFile(ZEB_FILE_AUTO, path);
     zebShadingModel(ZEB_SMOOTH);
