@@ -13,13 +13,15 @@ namespace zeb
 struct PixelFormat {
     bool rgb, alpha, depth;
     Quantizer color, depthQuantizer;
+    bool quirks;
 
     explicit PixelFormat(const Option& option)
         : rgb(option.rgb),
           alpha(option.alpha),
           depth(option.depth),
           color(option.colorQuantizer),
-          depthQuantizer(option.depthQuantizer)
+          depthQuantizer(option.depthQuantizer),
+          quirks(option.quirks)
     {
     }
     int channels() const { return (rgb ? 3 : 0) + alpha + depth; }
