@@ -27,6 +27,8 @@ struct PixelFormat {
     int channels() const { return (rgb ? 3 : 0) + alpha + depth; }
 };
 
+class TDisplayWindow;
+
 // The base drops the picture.
 class Display
 {
@@ -47,7 +49,11 @@ public:
     // The picture is whole, or given up: whole if every row was announced as final.
     virtual void close() {}
 
-    // A line of a message: the message console's, or standard error.
+    // The user has closed a window: it is not to be used any more.
+    virtual void destroy(const TDisplayWindow*) {}
+
+    // A line of a message, where there is a screen and the picture goes to it: to the message
+    // console; otherwise to standard error.
     static void print(const char* line);
 
 private:
