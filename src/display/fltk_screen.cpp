@@ -80,6 +80,8 @@ public:
         hide();
         if (fBitmap) XFreePixmap(fl_display, fBitmap);
         if (fColormap) XFreeColormap(fl_display, fColormap);
+        // It goes at once, though the host may handle no events for long.
+        XFlush(fl_display);
     }
 
     // Whether the server had room for the picture.
