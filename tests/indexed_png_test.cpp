@@ -226,9 +226,9 @@ TEST_F(IndexedPng, OfManyColorsIsNearTrueColor)
 {
     const Image exact = draw(ZEB_FILE_PNG, "true.png", 128, 128, manyColors);
     const Image image = draw(ZEB_FILE_PNG_INDEXED, "indexed.png", 128, 128, manyColors);
-    // 1024 bins of red and green in 256 boxes are 4 bins a box. One of 4 to a side has its center
-    // within 12 of the lower end of any bin, and a color lies up to 7 above that; some colors take
-    // the entry of a box nearby.
+    // 1024 bins of red and green in 256 boxes are 4 bins a box. One of 4 to a side has its centre
+    // within 12 of the lower end of any bin, and a colour lies up to 7 above that; some colours
+    // take the entry of a box nearby.
     double sum = 0;
     for (std::size_t n = 0; n < exact.pixels.size(); ++n) {
         for (std::size_t c = 0; c < 3; ++c) {

@@ -349,7 +349,7 @@ TEST(Palette, OfAllBinsHas256Entries)
 
 TEST(Palette, OfAllBinsHasNoTwoEntriesAlike)
 {
-    // Boxes don't overlap, so no two have the same center.
+    // Boxes don't overlap, so no two have the same centre.
     const std::vector<Rgb> entries = rgbOf(makePalette(spread(32768)).map);
     EXPECT_EQ(std::set<Rgb>(entries.begin(), entries.end()).size(), 256u);
 }

@@ -211,7 +211,7 @@ TEST(SplitAll, CutsTheLargestFirst)
     EXPECT_EQ(reds, (std::vector<int>{0, 2, 1, 3}));
 }
 
-TEST(ColorMap, EntriesAreTheCentersOfBoxes)
+TEST(ColorMap, EntriesAreTheCentresOfBoxes)
 {
     MedianCut cut;
     cut.used()->min = {0, 3, 31};
