@@ -130,7 +130,10 @@ void MedianCut::splitAll()
 {
     while (fFree) {
         Colorbox* box = largest_box();
-        if (!box) return;
+        if (!box) {
+            fFree = nullptr;
+            return;
+        }
         splitbox(box);
     }
 }
