@@ -46,6 +46,9 @@ public:
     explicit X11Desktop(std::function<void()> pause)
         : fDisplay(XOpenDisplay(nullptr)), fPause(std::move(pause))
     {
+        // Windows may go while they are asked for something. The library passes on to this handler
+        // what is not its own.
+        XSetErrorHandler([](::Display*, XErrorEvent*) { return 0; });
         if (!fDisplay) throw std::runtime_error("there is no screen");
         fRoot = DefaultRootWindow(fDisplay);
         fClipboard = XCreateSimpleWindow(fDisplay, fRoot, 0, 0, 1, 1, 0, 0, 0);
@@ -200,7 +203,7 @@ private:
         if (!XQueryTree(fDisplay, from, &root, &parent, &children, &count)) return;
         for (unsigned i = 0; i < count; ++i) {
             XWindowAttributes attributes;
-            XGetWindowAttributes(fDisplay, children[i], &attributes);
+            if (!XGetWindowAttributes(fDisplay, children[i], &attributes)) continue;
             const bool visible = attributes.map_state == IsViewable;
             if (visible && Property(fDisplay, children[i], "_NET_WM_NAME").text() == title) {
                 found.push_back(children[i]);

@@ -1,13 +1,10 @@
 #!/usr/bin/env bash
-# with_screen.sh [-8] COMMAND...: runs a command on an X server of its own, with 24 bits a pixel or,
-# with -8, a palette of 256 colours. Ends with the command's status, or with 77 where there is no
+# with_screen.sh -24|-8 COMMAND...: runs a command on an X server of its own, with 24 bits a pixel
+# or, with 8, a palette of 256 colours. Ends with the command's status, or with 77 where there is no
 # such server.
 set -euo pipefail
-depth=24
-if [ "$1" = -8 ]; then
-    depth=8
-    shift
-fi
+depth=${1#-}
+shift
 # To list its tests a program needs no screen.
 [[ " $* " == *" --gtest_list_tests "* ]] && exec "$@"
 command -v Xvfb >/dev/null || {

@@ -176,6 +176,7 @@ TEST_F(Failures, APictureThatWasThereStays)
 
 TEST_F(Failures, WithoutAScreenThePictureNeedsAFile)
 {
+    unsetenv("DISPLAY");
     const std::string cube = write("cube.obj", cubeObj());
     const Outcome outcome = run({cube});
     EXPECT_EQ(outcome.status, 1);

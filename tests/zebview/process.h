@@ -33,7 +33,6 @@ class Zebview : public testing::Test
 protected:
     Zebview()
     {
-        unsetenv("DISPLAY");  // windows have tests of their own
         std::string name = testing::TempDir() + "zebviewXXXXXX";
         fFolder = mkdtemp(name.data());
         fLogs = fFolder;
