@@ -1,5 +1,7 @@
 // Curved surfaces through the interface: what is drawn, what is refused, and in which words.
 
+#include <limits>
+
 #include "support/curved.h"
 
 namespace zebtest
@@ -242,8 +244,14 @@ TEST_F(CurvedInput, PositionsComeOnceAndAreNumbers)
 TEST_F(CurvedInput, MeshesNeedPointsForAPatch)
 {
     const long few[][2] = {{3, 4}, {4, 3}, {0, 4}, {4, 0}, {-4, 4}, {4, -4}};
-    const long absurd[][2] = {{kAbsurd, 4},         {4, kAbsurd},         {kMost, kMost},
-                              {1L << 20, 1L << 20}, {1L << 31, 1L << 33}, {kMost, 1}};
+    // The products of some are 0 in as many bits as a long has.
+    const int half = std::numeric_limits<unsigned long>::digits / 2;
+    const long absurd[][2] = {{kAbsurd, 4},
+                              {4, kAbsurd},
+                              {kMost, kMost},
+                              {1L << 20, 1L << 20},
+                              {1L << (half - 1), 1L << (half + 1)},
+                              {kMost, 1}};
     for (const auto& sizes : {few, absurd}) {
         for (int i = 0; i < 6; ++i) {
             const long nu = sizes[i][0], nv = sizes[i][1];

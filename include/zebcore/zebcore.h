@@ -40,8 +40,12 @@
 #if defined(_WIN32)
 #if defined(ZEB_BUILDING)
 #define ZEB_API __declspec(dllexport)
-#else
+#elif defined(__cplusplus)
 #define ZEB_API __declspec(dllimport)
+#else
+/* Compilers disagree on what dllimport makes of ZEB_DECORATED. C goes through the import library's
+   stubs instead. */
+#define ZEB_API
 #endif
 #elif defined(__GNUC__)
 #define ZEB_API __attribute__((visibility("default")))

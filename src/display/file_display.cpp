@@ -4,9 +4,9 @@
 #include <cctype>
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <utility>
 
+#include "display/file_path.h"
 #include "util/report.h"
 
 namespace zeb
@@ -59,14 +59,19 @@ bool FileDisplay::openFile()
 {
     namespace fs = std::filesystem;
     std::error_code failed;
-    const fs::file_status status = fs::status(fName, failed);
+    fPath = filePath(fName);
+    const fs::file_status status = fs::status(fPath, failed);
     // What is no ordinary file, such as a pipe, is not to be replaced by one.
     const bool direct = fs::exists(status) && !fs::is_regular_file(status);
-    fTemporary = direct ? "" : fName + ".part";
+    const auto temporary = [this](const std::string& ending) {
+        fs::path path = fPath;
+        return path += ending;
+    };
+    fTemporary = direct ? fs::path() : temporary(".part");
     for (int attempt = 1; !direct && fs::exists(fTemporary, failed) && attempt < 1000; ++attempt) {
-        fTemporary = fName + ".part" + std::to_string(attempt);
+        fTemporary = temporary(".part" + std::to_string(attempt));
     }
-    fFile = std::fopen(direct ? fName.c_str() : fTemporary.c_str(), "wb");
+    fFile = openForWriting(direct ? fPath : fTemporary);
     if (!fFile) {
         const int why = errno;
         fTemporary.clear();
@@ -123,7 +128,8 @@ void FileDisplay::flush(long y0, long y1) { fFinalRows += y1 - y0 + 1; }
 void FileDisplay::discard()
 {
     if (fFile) std::fclose(std::exchange(fFile, nullptr));
-    if (!fTemporary.empty()) std::remove(fTemporary.c_str());
+    std::error_code ignored;
+    if (!fTemporary.empty()) std::filesystem::remove(fTemporary, ignored);
     fTemporary.clear();
     fPicture.rows.clear();
 }
@@ -142,15 +148,16 @@ void FileDisplay::close()
         good = false;
         why = errno;
     }
+    std::string reason = why ? std::strerror(why) : "the writer failed";
     if (good && !fTemporary.empty()) {
         std::error_code failed;
-        std::filesystem::rename(fTemporary, fName, failed);
+        std::filesystem::rename(fTemporary, fPath, failed);
         good = !failed;
-        why = failed.value();
+        reason = failed.message();
         if (good) fTemporary.clear();
     }
     discard();
-    if (!good) reportFile(fName, why ? std::strerror(why) : "the writer failed");
+    if (!good) reportFile(fName, reason.c_str());
 }
 
 }  // namespace zeb

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdio>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -44,7 +45,8 @@ private:
     unsigned short fKind;
     Picture fPicture;
     Writer fWriter = nullptr;
-    std::string fName, fTemporary;  // fTemporary is empty where the name is written itself
+    std::string fName;
+    std::filesystem::path fPath, fTemporary;  // fTemporary is empty where fPath itself is written
     std::FILE* fFile = nullptr;
     long fFinalRows = 0;
 };

@@ -1,6 +1,5 @@
 #include "state/error.h"
 
-#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -8,6 +7,7 @@
 
 #include "state/callback.h"
 #include "state/upcalls.h"
+#include "util/format.h"
 
 namespace zeb
 {
@@ -110,21 +110,6 @@ void printLine(const std::string& line)
     Error::fPrintHandler(line.c_str());
 }
 
-// Formats with a point in numbers whatever the host's locale.
-int formatPlain(char* buffer, std::size_t size, const char* format, std::va_list args)
-{
-#if defined(_WIN32)
-    static const _locale_t plain = _create_locale(LC_ALL, "C");
-    return _vsnprintf_l(buffer, size, format, plain, args);
-#else
-    static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
-    const locale_t host = uselocale(plain);
-    const int length = std::vsnprintf(buffer, size, format, args);
-    uselocale(host);
-    return length;
-#endif
-}
-
 // Given back when memory runs out, so that the report of it can be made.
 std::unique_ptr<char[]>& memoryReserve()
 {
@@ -154,8 +139,7 @@ void verror(long code, long severity, const char* format, std::va_list args)
         used = std::snprintf(message, kMessageSize, "%s: ", Error::fFuncName);
         if (used >= kMessageSize) used = kMessageSize - 1;
     }
-    formatPlain(message + used, static_cast<std::size_t>(kMessageSize - used), format, args);
-    message[kMessageSize - 1] = 0;
+    formatMessage(message + used, static_cast<std::size_t>(kMessageSize - used), format, args);
     dispatch(code, severity, message);
 }
 

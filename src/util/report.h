@@ -22,7 +22,7 @@ enum ErrorCode : long {
     kMath = 15
 };
 
-// Reports a problem through the handler of its severity. The format follows printf; the message is
+// Reports a problem through the handler of its severity. The format is formatMessage()'s; the message is
 // prefixed with the name of the interface function under way, and is that name alone if the format
 // is null.
 void error(long code, long severity, const char* format, ...)

@@ -32,11 +32,11 @@ TEST(String, CopiesAreIndependent)
 {
     String a("abc");
     String b(a);
-    b[0] = 'x';
+    b[0u] = 'x';
     EXPECT_STREQ(a.text(), "abc");
     EXPECT_STREQ(b.text(), "xbc");
     a = b;
-    b[1] = 'y';
+    b[1u] = 'y';
     EXPECT_STREQ(a.text(), "xbc");
 }
 
@@ -81,14 +81,14 @@ TEST(String, HoldsMoreThan65535Characters)
     EXPECT_EQ(string.length(), 70000u);
     string += String("b");
     EXPECT_EQ(string.length(), 70001u);
-    EXPECT_EQ(string[70000], 'b');
+    EXPECT_EQ(string[70000u], 'b');
 }
 
 TEST(String, SubscriptRefersIntoTheText)
 {
     String string("abc");
-    EXPECT_EQ(string[1], 'b');
-    string[1] = 'x';
+    EXPECT_EQ(string[1u], 'b');
+    string[1u] = 'x';
     EXPECT_STREQ(string.text(), "axc");
 }
 
@@ -96,7 +96,7 @@ TEST(String, SubscriptAtTheLengthIsTheTerminator)
 {
     zebtest::Reports reports;
     String string("abc");
-    EXPECT_EQ(string[3], '\0');
+    EXPECT_EQ(string[3u], '\0');
     EXPECT_TRUE(reports.empty());
 }
 
@@ -104,7 +104,7 @@ TEST(String, SubscriptPastTheLengthIsReportedAndIsTheTerminator)
 {
     zebtest::Reports reports;
     String string("abc");
-    EXPECT_EQ(&string[4], string.text() + 3);
+    EXPECT_EQ(&string[4u], string.text() + 3);
     ASSERT_EQ(reports.size(), 1u);
     EXPECT_EQ(reports[0], (zebtest::Report{3, 0xB04, "string index out of range"}));
 }

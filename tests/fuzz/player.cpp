@@ -1,11 +1,10 @@
 #include "player.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <random>
 
 namespace zebfuzz
 {
@@ -30,9 +29,13 @@ Player* gPlayer = nullptr;
 
 // Everything files are written to; gone when the process ends.
 struct ScratchFolder {
-    ScratchFolder() : path((std::filesystem::temp_directory_path() / "zeb_fuzz_XXXXXX").string())
+    ScratchFolder()
     {
-        if (!mkdtemp(path.data())) broken("a temporary folder");
+        namespace fs = std::filesystem;
+        const std::string name = "zeb_fuzz_" + std::to_string(std::random_device()());
+        path = (fs::temp_directory_path() / name).string();
+        std::error_code ignored;
+        if (!fs::create_directory(path, ignored)) broken("a temporary folder");
     }
     ~ScratchFolder()
     {

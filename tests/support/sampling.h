@@ -42,7 +42,10 @@ public:
         return static_cast<float>(double{lo} + unit * (double{hi} - double{lo}));
     }
     float unit() { return uniform(0, 1); }
-    long integer(long lo, long hi) { return lo + static_cast<long>(fEngine()) % (hi - lo + 1); }
+    long integer(long lo, long hi)
+    {
+        return lo + static_cast<long>(fEngine() % static_cast<unsigned long>(hi - lo + 1));
+    }
     zeb::Point point(float size)
     {
         const float x = uniform(-size, size), y = uniform(-size, size);

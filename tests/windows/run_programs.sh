@@ -1,0 +1,57 @@
+#!/usr/bin/env bash
+# run_programs.sh BIN_DIR PREFIX_DIR CORPUS_DIR: runs the test programs of a build for Windows under
+# Wine, which keeps its files in PREFIX_DIR. Each is one process: starting one takes seconds. Needs
+# no display.
+set -euo pipefail
+
+if [ $# != 3 ]; then
+    echo "usage: run_programs.sh BIN_DIR PREFIX_DIR CORPUS_DIR" >&2
+    exit 2
+fi
+bin=$(realpath "$1")
+mkdir -p "$2"
+prefix=$(realpath "$2")
+corpus=$(realpath "$3")
+
+# first_of NAME...: the first program there is; Debian keeps some of Wine's out of PATH.
+first_of() {
+    local name
+    for name in "$@"; do
+        command -v "$name" && return
+    done
+    echo "run_programs.sh: none of $* found" >&2
+    return 1
+}
+wine=$(first_of wine64 /usr/lib/wine/wine64 wine)
+wineserver=$(first_of wineserver /usr/lib/wine/wineserver /usr/lib/wine/wineserver64)
+
+export WINEPREFIX=$prefix WINEDEBUG=-all WINEDLLOVERRIDES='mscoree=;mshtml='
+unset DISPLAY
+trap '"$wineserver" -k || true' EXIT
+if [ ! -e "$prefix/system.reg" ]; then
+    "$wine" wineboot -i >/dev/null 2>&1
+fi
+
+failed=()
+# run PROGRAM ARGUMENTS...
+run() {
+    echo "== $1"
+    timeout 900 "$wine" "./$1.exe" "${@:2}" </dev/null || failed+=("$1")
+}
+
+cd "$bin"
+run zeb_c_host
+run zeb_unit_tests --gtest_brief=1
+run zeb_interface_tests --gtest_brief=1
+run zeb_fuzz_replay 400 "$corpus"
+rm -f host_device.ppm
+run example_host_device host_device.ppm >/dev/null
+# A header of 15 bytes, and three bytes a pixel.
+[ "$(stat -c %s host_device.ppm)" = $((15 + 640 * 480 * 3)) ] || failed+=("the picture of example_host_device")
+
+# Programs that open windows go here, with a display of their own (xvfb-run).
+
+if [ ${#failed[@]} != 0 ]; then
+    printf 'failed: %s\n' "${failed[@]}" >&2
+    exit 1
+fi
