@@ -22,7 +22,7 @@ constexpr auto kFrameTime = std::chrono::milliseconds(30);
 // Lives as long as the process: windows stay when everything else has been torn down.
 struct Desktop {
     std::unique_ptr<Screen> screen;
-    bool looked = false;
+    bool looked = false, consoleRefused = false;
     std::vector<std::unique_ptr<TDisplayWindow>> windows;
     std::unique_ptr<TRendEdit> console;
     std::chrono::steady_clock::time_point updated{};
@@ -117,12 +117,23 @@ short windowEvents(bool wait)
     return static_cast<short>(std::min<std::size_t>(desk.windows.size(), 32767));
 }
 
+void closeWindows()
+{
+    Desktop& desk = desktop();
+    desk.windows.clear();
+    desk.console.reset();
+    desk.screen.reset();
+}
+
 bool printOnConsole(const char* line)
 {
     Desktop& desk = desktop();
     Screen* screen = desk.find(false);
     if (!screen) return false;
-    if (!desk.console) desk.console = screen->makeConsole();
+    if (!desk.console && !desk.consoleRefused) {
+        desk.console = screen->makeConsole();
+        desk.consoleRefused = !desk.console;
+    }
     if (!desk.console) return false;
     desk.console->print(line);
     desk.handleEvents(false);

@@ -45,6 +45,8 @@ void updateWindows();
 // Draws what is new and handles events; waits for one if told to and a window is open. How many
 // windows are open, the console not counted.
 short windowEvents(bool wait);
+// Closes every window and the console: the library is being unloaded.
+void closeWindows();
 // Prints to the message console; false if there is no screen.
 bool printOnConsole(const char* line);
 

@@ -130,7 +130,7 @@ TEST_F(Windows, RepaintWithoutTheHostsHelpWhenUncoveredMovedOrRestored)
     const auto window = only("ball");
     ASSERT_TRUE(shows(window, picture));
     desktop->cover(window);
-    EXPECT_EQ(desktop->shoot(window).at(3, 3), 0xFFFFFFu);
+    EXPECT_TRUE(until([&] { return desktop->shoot(window).at(3, 3) == 0xFFFFFF; }));
     desktop->uncover();
     EXPECT_TRUE(shows(window, picture));
     desktop->minimize(window);
