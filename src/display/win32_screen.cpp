@@ -3,8 +3,6 @@
 #include <windows.h>
 
 #include <array>
-#include <cstring>
-#include <vector>
 
 #include "display/module.h"
 #include "display/screen.h"
@@ -52,17 +50,21 @@ public:
 protected:
     Frame() = default;
 
-    // Whatever the system takes for the frame comes on top of the width and the height.
-    void create(const std::wstring& title, DWORD style, int width, int height, int icon)
+    void create(const std::wstring& title, DWORD style, SIZE outer, int icon)
     {
-        RECT outer{0, 0, width, height};
-        AdjustWindowRect(&outer, style, FALSE);
         fHandle = CreateWindowExW(0, kClass, title.c_str(), style, CW_USEDEFAULT, CW_USEDEFAULT,
-                                  outer.right - outer.left, outer.bottom - outer.top, nullptr,
-                                  nullptr, instance(), this);
+                                  outer.cx, outer.cy, nullptr, nullptr, instance(), this);
         if (!fHandle) return;
         useIcon(ICON_BIG, icon, SM_CXICON, SM_CYICON);
         useIcon(ICON_SMALL, icon, SM_CXSMICON, SM_CYSMICON);
+    }
+
+    // The size that a window has with what the system takes for the frame.
+    static SIZE outerSize(DWORD style, long width, long height)
+    {
+        RECT outer{0, 0, width, height};
+        AdjustWindowRect(&outer, style, FALSE);
+        return {outer.right - outer.left, outer.bottom - outer.top};
     }
 
     // The answer to a message; false leaves it to the system.
@@ -94,16 +96,16 @@ private:
     HWND fHandle = nullptr;
 };
 
-// How pixels lie in memory: rows from the top, of a bit depth, with three words of masks or a table
-// of colours behind the header.
+// How pixels lie in memory: rows from the top, of a bit depth, with three masks or a table of
+// colours behind the header.
 struct BitmapLayout {
     BITMAPINFOHEADER header{};
     union {
         std::array<DWORD, 3> masks;
-        std::array<WORD, kMaxColors> indices;
+        std::array<RGBQUAD, kMaxColors> colors;
     };
 
-    BitmapLayout(long width, long height, WORD bits, DWORD kind) : indices{}
+    BitmapLayout(long width, long height, WORD bits, DWORD kind) : colors{}
     {
         header.biSize = sizeof header;
         header.biWidth = width;
@@ -126,9 +128,15 @@ public:
         // No frame to size it by, and no box to maximize it.
         constexpr DWORD style =
             (WS_OVERLAPPEDWINDOW | WS_BORDER) & ~(WS_THICKFRAME | WS_MAXIMIZEBOX);
-        makeBitmap();
-        if (fBitmap) create(wideText(title), style, fWidth, fHeight, kPictureIcon);
-        if (handle()) ShowWindow(handle(), SW_SHOW);
+        fMemory = CreateCompatibleDC(nullptr);
+        if (!useBitmap(BitmapLayout(width, height, 32, BI_RGB))) return;
+        fOuter = outerSize(style, width, height);
+        create(wideText(title), style, fOuter, kPictureIcon);
+        if (!handle()) return;
+        // The system does not ask how small or large a window may be before it is there.
+        SetWindowPos(handle(), nullptr, 0, 0, fOuter.cx, fOuter.cy,
+                     SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+        ShowWindow(handle(), SW_SHOW);
     }
     ~Win32Window() override
     {
@@ -143,22 +151,30 @@ public:
 private:
     using Frame::handle;
 
-    void makeBitmap()
+    // Makes another bitmap the backing one, all its words 0, and returns its words; null if the
+    // system has no room for it.
+    void* useBitmap(const BitmapLayout& layout)
     {
-        const HDC screen = GetDC(nullptr);
-        if (!screen) return;
-        fMemory = CreateCompatibleDC(screen);
-        fBitmap = CreateCompatibleBitmap(screen, fWidth, fHeight);
-        ReleaseDC(nullptr, screen);
-        if (!fBitmap) return;
-        SelectObject(fMemory, fBitmap);
-        SelectObject(fMemory, GetStockObject(BLACK_BRUSH));
-        PatBlt(fMemory, 0, 0, fWidth, fHeight, PATCOPY);
+        void* words = nullptr;
+        const HBITMAP bitmap =
+            CreateDIBSection(nullptr, layout.info(), DIB_RGB_COLORS, &words, nullptr, 0);
+        if (!bitmap) return nullptr;
+        SelectObject(fMemory, bitmap);
+        if (fBitmap) DeleteObject(fBitmap);
+        fBitmap = bitmap;
+        return words;
     }
 
-    bool handle(UINT message, WPARAM wparam, LPARAM, LRESULT& answer) override
+    bool handle(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& answer) override
     {
         switch (message) {
+            case WM_GETMINMAXINFO: {
+                // Pictures may be smaller than the system's smallest window, and larger than the
+                // screen.
+                auto& limits = *reinterpret_cast<MINMAXINFO*>(lparam);
+                limits.ptMinTrackSize = limits.ptMaxTrackSize = {fOuter.cx, fOuter.cy};
+                return true;
+            }
             case WM_PAINT:
                 paint();
                 return true;
@@ -193,7 +209,6 @@ private:
         if (fPalette) {
             SelectPalette(window, fPalette, FALSE);
             RealizePalette(window);
-            SelectPalette(fMemory, fPalette, FALSE);
         }
         BitBlt(window, 0, 0, fWidth, fHeight, fMemory, 0, 0, SRCCOPY);
         EndPaint(handle(), &state);
@@ -246,25 +261,23 @@ private:
         }
         if (fPalette) DeleteObject(fPalette);
         fPalette = CreatePalette(reinterpret_cast<const LOGPALETTE*>(&colors));
-        SelectPalette(fMemory, fPalette, FALSE);
-        RealizePalette(fMemory);
-
-        const std::size_t rowBytes = (static_cast<std::size_t>(fWidth) + 3) / 4 * 4;
-        std::vector<BYTE> indices(rowBytes * static_cast<std::size_t>(fHeight));
-        for (int y = 0; y < fHeight; ++y) {
+        BitmapLayout layout(fWidth, fHeight, 8, BI_RGB);
+        for (std::size_t i = 0; i < palette.map.size(); ++i) {
+            const PaletteEntry& entry = palette.map[i];
+            layout.colors[i] = {entry.blue, entry.green, entry.red, 0};
+        }
+        auto* out = static_cast<BYTE*>(useBitmap(layout));
+        if (!out) return;
+        const int rowBytes = (fWidth + 3) / 4 * 4;
+        for (int y = 0; y < fHeight; ++y, out += rowBytes) {
             const ScreenColor* row = image.row(y);
-            BYTE* out = indices.data() + rowBytes * static_cast<std::size_t>(y);
             for (int x = 0; x < fWidth; ++x) out[x] = palette.index(row[x]);
         }
-        BitmapLayout layout(fWidth, fHeight, 8, BI_RGB);
-        for (std::size_t i = 0; i < kMaxColors; ++i) layout.indices[i] = static_cast<WORD>(i);
-        SetDIBitsToDevice(fMemory, 0, 0, static_cast<DWORD>(fWidth), static_cast<DWORD>(fHeight), 0,
-                          0, 0, static_cast<UINT>(fHeight), indices.data(), layout.info(),
-                          DIB_PAL_COLORS);
         updatePalette(true);
     }
 
     const int fWidth, fHeight;
+    SIZE fOuter{};
     HDC fMemory = nullptr;
     HBITMAP fBitmap = nullptr;
     HPALETTE fPalette = nullptr;
@@ -277,7 +290,8 @@ public:
     {
         const auto font = static_cast<HFONT>(GetStockObject(ANSI_FIXED_FONT));
         const auto [width, height] = tenLines(font);
-        create(L"ZEB Messages", WS_OVERLAPPEDWINDOW, width, height, kMessagesIcon);
+        create(L"ZEB Messages", WS_OVERLAPPEDWINDOW, outerSize(WS_OVERLAPPEDWINDOW, width, height),
+               kMessagesIcon);
         if (!handle()) return;
         constexpr DWORD style =
             WS_CHILD | WS_VISIBLE | WS_VSCROLL | ES_MULTILINE | ES_AUTOVSCROLL | ES_READONLY;
