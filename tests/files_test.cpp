@@ -274,14 +274,6 @@ TEST_F(Files, AFullDiskIsReportedWhenThePictureIsWhole)
     }
 }
 
-TEST_F(Files, AFormatThatThisBuildLacksIsReportedAsOptional)
-{
-    render(path("a.png"), ZEB_FILE_PNG_INDEXED, ZEB_SAMPLES_RGB, true);
-    ASSERT_EQ(reports.size(), 1u);
-    EXPECT_EQ(reports[0].code, 2);
-    EXPECT_EQ(filesLeft(), 0);
-}
-
 TEST_F(Files, AnEarlierPictureStaysUntilTheNewOneIsWhole)
 {
     render(path("a.png"), ZEB_FILE_PNG, ZEB_SAMPLES_RGB, true);

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <csignal>
+#include <filesystem>
 #include <map>
 #include <numbers>
 #include <utility>
@@ -35,13 +36,23 @@ Filter filterNamed(const std::string& name)
     return filters.at(name);
 }
 
+void setOutput(const Settings& settings)
+{
+    if (settings.output.empty()) {
+        const std::string title = std::filesystem::path(settings.model).filename().string();
+        zebOutputDisplay(title.c_str());
+        return;
+    }
+    zebOutputFile(ZEB_FILE_AUTO, settings.output.c_str());
+    zebOutputSamples(settings.background ? ZEB_SAMPLES_RGB : ZEB_SAMPLES_RGBA);
+    if (settings.output.back() == 'r' || settings.output.back() == 'R') zebColorQuantize(0, 0, 0);
+}
+
 void setOptions(const Camera& camera, const Settings& settings)
 {
     zebQuirks(0);
     zebRasterViewport(0, settings.width, 0, settings.height);
-    zebOutputFile(ZEB_FILE_AUTO, settings.output.c_str());
-    zebOutputSamples(settings.background ? ZEB_SAMPLES_RGB : ZEB_SAMPLES_RGBA);
-    if (settings.output.back() == 'r' || settings.output.back() == 'R') zebColorQuantize(0, 0, 0);
+    setOutput(settings);
     if (settings.threshold) {
         zebSampleAdaptive(static_cast<float>(*settings.threshold));
     } else {
@@ -162,13 +173,20 @@ bool givenUp()
     return true;
 }
 
-bool renderBuckets()
+// Whether the user has closed the window, with the picture in it.
+bool windowClosed(const Settings& settings)
+{
+    return settings.output.empty() && zebWindowEvents(0) == 0;
+}
+
+bool renderBuckets(const Settings& settings)
 {
     zebRenderInit();
     showProgress(0);
     while (zebRenderBucket()) {
         showProgress(zebProgress());
         if (givenUp()) return false;
+        if (windowClosed(settings)) break;
     }
     clearProgress();
     return !givenUp();
@@ -184,7 +202,7 @@ bool renderWorld(std::vector<Mesh> meshes, const Camera& camera, const Settings&
         mesh = Mesh();
         if (givenUp()) return false;
     }
-    return renderBuckets();
+    return renderBuckets(settings);
 }
 
 }  // namespace
@@ -197,8 +215,20 @@ bool renderPicture(std::vector<Mesh> meshes, const Camera& camera, const Setting
     receiveReports();
     setOptions(camera, settings);
     zebSceneBegin();
-    if (givenUp() || !renderWorld(std::move(meshes), camera, settings)) return false;
+    if (givenUp()) return false;
+    if (windowClosed(settings)) {
+        complain("without a screen the picture needs a file: -o FILE");
+        zebReset();
+        return false;
+    }
+    if (!renderWorld(std::move(meshes), camera, settings)) return false;
+    if (windowClosed(settings)) {
+        zebReset();
+        return true;
+    }
     zebSceneEnd();
+    while (settings.output.empty() && !gInterrupted && zebWindowEvents(1) > 0) {
+    }
     return !errorReported();
 }
 

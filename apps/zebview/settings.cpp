@@ -99,8 +99,7 @@ std::string version()
 void addPictureOptions(CLI::App& app, Settings& s)
 {
     app.add_option("-o,--output", s.output,
-                   "The picture to write, .png or .exr; default: the model's name with .png, in "
-                   "the current folder")
+                   "The picture to write, .png or .exr; default: a window shows it")
         ->type_name("FILE");
     app.add_option_function<std::string>(
            "--size", [&s](const std::string& text) { parseSize(text, s); },
@@ -162,13 +161,10 @@ void addModelOptions(CLI::App& app, Settings& s)
 }
 
 // The kind of file is known before hours of rendering, not after.
-void completeOutput(Settings& settings)
+void checkOutput(const Settings& settings)
 {
-    namespace fs = std::filesystem;
-    if (settings.output.empty()) {
-        settings.output = fs::path(settings.model).stem().string() + ".png";
-    }
-    std::string ending = fs::path(settings.output).extension().string();
+    if (settings.output.empty()) return;
+    std::string ending = std::filesystem::path(settings.output).extension().string();
     for (char& c : ending) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     if (ending != ".png" && ending != ".exr") {
         throw CLI::ValidationError("--output",
@@ -181,13 +177,13 @@ void completeOutput(Settings& settings)
 CommandLine readCommandLine(int argc, char** argv)
 {
     CommandLine result;
-    CLI::App app("Renders a model file into a picture.", "zebview");
+    CLI::App app("Renders a model file into a window, or into a picture file.", "zebview");
     app.set_version_flag("--version", version);
     addModelOptions(app, result.settings);
     addPictureOptions(app, result.settings);
     try {
         app.parse(argc, argv);
-        completeOutput(result.settings);
+        checkOutput(result.settings);
     } catch (const CLI::Success& wanted) {
         result.exitStatus = app.exit(wanted);
     } catch (const CLI::ParseError& wrong) {

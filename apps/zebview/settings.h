@@ -12,7 +12,7 @@ using Color = std::array<float, 3>;
 
 struct Settings {
     std::string model;
-    std::string output;
+    std::string output;  // empty: a window
     long width = 800, height = 600;
     int samples = 4;                  // along x and along y
     std::optional<double> threshold;  // samples adaptively

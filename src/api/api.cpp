@@ -2,6 +2,7 @@
 // those that make primitives are in api_primitives.cpp.
 
 #include "api/call_frame.h"
+#include "display/screen.h"
 #include "hider/scene.h"
 #include "math/spaces.h"
 #include "state/quark.h"
@@ -512,7 +513,7 @@ void zebThreads(long n)
     gOption->threads(n);
 }
 
-short zebWindowEvents(short) { return 0; }
+short zebWindowEvents(short wait) { return windowEvents(wait != 0); }
 
 long zebVersion(void) { return ZEB_VERSION_NUMBER; }
 

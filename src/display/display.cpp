@@ -4,6 +4,7 @@
 
 #include "display/file_display.h"
 #include "display/host_display.h"
+#include "display/screen.h"
 #include "display/window_display.h"
 #include "state/upcalls.h"
 
@@ -22,6 +23,8 @@ void Display::open(const char*, long xres, long yres, long xorigin, long yorigin
 
 void Display::print(const char* line)
 {
+    const bool toWindow = gOption && gOption->outputKind == kOutputWindow;
+    if (toWindow && printOnConsole(line)) return;
     std::fputs(line, stderr);
     std::fputc('\n', stderr);
 }
@@ -29,7 +32,8 @@ void Display::print(const char* line)
 std::unique_ptr<Display> makeDisplay(const Option& option)
 {
     if (option.outputKind == kOutputHost) return std::make_unique<HostDisplay>(option.hostDisplay);
-    if (option.outputKind == kOutputWindow) return std::make_unique<WindowDisplay>();
+    if (option.outputKind == kOutputWindow)
+        return std::make_unique<WindowDisplay>(PixelFormat(option));
     return std::make_unique<FileDisplay>(option.outputKind, PixelFormat(option));
 }
 

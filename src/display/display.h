@@ -13,17 +13,21 @@ namespace zeb
 struct PixelFormat {
     bool rgb, alpha, depth;
     Quantizer color, depthQuantizer;
+    bool quirks;
 
     explicit PixelFormat(const Option& option)
         : rgb(option.rgb),
           alpha(option.alpha),
           depth(option.depth),
           color(option.colorQuantizer),
-          depthQuantizer(option.depthQuantizer)
+          depthQuantizer(option.depthQuantizer),
+          quirks(option.quirks)
     {
     }
     int channels() const { return (rgb ? 3 : 0) + alpha + depth; }
 };
+
+class TDisplayWindow;
 
 // The base drops the picture.
 class Display
@@ -45,7 +49,11 @@ public:
     // The picture is whole, or given up: whole if every row was announced as final.
     virtual void close() {}
 
-    // A line of a message: the message console's, or standard error.
+    // The user has closed a window: it is not to be used any more.
+    virtual void destroy(const TDisplayWindow*) {}
+
+    // A line of a message, where there is a screen and the picture goes to it: to the message
+    // console; otherwise to standard error.
     static void print(const char* line);
 
 private:

@@ -35,21 +35,20 @@ void reportFile(const std::string& name, const char* why)
 
 bool FileDisplay::chooseWriter()
 {
-    unsigned short kind = fKind;
-    if (kind == kOutputAuto) {
-        if (endsIn(fName, ".png")) kind = kOutputPng;
-        if (endsIn(fName, ".exr")) kind = kOutputExr;
-        if (kind == kOutputAuto) {
+    if (fKind == kOutputAuto) {
+        if (endsIn(fName, ".png")) fKind = kOutputPng;
+        if (endsIn(fName, ".exr")) fKind = kOutputExr;
+        if (fKind == kOutputAuto) {
             reportFile(fName, "the ending names no format");
             return false;
         }
     }
 #if ZEB_PNG
-    if (kind == kOutputPng) fWriter = writePng;
-    fPng = fWriter != nullptr;
+    if (fKind == kOutputPng) fWriter = writePng;
+    if (fKind == kOutputIndexed) fWriter = writeIndexedPng;
 #endif
 #if ZEB_EXR
-    if (kind == kOutputExr) fWriter = writeExr;
+    if (fKind == kOutputExr) fWriter = writeExr;
 #endif
     if (fWriter) return true;
     zeb::error(kUnsupported, kError, "this build has no writer for \"%s\"", fName.c_str());
@@ -95,7 +94,19 @@ void FileDisplay::open(const char* name, long xres, long yres, long xorigin, lon
     fPicture.width = xres;
     fPicture.height = yres;
     fPicture.rows.resize(static_cast<std::size_t>(yres));
-    if (fPng && fPicture.format.depth && fPicture.format.rgb) {
+    warnOfLoss();
+}
+
+// What the format has no room for.
+void FileDisplay::warnOfLoss() const
+{
+    if (fKind == kOutputExr) return;
+    const PixelFormat& format = fPicture.format;
+    const bool indexed = fKind == kOutputIndexed;
+    if (indexed && format.alpha && format.rgb) {
+        zeb::error(kUnsupported, kWarning, "alpha is left out of \"%s\"", fName.c_str());
+    }
+    if (format.depth && (format.rgb || (indexed && format.alpha))) {
         zeb::error(kUnsupported, kWarning, "depth is left out of \"%s\"", fName.c_str());
     }
 }

@@ -39,12 +39,12 @@ private:
 
     bool chooseWriter();
     bool openFile();
+    void warnOfLoss() const;
     void discard();
 
     unsigned short fKind;
     Picture fPicture;
     Writer fWriter = nullptr;
-    bool fPng = false;
     std::string fName;
     std::filesystem::path fPath, fTemporary;  // fTemporary is empty where fPath itself is written
     std::FILE* fFile = nullptr;
@@ -53,6 +53,8 @@ private:
 
 // PNG: 8 or 16 bits, colour divided by alpha. False if the file could not be written.
 bool writePng(const Picture& picture, std::FILE* file);
+// PNG of at most 256 colours, as a palette screen would show the picture.
+bool writeIndexedPng(const Picture& picture, std::FILE* file);
 // OpenEXR: float channels R, G, B, A, Z.
 bool writeExr(const Picture& picture, std::FILE* file);
 

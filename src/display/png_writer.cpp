@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "display/file_display.h"
+#include "display/quantizer.h"
 
 namespace zeb
 {
@@ -105,8 +106,40 @@ bool writeRows(png_structp png, png_infop info, std::FILE* file, const Picture& 
     return true;
 }
 
+// Likewise.
+bool writeIndexedRows(png_structp png, png_infop info, std::FILE* file, const ColorImage& image,
+                      const Palette& palette, const png_color* colors, png_bytep row)
+{
+    if (setjmp(png_jmpbuf(png))) return false;
+    png_init_io(png, file);
+    png_set_IHDR(png, info, static_cast<png_uint_32>(image.width),
+                 static_cast<png_uint_32>(image.height), 8, PNG_COLOR_TYPE_PALETTE,
+                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    png_set_PLTE(png, info, colors, static_cast<int>(palette.map.size()));
+    png_write_info(png, info);
+    for (long y = 0; y < image.height; ++y) {
+        const ScreenColor* color = image.row(y);
+        for (long x = 0; x < image.width; ++x) row[x] = palette.index(color[x]);
+        png_write_row(png, row);
+    }
+    png_write_end(png, nullptr);
+    return true;
+}
+
 void ignoreMessage(png_structp, png_const_charp) {}
 [[noreturn]] void failQuietly(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+
+// Makes what libpng needs, and lets write use it.
+template <typename Write>
+bool withPng(const Write& write)
+{
+    png_structp png =
+        png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, failQuietly, ignoreMessage);
+    png_infop info = png ? png_create_info_struct(png) : nullptr;
+    const bool good = info && write(png, info);
+    png_destroy_write_struct(&png, &info);
+    return good;
+}
 
 }  // namespace
 
@@ -116,13 +149,30 @@ bool writePng(const Picture& picture, std::FILE* file)
     const std::vector<std::uint32_t> emptyRow(static_cast<std::size_t>(picture.width) *
                                               static_cast<std::size_t>(picture.format.channels()));
     std::vector<png_byte> row(layout.rowBytes(picture.width));
-    png_structp png =
-        png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, failQuietly, ignoreMessage);
-    png_infop info = png ? png_create_info_struct(png) : nullptr;
-    const bool good =
-        info && writeRows(png, info, file, picture, layout, emptyRow.data(), row.data());
-    png_destroy_write_struct(&png, &info);
-    return good;
+    return withPng([&](png_structp png, png_infop info) {
+        return writeRows(png, info, file, picture, layout, emptyRow.data(), row.data());
+    });
+}
+
+bool writeIndexedPng(const Picture& picture, std::FILE* file)
+{
+    ColorImage image(picture.width, picture.height);
+    const int channels = picture.format.channels();
+    for (long y = 0; y < image.height; ++y) {
+        const std::uint32_t* words = picture.rows[static_cast<std::size_t>(y)].get();
+        if (!words) continue;
+        ScreenColor* color = image.row(y);
+        for (long x = 0; x < image.width; ++x, words += channels) {
+            color[x] = screenColor(picture.format, words);
+        }
+    }
+    const Palette palette = makePalette(image);
+    std::vector<png_color> colors;
+    for (const auto& entry : palette.map) colors.push_back({entry.red, entry.green, entry.blue});
+    std::vector<png_byte> row(static_cast<std::size_t>(image.width));
+    return withPng([&](png_structp png, png_infop info) {
+        return writeIndexedRows(png, info, file, image, palette, colors.data(), row.data());
+    });
 }
 
 }  // namespace zeb

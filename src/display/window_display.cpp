@@ -1,6 +1,6 @@
 #include "display/window_display.h"
 
-#include "util/report.h"
+#include "display/screen.h"
 
 namespace zeb
 {
@@ -8,7 +8,28 @@ namespace zeb
 void WindowDisplay::open(const char* name, long xres, long yres, long xorigin, long yorigin)
 {
     Display::open(name, xres, yres, xorigin, yorigin);
-    zeb::error(kUnsupported, kWarning, "this build opens no windows, the picture is dropped");
+    fWindow = openWindow(name, xres, yres, fFormat);
+    if (fWindow) windowEvents(false);
+}
+
+void WindowDisplay::span(long x0, long x1, long y, const std::uint32_t* words)
+{
+    if (!fWindow) return;
+    fWindow->span(x0, x1, y, words);
+    updateWindows();
+}
+
+void WindowDisplay::close()
+{
+    if (!fWindow) return;
+    fWindow->quantize();
+    fWindow = nullptr;
+    windowEvents(false);
+}
+
+void WindowDisplay::destroy(const TDisplayWindow* window)
+{
+    if (window == fWindow) fWindow = nullptr;
 }
 
 }  // namespace zeb

@@ -174,11 +174,22 @@ TEST_F(Failures, APictureThatWasThereStays)
     EXPECT_EQ(read(path("picture.png")), "old");
 }
 
+TEST_F(Failures, WithoutAScreenThePictureNeedsAFile)
+{
+    unsetenv("DISPLAY");
+    const std::string cube = write("cube.obj", cubeObj());
+    const Outcome outcome = run({cube});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("the picture needs a file: -o FILE\n"), std::string::npos)
+        << outcome.err;
+    EXPECT_EQ(files(), Words{"cube.obj"});
+}
+
 TEST_F(Failures, InterruptionLeavesNothing)
 {
     const std::string cube = write("cube.obj", cubeObj());
     for (const int signal : {SIGINT, SIGTERM}) {
-        const pid_t pid = start({cube, "--size", "4000x4000", "--samples", "16"});
+        const pid_t pid = start({cube, "-o", "big.png", "--size", "4000x4000", "--samples", "16"});
         // The unfinished picture shows that rendering is under way.
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
         while (files().size() < 2 && std::chrono::steady_clock::now() < deadline) {

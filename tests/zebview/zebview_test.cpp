@@ -286,16 +286,6 @@ protected:
     Image ball(const std::vector<std::string>& options) { return Image(render(kSphere, options)); }
 };
 
-TEST_F(Options, OutputIsNamedAfterTheModelByDefault)
-{
-    std::filesystem::create_directory(path("sub"));
-    write("sub/my.cube.obj", cubeObj());
-    const Outcome outcome = run({"sub/my.cube.obj", "--size", "40x30", "--samples", "1"});
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(files(), (std::vector<std::string>{"my.cube.png", "sub"}));
-    EXPECT_EQ(Image(path("my.cube.png")).width, 40);
-}
-
 TEST_F(Options, SizeIsThatOfThePicture)
 {
     const Image wide = ball({"--size", "90x31"}), tall = ball({"--size", "20x77"});

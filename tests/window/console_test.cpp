@@ -1,0 +1,116 @@
+// The message console, read with the user's means.
+
+#include <algorithm>
+
+#include "window_test.h"
+
+namespace zebtest
+{
+
+namespace
+{
+
+constexpr const char* kTitle = "ZEB Messages";
+
+class Console : public WindowTest
+{
+protected:
+    // Refused with a message that holds the number.
+    static void complain(int number) { zebFilterWidth(static_cast<float>(-number), 2); }
+    static std::string complaint(int number)
+    {
+        return "error: Parameter out of range. zebFilterWidth: filter width -" +
+               std::to_string(number) + " x 2 out of range";
+    }
+    // A row of the console, as it is copied from there.
+    std::string row(int line)
+    {
+        desktop->copyLine(only(kTitle), line);
+        std::string text = desktop->copied();
+        while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
+        return text;
+    }
+};
+
+TEST_F(Console, IsOpenedByTheFirstMessageBeforeAnyFrame)
+{
+    zebWindowEvents(0);
+    EXPECT_TRUE(desktop->find(kTitle).empty());
+    complain(7);
+    const auto window = only(kTitle);
+    EXPECT_GE(desktop->iconSize(window), 16);
+    EXPECT_EQ(zebWindowEvents(0), 0) << "it is no picture";
+    EXPECT_EQ(row(0), complaint(7));
+}
+
+TEST_F(Console, StaysWhereItIsAndTakesAllMessages)
+{
+    complain(1);
+    complain(2);
+    zebFrameEnd();
+    EXPECT_EQ(desktop->find(kTitle).size(), 1u);
+    EXPECT_EQ(row(1), complaint(2));
+    EXPECT_EQ(row(2), "error: Bad begin-end nesting. zebFrameEnd");
+}
+
+TEST_F(Console, HasRoomFor80ColumnsAnd10LinesAndShowsTheNewest)
+{
+    for (int i = 1; i <= 40; ++i) complain(i);
+    // The last of the ten is the empty one after the newest message's end.
+    EXPECT_EQ(row(8), complaint(40));
+    EXPECT_EQ(row(0), complaint(32));
+    EXPECT_EQ(complaint(40).size(), 80u) << "and fits into a row";
+    complain(100);
+    EXPECT_EQ(row(8), "range") << "of 81 characters the last word goes to the next row";
+}
+
+TEST_F(Console, CannotBeTypedInto)
+{
+    complain(5);
+    desktop->typeText(only(kTitle), "typed");
+    zebWindowEvents(0);
+    EXPECT_EQ(row(0), complaint(5));
+}
+
+TEST_F(Console, OpensAgainAfterItWasClosed)
+{
+    complain(3);
+    desktop->close(only(kTitle));
+    ASSERT_TRUE(until([&] { return desktop->find(kTitle).empty(); }));
+    complain(4);
+    EXPECT_EQ(row(1), complaint(4)) << "earlier messages are still there";
+}
+
+TEST_F(Console, IsNotForPicturesThatGoElsewhere)
+{
+    zebOutputFile(ZEB_FILE_AUTO, "never.png");
+    testing::internal::CaptureStderr();
+    complain(6);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), complaint(6) + "\n");
+    zebWindowEvents(0);
+    EXPECT_TRUE(desktop->find(kTitle).empty());
+}
+
+TEST_F(Console, IsNotForHostsThatPrintThemselves)
+{
+    static std::string line;
+    zebErrorPrinter([](const char* text) { line = text; });
+    complain(8);
+    EXPECT_EQ(line, complaint(8));
+    EXPECT_TRUE(desktop->find(kTitle).empty());
+}
+
+TEST_F(Console, ShowsMessagesOfAPictureBesideIt)
+{
+    testing::internal::CaptureStderr();
+    zebOutputDisplay("ball");
+    beginBall();
+    zebClip(1, 2);
+    zebSceneEnd();
+    only("ball");
+    EXPECT_EQ(row(0), "error: Invalid state for parameters. zebClip");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+}  // namespace
+}  // namespace zebtest

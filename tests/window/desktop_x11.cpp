@@ -1,0 +1,269 @@
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <X11/extensions/XTest.h>
+#include <X11/keysym.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+#include "desktop.h"
+
+namespace zebtest
+{
+
+namespace
+{
+
+// A property's items, each of which Xlib hands over as a long where its format is 32.
+struct Property {
+    unsigned char* data = nullptr;
+    unsigned long count = 0;
+    int format = 0;
+
+    Property(::Display* display, ::Window window, const char* name)
+    {
+        Atom type;
+        unsigned long rest;
+        XGetWindowProperty(display, window, XInternAtom(display, name, False), 0, 1 << 20, False,
+                           AnyPropertyType, &type, &format, &count, &rest, &data);
+    }
+    ~Property()
+    {
+        if (data) XFree(data);
+    }
+    Property(const Property&) = delete;
+    Property& operator=(const Property&) = delete;
+    std::string text() const
+    {
+        return data && format == 8 ? std::string(reinterpret_cast<char*>(data), count) : "";
+    }
+};
+
+class X11Desktop : public Desktop
+{
+public:
+    explicit X11Desktop(std::function<void()> pause)
+        : fDisplay(XOpenDisplay(nullptr)), fPause(std::move(pause))
+    {
+        // Windows may go while they are asked for something. The library passes on to this handler
+        // what is not its own.
+        XSetErrorHandler([](::Display*, XErrorEvent*) { return 0; });
+        if (!fDisplay) throw std::runtime_error("there is no screen");
+        fRoot = DefaultRootWindow(fDisplay);
+        fClipboard = XCreateSimpleWindow(fDisplay, fRoot, 0, 0, 1, 1, 0, 0, 0);
+    }
+    ~X11Desktop() override { XCloseDisplay(fDisplay); }
+
+    std::vector<Window> find(const std::string& title) override
+    {
+        std::vector<Window> found;
+        search(fRoot, title, found);
+        return found;
+    }
+
+    Shot shoot(Window window) override
+    {
+        const auto [x, y, width, height] = place(window);
+        XImage* image = XGetImage(fDisplay, fRoot, x, y, static_cast<unsigned>(width),
+                                  static_cast<unsigned>(height), AllPlanes, ZPixmap);
+        XWindowAttributes attributes;
+        XGetWindowAttributes(fDisplay, window, &attributes);
+        Shot shot{width, height, {}};
+        for (int row = 0; row < height; ++row) {
+            for (int column = 0; column < width; ++column) {
+                shot.colors.push_back(
+                    color(static_cast<std::uint32_t>(XGetPixel(image, column, row)), attributes));
+            }
+        }
+        XDestroyImage(image);
+        return shot;
+    }
+
+    void close(Window window) override
+    {
+        XEvent event{};
+        event.xclient.type = ClientMessage;
+        event.xclient.window = window;
+        event.xclient.message_type = XInternAtom(fDisplay, "WM_PROTOCOLS", False);
+        event.xclient.format = 32;
+        event.xclient.data.l[0] =
+            static_cast<long>(XInternAtom(fDisplay, "WM_DELETE_WINDOW", False));
+        XSendEvent(fDisplay, window, False, NoEventMask, &event);
+        XSync(fDisplay, False);
+    }
+
+    void pressEscape(Window window) override { pressKey(window, XK_Escape, false); }
+
+    void cover(Window window) override
+    {
+        const auto [x, y, width, height] = place(window);
+        XSetWindowAttributes attributes{};
+        attributes.override_redirect = True;
+        attributes.background_pixel = WhitePixel(fDisplay, DefaultScreen(fDisplay));
+        fCover = XCreateWindow(fDisplay, fRoot, x, y, static_cast<unsigned>(width),
+                               static_cast<unsigned>(height), 0, CopyFromParent, InputOutput,
+                               CopyFromParent, CWOverrideRedirect | CWBackPixel, &attributes);
+        XMapRaised(fDisplay, fCover);
+        XSync(fDisplay, False);
+    }
+    void uncover() override
+    {
+        XDestroyWindow(fDisplay, fCover);
+        XSync(fDisplay, False);
+    }
+
+    void move(Window window, int x, int y) override
+    {
+        XMoveWindow(fDisplay, window, x, y);
+        XSync(fDisplay, False);
+    }
+    void minimize(Window window) override
+    {
+        XUnmapWindow(fDisplay, window);
+        XSync(fDisplay, False);
+    }
+    void restore(Window window) override
+    {
+        XMapWindow(fDisplay, window);
+        XSync(fDisplay, False);
+    }
+
+    bool canBeResized(Window window) override
+    {
+        XSizeHints hints{};
+        long supplied = 0;
+        XGetWMNormalHints(fDisplay, window, &hints, &supplied);
+        const auto [x, y, width, height] = place(window);
+        return !(hints.flags & PMinSize) || !(hints.flags & PMaxSize) || hints.min_width != width ||
+               hints.max_width != width || hints.min_height != height || hints.max_height != height;
+    }
+
+    int iconSize(Window window) override
+    {
+        const Property icon(fDisplay, window, "_NET_WM_ICON");
+        const auto* words = reinterpret_cast<const long*>(icon.data);
+        if (!words || icon.count < 2) return 0;
+        const long side = words[0];
+        // The pixels must be there, and not be all alike.
+        const bool whole =
+            words[1] == side && icon.count >= static_cast<unsigned long>(2 + side * side);
+        const bool blank = whole && std::all_of(words + 2, words + 2 + side * side,
+                                                [&](long pixel) { return pixel == words[2]; });
+        return whole && !blank ? static_cast<int>(side) : 0;
+    }
+
+    void copyLine(Window window, int line) override
+    {
+        const auto [x, y, width, height] = place(window);
+        const int lineY = y + 4 + line * (height - 4) / 10 + (height - 4) / 20;
+        drag(x + 6, lineY, x + width - 25, lineY);
+        pressKey(window, XK_c, true);
+        pause();
+    }
+
+    void typeText(Window window, const std::string& text) override
+    {
+        for (const char c : text) pressKey(window, static_cast<KeySym>(c), false);
+    }
+
+    std::string copied() override
+    {
+        const auto atom = [this](const char* name) { return XInternAtom(fDisplay, name, False); };
+        XDeleteProperty(fDisplay, fClipboard, atom("COPIED"));
+        XConvertSelection(fDisplay, atom("CLIPBOARD"), atom("UTF8_STRING"), atom("COPIED"),
+                          fClipboard, CurrentTime);
+        std::string text;
+        for (int round = 0; text.empty() && round < 1000; ++round) {
+            pause();
+            text = Property(fDisplay, fClipboard, "COPIED").text();
+        }
+        return text;
+    }
+
+private:
+    struct Place {
+        int x, y, width, height;
+    };
+
+    Place place(::Window window)
+    {
+        XWindowAttributes attributes;
+        ::Window child;
+        int x = 0, y = 0;
+        XGetWindowAttributes(fDisplay, window, &attributes);
+        XTranslateCoordinates(fDisplay, window, fRoot, 0, 0, &x, &y, &child);
+        return {x, y, attributes.width, attributes.height};
+    }
+
+    void search(::Window from, const std::string& title, std::vector<Window>& found)
+    {
+        ::Window root, parent, *children = nullptr;
+        unsigned count = 0;
+        if (!XQueryTree(fDisplay, from, &root, &parent, &children, &count)) return;
+        for (unsigned i = 0; i < count; ++i) {
+            XWindowAttributes attributes;
+            if (!XGetWindowAttributes(fDisplay, children[i], &attributes)) continue;
+            const bool visible = attributes.map_state == IsViewable;
+            if (visible && Property(fDisplay, children[i], "_NET_WM_NAME").text() == title) {
+                found.push_back(children[i]);
+            }
+            search(children[i], title, found);
+        }
+        if (children) XFree(children);
+    }
+
+    std::uint32_t color(std::uint32_t pixel, const XWindowAttributes& attributes)
+    {
+        if (attributes.visual->c_class != PseudoColor) return pixel & 0xFFFFFF;
+        XColor entry{};
+        entry.pixel = pixel;
+        XQueryColor(fDisplay, attributes.colormap, &entry);
+        return static_cast<std::uint32_t>(entry.red >> 8 << 16 | entry.green >> 8 << 8 |
+                                          entry.blue >> 8);
+    }
+
+    void pressKey(Window window, KeySym key, bool control)
+    {
+        XSetInputFocus(fDisplay, window, RevertToParent, CurrentTime);
+        const KeyCode modifier = XKeysymToKeycode(fDisplay, XK_Control_L);
+        const KeyCode code = XKeysymToKeycode(fDisplay, key);
+        if (control) XTestFakeKeyEvent(fDisplay, modifier, True, CurrentTime);
+        XTestFakeKeyEvent(fDisplay, code, True, CurrentTime);
+        XTestFakeKeyEvent(fDisplay, code, False, CurrentTime);
+        if (control) XTestFakeKeyEvent(fDisplay, modifier, False, CurrentTime);
+        XSync(fDisplay, False);
+    }
+
+    // Programs see a drag only if they look in between.
+    void drag(int x0, int y0, int x1, int y1)
+    {
+        XTestFakeMotionEvent(fDisplay, -1, x0, y0, CurrentTime);
+        pause();
+        XTestFakeButtonEvent(fDisplay, 1, True, CurrentTime);
+        pause();
+        XTestFakeMotionEvent(fDisplay, -1, x1, y1, CurrentTime);
+        pause();
+        XTestFakeButtonEvent(fDisplay, 1, False, CurrentTime);
+        pause();
+    }
+
+    void pause()
+    {
+        XSync(fDisplay, False);
+        fPause();
+    }
+
+    ::Display* fDisplay;
+    std::function<void()> fPause;
+    ::Window fRoot = 0, fCover = 0, fClipboard = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<Desktop> openDesktop(std::function<void()> pause)
+{
+    return std::make_unique<X11Desktop>(std::move(pause));
+}
+
+}  // namespace zebtest

@@ -1,0 +1,70 @@
+// Pictures on a screen that shows 256 colours at once, from a palette.
+
+#include <set>
+
+#include "display/quantizer.h"
+#include "window_test.h"
+
+namespace zebtest
+{
+
+namespace
+{
+
+class PaletteScreen : public WindowTest
+{
+protected:
+    // The ball in the colours of its palette.
+    Shot ballInPalette()
+    {
+        Shot shot = ballOfTheHost();
+        zeb::ColorImage image(shot.width, shot.height);
+        for (std::size_t i = 0; i < shot.colors.size(); ++i) {
+            const std::uint32_t color = shot.colors[i];
+            image.pixels[i] = color >> 16 | (color & 0xFF00) | (color & 0xFF) << 16;
+        }
+        const zeb::Palette palette = zeb::makePalette(image);
+        for (std::size_t i = 0; i < shot.colors.size(); ++i) {
+            const zeb::PaletteEntry& entry = palette.map[palette.index(image.pixels[i])];
+            shot.colors[i] =
+                static_cast<std::uint32_t>(entry.red << 16 | entry.green << 8 | entry.blue);
+        }
+        return shot;
+    }
+};
+
+TEST_F(PaletteScreen, ShowsAPictureInItsBestColors)
+{
+    const Shot picture = ballInPalette();
+    EXPECT_GT(std::set<std::uint32_t>(picture.colors.begin(), picture.colors.end()).size(), 50u);
+    showBall();
+    EXPECT_TRUE(shows(only("ball"), picture));
+}
+
+TEST_F(PaletteScreen, RepaintsInThoseColors)
+{
+    const Shot picture = ballInPalette();
+    showBall();
+    const auto window = only("ball");
+    ASSERT_TRUE(shows(window, picture));
+    desktop->cover(window);
+    EXPECT_TRUE(until([&] { return !(desktop->shoot(window) == picture); }));
+    desktop->uncover();
+    EXPECT_TRUE(shows(window, picture));
+}
+
+TEST_F(PaletteScreen, EveryWindowHasAPaletteOfItsOwn)
+{
+    const Shot picture = ballInPalette();
+    showBall();
+    zebColorGain(0.5f);
+    const Shot darker = ballInPalette();
+    showBall("second");
+    ASSERT_FALSE(darker == picture);
+    desktop->move(only("second"), 400, 300);
+    EXPECT_TRUE(shows(only("second"), darker));
+    EXPECT_TRUE(shows(only("ball"), picture));
+}
+
+}  // namespace
+}  // namespace zebtest

@@ -1,0 +1,321 @@
+// Pictures in windows: what the screen shows is the picture, whatever its user does to the window.
+
+#include "window_test.h"
+
+#include <algorithm>
+
+namespace zebtest
+{
+
+namespace
+{
+
+class Windows : public WindowTest
+{
+};
+
+TEST_F(Windows, ShowThePictureThatAHostReceives)
+{
+    const Shot picture = ballOfTheHost();
+    showBall();
+    EXPECT_EQ(zebWindowEvents(0), 1);
+    EXPECT_TRUE(shows(only("ball"), picture));
+    EXPECT_NE(picture.at(0, 0), picture.at(kWidth / 2, kHeight / 2));
+}
+
+TEST_F(Windows, HaveTheTitleGivenOrZebrix)
+{
+    beginBall();
+    zebSceneEnd();
+    only("Zebrix");
+    zebOutputDisplay("second");
+    zebLoadIdentity();
+    beginBall();
+    zebSceneEnd();
+    only("second");
+    EXPECT_EQ(zebWindowEvents(0), 2);
+}
+
+TEST_F(Windows, AreAsLargeAsThePictureAndStaySo)
+{
+    showBall();
+    const auto window = only("ball");
+    const Shot shot = desktop->shoot(window);
+    EXPECT_EQ(shot.width, kWidth);
+    EXPECT_EQ(shot.height, kHeight);
+    EXPECT_FALSE(desktop->canBeResized(window));
+}
+
+TEST_F(Windows, Are640By480WhereNoSizeIsGiven)
+{
+    zebOutputDisplay("ball");
+    zebSceneBegin();
+    zebSceneEnd();
+    const Shot shot = desktop->shoot(only("ball"));
+    EXPECT_EQ(shot.width, 640);
+    EXPECT_EQ(shot.height, 480);
+}
+
+TEST_F(Windows, WearTheLibrarysIcon)
+{
+    showBall();
+    EXPECT_GE(desktop->iconSize(only("ball")), 32);
+}
+
+TEST_F(Windows, AreBlackBeforeTheFirstRow)
+{
+    zebOutputDisplay("ball");
+    beginBall();
+    const Shot black{kWidth, kHeight, std::vector<std::uint32_t>(kWidth * kHeight, 0)};
+    EXPECT_TRUE(shows(only("ball"), black));
+}
+
+TEST_F(Windows, ShowRowsAsTheyAreFinished)
+{
+    const Shot picture = ballOfTheHost();
+    zebOutputDisplay("ball");
+    beginBall();
+    zebRenderInit();
+    while (zebProgress() < 50) zebRenderBucket();
+    // Rows of buckets are 12 pixels high: half of them are done, but for the last bucket.
+    const auto window = only("ball");
+    EXPECT_TRUE(until([&] {
+        const Shot shot = desktop->shoot(window);
+        return std::equal(shot.colors.begin(), shot.colors.begin() + 24 * kWidth,
+                          picture.colors.begin());
+    }));
+    EXPECT_EQ(desktop->shoot(window).at(kWidth - 1, kHeight - 1), 0u) << "not rendered yet";
+    while (zebRenderBucket()) {
+    }
+    zebSceneEnd();
+    EXPECT_TRUE(shows(window, picture));
+}
+
+// A procedural that looks at the screen: it belongs to the bottom of the picture.
+struct Onlooker {
+    Desktop* desktop;
+    Shot seen;
+};
+
+TEST_F(Windows, ShowRowsWhileTheWorldsEndRenders)
+{
+    const long width = 480, height = 480;
+    zebOutputDisplay("ball");
+    zebSampleUniform(6, 6);
+    beginBall(ZEB_SAMPLES_RGB, width, height);
+    Onlooker onlooker{desktop.get(), {}};
+    // y from -1.1 to -1: below the ball.
+    const float bound[6] = {-1, 1, -1.3f, -1.2f, 0, 0.1f};
+    zebProcedural(
+        &onlooker, bound,
+        [](void* data, float) {
+            auto& self = *static_cast<Onlooker*>(data);
+            const auto found = self.desktop->find("ball");
+            if (!found.empty()) self.seen = self.desktop->shoot(found[0]);
+        },
+        [](void*) {});
+    zebSceneEnd();
+    ASSERT_EQ(onlooker.seen.width, width);
+    const auto isColored = [](std::uint32_t color) { return color != 0; };
+    const long colored =
+        std::count_if(onlooker.seen.colors.begin(), onlooker.seen.colors.end(), isColored);
+    EXPECT_GT(colored, width * height / 2);
+    EXPECT_LT(colored, width * height);
+}
+
+TEST_F(Windows, RepaintWithoutTheHostsHelpWhenUncoveredMovedOrRestored)
+{
+    const Shot picture = ballOfTheHost();
+    showBall();
+    const auto window = only("ball");
+    ASSERT_TRUE(shows(window, picture));
+    desktop->cover(window);
+    EXPECT_TRUE(until([&] { return desktop->shoot(window).at(3, 3) == 0xFFFFFF; }));
+    desktop->uncover();
+    EXPECT_TRUE(shows(window, picture));
+    desktop->minimize(window);
+    desktop->restore(window);
+    EXPECT_TRUE(shows(window, picture));
+    desktop->move(window, 300, 200);
+    EXPECT_TRUE(shows(window, picture));
+    desktop->move(window, -40, -30);
+    zebWindowEvents(0);
+    desktop->move(window, 50, 60);
+    EXPECT_TRUE(shows(window, picture));
+}
+
+TEST_F(Windows, RepaintWhileTheyAreRendered)
+{
+    const Shot picture = ballOfTheHost();
+    zebOutputDisplay("ball");
+    beginBall();
+    const auto window = only("ball");
+    zebRenderInit();
+    while (zebProgress() < 50) zebRenderBucket();
+    desktop->cover(window);
+    zebRenderBucket();
+    desktop->uncover();
+    while (zebRenderBucket()) {
+    }
+    zebSceneEnd();
+    EXPECT_TRUE(shows(window, picture));
+}
+
+TEST_F(Windows, EveryWorldHasOneOfItsOwn)
+{
+    const Shot picture = ballOfTheHost();
+    showBall("ball");
+    showBall("second");
+    showBall("second");
+    EXPECT_EQ(zebWindowEvents(0), 3);
+    ASSERT_TRUE(until([this] { return desktop->find("second").size() == 2; }));
+    desktop->move(only("ball"), 500, 400);
+    EXPECT_TRUE(shows(only("ball"), picture));
+    desktop->close(desktop->find("second")[0]);
+    EXPECT_TRUE(until([] { return zebWindowEvents(0) == 2; }));
+    EXPECT_EQ(desktop->find("second").size(), 1u);
+}
+
+TEST_F(Windows, CloseByTheirButton)
+{
+    showBall();
+    desktop->close(only("ball"));
+    EXPECT_TRUE(until([] { return zebWindowEvents(0) == 0; }));
+    EXPECT_TRUE(desktop->find("ball").empty());
+}
+
+TEST_F(Windows, CloseByTheEscapeKey)
+{
+    showBall();
+    desktop->pressEscape(only("ball"));
+    EXPECT_TRUE(until([] { return zebWindowEvents(0) == 0; }));
+    EXPECT_TRUE(desktop->find("ball").empty());
+}
+
+TEST_F(Windows, EventsCanBeWaitedFor)
+{
+    showBall();
+    desktop->close(only("ball"));
+    while (zebWindowEvents(1) > 0) {
+    }
+    EXPECT_TRUE(desktop->find("ball").empty()) << "it is gone at once";
+    EXPECT_EQ(zebWindowEvents(1), 0) << "waiting where no window is open would never end";
+}
+
+TEST_F(Windows, ClosedWhileTheyAreRenderedDropTheRestAndNothingElse)
+{
+    Reports reports;
+    zebOutputDisplay("ball");
+    beginBall();
+    zebRenderInit();
+    while (zebProgress() < 50) zebRenderBucket();
+    desktop->close(only("ball"));
+    ASSERT_TRUE(until([] { return zebWindowEvents(0) == 0; }));
+    while (zebRenderBucket()) {
+    }
+    zebSceneEnd();
+    EXPECT_TRUE(reports.empty());
+    EXPECT_TRUE(desktop->find("ball").empty());
+    const Shot picture = ballOfTheHost();
+    showBall();
+    EXPECT_TRUE(shows(only("ball"), picture)) << "the next picture is none the worse";
+}
+
+TEST_F(Windows, MayCloseInTheMiddleOfTheWorldsEnd)
+{
+    Reports reports;
+    zebOutputDisplay("ball");
+    zebSampleUniform(6, 6);
+    beginBall(ZEB_SAMPLES_RGB, 480, 480);
+    const auto window = only("ball");
+    struct Closer {
+        Desktop* desktop;
+        Desktop::Window window;
+    } closer{desktop.get(), window};
+    const float bound[6] = {-1, 1, 0, 0.1f, 0, 0.1f};
+    zebProcedural(
+        &closer, bound,
+        [](void* data, float) {
+            const auto& self = *static_cast<Closer*>(data);
+            self.desktop->close(self.window);
+            EXPECT_GE(zebWindowEvents(0), 0) << "a call from inside is none the worse";
+        },
+        [](void*) {});
+    zebSceneEnd();
+    EXPECT_TRUE(until([] { return zebWindowEvents(0) == 0; }));
+    EXPECT_TRUE(desktop->find("ball").empty());
+    EXPECT_TRUE(reports.empty()) << reports[0].message;
+}
+
+TEST_F(Windows, KeepWhatThereIsOfAPictureGivenUp)
+{
+    const Shot picture = ballOfTheHost();
+    zebOutputDisplay("ball");
+    beginBall();
+    zebRenderInit();
+    while (zebProgress() < 50) zebRenderBucket();
+    zebReset();
+    EXPECT_EQ(zebWindowEvents(0), 1);
+    const auto window = only("ball");
+    EXPECT_TRUE(until([&] { return desktop->shoot(window).at(50, 20) == picture.at(50, 20); }));
+    EXPECT_EQ(desktop->shoot(window).at(50, 70), 0u);
+}
+
+TEST_F(Windows, ShowAlphaAloneAsGrey)
+{
+    const Shot picture = ballOfTheHost(ZEB_SAMPLES_ALPHA, 1);
+    zebOutputDisplay("ball");
+    beginBall(ZEB_SAMPLES_ALPHA);
+    zebSceneEnd();
+    EXPECT_TRUE(shows(only("ball"), picture));
+    EXPECT_EQ(picture.at(40, 40), 0xFFFFFFu);
+}
+
+TEST_F(Windows, ShowDepthAloneAsGrey)
+{
+    zebClip(1, 9);
+    zebDepthQuantize(255, 0, 255);
+    const Shot picture = ballOfTheHost(ZEB_SAMPLES_DEPTH, 1);
+    zebOutputDisplay("ball");
+    beginBall(ZEB_SAMPLES_DEPTH);
+    zebSceneEnd();
+    EXPECT_TRUE(shows(only("ball"), picture));
+    EXPECT_LT(picture.at(kWidth / 2, kHeight / 2), picture.at(1, 1)) << "the ball is nearer";
+    EXPECT_EQ(picture.at(1, 1) % 0x010101, 0u);
+}
+
+TEST_F(Windows, ShowFloatsClamped)
+{
+    zebOutputDisplay("ball");
+    zebColorQuantize(0, 0, 0);
+    zebColorGain(2);
+    zebRasterViewport(0, 24, 0, 24);
+    zebSceneBegin();
+    const float half[3] = {0.75f, 0.25f, -1};
+    const float plane[4][3] = {{-9, -9, 2}, {9, -9, 2}, {9, 9, 2}, {-9, 9, 2}};
+    zebColor(half);
+    zebSurface(zebQuark("constant"), 0);
+    zebPolygon(4, zebQuark("point"), plane, 0);
+    zebSceneEnd();
+    const auto window = only("ball");
+    // Twice 0.75 is more than white, twice 0.25 is 127.5 of 255, rounded upwards.
+    EXPECT_TRUE(until([&] { return desktop->shoot(window).at(12, 12) == 0xFF8000u; }));
+}
+
+TEST_F(Windows, AreRefusedWherePicturesAreTooLarge)
+{
+    Reports reports;
+    zebOutputDisplay("ball");
+    zebRasterViewport(0, 40000, 0, 2);
+    zebSceneBegin();
+    EXPECT_EQ(zebWindowEvents(0), 0);
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_EQ(reports[0], (Report{10, ZEB_ERROR,
+                                  "zebSceneBegin: a picture of 40000 x 2 is too "
+                                  "large for a window"}));
+    zebSceneEnd();
+    EXPECT_EQ(reports.size(), 1u);
+}
+
+}  // namespace
+}  // namespace zebtest
