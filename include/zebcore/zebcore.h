@@ -315,7 +315,8 @@ ZEB_API void zebDepthJitter(float amplitude);
 /** Sends the picture to a window of that title; the default, with "Zebrix". */
 ZEB_API void zebOutputDisplay(const char *name);
 /** Sends the picture to a file. It appears when the world ends, whole or not at all. Code 10 for
-    an unknown kind or a null or empty name. @param kind ZEB_FILE_... @param name a path */
+    an unknown kind or a null or empty name. @param kind ZEB_FILE_... @param name a path; on Windows
+    in UTF-8, or else in the system's code page */
 ZEB_API void zebOutputFile(short kind, const char *name);
 /** Chooses what each pixel holds (ZEB_SAMPLES_...). Code 10 for any other number. */
 ZEB_API void zebOutputSamples(short samples);

@@ -2,14 +2,14 @@
 #pragma once
 
 #include <cfenv>
-#if defined(__SSE2__) || defined(_M_X64)
+#if defined(__SSE2__)
 #include <xmmintrin.h>
 #endif
 
 namespace zeb
 {
 
-#if defined(__SSE2__) || defined(_M_X64)
+#if defined(__SSE2__)
 
 // The modes of SSE, which does the library's own arithmetic.
 class SseModes

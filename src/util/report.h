@@ -22,9 +22,9 @@ enum ErrorCode : long {
     kMath = 15
 };
 
-// Reports a problem through the handler of its severity. The format is formatMessage()'s; the message is
-// prefixed with the name of the interface function under way, and is that name alone if the format
-// is null.
+// Reports a problem through the handler of its severity. The format is formatMessage()'s; the
+// message is prefixed with the name of the interface function under way, and is that name alone if
+// the format is null.
 void error(long code, long severity, const char* format, ...)
 #if defined(__GNUC__)
     __attribute__((format(printf, 3, 4)))

@@ -1,0 +1,102 @@
+// The DLL as hosts load it while they run.
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <filesystem>
+#include <thread>
+
+#include "zebcore/zebcore.h"
+
+namespace zebtest
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+// A copy of the DLL under another name: this program holds the DLL itself to its end.
+class Loading : public testing::Test
+{
+protected:
+    Loading() : path(fs::path(testing::TempDir()) / "zeb-loading.dll")
+    {
+        wchar_t own[MAX_PATH] = L"";
+        GetModuleFileNameW(GetModuleHandleW(L"zebcore.dll"), own, MAX_PATH);
+        fs::copy_file(own, path, fs::copy_options::overwrite_existing);
+    }
+    ~Loading() override
+    {
+        std::error_code ignored;
+        fs::remove(path, ignored);
+    }
+
+    HMODULE load() const { return LoadLibraryW(path.c_str()); }
+    bool loaded() const { return GetModuleHandleW(path.c_str()) != nullptr; }
+
+    const fs::path path;
+};
+
+template <class Function>
+Function* function(HMODULE library, const char* name)
+{
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(library, name)));
+}
+
+// Renders a picture to nowhere and declares a name; the name's token, or 0 if a function is
+// missing.
+unsigned short use(HMODULE library)
+{
+    const auto quark = function<decltype(zebQuark)>(library, "zebQuark");
+    const auto device = function<decltype(zebCustomDisplay)>(library, "zebCustomDisplay");
+    const auto begin = function<decltype(zebSceneBegin)>(library, "zebSceneBegin");
+    const auto end = function<decltype(zebSceneEnd)>(library, "zebSceneEnd");
+    const auto reset = function<decltype(zebReset)>(library, "_Z8zebResetv");
+    if (!quark || !device || !begin || !end || !reset) return 0;
+    const ZebDisplay nowhere = {};
+    device(&nowhere);
+    begin();
+    end();
+    reset();
+    return quark("a name of this test's own");
+}
+
+}  // namespace
+
+TEST_F(Loading, FunctionsAreFoundByTheirStatedNames)
+{
+    const HMODULE library = load();
+    ASSERT_NE(library, nullptr);
+    EXPECT_EQ(use(library), 37) << "the first name after the 36 of the start";
+    EXPECT_EQ(function<decltype(zebVersion)>(library, "zebVersion")(), zebVersion());
+    EXPECT_TRUE(FreeLibrary(library));
+}
+
+TEST_F(Loading, ALibraryThatIsLetGoIsGoneAndStartsAnew)
+{
+    for (int round = 0; round < 3; ++round) {
+        const HMODULE library = load();
+        ASSERT_NE(library, nullptr);
+        EXPECT_EQ(load(), library);
+        EXPECT_EQ(use(library), 37) << round;
+        FreeLibrary(library);
+        EXPECT_TRUE(loaded()) << "held once more";
+        FreeLibrary(library);
+        EXPECT_FALSE(loaded());
+    }
+}
+
+TEST_F(Loading, AThreadMayOutliveTheLibraryItUsed)
+{
+    unsigned short token = 0;
+    std::thread([this, &token] {
+        const HMODULE library = load();
+        token = use(library);
+        FreeLibrary(library);
+    }).join();
+    EXPECT_EQ(token, 37);
+    EXPECT_FALSE(loaded());
+}
+
+}  // namespace zebtest
