@@ -36,22 +36,8 @@ public:
 
     std::vector<Window> find(const std::string& title) override
     {
-        struct Search {
-            const std::string& title;
-            std::vector<Window> found;
-        } search{title, {}};
-        EnumThreadWindows(
-            GetCurrentThreadId(),
-            [](HWND window, LPARAM data) -> BOOL {
-                auto& self = *reinterpret_cast<Search*>(data);
-                wchar_t text[256] = L"";
-                GetWindowTextW(window, text, 256);
-                if (IsWindowVisible(window) && narrow(text) == self.title) {
-                    self.found.push_back(reinterpret_cast<Window>(window));
-                }
-                return TRUE;
-            },
-            reinterpret_cast<LPARAM>(&search));
+        Search search{title, {}};
+        EnumThreadWindows(GetCurrentThreadId(), addMatching, reinterpret_cast<LPARAM>(&search));
         return search.found;
     }
 
@@ -163,6 +149,21 @@ public:
     }
 
 private:
+    struct Search {
+        const std::string& title;
+        std::vector<Window> found;
+    };
+    static BOOL CALLBACK addMatching(HWND window, LPARAM data)
+    {
+        auto& search = *reinterpret_cast<Search*>(data);
+        wchar_t text[256] = L"";
+        GetWindowTextW(window, text, 256);
+        if (IsWindowVisible(window) && narrow(text) == search.title) {
+            search.found.push_back(reinterpret_cast<Window>(window));
+        }
+        return TRUE;
+    }
+
     std::function<void()> fPause;
     HWND fCover = nullptr;
 };

@@ -53,6 +53,8 @@ TEST_F(PaletteScreen, RepaintsInThoseColors)
     EXPECT_TRUE(shows(window, picture));
 }
 
+#if !defined(_WIN32)
+// On Windows there is one palette for all windows, and the active one has the first choice.
 TEST_F(PaletteScreen, EveryWindowHasAPaletteOfItsOwn)
 {
     const Shot picture = ballInPalette();
@@ -65,6 +67,7 @@ TEST_F(PaletteScreen, EveryWindowHasAPaletteOfItsOwn)
     EXPECT_TRUE(shows(only("second"), darker));
     EXPECT_TRUE(shows(only("ball"), picture));
 }
+#endif
 
 }  // namespace
 }  // namespace zebtest

@@ -27,8 +27,10 @@ fi
 mountpoint -q "$root/proc" || mount -t proc proc "$root/proc"
 trap 'umount "$root/proc"' EXIT
 rm -rf "$root/programs"
-mkdir "$root/programs"
+mkdir -p "$root/programs/window" "$root/programs/windows"
 cp -r "$bin" "$root/programs/bin"
-cp -r "$tests/fuzz/corpus" "$tests/windows/run_programs.sh" "$root/programs"
+cp -r "$tests/fuzz/corpus" "$root/programs"
+cp "$tests/window/with_screen.sh" "$root/programs/window"
+cp "$tests/windows/run_programs.sh" "$root/programs/windows"
 chroot "$root" env -i HOME=/root LANG=C.UTF-8 PATH=/usr/sbin:/usr/bin:/sbin:/bin \
-    /programs/run_programs.sh /programs/bin /programs/prefix /programs/corpus
+    /programs/windows/run_programs.sh /programs/bin /programs/prefix /programs/corpus

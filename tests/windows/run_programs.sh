@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # run_programs.sh BIN_DIR PREFIX_DIR CORPUS_DIR: runs the test programs of a build for Windows under
-# Wine, which keeps its files in PREFIX_DIR. Each is one process: starting one takes seconds. Needs
-# no display.
+# Wine, which keeps its files in PREFIX_DIR. Each is one process: starting one takes seconds. Those
+# that open windows get a screen of their own.
 set -euo pipefail
 
 if [ $# != 3 ]; then
@@ -12,6 +12,7 @@ bin=$(realpath "$1")
 mkdir -p "$2"
 prefix=$(realpath "$2")
 corpus=$(realpath "$3")
+with_screen=$(realpath "$(dirname "$0")/../window/with_screen.sh")
 
 # first_of NAME...: the first program there is; Debian keeps some of Wine's out of PATH.
 first_of() {
@@ -50,7 +51,32 @@ run example_host_device host_device.ppm >/dev/null
 # A header of 15 bytes, and three bytes a pixel.
 [ "$(stat -c %s host_device.ppm)" = $((15 + 640 * 480 * 3)) ] || failed+=("the picture of example_host_device")
 
-# Programs that open windows go here, with a display of their own (xvfb-run).
+# run_on_screen BITS PROGRAM ARGUMENTS...: with an X server of its own, which Wine must forget before
+# it goes.
+export WINESERVER=$wineserver
+# shellcheck disable=SC2016 # for the inner shell
+and_forget='"$@"; status=$?; "$WINESERVER" -k; exit $status'
+run_on_screen() {
+    echo "== $2 ${*:3}"
+    timeout 900 "$with_screen" "-$1" bash -c "$and_forget" - "$wine" "./$2.exe" "${@:3}" </dev/null ||
+        failed+=("$2 ${*:3}")
+}
+
+"$wineserver" -k || true
+
+run_on_screen 24 zeb_window_tests --gtest_brief=1 --gtest_filter=-Console.*
+# The console lives as long as its process: every test has one of its own.
+for name in $("$wine" ./zeb_window_tests.exe --gtest_list_tests --gtest_filter=Console.* | tr -d '\r' | grep '^  '); do
+    "$wineserver" -k || true
+    run_on_screen 24 zeb_window_tests --gtest_brief=1 --gtest_filter="Console.$name"
+done
+# Wine gives programs the whole palette of a screen only if told to, and if it draws there directly.
+for setting in PrivateColorMap=Y ClientSideGraphics=N; do
+    "$wine" reg add 'HKCU\Software\Wine\X11 Driver' /v ${setting%=*} /d ${setting#*=} /f >/dev/null
+done
+"$wineserver" -k
+run_on_screen 8 zeb_palette_tests --gtest_brief=1
+"$wine" reg delete 'HKCU\Software\Wine\X11 Driver' /f >/dev/null
 
 if [ ${#failed[@]} != 0 ]; then
     printf 'failed: %s\n' "${failed[@]}" >&2
