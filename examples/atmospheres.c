@@ -42,7 +42,7 @@ int main(int argc, char** argv)
 {
     const float hither = 4, yon = 55, distance = 24, left = -1, right = 1;
     float color[3];
-    beginPicture(argc, argv, "atmospheres.png", 800, 450);
+    beginPicture(argc, argv, "atmospheres", 800, 450);
     zebViewPerspective(40);
     zebRotate(-4, 1, 0, 0);
     zebSceneBegin();
@@ -67,5 +67,5 @@ int main(int argc, char** argv)
     paint(0x8A9A4B);
     addSurface(landPoint, &right, 200, 300);
     zebSceneEnd();
-    return zebLastError() != 0;
+    return endPicture();
 }

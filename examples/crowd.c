@@ -19,7 +19,7 @@ int main(int argc, char** argv)
                                                   0x7FB069, 0x2A9D8F, 0x3D6C8F};
     const void* pot;
     unsigned long i;
-    beginPicture(argc, argv, "crowd.png", 800, 450);
+    beginPicture(argc, argv, "crowd", 800, 450);
     zebViewPerspective(26);
     zebTranslate(0, 3, 66);
     zebRotate(-33, 1, 0, 0);
@@ -51,5 +51,5 @@ int main(int argc, char** argv)
         zebAttributePop();
     }
     zebSceneEnd();
-    return zebLastError() != 0;
+    return endPicture();
 }

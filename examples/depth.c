@@ -7,7 +7,7 @@ int main(int argc, char** argv)
 {
     const float ground[4][3] = {{-20, 0, -5}, {20, 0, -5}, {20, 0, 30}, {-20, 0, 30}};
     int i;
-    beginPicture(argc, argv, "depth.png", 800, 450);
+    beginPicture(argc, argv, "depth", 800, 450);
     zebOutputSamples(ZEB_SAMPLES_DEPTH);
     zebClip(4, 12);
     zebViewPerspective(34);
@@ -26,5 +26,5 @@ int main(int argc, char** argv)
     zebRotate(40, 0, 1, 0);
     addKnot(1, 0.25f);
     zebSceneEnd();
-    return zebLastError() != 0;
+    return endPicture();
 }

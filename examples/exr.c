@@ -5,7 +5,7 @@
 int main(int argc, char** argv)
 {
     float i;
-    beginPicture(argc, argv, "exr.exr", 640, 480);
+    beginPicture(argc, argv, "exr", 640, 480);
     zebColorGamma(1);
     zebColorQuantize(0, 0, 0);
     zebDepthQuantize(0, 0, 0);
@@ -26,5 +26,5 @@ int main(int argc, char** argv)
         zebAttributePop();
     }
     zebSceneEnd();
-    return zebLastError() != 0;
+    return endPicture();
 }

@@ -92,7 +92,7 @@ int main(int argc, char** argv)
     renderStar(4, ZEB_FILTER_SINC, 4);
     renderStar(5, 0, 4);
 
-    beginPicture(argc, argv, "filters.png", 720, 480);
+    beginPicture(argc, argv, "filters", 720, 480);
     zebImageWindow(-120, 120, -80, 80);
     zebSampleUniform(1, 1);
     zebFilter(ZEB_FILTER_BOX);
@@ -103,5 +103,5 @@ int main(int argc, char** argv)
     zebPolygon(4, zebQuark("point"), page, 0);
     for (i = 0; i < kStars; ++i) showStar(i, 0x182430, bright[i]);
     zebSceneEnd();
-    return zebLastError() != 0;
+    return endPicture();
 }

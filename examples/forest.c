@@ -102,7 +102,7 @@ int main(int argc, char** argv)
     const float distance = 110, land = 160;
     const float sky[4][3] = {{-200, -40, 190}, {200, -40, 190}, {200, 80, 190}, {-200, 80, 190}};
     float colors[4][3], mist[3];
-    beginPicture(argc, argv, "forest.png", 800, 450);
+    beginPicture(argc, argv, "forest", 800, 450);
     zebViewPerspective(36);
     zebRotate(-13, 1, 0, 0);
     zebTranslate(0, -7.5f, 9);
@@ -122,5 +122,5 @@ int main(int argc, char** argv)
     plant(-64, -4, 128);
     zebSceneEnd();
     printf("%ld trees built, %ld of them plain\n", trees, plain);
-    return zebLastError() != 0;
+    return endPicture();
 }

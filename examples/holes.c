@@ -74,7 +74,7 @@ int main(int argc, char** argv)
     loop(&b);
     arc(&b, 0.92f, 0.9f, 0.48f, 0.48f, 0, 342);
 
-    beginPicture(argc, argv, "holes.png", 800, 450);
+    beginPicture(argc, argv, "holes", 800, 450);
     zebViewPerspective(24);
     zebTranslate(0.1f, -1.1f, 10);
     zebRotate(-10, 1, 0, 0);
@@ -93,5 +93,5 @@ int main(int argc, char** argv)
     addLetter(&e, -0.85f, 0xE9C46A, 0xB58A2A);
     addLetter(&b, 1.35f, 0x2A9D8F, 0x17635A);
     zebSceneEnd();
-    return zebLastError() != 0;
+    return endPicture();
 }

@@ -48,7 +48,8 @@ int main(int argc, char** argv)
 {
     Image image = {NULL, NULL, 0, 0};
     ZebDisplay device = {NULL, openImage, keepSpan, NULL, closeImage};
-    image.path = beginPicture(argc, argv, "host_device.ppm", 640, 480);
+    image.path = argc > 1 ? argv[1] : "host_device.ppm";
+    beginPicture(argc, argv, "host_device", 640, 480);
     device.data = &image;
     zebCustomDisplay(&device);
     zebViewPerspective(32);
@@ -63,5 +64,5 @@ int main(int argc, char** argv)
     addKnot(1.15f, 0.28f);
     zebSceneEnd();
     free(image.pixels);
-    return zebLastError() != 0;
+    return endPicture();
 }

@@ -49,7 +49,7 @@ static void addSheet(void)
 
 int main(int argc, char** argv)
 {
-    beginPicture(argc, argv, "icon.png", 256, 256);
+    beginPicture(argc, argv, "icon", 256, 256);
     zebOutputSamples(ZEB_SAMPLES_RGBA);
     zebImageWindow(-1.05f, 1.05f, -1.05f, 1.05f);
     zebViewOrthographic();
@@ -61,5 +61,5 @@ int main(int argc, char** argv)
     addStripedBall(9);
     if (argc > 3 && strcmp(argv[3], "messages") == 0) addSheet();
     zebSceneEnd();
-    return zebLastError() != 0;
+    return endPicture();
 }

@@ -18,7 +18,7 @@ int main(int argc, char** argv)
     const float shine = 0.35f, body = 0.75f, rough = 0.08f, size[3] = {0.62f, 0.27f, 0.09f};
     const void* petal;
     int i, k;
-    beginPicture(argc, argv, "instances.png", 800, 450);
+    beginPicture(argc, argv, "instances", 800, 450);
     zebViewPerspective(26);
     zebTranslate(0, 0.3f, 12.4f);
     zebRotate(-46, 1, 0, 0);
@@ -52,5 +52,5 @@ int main(int argc, char** argv)
         zebAttributePop();
     }
     zebSceneEnd();
-    return zebLastError() != 0;
+    return endPicture();
 }

@@ -31,7 +31,7 @@ int main(int argc, char** argv)
     const float intensity = 90, from[3] = {2.3f, 4.2f, -6}, to[3] = {3.2f, 1.5f, 0.6f};
     const float cone = 14, soft = 4, beam = 2, body = 0.8f, shine = 0.4f, rough = 0.06f;
     float color[3];
-    beginPicture(argc, argv, "lights.png", 800, 450);
+    beginPicture(argc, argv, "lights", 800, 450);
     zebViewPerspective(18);
     zebTranslate(0, -2.2f, 16.2f);
     zebSceneBegin();
@@ -61,5 +61,5 @@ int main(int argc, char** argv)
     addAlcove(3.15f);
     zebAttributePop();
     zebSceneEnd();
-    return zebLastError() != 0;
+    return endPicture();
 }

@@ -23,7 +23,7 @@ int main(int argc, char** argv)
     const float corners[3][3] = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
     long i;
     zebCustomErrorHandler(ZEB_ALL, collect);
-    beginPicture(argc, argv, "messages.png", 800, 450);
+    beginPicture(argc, argv, "messages", 800, 450);
     zebPolygon(3, zebQuark("point"), corners, 0); /* no world to put it in */
     zebSceneEnd();                                /* none was begun */
     zebFilter(7);                                 /* no such filter */
@@ -57,5 +57,6 @@ int main(int argc, char** argv)
     }
     zebSceneEnd();
     printf("%ld reports\n", count);
+    endPicture();
     return count == 9 ? 0 : 1;
 }

@@ -39,7 +39,7 @@ static void addGoblet(float x, const float* knots, float limit, unsigned long co
 
 int main(int argc, char** argv)
 {
-    beginPicture(argc, argv, "nurbs.png", 800, 450);
+    beginPicture(argc, argv, "nurbs", 800, 450);
     zebShadingRate(1);
     zebViewPerspective(24);
     zebTranslate(0, -1.3f, 13);
@@ -56,5 +56,5 @@ int main(int argc, char** argv)
     addGoblet(0, creased, 4, 0xE9B44C);
     addGoblet(3.05f, creased, 2.75f, 0xD1495B);
     zebSceneEnd();
-    return zebLastError() != 0;
+    return endPicture();
 }

@@ -43,7 +43,7 @@ static void addChecks(void)
 int main(int argc, char** argv)
 {
     int i;
-    beginPicture(argc, argv, "opacity.png", 640, 480);
+    beginPicture(argc, argv, "opacity", 640, 480);
     zebImageWindow(-2.4f, 2.4f, -1.8f, 1.8f);
     zebViewOrthographic();
     zebTranslate(0, 0, 10);
@@ -57,5 +57,5 @@ int main(int argc, char** argv)
         addPetal(angle + 30, 1.08f, 0.3f, 3, 0, 0.15f, 0.9f);
     }
     zebSceneEnd();
-    return zebLastError() != 0;
+    return endPicture();
 }

@@ -38,7 +38,7 @@ int main(int argc, char** argv)
         const float x = (float)(i % kN) - 3, y = (float)(i / kN) - 3, r = hypotf(x, y);
         heights[i] = 0.5f * expf(-0.35f * r * r) + 0.09f * cosf(2.1f * r + 0.4f * x);
     }
-    beginPicture(argc, argv, "patches.png", 800, 450);
+    beginPicture(argc, argv, "patches", 800, 450);
     zebViewPerspective(24);
     zebTranslate(-0.3f, -0.6f, 17);
     zebRotate(-33, 1, 0, 0);
@@ -55,5 +55,5 @@ int main(int argc, char** argv)
     addNet(1.2f, 1.75f, ZEB_BICUBIC, ZEB_BASIS_BSPLINE, 0x2A9D8F);
     addNet(3.6f, -1.05f, ZEB_BICUBIC, ZEB_BASIS_CATMULL_ROM, 0x4A6FA5);
     zebSceneEnd();
-    return zebLastError() != 0;
+    return endPicture();
 }

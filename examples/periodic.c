@@ -26,7 +26,7 @@ static void addRing(float radius, float inner, float outer)
 
 int main(int argc, char** argv)
 {
-    beginPicture(argc, argv, "periodic.png", 800, 450);
+    beginPicture(argc, argv, "periodic", 800, 450);
     zebViewPerspective(24.5f);
     zebTranslate(-0.15f, -1.6f, 13);
     zebRotate(-22, 1, 0, 0);
@@ -52,5 +52,5 @@ int main(int argc, char** argv)
     paint(0x3A86A8);
     addRing(1.5f, 0.3f, 0.62f);
     zebSceneEnd();
-    return zebLastError() != 0;
+    return endPicture();
 }

@@ -44,7 +44,7 @@ static void build(void* data, float detail)
 int main(int argc, char** argv)
 {
     const float body = 0.9f, shine = 0.25f;
-    beginPicture(argc, argv, "procedural.png", 800, 450);
+    beginPicture(argc, argv, "procedural", 800, 450);
     zebViewPerspective(28);
     zebTranslate(0, -2.2f, 12);
     zebRotate(-20, 1, 0, 0);
@@ -62,5 +62,5 @@ int main(int argc, char** argv)
     plant(0);
     zebSceneEnd();
     printf("%ld cubes built\n", built);
-    return zebLastError() != 0;
+    return endPicture();
 }

@@ -14,7 +14,7 @@ static void stand(float x, float y, float z, unsigned long code)
 int main(int argc, char** argv)
 {
     const float foot[3] = {0.85f, -0.65f, 0}, lip[3] = {0.6f, 0.8f, 2.6f};
-    beginPicture(argc, argv, "quadrics.png", 800, 450);
+    beginPicture(argc, argv, "quadrics", 800, 450);
     zebViewPerspective(21.5f);
     zebTranslate(0, -1.25f, 13);
     zebRotate(-14, 1, 0, 0);
@@ -56,5 +56,5 @@ int main(int argc, char** argv)
     zebDisk(0.3f, 0.9f, 360, 0);
     zebAttributePop();
     zebSceneEnd();
-    return zebLastError() != 0;
+    return endPicture();
 }

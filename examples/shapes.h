@@ -14,22 +14,31 @@
 #define SHAPES_PI 3.14159265f
 
 /* Sets the options of a picture: its size, a display gamma, the file named on the command line or
- * else the one given, and 4 x 4 samples a pixel, or n x n if n follows the file's name.
- * Micropolygons of 2 x 2 pixels are enough where colours are interpolated. Returns the file's name.
- */
-static inline const char* beginPicture(int argc, char** argv, const char* name, long width,
-                                       long height)
+ * else a window of the title given, and 4 x 4 samples a pixel, or n x n if n follows the file's
+ * name. Micropolygons of 2 x 2 pixels are enough where colours are interpolated. */
+static inline void beginPicture(int argc, char** argv, const char* title, long width, long height)
 {
-    const char* path = argc > 1 ? argv[1] : name;
     const float samples = argc > 2 ? (float)atof(argv[2]) : 4;
     zebQuirks(0);
     zebRasterViewport(0, width, 0, height);
     zebSampleUniform(samples, samples);
     zebColorGamma(2.2f);
-    zebOutputFile(ZEB_FILE_AUTO, path);
+    if (argc > 1) {
+        zebOutputFile(ZEB_FILE_AUTO, argv[1]);
+    } else {
+        zebOutputDisplay(title);
+    }
     zebShadingModel(ZEB_SMOOTH);
     zebShadingRate(4);
-    return path;
+}
+
+/* Keeps the window, if there is one, until its user closes it. Returns the program's exit status.
+ */
+static inline int endPicture(void)
+{
+    while (zebWindowEvents(1) > 0) {
+    }
+    return zebLastError() != 0;
 }
 
 /* The linear colour of a display code such as 0xE76F51. */

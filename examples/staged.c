@@ -23,7 +23,7 @@ int main(int argc, char** argv)
                                             0x5E35B1, 0x3949AB, 0x1E88E5, 0x00ACC1};
     const long columns = 800 / 16;
     long buckets = 0, panes = 0;
-    beginPicture(argc, argv, "staged.png", 800, 450);
+    beginPicture(argc, argv, "staged", 800, 450);
     zebTune(32, 16, 15);
     zebViewPerspective(26);
     zebTranslate(0, 0, 9);
@@ -51,5 +51,5 @@ int main(int argc, char** argv)
         ++panes;
     }
     zebSceneEnd();
-    return zebLastError() != 0;
+    return endPicture();
 }

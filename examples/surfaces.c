@@ -22,7 +22,7 @@ static void addPawn(float x)
 int main(int argc, char** argv)
 {
     const float shine = 1.6f, wide = 0.25f, narrow = 0.04f, body = 0.8f, spot = 0.6f;
-    beginPicture(argc, argv, "surfaces.png", 800, 450);
+    beginPicture(argc, argv, "surfaces", 800, 450);
     zebViewPerspective(20);
     zebTranslate(0, -1.15f, 12.3f);
     zebRotate(-9, 1, 0, 0);
@@ -44,5 +44,5 @@ int main(int argc, char** argv)
                zebQuark("roughness"), &narrow, 0);
     addPawn(2.4f);
     zebSceneEnd();
-    return zebLastError() != 0;
+    return endPicture();
 }

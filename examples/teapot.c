@@ -5,7 +5,7 @@
 
 int main(int argc, char** argv)
 {
-    beginPicture(argc, argv, "teapot.png", 800, 450);
+    beginPicture(argc, argv, "teapot", 800, 450);
     zebShadingRate(1);
     zebViewPerspective(17.5f);
     zebTranslate(-0.2f, -1.35f, 17);
@@ -25,5 +25,5 @@ int main(int argc, char** argv)
     zebRotate(-90, 1, 0, 0);
     addTeapot();
     zebSceneEnd();
-    return zebLastError() != 0;
+    return endPicture();
 }

@@ -77,7 +77,7 @@
 #define ZEB_FILE_AUTO 0x200        /**< by the name's ending */
 #define ZEB_FILE_PNG 0x201         /**< 8 or 16 bits, after the quantization in force */
 #define ZEB_FILE_EXR 0x202         /**< OpenEXR, float */
-#define ZEB_FILE_PNG_INDEXED 0x203 /**< 256 colours */
+#define ZEB_FILE_PNG_INDEXED 0x203 /**< 256 colours at most, the best for the picture; no alpha */
 /** @} */
 
 /** @name Output samples (zebOutputSamples); any sum of the three */
@@ -312,7 +312,11 @@ ZEB_API void zebColorJitter(float amplitude);
 ZEB_API void zebDepthQuantize(long one, long min, long max);
 /** zebColorJitter for depth; default 0. */
 ZEB_API void zebDepthJitter(float amplitude);
-/** Sends the picture to a window of that title; the default, with "Zebrix". */
+/** Sends the picture to a window; the default, with the title "Zebrix". It opens with the world, of
+    the picture's size, and shows red, green and blue, or else the first sample as grey, 8 bits each.
+    It stays until its user closes it or the process ends; see zebWindowEvents. Opening it reports
+    code 2, a warning, where there is no screen, and code 10 for pictures of more than 32767 pixels a
+    side or 2^28 in all; they are dropped. @param name the title, in UTF-8 */
 ZEB_API void zebOutputDisplay(const char *name);
 /** Sends the picture to a file. It appears when the world ends, whole or not at all. Code 10 for
     an unknown kind or a null or empty name. @param kind ZEB_FILE_... @param name a path; on Windows
@@ -700,7 +704,8 @@ ZEB_API void zebComment(const char *text);
     handlers, tokens and marked spaces stay. Legal anywhere, but from inside a callback: code 8. */
 ZEB_API void zebReset(void) ZEB_DECORATED("_Z8zebResetv");
 /** Sends the lines of printed reports to a function of the host; null drops them. By default they
-    go to standard error. Legal anywhere; kept by zebReset. */
+    go to the message console, a window "ZEB Messages", if the picture goes to a window and there is a
+    screen; otherwise to standard error. Legal anywhere; kept by zebReset. */
 ZEB_API void zebErrorPrinter(ZebPrintFunction printer) ZEB_DECORATED("_Z15zebErrorPrinterPFvPKcE");
 /** Begins to render the world block in stages: zebRenderInit, then zebRenderBucket until it returns
     0, then zebSceneEnd. Primitives added on the way show in the bucket under way and right of it, in
@@ -760,13 +765,17 @@ ZEB_API unsigned short zebDeclare(const char *name, short storage, short type);
 /** Keeps (non-zero, the default) or mends some odd ways; an option.
     Mended: each instance of an object has its own attributes, transformation and order; a patch
     in an object keeps its points; filters wider than 2 pixels show no seams; an unset spot cone is
-    30 and 5 degrees. */
+    30 and 5 degrees; where 8 bits are shown, words with a "one" above 255 are scaled and not cut. */
 ZEB_API void zebQuirks(short on);
 /** Sets how many threads render; an option. 1 (default) is the caller's alone; this version takes
     no other: code 10. */
 ZEB_API void zebThreads(long n);
-/** Lets open windows repaint. @param wait non-zero waits for an event @return how many windows are
-    open; this version opens none. Legal anywhere. */
+/** Handles the events of the library's windows: they repaint, and close when their user wants it.
+    While it renders, the library does so by itself; before and after, a host calls this from time to
+    time, or until it returns 0. Windows outlive the world that opened them.
+    @param wait non-zero waits for an event, if a window is open; on Windows the messages of the
+    host's own windows are handled too while it waits
+    @return how many windows with pictures are open. Legal anywhere. */
 ZEB_API short zebWindowEvents(short wait);
 /** @return the library's version, 10000 * major + 100 * minor + patch. Legal anywhere. */
 ZEB_API long zebVersion(void);
