@@ -20,5 +20,5 @@ xdotool search --sync --name 'ZEB Messages' windowmove 300 480 >/dev/null
 xdotool search --sync --name Beads windowmove 20 40 windowraise >/dev/null
 # Until it is rendered.
 sleep 5
-import -window root -crop 990x728+0+0 +repage -strip -dither FloydSteinberg "PNG8:$2"
+import -window root -crop 990x728+0+0 +repage -strip "PNG24:$2"
 kill $program %1 && wait || true

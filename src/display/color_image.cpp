@@ -13,7 +13,8 @@ namespace
 std::uint32_t toByte(double fraction)
 {
     // Not a number goes to 0.
-    return fraction > 0 ? static_cast<std::uint32_t>(std::min(fraction, 1.0) * 255 + 0.5) : 0;
+    return fraction > 0 ? static_cast<std::uint32_t>(std::lround(std::min(fraction, 1.0) * 255))
+                        : 0;
 }
 
 std::uint32_t screenWord(std::uint32_t word, const Quantizer& quantizer, bool quirks)

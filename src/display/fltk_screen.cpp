@@ -7,7 +7,7 @@
 #include <FL/fl_draw.H>
 #include <FL/x.H>
 
-#include <algorithm>
+#include <cmath>
 #include <string>
 
 #include "display/icon.h"
@@ -195,8 +195,8 @@ public:
         fText.buffer(&fBuffer);
         fl_font(FL_COURIER, 14);
         // Around the text: the borders, its margins, the scroll bar.
-        const int width = static_cast<int>(fl_width('0') * 80 + 0.5) + 2 * Fl::box_dx(fText.box()) +
-                          8 + Fl::scrollbar_size();
+        const int width = static_cast<int>(std::ceil(fl_width('0') * 80)) +
+                          2 * Fl::box_dx(fText.box()) + 8 + Fl::scrollbar_size();
         const int height = fl_height() * 10 + 2 * Fl::box_dy(fText.box()) + 4;
         fText.size(width, height);
         fFrame.size(width, height);

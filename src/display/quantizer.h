@@ -23,7 +23,8 @@ public:
     Histogram() : fBins(kHistogramBins * kHistogramBins * kHistogramBins) {}
     std::uint32_t& at(int r, int g, int b)
     {
-        return fBins[static_cast<std::size_t>((r * kHistogramBins + g) * kHistogramBins + b)];
+        const int bin = (r * kHistogramBins + g) * kHistogramBins + b;
+        return fBins[static_cast<std::size_t>(bin)];
     }
     std::uint32_t at(int r, int g, int b) const
     {

@@ -42,11 +42,11 @@ struct Desktop {
     {
         for (auto& window : windows) {
             if (gDisplay) gDisplay->destroy(window.get());
-            window.release();
+            static_cast<void>(window.release());
         }
         windows.clear();
-        console.release();
-        screen.release();
+        static_cast<void>(console.release());
+        static_cast<void>(screen.release());
     }
 
     void dropClosed()

@@ -1,9 +1,5 @@
-// The DLL as hosts load it while they run.
+#include "windows/loading.h"
 
-#include <gtest/gtest.h>
-#include <windows.h>
-
-#include <filesystem>
 #include <thread>
 
 #include "zebcore/zebcore.h"
@@ -13,36 +9,6 @@ namespace zebtest
 
 namespace
 {
-
-namespace fs = std::filesystem;
-
-// A copy of the DLL under another name: this program holds the DLL itself to its end.
-class Loading : public testing::Test
-{
-protected:
-    Loading() : path(fs::path(testing::TempDir()) / "zeb-loading.dll")
-    {
-        wchar_t own[MAX_PATH] = L"";
-        GetModuleFileNameW(GetModuleHandleW(L"zebcore.dll"), own, MAX_PATH);
-        fs::copy_file(own, path, fs::copy_options::overwrite_existing);
-    }
-    ~Loading() override
-    {
-        std::error_code ignored;
-        fs::remove(path, ignored);
-    }
-
-    HMODULE load() const { return LoadLibraryW(path.c_str()); }
-    bool loaded() const { return GetModuleHandleW(path.c_str()) != nullptr; }
-
-    const fs::path path;
-};
-
-template <class Function>
-Function* function(HMODULE library, const char* name)
-{
-    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(library, name)));
-}
 
 // Renders a picture to nowhere and declares a name; the name's token, or 0 if a function is
 // missing.
@@ -71,6 +37,19 @@ TEST_F(Loading, FunctionsAreFoundByTheirStatedNames)
     EXPECT_EQ(use(library), 37) << "the first name after the 36 of the start";
     EXPECT_EQ(function<decltype(zebVersion)>(library, "zebVersion")(), zebVersion());
     EXPECT_TRUE(FreeLibrary(library));
+}
+
+TEST_F(Loading, TheLibraryHasTwoIcons)
+{
+    const HMODULE library = load();
+    const auto hasIcon = [library](int number) {
+        return FindResourceW(library, MAKEINTRESOURCEW(number),
+                             reinterpret_cast<LPCWSTR>(RT_GROUP_ICON)) != nullptr;
+    };
+    EXPECT_TRUE(hasIcon(101)) << "of pictures";
+    EXPECT_TRUE(hasIcon(103)) << "of messages";
+    EXPECT_FALSE(hasIcon(102));
+    FreeLibrary(library);
 }
 
 TEST_F(Loading, ALibraryThatIsLetGoIsGoneAndStartsAnew)
