@@ -4,7 +4,6 @@
 #include <ImfFrameBuffer.h>
 #include <ImfHeader.h>
 #include <ImfInputFile.h>
-#include <png.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +11,7 @@
 #include <filesystem>
 #include <string>
 
+#include "support/png_image.h"
 #include "support/scene.h"
 
 namespace zebtest
@@ -21,42 +21,6 @@ namespace
 {
 
 namespace fs = std::filesystem;
-
-struct Image {
-    long width = 0, height = 0;
-    int depth = 0, type = -1, channels = 0;
-    std::vector<std::uint32_t> samples;
-    std::uint32_t at(long x, long y, int c) const
-    {
-        return samples[static_cast<std::size_t>((y * width + x) * channels + c)];
-    }
-};
-
-Image readPng(const std::string& name)
-{
-    Image image;
-    std::FILE* file = std::fopen(name.c_str(), "rb");
-    if (!file) return image;
-    png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-    png_infop info = png_create_info_struct(png);
-    png_init_io(png, file);
-    png_read_png(png, info, PNG_TRANSFORM_IDENTITY, nullptr);
-    image.width = png_get_image_width(png, info);
-    image.height = png_get_image_height(png, info);
-    image.depth = png_get_bit_depth(png, info);
-    image.type = png_get_color_type(png, info);
-    image.channels = png_get_channels(png, info);
-    png_bytepp rows = png_get_rows(png, info);
-    for (long y = 0; y < image.height; ++y) {
-        for (long k = 0; k < image.width * image.channels; ++k) {
-            image.samples.push_back(image.depth == 16 ? rows[y][2 * k] * 256u + rows[y][2 * k + 1]
-                                                      : rows[y][k]);
-        }
-    }
-    png_destroy_read_struct(&png, &info, nullptr);
-    std::fclose(file);
-    return image;
-}
 
 class Files : public RasterTest
 {
@@ -109,7 +73,7 @@ protected:
 TEST_F(Files, AnEightBitPngHoldsTheWords)
 {
     render(path("a.png"), ZEB_FILE_AUTO, ZEB_SAMPLES_RGB, true);
-    const Image image = readPng(path("a.png"));
+    const PngImage image = readPng(path("a.png"));
     ASSERT_EQ(image.width, 30);
     ASSERT_EQ(image.height, 20);
     EXPECT_EQ(image.depth, 8);
@@ -149,7 +113,7 @@ TEST_F(Files, APngsColourIsDividedByItsAlpha)
     color(1, 0.5f, 0);
     rectangle(-2, -2, 4, 10, 0.5f);
     zebSceneEnd();
-    const Image image = readPng(path("a.png"));
+    const PngImage image = readPng(path("a.png"));
     EXPECT_EQ(image.type, PNG_COLOR_TYPE_RGB_ALPHA);
     // Words are 64, 32, 0 and 128: a constant surface gives opacity times colour, compositing
     // weighs by opacity.
@@ -166,7 +130,7 @@ TEST_F(Files, WideWordsAndFloatsMakeSixteenBitPngs)
     render(path("a.png"), ZEB_FILE_PNG, ZEB_SAMPLES_RGB, true, 65535);
     EXPECT_EQ(readPng(path("a.png")).depth, 16);
     render(path("b.png"), ZEB_FILE_PNG, ZEB_SAMPLES_RGBAZ, false);
-    const Image image = readPng(path("b.png"));
+    const PngImage image = readPng(path("b.png"));
     EXPECT_EQ(image.depth, 16);
     EXPECT_EQ(image.type, PNG_COLOR_TYPE_RGB_ALPHA);
     ASSERT_FALSE(reports.empty()) << "depth is left out";
@@ -182,7 +146,7 @@ TEST_F(Files, WideWordsAndFloatsMakeSixteenBitPngs)
 TEST_F(Files, DepthAloneIsGrey)
 {
     render(path("a.png"), ZEB_FILE_PNG, ZEB_SAMPLES_DEPTH, false);
-    const Image image = readPng(path("a.png"));
+    const PngImage image = readPng(path("a.png"));
     EXPECT_EQ(image.type, PNG_COLOR_TYPE_GRAY);
     EXPECT_EQ(image.depth, 16);
     EXPECT_EQ(image.at(0, 19, 0), 65535u) << "nothing is hit there";
@@ -301,7 +265,7 @@ TEST_F(Files, ACroppedPictureIsWrittenAtFullSize)
     beginFlat();
     rectangle(0, 0, 40, 40, 0.5f);
     zebSceneEnd();
-    const Image image = readPng(path("a.png"));
+    const PngImage image = readPng(path("a.png"));
     ASSERT_EQ(image.width, 40);
     EXPECT_EQ(image.at(15, 15, 0), 255u);
     EXPECT_EQ(image.at(5, 15, 0), 0u);

@@ -1,6 +1,5 @@
 // PNG files of 256 colours, held against the same pictures in true colour.
 
-#include <png.h>
 #include <unistd.h>
 
 #include <array>
@@ -11,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "support/png_image.h"
 #include "support/scene.h"
 
 namespace zebtest
@@ -37,37 +37,19 @@ struct Image {
 };
 
 // Of palette pictures and those of 8 bits in colour.
-Image readPng(const std::string& name)
+Image readImage(const std::string& name)
 {
-    Image image;
-    std::FILE* file = std::fopen(name.c_str(), "rb");
-    if (!file) return image;
-    png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-    png_infop info = png_create_info_struct(png);
-    png_init_io(png, file);
-    png_read_png(png, info, PNG_TRANSFORM_IDENTITY, nullptr);
-    image.width = png_get_image_width(png, info);
-    image.height = png_get_image_height(png, info);
-    image.depth = png_get_bit_depth(png, info);
-    image.type = png_get_color_type(png, info);
-    png_colorp entries = nullptr;
-    int count = 0;
-    png_get_PLTE(png, info, &entries, &count);
-    for (int n = 0; n < count; ++n)
-        image.palette.push_back({entries[n].red, entries[n].green, entries[n].blue});
-    png_bytepp rows = png_get_rows(png, info);
-    for (long y = 0; y < image.height; ++y) {
-        for (long x = 0; x < image.width; ++x) {
-            if (image.type == PNG_COLOR_TYPE_PALETTE && image.depth == 8) {
-                image.indices.push_back(rows[y][x]);
-                image.pixels.push_back(image.palette.at(rows[y][x]));
-            } else if (image.type == PNG_COLOR_TYPE_RGB && image.depth == 8) {
-                image.pixels.push_back({rows[y][3 * x], rows[y][3 * x + 1], rows[y][3 * x + 2]});
-            }
+    const PngImage file = readPng(name);
+    Image image{file.width, file.height, file.depth, file.type, file.palette, {}, {}};
+    const auto sample = [&file](std::size_t i) { return static_cast<int>(file.samples[i]); };
+    for (std::size_t i = 0; file.depth == 8 && i < file.samples.size(); ++i) {
+        if (file.type == PNG_COLOR_TYPE_PALETTE) {
+            image.indices.push_back(file.samples[i]);
+            image.pixels.push_back(image.palette.at(file.samples[i]));
+        } else if (file.type == PNG_COLOR_TYPE_RGB && i % 3 == 0) {
+            image.pixels.push_back({sample(i), sample(i + 1), sample(i + 2)});
         }
     }
-    png_destroy_read_struct(&png, &info, nullptr);
-    std::fclose(file);
     return image;
 }
 
@@ -143,7 +125,7 @@ protected:
         begin(width, height, kind, path(name), samples, one);
         scene();
         zebSceneEnd();
-        return readPng(path(name));
+        return readImage(path(name));
     }
     // A picture of one surface that fills it.
     Image filled(float r, float g, float b, long one = 255)
@@ -152,7 +134,7 @@ protected:
         color(r, g, b);
         rectangle(-9, -9, 19, 19, 0.5f);
         zebSceneEnd();
-        return readPng(path("filled.png"));
+        return readImage(path("filled.png"));
     }
     // What a picture of such samples reports, in order, without the name of the file.
     std::vector<std::string> warnings(short samples)
@@ -167,7 +149,7 @@ protected:
             messages.push_back(reports[n].message.substr(0, reports[n].message.find('"')));
         }
         reports.clear();
-        EXPECT_EQ(readPng(path("a.png")).type, PNG_COLOR_TYPE_PALETTE) << "it is written anyway";
+        EXPECT_EQ(readImage(path("a.png")).type, PNG_COLOR_TYPE_PALETTE) << "it is written anyway";
         return messages;
     }
 
@@ -348,7 +330,7 @@ TEST_F(IndexedPng, IsBlackBesideTheCrop)
     color(1, 0.6f, 0.2f);
     rectangle(-9, -9, 49, 49, 0.5f);
     zebSceneEnd();
-    const Image image = readPng(path("a.png"));
+    const Image image = readImage(path("a.png"));
     ASSERT_EQ(image.width, 40);
     ASSERT_EQ(image.height, 40);
     EXPECT_EQ(image.at(15, 15), (Rgb{248, 152, 48}));
