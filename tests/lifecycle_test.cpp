@@ -360,4 +360,17 @@ TEST_F(Lifecycle, PrimitivesAfterTheLastBucketAreRefused)
     zebSceneEnd();
 }
 
+TEST_F(Lifecycle, HandlesThatAreNotLiveAreNamed)
+{
+    const auto* handle = reinterpret_cast<const void*>(0x1A2B);
+    raster(40, 30);
+    beginFlat();
+    zebObjectCall(handle);
+    zebLightSwitch(handle, 1);
+    zebSceneEnd();
+    ASSERT_EQ(reports.size(), 2u);
+    EXPECT_EQ(reports[0].message, "zebObjectCall: object handle 0x1a2b is not live");
+    EXPECT_EQ(reports[1].message, "zebLightSwitch: light handle 0x1a2b is not live");
+}
+
 }  // namespace zebtest

@@ -1,5 +1,6 @@
 #include "picture.h"
 
+#include <chrono>
 #include <cmath>
 #include <csignal>
 #include <filesystem>
@@ -183,9 +184,13 @@ bool renderBuckets(const Settings& settings)
 {
     zebRenderInit();
     showProgress(0);
+    std::chrono::steady_clock::time_point looked;
     while (zebRenderBucket()) {
         showProgress(zebProgress());
         if (givenUp()) return false;
+        const auto now = std::chrono::steady_clock::now();
+        if (now - looked < std::chrono::milliseconds(30)) continue;
+        looked = now;
         if (windowClosed(settings)) break;
     }
     clearProgress();

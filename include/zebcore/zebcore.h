@@ -773,9 +773,12 @@ ZEB_API void zebThreads(long n);
 /** Handles the events of the library's windows: they repaint, and close when their user wants it.
     While it renders, the library does so by itself; before and after, a host calls this from time to
     time, or until it returns 0. Windows outlive the world that opened them.
-    @param wait non-zero waits for an event, if a window is open; on Windows the messages of the
-    host's own windows are handled too while it waits
-    @return how many windows with pictures are open. Legal anywhere. */
+    A host that has windows of the same window system (FLTK on Linux) gets its own events handled
+    here too, on Windows only while it waits. What handles them while the library renders is a
+    callback: zebReset and rendering are refused there with code 8.
+    @param wait non-zero waits for an event, if a window is open
+    @return how many windows with pictures are open; 0 also if the process is told to end (WM_QUIT,
+    which stays for the host's own loop). Legal anywhere. */
 ZEB_API short zebWindowEvents(short wait);
 /** @return the library's version, 10000 * major + 100 * minor + patch. Legal anywhere. */
 ZEB_API long zebVersion(void);

@@ -6,6 +6,7 @@
 #include "display/host_display.h"
 #include "display/screen.h"
 #include "display/window_display.h"
+#include "state/error.h"
 #include "state/upcalls.h"
 
 namespace zeb
@@ -23,7 +24,8 @@ void Display::open(const char*, long xres, long yres, long xorigin, long yorigin
 
 void Display::print(const char* line)
 {
-    const bool toWindow = gOption && gOption->outputKind == kOutputWindow;
+    // A console goes with its process: last words are for standard error.
+    const bool toWindow = gOption && gOption->outputKind == kOutputWindow && !Error::fEnding;
     if (toWindow && printOnConsole(line)) return;
     std::fputs(line, stderr);
     std::fputc('\n', stderr);

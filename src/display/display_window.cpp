@@ -31,14 +31,14 @@ void TDisplayWindow::span(long x0, long x1, long y, const std::uint32_t* data)
 
 void TDisplayWindow::update()
 {
-    if (!fImage || fNew.x0 > fNew.x1) return;
+    if (!fImage || fNew.x0 > fNew.x1 || !isOpen()) return;
     draw(*fImage, fNew);
     fNew = {kFar, kFar, -1, -1};
 }
 
 void TDisplayWindow::quantize()
 {
-    if (!fImage) return;
+    if (!fImage || !isOpen()) return;
     update();
     if (paletteScreen()) quant(*fImage, makePalette(*fImage));
     fImage.reset();

@@ -27,7 +27,8 @@ public:
     // stored image is freed, and the backing bitmap stays; later spans are dropped.
     void quantize();
 
-    bool isOpen() const { return fOpen; }
+    // Neither closed by its user nor hidden by the host, as one of the same window system can.
+    bool isOpen() const { return fOpen && isShown(); }
     long highestRow() const { return fHighestRow; }  // -1: none
 
 protected:
@@ -40,6 +41,7 @@ protected:
     void closed() { fOpen = false; }
 
 private:
+    virtual bool isShown() const { return true; }
     // Whether the screen shows at most 256 colours at once, from a palette.
     virtual bool paletteScreen() const = 0;
     // Sets the pixels of an area on the backing bitmap and on the screen.

@@ -5,6 +5,7 @@
 #include <FL/Fl_Text_Display.H>
 #include <FL/Fl_Window.H>
 #include <FL/fl_draw.H>
+#include <FL/fl_utf8.h>
 #include <FL/x.H>
 
 #include <cmath>
@@ -19,7 +20,7 @@ namespace zeb
 namespace
 {
 
-// The library's own connection; null before it is made and once it is lost.
+// The connection that windows are opened by; null before it is made and once it is lost.
 ::Display* gConnection = nullptr;
 bool gRequestFailed = false;
 
@@ -121,6 +122,8 @@ private:
 
     void draw() override { fl_copy_offscreen(0, 0, w(), h(), fBitmap, 0, 0); }
 
+    bool isShown() const override { return fl_xid(this) != 0; }
+
     bool paletteScreen() const override { return fl_visual->c_class == PseudoColor; }
 
     void draw(const ColorImage& image, const Area& area) override
@@ -185,8 +188,9 @@ private:
 class FltkConsole : public TRendEdit
 {
 public:
-    FltkConsole() : fFrame(1, 1, "ZEB Messages"), fText(0, 0, 1, 1)
+    FltkConsole() : fFrame(1, 1, "ZEB Messages"), fBuffer(0, kMostText / 4), fText(0, 0, 1, 1)
     {
+        fBuffer.canUndo(0);
         fFrame.end();
         fFrame.useIcon(Icon::kMessages);
         fText.textfont(FL_COURIER);
@@ -203,9 +207,12 @@ public:
         fFrame.resizable(fText);
     }
 
-    void print(const char* line) override
+    void print(const std::string& text) override
     {
-        fBuffer.append(line);
+        if (fBuffer.length() > kMostText) {
+            fBuffer.remove(0, fBuffer.line_start(kMostText / 2));
+        }
+        fBuffer.append(readable(text).c_str());
         fBuffer.append("\n");
         fText.insert_position(fBuffer.length());
         fText.show_insert_position();
@@ -213,9 +220,34 @@ public:
     }
 
 private:
+    // Older messages give way to new ones.
+    static constexpr int kMostText = 1 << 16;
+
+    // FLTK wants UTF-8; a host may have given names in something else.
+    static std::string readable(std::string text)
+    {
+        if (fl_utf8test(text.data(), static_cast<unsigned>(text.size())) == 0) {
+            for (char& c : text) c = (c & 0x80) ? '?' : c;
+        }
+        return text;
+    }
+
     Frame fFrame;
     Fl_Text_Buffer fBuffer;
     Fl_Text_Display fText;
+};
+
+// New widgets go to the group that is open: that may be the host's, and it stays as it was.
+class KeepGroup
+{
+public:
+    KeepGroup() : fGroup(Fl_Group::current()) { Fl_Group::current(nullptr); }
+    ~KeepGroup() { Fl_Group::current(fGroup); }
+    KeepGroup(const KeepGroup&) = delete;
+    KeepGroup& operator=(const KeepGroup&) = delete;
+
+private:
+    Fl_Group* fGroup;
 };
 
 class FltkScreen : public Screen
@@ -224,19 +256,25 @@ public:
     std::unique_ptr<TDisplayWindow> makeWindow(const char* title, long width, long height,
                                                const PixelFormat& format) override
     {
+        const KeepGroup keep;
         auto window = std::make_unique<FltkWindow>(title, width, height, format);
         if (!window->good()) return nullptr;
         window->showBitmap();
         return window;
     }
-    std::unique_ptr<TRendEdit> makeConsole() override { return std::make_unique<FltkConsole>(); }
-    void events(bool wait) override
+    std::unique_ptr<TRendEdit> makeConsole() override
+    {
+        const KeepGroup keep;
+        return std::make_unique<FltkConsole>();
+    }
+    bool events(bool wait) override
     {
         if (wait) {
             Fl::wait();
         } else {
             Fl::check();
         }
+        return true;
     }
     bool alive() const override { return gConnection != nullptr; }
 };
@@ -245,19 +283,22 @@ public:
 
 std::unique_ptr<Screen> makeScreen()
 {
-    // FLTK connects once a process; a host that uses it too has done so already.
-    static bool lost = false;
-    if (lost) return nullptr;
-    if (!fl_display) {
+    // FLTK connects once a process.
+    static bool made = false;
+    if (made) return nullptr;
+    // A host that uses FLTK too has connected already; what becomes of that connection is its
+    // affair.
+    const bool own = !fl_display;
+    if (own) {
         ::Display* connection = XOpenDisplay(nullptr);
         if (!connection) return nullptr;
         fl_open_display(connection);
+        gOtherFatalHandler = XSetIOErrorHandler(onConnectionError);
+        XSetIOErrorExitHandler(connection, stayAlive, nullptr);
     }
+    made = true;
     gConnection = fl_display;
-    lost = true;
     gOtherErrorHandler = XSetErrorHandler(onRequestError);
-    gOtherFatalHandler = XSetIOErrorHandler(onConnectionError);
-    XSetIOErrorExitHandler(gConnection, stayAlive, nullptr);
     return std::make_unique<FltkScreen>();
 }
 

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "state/callback.h"
@@ -18,11 +21,24 @@ constexpr long kMaxSide = 32767;
 constexpr double kMaxPixels = 1 << 28;
 
 constexpr auto kFrameTime = std::chrono::milliseconds(30);
+constexpr long kPromptMessages = 100;
+constexpr std::size_t kMostMessages = 1 << 16;  // bytes that wait to be shown
+
+// Running out of memory inside a call ends the process: whether so much can be had is asked before.
+bool haveMemory(double bytes)
+{
+    void* probe = std::malloc(static_cast<std::size_t>(bytes));
+    std::free(probe);
+    return probe != nullptr;
+}
 
 // Lives as long as the process: windows stay when everything else has been torn down.
 struct Desktop {
     std::unique_ptr<Screen> screen;
     bool looked = false, consoleRefused = false;
+    int busy = 0;
+    long printed = 0;
+    std::string messages;  // not shown yet
     std::vector<std::unique_ptr<TDisplayWindow>> windows;
     std::unique_ptr<TRendEdit> console;
     std::chrono::steady_clock::time_point updated{};
@@ -46,34 +62,66 @@ struct Desktop {
         }
         windows.clear();
         static_cast<void>(console.release());
-        static_cast<void>(screen.release());
+        screen.reset();
     }
 
     void dropClosed()
     {
-        const auto isClosed = [](const auto& window) {
-            if (!window->isOpen() && gDisplay) gDisplay->destroy(window.get());
-            return !window->isOpen();
-        };
-        windows.erase(std::remove_if(windows.begin(), windows.end(), isClosed), windows.end());
+        // A window that goes may make the host call in: it must find the list whole.
+        std::vector<std::unique_ptr<TDisplayWindow>> closed;
+        for (auto& window : windows) {
+            if (window->isOpen()) continue;
+            if (gDisplay) gDisplay->destroy(window.get());
+            closed.push_back(std::move(window));
+        }
+        windows.erase(std::remove(windows.begin(), windows.end(), nullptr), windows.end());
     }
 
-    void handleEvents(bool wait)
+    void addMessage(const char* line)
     {
-        if (!screen) return;
-        for (const auto& window : windows) window->update();
-        {
-            // A host of the same window system has its own events handled here.
-            CallbackScope scope;
-            screen->events(wait && !windows.empty());
+        if (messages.size() > 2 * kMostMessages) {
+            messages.erase(0, messages.find('\n', messages.size() - kMostMessages) + 1);
         }
-        if (screen->alive()) {
-            dropClosed();
-        } else {
-            lose();
-        }
-        updated = std::chrono::steady_clock::now();
+        if (!messages.empty()) messages += '\n';
+        messages += line;
     }
+
+    // False if the process is told to end.
+    bool handleEvents(bool wait)
+    {
+        if (!screen || busy) return true;
+        dropClosed();
+        if (console && !messages.empty()) console->print(std::exchange(messages, {}));
+        for (const auto& window : windows) window->update();
+        const bool goOn = screen->events(wait && !windows.empty());
+        updated = std::chrono::steady_clock::now();
+        // A callback of the host may have lost the screen on the way.
+        if (screen && !screen->alive()) lose();
+        dropClosed();
+        return goOn;
+    }
+
+    // Handles events while the library is at work.
+    void handleEventsInside()
+    {
+        // A host of the same window system has its own events handled here.
+        CallbackScope scope;
+        handleEvents(false);
+    }
+};
+
+// Alive while a window is made or completed: what the host does on the way may not take it.
+class Busy
+{
+public:
+    explicit Busy(Desktop& desktop) : fDesktop(desktop) { ++fDesktop.busy; }
+    ~Busy() { --fDesktop.busy; }
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
+
+private:
+    Desktop& fDesktop;
+    CallbackScope fScope;
 };
 
 Desktop& desktop()
@@ -86,34 +134,51 @@ Desktop& desktop()
 
 TDisplayWindow* openWindow(const char* title, long width, long height, const PixelFormat& format)
 {
-    if (width > kMaxSide || height > kMaxSide ||
-        static_cast<double>(width) * static_cast<double>(height) > kMaxPixels) {
+    const double pixels = static_cast<double>(width) * static_cast<double>(height);
+    if (width > kMaxSide || height > kMaxSide || pixels > kMaxPixels || !haveMemory(4 * pixels)) {
         error(kRange, kError, "a picture of %ld x %ld is too large for a window", width, height);
         return nullptr;
     }
     Desktop& desk = desktop();
     Screen* screen = desk.find(true);
-    auto window = screen ? screen->makeWindow(title, width, height, format) : nullptr;
+    std::unique_ptr<TDisplayWindow> window;
+    if (screen) {
+        const Busy busy(desk);
+        window = screen->makeWindow(title, width, height, format);
+    }
     if (!window) {
         error(kUnsupported, kWarning, "no window can be opened here, the picture is dropped");
         return nullptr;
     }
-    TDisplayWindow* opened = window.get();
     desk.windows.push_back(std::move(window));
-    return opened;
+    TDisplayWindow* opened = desk.windows.back().get();
+    desk.handleEventsInside();
+    // Its user may have been quick.
+    const auto isOpened = [opened](const auto& other) { return other.get() == opened; };
+    return std::any_of(desk.windows.begin(), desk.windows.end(), isOpened) ? opened : nullptr;
+}
+
+void completeWindow(TDisplayWindow* window)
+{
+    Desktop& desk = desktop();
+    {
+        const Busy busy(desk);
+        window->quantize();
+    }
+    desk.handleEventsInside();
 }
 
 void updateWindows()
 {
-    if (std::chrono::steady_clock::now() - desktop().updated >= kFrameTime) {
-        desktop().handleEvents(false);
-    }
+    Desktop& desk = desktop();
+    if (!desk.screen || std::chrono::steady_clock::now() - desk.updated < kFrameTime) return;
+    desk.handleEventsInside();
 }
 
 short windowEvents(bool wait)
 {
     Desktop& desk = desktop();
-    desk.handleEvents(wait);
+    if (!desk.handleEvents(wait)) return 0;
     return static_cast<short>(std::min<std::size_t>(desk.windows.size(), 32767));
 }
 
@@ -130,14 +195,21 @@ bool printOnConsole(const char* line)
     Desktop& desk = desktop();
     Screen* screen = desk.find(false);
     if (!screen) return false;
+    if (desk.busy) return false;
     if (!desk.console && !desk.consoleRefused) {
+        const Busy busy(desk);
         desk.console = screen->makeConsole();
         desk.consoleRefused = !desk.console;
     }
     if (!desk.console) return false;
-    desk.console->print(line);
-    desk.handleEvents(false);
-    return true;
+    desk.addMessage(line);
+    // Of a flood of messages not every one is waited for.
+    if (++desk.printed < kPromptMessages) {
+        desk.handleEventsInside();
+    } else {
+        updateWindows();
+    }
+    return desk.screen != nullptr;
 }
 
 }  // namespace zeb

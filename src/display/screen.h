@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "display/display_window.h"
 
@@ -15,8 +16,9 @@ class TRendEdit
 {
 public:
     virtual ~TRendEdit() = default;
-    // Appends a line and shows it; reopens the window if the user has closed it.
-    virtual void print(const char* line) = 0;
+    // Appends a line, or several with line feeds between them, and shows the end; reopens the
+    // window if the user has closed it.
+    virtual void print(const std::string& text) = 0;
 };
 
 class Screen
@@ -27,8 +29,8 @@ public:
     virtual std::unique_ptr<TDisplayWindow> makeWindow(const char* title, long width, long height,
                                                        const PixelFormat& format) = 0;
     virtual std::unique_ptr<TRendEdit> makeConsole() = 0;
-    // Handles the events at hand; waits for one if told to.
-    virtual void events(bool wait) = 0;
+    // Handles the events at hand; waits for one if told to. False if the process is told to end.
+    virtual bool events(bool wait) = 0;
     // Whether the connection to the window system still stands. If not, nothing else is called.
     virtual bool alive() const { return true; }
 };
@@ -39,11 +41,13 @@ std::unique_ptr<Screen> makeScreen();
 // Opens a window. It stays until the user closes it, and belongs to nobody; when it goes, gDisplay
 // is told to forget it. Null and a report, if there is no screen or the picture is too large.
 TDisplayWindow* openWindow(const char* title, long width, long height, const PixelFormat& format);
-// Draws what is new and handles events, unless that was done a moment ago: drawing every span by
-// itself would cost more than rendering it.
+// The picture of a window is complete.
+void completeWindow(TDisplayWindow* window);
+// Draws what is new and handles events, for the library's own sake: unless that was done a moment
+// ago, because drawing every span by itself would cost more than rendering it.
 void updateWindows();
-// Draws what is new and handles events; waits for one if told to and a window is open. How many
-// windows are open, the console not counted.
+// The same at once, for the host's sake; waits for an event if told to and a window is open. How
+// many windows are open, the console not counted; 0 if the process is told to end.
 short windowEvents(bool wait);
 // Closes every window and the console: the library is being unloaded.
 void closeWindows();

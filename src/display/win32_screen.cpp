@@ -31,7 +31,10 @@ public:
     {
         if (!fHandle) return;
         SetWindowLongPtrW(fHandle, GWLP_USERDATA, 0);
-        DestroyWindow(fHandle);
+        if (DestroyWindow(fHandle)) return;
+        // It belongs to another thread, which must not come back here.
+        SetWindowLongPtrW(fHandle, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(DefWindowProcW));
+        PostMessageW(fHandle, WM_CLOSE, 0, 0);
     }
 
     HWND handle() const { return fHandle; }
@@ -68,7 +71,7 @@ protected:
     }
 
     // The answer to a message; false leaves it to the system.
-    virtual bool handle(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& answer) = 0;
+    virtual bool onMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& answer) = 0;
 
 private:
     static LRESULT CALLBACK dispatch(HWND window, UINT message, WPARAM wparam, LPARAM lparam)
@@ -80,7 +83,7 @@ private:
         }
         auto* frame = reinterpret_cast<Frame*>(GetWindowLongPtrW(window, GWLP_USERDATA));
         LRESULT answer = 0;
-        if (frame && frame->handle(message, wparam, lparam, answer)) return answer;
+        if (frame && frame->onMessage(message, wparam, lparam, answer)) return answer;
         if (frame && message == WM_NCDESTROY) frame->fHandle = nullptr;
         return DefWindowProcW(window, message, wparam, lparam);
     }
@@ -149,8 +152,6 @@ public:
     bool good() const { return handle() != nullptr; }
 
 private:
-    using Frame::handle;
-
     // Makes another bitmap the backing one, all its words 0, and returns its words; null if the
     // system has no room for it.
     void* useBitmap(const BitmapLayout& layout)
@@ -165,7 +166,7 @@ private:
         return words;
     }
 
-    bool handle(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& answer) override
+    bool onMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& answer) override
     {
         switch (message) {
             case WM_GETMINMAXINFO: {
@@ -192,10 +193,10 @@ private:
                 closed();
                 return true;
             case WM_PALETTECHANGED:
-                if (reinterpret_cast<HWND>(wparam) != handle()) updatePalette(true);
+                if (reinterpret_cast<HWND>(wparam) != handle()) updatePalette();
                 return true;
             case WM_QUERYNEWPALETTE:
-                answer = updatePalette(true);
+                answer = updatePalette();
                 return true;
             default:
                 return false;
@@ -214,26 +215,24 @@ private:
         EndPaint(handle(), &state);
     }
 
-    // Brings the palette to the screen, and redraws the window or adapts what it shows. Whether
-    // there is a palette.
-    bool updatePalette(bool redraw)
+    // Brings the palette to the screen and redraws the window in it. Whether there is a palette.
+    bool updatePalette()
     {
         if (!fPalette) return false;
         const HDC window = GetDC(handle());
         SelectPalette(window, fPalette, FALSE);
         RealizePalette(window);
-        if (redraw) {
-            InvalidateRect(handle(), nullptr, FALSE);
-        } else {
-            UpdateColors(window);
-        }
         ReleaseDC(handle(), window);
+        InvalidateRect(handle(), nullptr, FALSE);
         return true;
     }
 
     bool paletteScreen() const override
     {
-        return (GetDeviceCaps(fMemory, RASTERCAPS) & RC_PALETTE) != 0;
+        const HDC screen = GetDC(nullptr);
+        const int capabilities = GetDeviceCaps(screen, RASTERCAPS);
+        ReleaseDC(nullptr, screen);
+        return (capabilities & RC_PALETTE) != 0;
     }
 
     void draw(const ColorImage& image, const Area& area) override
@@ -273,7 +272,7 @@ private:
             const ScreenColor* row = image.row(y);
             for (int x = 0; x < fWidth; ++x) out[x] = palette.index(row[x]);
         }
-        updatePalette(true);
+        updatePalette();
     }
 
     const int fWidth, fHeight;
@@ -305,19 +304,34 @@ public:
 
     bool good() const { return handle() != nullptr; }
 
-    void print(const char* line) override
+    void print(const std::string& lines) override
     {
-        const std::wstring text = wideText(line) + L"\r\n";
+        std::wstring text;
+        for (const wchar_t c : wideText(lines)) text += c == L'\n' ? L"\r\n" : std::wstring(1, c);
+        text += L"\r\n";
+        if (GetWindowTextLengthW(fEdit) > kMostText) {
+            const auto middle = SendMessageW(fEdit, EM_LINEFROMCHAR, kMostText / 2, 0);
+            replace(
+                0,
+                static_cast<int>(SendMessageW(fEdit, EM_LINEINDEX, static_cast<WPARAM>(middle), 0)),
+                L"");
+        }
         const int end = GetWindowTextLengthW(fEdit);
-        SendMessageW(fEdit, EM_SETSEL, static_cast<WPARAM>(end), end);
-        SendMessageW(fEdit, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(text.c_str()));
+        replace(end, end, text.c_str());
         SendMessageW(fEdit, EM_SCROLLCARET, 0, 0);
         if (!IsWindowVisible(handle())) ShowWindow(handle(), SW_SHOWNA);
     }
 
 private:
-    using Frame::handle;
     static constexpr int kMargin = 2;
+    // Older messages give way to new ones.
+    static constexpr int kMostText = 1 << 16;
+
+    void replace(int from, int to, const wchar_t* text)
+    {
+        SendMessageW(fEdit, EM_SETSEL, static_cast<WPARAM>(from), to);
+        SendMessageW(fEdit, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(text));
+    }
 
     // The size that 80 columns by 10 lines take, with margins and the scroll bar.
     static SIZE tenLines(HFONT font)
@@ -331,7 +345,7 @@ private:
                 (metrics.tmHeight + metrics.tmExternalLeading) * 10};
     }
 
-    bool handle(UINT message, WPARAM, LPARAM lparam, LRESULT&) override
+    bool onMessage(UINT message, WPARAM, LPARAM lparam, LRESULT&) override
     {
         switch (message) {
             case WM_SIZE:
@@ -374,39 +388,45 @@ public:
     }
 
     // While a host renders, its own windows rest; when it waits, it expects them to live.
-    void events(bool wait) override
+    bool events(bool wait) override
     {
+        fGoOn = true;
         if (wait) {
-            WaitMessage();
+            MsgWaitForMultipleObjectsEx(0, nullptr, INFINITE, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
             handleMessages(nullptr);
         } else {
-            EnumThreadWindows(GetCurrentThreadId(), handleMessagesOf, 0);
+            EnumThreadWindows(GetCurrentThreadId(), handleMessagesOf,
+                              reinterpret_cast<LPARAM>(this));
         }
+        return fGoOn;
     }
 
 private:
-    static BOOL CALLBACK handleMessagesOf(HWND window, LPARAM)
+    static BOOL CALLBACK handleMessagesOf(HWND window, LPARAM self)
     {
         if (reinterpret_cast<HINSTANCE>(GetWindowLongPtrW(window, GWLP_HINSTANCE)) == instance()) {
-            handleMessages(window);
+            reinterpret_cast<Win32Screen*>(self)->handleMessages(window);
         }
         return TRUE;
     }
 
     // Those of a window and what is in it, or of all.
-    static void handleMessages(HWND window)
+    void handleMessages(HWND window)
     {
         MSG message;
-        while (PeekMessageW(&message, window, 0, 0, PM_REMOVE)) {
+        while (fGoOn && PeekMessageW(&message, window, 0, 0, PM_REMOVE)) {
             if (message.message == WM_QUIT) {
                 // For the host's own loop.
                 PostQuitMessage(static_cast<int>(message.wParam));
+                fGoOn = false;
                 return;
             }
             TranslateMessage(&message);
             DispatchMessageW(&message);
         }
     }
+
+    bool fGoOn = true;
 };
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "display/window_display.h"
 
+#include <utility>
+
 #include "display/screen.h"
 
 namespace zeb
@@ -9,22 +11,16 @@ void WindowDisplay::open(const char* name, long xres, long yres, long xorigin, l
 {
     Display::open(name, xres, yres, xorigin, yorigin);
     fWindow = openWindow(name, xres, yres, fFormat);
-    if (fWindow) windowEvents(false);
 }
 
 void WindowDisplay::span(long x0, long x1, long y, const std::uint32_t* words)
 {
-    if (!fWindow) return;
-    fWindow->span(x0, x1, y, words);
-    updateWindows();
+    if (fWindow) fWindow->span(x0, x1, y, words);
 }
 
 void WindowDisplay::close()
 {
-    if (!fWindow) return;
-    fWindow->quantize();
-    fWindow = nullptr;
-    windowEvents(false);
+    if (fWindow) completeWindow(std::exchange(fWindow, nullptr));
 }
 
 void WindowDisplay::destroy(const TDisplayWindow* window)

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "display/display.h"
+#include "display/screen.h"
 #include "geom/grid.h"
 #include "math/shading_math.h"
 #include "math/spaces.h"
@@ -259,6 +260,7 @@ short Scene::renderBucket()
     slot->render(*gDisplay, fScratch);
     fCounts.samples = fScratch.samples;
     slot.reset();
+    updateWindows();
     if (++fColumn < fColumns) return 1;
     finishRow();
     return fFrame ? 1 : 0;

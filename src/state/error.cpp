@@ -17,6 +17,7 @@ ErrorHandler Error::fWarningHandler = zebErrorPrint;
 ErrorHandler Error::fErrorHandler = zebErrorPrint;
 ErrorHandler Error::fSevereHandler = zebErrorAbort;
 PrintHandler Error::fPrintHandler = upcall::printMessage;
+bool Error::fEnding = false;
 long Error::fLastError = 0;
 std::new_handler Error::fStoredNewHandler = nullptr;
 thread_local const char* Error::fFuncName = nullptr;
@@ -230,8 +231,9 @@ void zebErrorPrint(long code, long severity, const char* message)
 
 void zebErrorAbort(long code, long severity, const char* message)
 {
+    Error::fEnding = severity > kInfo;
     zebErrorPrint(code, severity, message);
-    if (severity > kInfo) std::abort();
+    if (Error::fEnding) std::abort();
 }
 
 }  // namespace zeb

@@ -17,6 +17,7 @@ using PrintHandler = void (*)(const char* line);
 struct Error {
     static ErrorHandler fInfoHandler, fWarningHandler, fErrorHandler, fSevereHandler;
     static PrintHandler fPrintHandler;
+    static bool fEnding;  // the process ends with the report that is being printed
     // The code of the last report that reached a built-in handler.
     static long fLastError;
     static std::new_handler fStoredNewHandler;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
 #include <string_view>
 
 namespace zeb
@@ -18,10 +19,16 @@ public:
     Text& operator=(const Text&) = delete;
     ~Text() { *fNext = 0; }
 
+    // What has no room is left out with all that follows, a character of several bytes in UTF-8
+    // as a whole.
     void add(std::string_view text)
     {
-        const auto room = static_cast<std::size_t>(fEnd - fNext);
-        fNext = std::copy_n(text.data(), std::min(text.size(), room), fNext);
+        auto size = std::min(text.size(), static_cast<std::size_t>(fEnd - fNext));
+        const auto continues = [&](std::size_t i) { return (text[i] & 0xC0) == 0x80; };
+        const bool full = size < text.size();
+        while (full && size > 0 && continues(size)) --size;
+        fNext = std::copy_n(text.data(), size, fNext);
+        if (full) fEnd = fNext;
     }
     template <class... Arguments>
     void addNumber(Arguments... arguments)
@@ -33,7 +40,7 @@ public:
 
 private:
     char* fNext;
-    char* const fEnd;
+    char* fEnd;
 };
 
 std::string_view orNull(const char* text) { return text ? text : "(null)"; }
@@ -55,7 +62,12 @@ void formatMessage(char* buffer, std::size_t size, const char* format, std::va_l
                 text.addNumber(wide ? va_arg(args, long) : long{va_arg(args, int)});
                 break;
             case 'u':
-                text.addNumber(va_arg(args, unsigned));
+                text.addNumber(wide ? va_arg(args, unsigned long)
+                                    : static_cast<unsigned long>(va_arg(args, unsigned)));
+                break;
+            case 'p':
+                text.add("0x");
+                text.addNumber(reinterpret_cast<std::uintptr_t>(va_arg(args, const void*)), 16);
                 break;
             case 'g':
                 text.addNumber(va_arg(args, double), std::chars_format::general, 6);

@@ -37,6 +37,21 @@ std::string cut(std::size_t size, const char* format, ...)
 
 }  // namespace
 
+TEST(FormatMessage, CutsNoCharacterOfSeveralBytesInTwo)
+{
+    EXPECT_EQ(cut(6, "%s", "abc\xC3\xA9"), "abc\xC3\xA9");
+    EXPECT_EQ(cut(6, "%s", "abcd\xC3\xA9"), "abcd");
+    EXPECT_EQ(cut(6, "%s", "abc\xE8\xA1\xA8"), "abc");
+    EXPECT_EQ(cut(6, "%s!", "abcd\xC3\xA9"), "abcd") << "nothing follows what was cut";
+    EXPECT_EQ(cut(6, "%s", "abcdefg"), "abcde");
+}
+
+TEST(FormatMessage, WritesPointersInHexadecimal)
+{
+    EXPECT_EQ(formatted("%p %s", reinterpret_cast<void*>(0x1A2B), "next"), "0x1a2b next");
+    EXPECT_EQ(formatted("%lu", 4000000000ul), "4000000000");
+}
+
 TEST(FormatMessage, TextStandsForItself)
 {
     EXPECT_EQ(formatted(""), "");

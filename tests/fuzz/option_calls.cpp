@@ -154,7 +154,7 @@ const std::vector<Call>& optionCalls()
         },
         [](Player& p) { zebQuirks(static_cast<short>(p.in.upTo(3))); },
         [](Player& p) { zebThreads(p.in.integer()); },
-        [](Player& p) { zebWindowEvents(static_cast<short>(p.in.upTo(2))); },
+        [](Player&) { zebWindowEvents(0); },
         [](Player&) { zebVersion(); },
     };
     return calls;

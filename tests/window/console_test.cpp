@@ -94,6 +94,31 @@ TEST_F(Console, IsNotForPicturesThatGoElsewhere)
     EXPECT_TRUE(desktop->find(kTitle).empty());
 }
 
+TEST_F(Console, IsNotForTheLastWordsOfAProcess)
+{
+    EXPECT_DEATH(
+        {
+            zebErrorHandler(ZEB_ALL, ZEB_ERROR_ABORT);
+            complain(9);
+        },
+        complaint(9));
+}
+
+TEST_F(Console, KeepsUpWithAFloodAndShowsTheNewest)
+{
+    for (int i = 1; i <= 20000; ++i) complain(i);
+    complain(7);
+    EXPECT_TRUE(until([this] { return row(8) == complaint(7); }));
+}
+
+TEST_F(Console, TakesNamesInAnyEncoding)
+{
+    zebObjectName("k\xC3\xBCrbis");
+    zebObjectName("caf\xE9");
+    complain(2);
+    EXPECT_EQ(row(0), complaint(2));
+}
+
 TEST_F(Console, IsNotForHostsThatPrintThemselves)
 {
     static std::string line;

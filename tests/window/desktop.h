@@ -31,6 +31,8 @@ public:
     virtual ~Desktop() = default;
     // The visible windows of a title.
     virtual std::vector<Window> find(const std::string& title) = 0;
+    // The visible windows of the library, console included.
+    virtual std::vector<Window> findAll() = 0;
     // What the screen shows where a window is, without its frame.
     virtual Shot shoot(Window window) = 0;
     // The close button.

@@ -36,7 +36,13 @@ public:
 
     std::vector<Window> find(const std::string& title) override
     {
-        Search search{title, {}};
+        Search search{title, GetWindowTextW, {}};
+        EnumThreadWindows(GetCurrentThreadId(), addMatching, reinterpret_cast<LPARAM>(&search));
+        return search.found;
+    }
+    std::vector<Window> findAll() override
+    {
+        Search search{"zebcore", GetClassNameW, {}};
         EnumThreadWindows(GetCurrentThreadId(), addMatching, reinterpret_cast<LPARAM>(&search));
         return search.found;
     }
@@ -150,15 +156,16 @@ public:
 
 private:
     struct Search {
-        const std::string& title;
+        const std::string text;
+        int(WINAPI* read)(HWND, LPWSTR, int);
         std::vector<Window> found;
     };
     static BOOL CALLBACK addMatching(HWND window, LPARAM data)
     {
         auto& search = *reinterpret_cast<Search*>(data);
         wchar_t text[256] = L"";
-        GetWindowTextW(window, text, 256);
-        if (IsWindowVisible(window) && narrow(text) == search.title) {
+        search.read(window, text, 256);
+        if (IsWindowVisible(window) && narrow(text) == search.text) {
             search.found.push_back(reinterpret_cast<Window>(window));
         }
         return TRUE;

@@ -58,7 +58,14 @@ public:
     std::vector<Window> find(const std::string& title) override
     {
         std::vector<Window> found;
-        search(fRoot, title, found);
+        search(fRoot, "_NET_WM_NAME", title, found);
+        return found;
+    }
+    std::vector<Window> findAll() override
+    {
+        std::vector<Window> found;
+        using namespace std::string_literals;
+        search(fRoot, "WM_CLASS", "zebcore\0Zebcore\0"s, found);
         return found;
     }
 
@@ -196,7 +203,8 @@ private:
         return {x, y, attributes.width, attributes.height};
     }
 
-    void search(::Window from, const std::string& title, std::vector<Window>& found)
+    void search(::Window from, const char* property, const std::string& text,
+                std::vector<Window>& found)
     {
         ::Window root, parent, *children = nullptr;
         unsigned count = 0;
@@ -205,10 +213,10 @@ private:
             XWindowAttributes attributes;
             if (!XGetWindowAttributes(fDisplay, children[i], &attributes)) continue;
             const bool visible = attributes.map_state == IsViewable;
-            if (visible && Property(fDisplay, children[i], "_NET_WM_NAME").text() == title) {
+            if (visible && Property(fDisplay, children[i], property).text() == text) {
                 found.push_back(children[i]);
             }
-            search(children[i], title, found);
+            search(children[i], property, text, found);
         }
         if (children) XFree(children);
     }

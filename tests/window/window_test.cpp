@@ -4,6 +4,10 @@
 
 #include <algorithm>
 
+#if !defined(_WIN32)
+#include <sys/resource.h>
+#endif
+
 namespace zebtest
 {
 
@@ -238,11 +242,11 @@ TEST_F(Windows, MayCloseInTheMiddleOfTheWorldsEnd)
         [](void* data, float) {
             const auto& self = *static_cast<Closer*>(data);
             self.desktop->close(self.window);
-            EXPECT_GE(zebWindowEvents(0), 0) << "a call from inside is none the worse";
+            EXPECT_TRUE(until([] { return zebWindowEvents(0) == 0; }));
         },
         [](void*) {});
     zebSceneEnd();
-    EXPECT_TRUE(until([] { return zebWindowEvents(0) == 0; }));
+    EXPECT_EQ(zebWindowEvents(0), 0);
     EXPECT_TRUE(desktop->find("ball").empty());
     EXPECT_TRUE(reports.empty()) << reports[0].message;
 }
@@ -302,6 +306,42 @@ TEST_F(Windows, ShowFloatsClamped)
     EXPECT_TRUE(until([&] { return desktop->shoot(window).at(12, 12) == 0xFF8000u; }));
 }
 
+TEST_F(Windows, OfEarlierPicturesCloseWhileAnotherIsRenderedElsewhere)
+{
+    showBall();
+    const auto window = only("ball");
+    Picture picture(3);
+    picture.attach();
+    beginBall();
+    zebRenderInit();
+    desktop->close(window);
+    // Windows are looked at some thirty times a second.
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    while (zebRenderBucket()) {
+    }
+    EXPECT_TRUE(until([] { return zebWindowEvents(0) == 0; }));
+    zebSceneEnd();
+    EXPECT_EQ(picture.closed, 1);
+}
+
+TEST_F(Windows, TakeTitlesInUtf8AndTitlesThatAreNone)
+{
+    const std::string title = "k\xC3\xBCrbis \xCE\xB1 \xE8\xA1\xA8";
+    showBall(title.c_str());
+    desktop->close(only(title));
+    EXPECT_TRUE(until([] { return zebWindowEvents(0) == 0; }));
+    const std::string longTitle(5000, 'x');
+    for (const char* odd :
+         {"", static_cast<const char*>(nullptr), "null", "caf\xE9", longTitle.c_str()}) {
+        zebOutputDisplay(odd);
+        beginBall(ZEB_SAMPLES_RGB, 12, 12);
+        zebSceneEnd();
+        zebLoadIdentity();
+    }
+    EXPECT_EQ(zebWindowEvents(0), 5);
+    closeAll();
+}
+
 TEST_F(Windows, AreRefusedWherePicturesAreTooLarge)
 {
     Reports reports;
@@ -316,6 +356,29 @@ TEST_F(Windows, AreRefusedWherePicturesAreTooLarge)
     zebSceneEnd();
     EXPECT_EQ(reports.size(), 1u);
 }
+
+#if !defined(_WIN32)
+TEST_F(Windows, AreRefusedWhereThereIsNoMemoryForThem)
+{
+    Reports reports;
+    showBall("second");
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_AS, &limit), 0);
+    rlimit little = limit;
+    little.rlim_cur = rlim_t{1} << 30;
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &little), 0);
+    zebOutputDisplay("ball");
+    zebRasterViewport(0, 16384, 0, 16384);
+    zebImageCrop(0, 0.001f, 0, 0.001f);
+    zebSceneBegin();
+    EXPECT_EQ(setrlimit(RLIMIT_AS, &limit), 0);
+    zebSceneEnd();
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_EQ(reports[0].message,
+              "zebSceneBegin: a picture of 16384 x 16384 is too large for a window");
+    EXPECT_EQ(zebWindowEvents(0), 1);
+}
+#endif
 
 }  // namespace
 }  // namespace zebtest

@@ -23,12 +23,15 @@ protected:
     ~WindowTest() override
     {
         zebReset();
-        until([this] {
-            for (const char* title : {"ball", "Zebrix", "second", "third"}) {
-                for (const auto window : desktop->find(title)) desktop->close(window);
-            }
+        closeAll();
+    }
+
+    void closeAll()
+    {
+        EXPECT_TRUE(until([this] {
+            for (const auto window : desktop->findAll()) desktop->close(window);
             return zebWindowEvents(0) == 0;
-        });
+        }));
     }
 
     // Lets the windows work until something holds, which may take the window system some rounds.

@@ -22,8 +22,8 @@ exported=$(sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/p' <<<"$dump" |
 foreign=$(sed -nE 's/^\s*DLL Name: (.*)$/\1/p' <<<"$dump" | grep -ivE "^($system_dlls)\.dll$" || true)
 
 bad=0
-if [ "$(wc -l <<<"$declared")" != 119 ]; then
-    echo "$header: $(wc -l <<<"$declared") functions found, not 119"
+if [ "$(wc -l <<<"$declared")" -lt 100 ]; then
+    echo "$header: $(wc -l <<<"$declared") functions found, too few to be all"
     bad=1
 fi
 if ! diff <(echo "$declared") <(echo "$exported"); then
