@@ -210,13 +210,25 @@ bool renderWorld(std::vector<Mesh> meshes, const Camera& camera, const Settings&
     return renderBuckets(settings);
 }
 
+// Says what happens when the process is told to end.
+void onStops(void (*handler)(int))
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, handler);
+}
+
+void showUntilClosed()
+{
+    // Nothing is left that would have to be given up.
+    onStops(SIG_DFL);
+    while (!gInterrupted && zebWindowEvents(1) > 0) {
+    }
+}
+
 }  // namespace
 
 bool renderPicture(std::vector<Mesh> meshes, const Camera& camera, const Settings& settings)
 {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        std::signal(signal, [](int) { gInterrupted = 1; });
-    }
+    onStops([](int) { gInterrupted = 1; });
     receiveReports();
     setOptions(camera, settings);
     zebSceneBegin();
@@ -232,8 +244,7 @@ bool renderPicture(std::vector<Mesh> meshes, const Camera& camera, const Setting
         return true;
     }
     zebSceneEnd();
-    while (settings.output.empty() && !gInterrupted && zebWindowEvents(1) > 0) {
-    }
+    if (settings.output.empty()) showUntilClosed();
     return !errorReported();
 }
 

@@ -61,7 +61,7 @@ TEST_F(ZebviewWindow, EndsWhenItIsToldTo)
     waitFor("triangle.obj");
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     kill(pid, SIGTERM);
-    EXPECT_EQ(finish(pid).status, 0);
+    EXPECT_EQ(finish(pid).status, 1000 + SIGTERM);
     EXPECT_TRUE(desktop->find("triangle.obj").empty());
 }
 
