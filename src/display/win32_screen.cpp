@@ -311,14 +311,22 @@ public:
         text += L"\r\n";
         if (GetWindowTextLengthW(fEdit) > kMostText) {
             const auto middle = SendMessageW(fEdit, EM_LINEFROMCHAR, kMostText / 2, 0);
-            replace(
-                0,
-                static_cast<int>(SendMessageW(fEdit, EM_LINEINDEX, static_cast<WPARAM>(middle), 0)),
-                L"");
+            select(0, SendMessageW(fEdit, EM_LINEINDEX, static_cast<WPARAM>(middle), 0));
+            replace(L"");
         }
+        DWORD from = 0, to = 0;
+        SendMessageW(fEdit, EM_GETSEL, reinterpret_cast<WPARAM>(&from),
+                     reinterpret_cast<LPARAM>(&to));
         const int end = GetWindowTextLengthW(fEdit);
-        replace(end, end, text.c_str());
+        select(static_cast<WPARAM>(end), end);
+        replace(text.c_str());
         SendMessageW(fEdit, EM_SCROLLCARET, 0, 0);
+        // The user may be about to copy something. Wine scrolls there.
+        if (from < to) {
+            const auto newest = firstVisibleLine();
+            select(from, static_cast<LPARAM>(to));
+            SendMessageW(fEdit, EM_LINESCROLL, 0, newest - firstVisibleLine());
+        }
         if (!IsWindowVisible(handle())) ShowWindow(handle(), SW_SHOWNA);
     }
 
@@ -327,9 +335,13 @@ private:
     // Older messages give way to new ones.
     static constexpr int kMostText = 1 << 16;
 
-    void replace(int from, int to, const wchar_t* text)
+    LRESULT firstVisibleLine() const { return SendMessageW(fEdit, EM_GETFIRSTVISIBLELINE, 0, 0); }
+
+    void select(WPARAM from, LPARAM to) { SendMessageW(fEdit, EM_SETSEL, from, to); }
+
+    // Replaces what is selected.
+    void replace(const wchar_t* text)
     {
-        SendMessageW(fEdit, EM_SETSEL, static_cast<WPARAM>(from), to);
         SendMessageW(fEdit, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(text));
     }
 

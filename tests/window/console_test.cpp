@@ -25,7 +25,12 @@ protected:
     // A row of the console, as it is copied from there.
     std::string row(int line)
     {
-        desktop->copyLine(only(kTitle), line);
+        desktop->selectLine(only(kTitle), line);
+        return selection();
+    }
+    std::string selection()
+    {
+        desktop->copySelection(only(kTitle));
         std::string text = desktop->copied();
         while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
         return text;
@@ -73,6 +78,15 @@ TEST_F(Console, CannotBeTypedInto)
     desktop->typeText(only(kTitle), "typed");
     zebWindowEvents(0);
     EXPECT_EQ(row(0), complaint(5));
+}
+
+TEST_F(Console, LeavesSelectedWhatItsUserHasSelected)
+{
+    complain(5);
+    desktop->selectLine(only(kTitle), 0);
+    for (int i = 1; i <= 20; ++i) complain(i);
+    EXPECT_EQ(selection(), complaint(5));
+    EXPECT_EQ(row(8), complaint(20)) << "and shows the newest all the same";
 }
 
 TEST_F(Console, OpensAgainAfterItWasClosed)

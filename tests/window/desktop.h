@@ -47,8 +47,9 @@ public:
     virtual bool canBeResized(Window window) = 0;
     // The side of the largest icon of a window in pixels, 0 if it has none.
     virtual int iconSize(Window window) = 0;
-    // Selects and copies a row of text, counted in lines from the window's top.
-    virtual void copyLine(Window window, int line) = 0;
+    // Selects a row of text, counted in lines from the window's top.
+    virtual void selectLine(Window window, int line) = 0;
+    virtual void copySelection(Window window) = 0;
     virtual void typeText(Window window, const std::string& text) = 0;
     // What was copied last.
     virtual std::string copied() = 0;

@@ -126,14 +126,17 @@ public:
         return bitmap.bmWidth;
     }
 
-    void copyLine(Window window, int line) override
+    void selectLine(Window window, int line) override
     {
         const HWND text = GetWindow(handle(window), GW_CHILD);
         const auto first = SendMessageW(text, EM_GETFIRSTVISIBLELINE, 0, 0);
         const auto begin = SendMessageW(text, EM_LINEINDEX, static_cast<WPARAM>(first + line), 0);
         const auto size = SendMessageW(text, EM_LINELENGTH, static_cast<WPARAM>(begin), 0);
         SendMessageW(text, EM_SETSEL, static_cast<WPARAM>(begin), begin + size);
-        SendMessageW(text, WM_COPY, 0, 0);
+    }
+    void copySelection(Window window) override
+    {
+        SendMessageW(GetWindow(handle(window), GW_CHILD), WM_COPY, 0, 0);
     }
 
     void typeText(Window window, const std::string& text) override

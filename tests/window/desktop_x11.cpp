@@ -160,11 +160,14 @@ public:
         return whole && !blank ? static_cast<int>(side) : 0;
     }
 
-    void copyLine(Window window, int line) override
+    void selectLine(Window window, int line) override
     {
         const auto [x, y, width, height] = place(window);
         const int lineY = y + 4 + line * (height - 4) / 10 + (height - 4) / 20;
         drag(x + 6, lineY, x + width - 25, lineY);
+    }
+    void copySelection(Window window) override
+    {
         pressKey(window, XK_c, true);
         pause();
     }
