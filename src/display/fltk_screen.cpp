@@ -185,6 +185,20 @@ private:
     Colormap fColormap = 0;
 };
 
+// New widgets go to the group that is open, and showing a window closes that: it may be the host's,
+// and stays as it was.
+class KeepGroup
+{
+public:
+    KeepGroup() : fGroup(Fl_Group::current()) { Fl_Group::current(nullptr); }
+    ~KeepGroup() { Fl_Group::current(fGroup); }
+    KeepGroup(const KeepGroup&) = delete;
+    KeepGroup& operator=(const KeepGroup&) = delete;
+
+private:
+    Fl_Group* fGroup;
+};
+
 class FltkConsole : public TRendEdit
 {
 public:
@@ -216,7 +230,9 @@ public:
         fBuffer.append("\n");
         fText.insert_position(fBuffer.length());
         fText.show_insert_position();
-        if (!fFrame.shown()) fFrame.show();
+        if (fFrame.shown()) return;
+        const KeepGroup keep;
+        fFrame.show();
     }
 
 private:
@@ -235,19 +251,6 @@ private:
     Frame fFrame;
     Fl_Text_Buffer fBuffer;
     Fl_Text_Display fText;
-};
-
-// New widgets go to the group that is open: that may be the host's, and it stays as it was.
-class KeepGroup
-{
-public:
-    KeepGroup() : fGroup(Fl_Group::current()) { Fl_Group::current(nullptr); }
-    ~KeepGroup() { Fl_Group::current(fGroup); }
-    KeepGroup(const KeepGroup&) = delete;
-    KeepGroup& operator=(const KeepGroup&) = delete;
-
-private:
-    Fl_Group* fGroup;
 };
 
 class FltkScreen : public Screen

@@ -66,7 +66,8 @@ run_on_screen() {
 
 run_on_screen 24 zeb_window_tests --gtest_brief=1 --gtest_filter=-Console.*
 # The console lives as long as its process: every test has one of its own.
-for name in $("$wine" ./zeb_window_tests.exe --gtest_list_tests --gtest_filter=Console.* | tr -d '\r' | grep '^  '); do
+names=$("$wine" ./zeb_window_tests.exe --gtest_list_tests --gtest_filter=Console.* | tr -d '\r' | grep '^  ')
+for name in $names; do
     "$wineserver" -k || true
     run_on_screen 24 zeb_window_tests --gtest_brief=1 --gtest_filter="Console.$name"
 done

@@ -1,0 +1,94 @@
+// A host whose own windows are of the same toolkit.
+
+#include <FL/Fl.H>
+#include <FL/Fl_Button.H>
+#include <FL/Fl_Window.H>
+
+#include "window_test.h"
+
+namespace zebtest
+{
+
+namespace
+{
+
+class FltkHost : public WindowTest
+{
+protected:
+    FltkHost() : own(120, 80, "own")
+    {
+        own.end();
+        own.show();
+    }
+    // As a host that goes through all windows comes by it.
+    static Fl_Window* reached(const std::string& title)
+    {
+        for (Fl_Window* w = Fl::first_window(); w; w = Fl::next_window(w)) {
+            if (w->label() == title) return w;
+        }
+        ADD_FAILURE() << title;
+        return nullptr;
+    }
+
+    Fl_Window own;
+};
+
+TEST_F(FltkHost, KeepsTheGroupItIsFilling)
+{
+    own.begin();
+    showBall();
+    zebFilterWidth(-1, 2);
+    EXPECT_EQ(Fl_Group::current(), &own);
+    EXPECT_EQ(own.children(), 0);
+    own.end();
+}
+
+TEST_F(FltkHost, MayHideAPictureForGood)
+{
+    showBall("first");
+    reached("first")->hide();
+    EXPECT_EQ(zebWindowEvents(0), 0);
+    showBall("second");
+    EXPECT_EQ(zebWindowEvents(0), 1);
+    EXPECT_TRUE(shows(only("second"), ballOfTheHost()));
+    EXPECT_EQ(desktop->find("own").size(), 1u);
+}
+
+TEST_F(FltkHost, MayHideAPictureWhileItRenders)
+{
+    zebOutputDisplay("ball");
+    beginBall();
+    zebRenderInit();
+    ASSERT_TRUE(zebRenderBucket());
+    reached("ball")->hide();
+    while (zebRenderBucket()) {
+    }
+    zebSceneEnd();
+    EXPECT_EQ(zebLastError(), 0);
+    EXPECT_EQ(zebWindowEvents(0), 0);
+}
+
+// Its callbacks run while the library handles events in the middle of a call.
+TEST_F(FltkHost, MayCallInFromThere)
+{
+    Reports reports;
+    static int calls;
+    calls = 0;
+    Fl::add_timeout(0, [](void*) {
+        ++calls;
+        zebReset();
+        zebSceneEnd();
+        zebWindowEvents(1);
+    });
+    zebOutputDisplay("ball");
+    beginBall();
+    EXPECT_EQ(calls, 1);
+    zebSceneEnd();
+    EXPECT_TRUE(shows(only("ball"), ballOfTheHost()));
+    ASSERT_EQ(reports.size(), 2u);
+    EXPECT_EQ(reports[0].code, 8) << "zebReset";
+    EXPECT_EQ(reports[1].code, 8) << "zebSceneEnd";
+}
+
+}  // namespace
+}  // namespace zebtest
