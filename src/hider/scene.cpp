@@ -256,22 +256,26 @@ short Scene::renderBucket()
     auto& primitives = bucketAt(fColumn, fRow).primitives;
     while (!primitives.empty()) process(primitives.takeHead());
 
-    auto& slot = (*fBuckets[static_cast<std::size_t>(fRow)])[static_cast<std::size_t>(fColumn)];
-    slot->render(*gDisplay, fScratch);
+    const auto row = static_cast<std::size_t>(fRow);
+    std::unique_ptr<Bucket> bucket = std::move((*fBuckets[row])[static_cast<std::size_t>(fColumn)]);
+    // A device, or a host that is handed events, may call in: what it adds belongs to the buckets
+    // that are left.
+    if (++fColumn == fColumns) {
+        fBuckets[row].reset();
+        fColumn = 0;
+        ++fRow;
+    }
+    bucket->render(*gDisplay, fScratch);
     fCounts.samples = fScratch.samples;
-    slot.reset();
+    bucket.reset();
+    ++fDone;
     updateWindows();
-    if (++fColumn < fColumns) return 1;
-    finishRow();
+    if (fColumn == 0) finishRow();
     return fFrame ? 1 : 0;
 }
 
 void Scene::finishRow()
 {
-    fBuckets[static_cast<std::size_t>(fRow)].reset();
-    // The device may call in: what it adds belongs to the rows that are left.
-    fColumn = 0;
-    ++fRow;
     const long yres = gDisplay->yDim();
     const long next = fY0 + fRow * fBucketHeight;
     gDisplay->flush(next - fBucketHeight, std::min(next, yres) - 1);
@@ -290,7 +294,7 @@ void Scene::render()
 long Scene::progress() const
 {
     if (!fFrame) return 0;
-    return std::min(((fRow * fColumns + fColumn) * 100 + 100) / (fRows * fColumns), 100L);
+    return std::min((fDone * 100 + 100) / (fRows * fColumns), 100L);
 }
 
 // The scene is without buckets before they go: the free functions of procedurals may call in.
@@ -300,7 +304,7 @@ void Scene::flush()
     const auto buckets = std::move(fBuckets);
     fBuckets.clear();
     fScratch = {};
-    fColumn = fRow = 0;
+    fColumn = fRow = fDone = 0;
     fStarted = false;
 }
 

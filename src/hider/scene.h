@@ -103,6 +103,7 @@ private:
     std::vector<std::unique_ptr<Row>> fBuckets;  // rows and buckets are made when first needed
     long fColumns = 0, fRows = 0;
     long fColumn = 0, fRow = 0;  // the bucket to be rendered next
+    long fDone = 0;              // buckets
     long fX0 = 0, fX1 = 0, fY0 = 0, fY1 = 0;
     long fBucketWidth = 1, fBucketHeight = 1;
     float fXmin = 0, fXmax = 0, fYmin = 0, fYmax = 0;  // of all sample positions

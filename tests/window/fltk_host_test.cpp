@@ -90,5 +90,30 @@ TEST_F(FltkHost, MayCallInFromThere)
     EXPECT_EQ(reports[1].code, 8) << "zebSceneEnd";
 }
 
+// What they add goes to the buckets that are left.
+TEST_F(FltkHost, MayBuildFromThere)
+{
+    zebOutputDisplay("ball");
+    zebRasterViewport(0, 36, 0, 12);
+    zebViewIdentity();
+    zebSceneBegin();
+    zebSurface(zebQuark("constant"), 0);
+    zebRenderInit();
+    Fl::add_timeout(0, [](void*) {
+        const float plane[4][3] = {{-9, -9, 0.5f}, {9, -9, 0.5f}, {9, 9, 0.5f}, {-9, 9, 0.5f}};
+        zebPolygon(4, zebQuark("point"), plane, 0);
+    });
+    // Events are handled some thirty times a second.
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    while (zebRenderBucket()) {
+    }
+    zebSceneEnd();
+    EXPECT_EQ(zebLastError(), 0);
+    const Shot shot = desktop->shoot(only("ball"));
+    EXPECT_EQ(shot.at(6, 6), 0u) << "this bucket was done";
+    EXPECT_EQ(shot.at(18, 6), 0xFFFFFFu);
+    EXPECT_EQ(shot.at(30, 6), 0xFFFFFFu);
+}
+
 }  // namespace
 }  // namespace zebtest
