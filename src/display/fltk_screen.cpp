@@ -221,6 +221,13 @@ public:
         fFrame.resizable(fText);
     }
 
+    ~FltkConsole() override { Fl::remove_timeout(onTimeout); }
+
+    void showMessagesSoon() override
+    {
+        if (!Fl::has_timeout(onTimeout)) Fl::add_timeout(0.03, onTimeout);
+    }
+
     void print(const std::string& text) override
     {
         if (fBuffer.length() > kMostText) {
@@ -238,6 +245,8 @@ public:
 private:
     // Older messages give way to new ones.
     static constexpr int kMostText = 1 << 16;
+
+    static void onTimeout(void*) { showMessages(); }
 
     // FLTK wants UTF-8; a host may have given names in something else.
     static std::string readable(std::string text)

@@ -20,8 +20,12 @@ namespace
 constexpr long kMaxSide = 32767;
 constexpr double kMaxPixels = 1 << 28;
 
+using Clock = std::chrono::steady_clock;
+
 constexpr auto kFrameTime = std::chrono::milliseconds(30);
-constexpr long kPromptMessages = 100;
+// Showing messages at once may take so long, or one part in so many of the time.
+constexpr auto kPromptTime = std::chrono::milliseconds(500);
+constexpr int kPromptShare = 10;
 constexpr std::size_t kMostMessages = 1 << 16;  // bytes that wait to be shown
 
 // Running out of memory inside a call ends the process: whether so much can be had is asked before.
@@ -37,11 +41,12 @@ struct Desktop {
     std::unique_ptr<Screen> screen;
     bool looked = false, consoleRefused = false;
     int busy = 0;
-    long printed = 0;
     std::string messages;  // not shown yet
+    Clock::time_point printed{};
+    Clock::duration promptTime = kPromptTime;  // what is left of it
     std::vector<std::unique_ptr<TDisplayWindow>> windows;
     std::unique_ptr<TRendEdit> console;
-    std::chrono::steady_clock::time_point updated{};
+    Clock::time_point updated{};
 
     // A process that had no screen may have got one since; but looking can take long, so a message
     // does not ask again.
@@ -86,20 +91,29 @@ struct Desktop {
         messages += line;
     }
 
+    void showMessages()
+    {
+        if (!console || !console->good() || messages.empty()) return;
+        console->print(std::exchange(messages, {}));
+    }
+
     // False if the process is told to end.
     bool handleEvents(bool wait)
     {
         if (!screen || busy) return true;
         dropClosed();
-        if (console && !messages.empty()) console->print(std::exchange(messages, {}));
+        showMessages();
         for (const auto& window : windows) window->update();
         const bool goOn = screen->events(wait && !windows.empty());
-        updated = std::chrono::steady_clock::now();
+        updated = Clock::now();
         // A callback of the host may have lost the screen on the way.
         if (screen && !screen->alive()) lose();
         dropClosed();
         return goOn;
     }
+
+    // Whether the last time is so long ago that what is new may be shown.
+    bool mayUpdate() const { return Clock::now() - updated >= kFrameTime; }
 
     // Handles events while the library is at work.
     void handleEventsInside()
@@ -171,8 +185,7 @@ void completeWindow(TDisplayWindow* window)
 void updateWindows()
 {
     Desktop& desk = desktop();
-    if (!desk.screen || std::chrono::steady_clock::now() - desk.updated < kFrameTime) return;
-    desk.handleEventsInside();
+    if (desk.screen && desk.mayUpdate()) desk.handleEventsInside();
 }
 
 short windowEvents(bool wait)
@@ -194,8 +207,8 @@ bool printOnConsole(const char* line)
 {
     Desktop& desk = desktop();
     Screen* screen = desk.find(false);
-    if (!screen) return false;
-    if (desk.busy) return false;
+    if (!screen || desk.busy) return false;
+    if (desk.console && !desk.console->good()) desk.console.reset();
     if (!desk.console && !desk.consoleRefused) {
         const Busy busy(desk);
         desk.console = screen->makeConsole();
@@ -203,13 +216,19 @@ bool printOnConsole(const char* line)
     }
     if (!desk.console) return false;
     desk.addMessage(line);
-    // Of a flood of messages not every one is waited for.
-    if (++desk.printed < kPromptMessages) {
+    const auto now = Clock::now();
+    desk.promptTime = std::min<Clock::duration>(
+        kPromptTime, desk.promptTime + (now - desk.printed) / kPromptShare);
+    desk.printed = now;
+    if (desk.promptTime > Clock::duration::zero() || desk.mayUpdate()) {
         desk.handleEventsInside();
+        desk.promptTime -= Clock::now() - now;
     } else {
-        updateWindows();
+        desk.console->showMessagesSoon();
     }
     return desk.screen != nullptr;
 }
+
+void showMessages() { desktop().showMessages(); }
 
 }  // namespace zeb

@@ -19,6 +19,10 @@ public:
     // Appends a line, or several with line feeds between them, and shows the end; reopens the
     // window if the user has closed it.
     virtual void print(const std::string& text) = 0;
+    // Has showMessages called in a moment by whoever handles events then, the host included.
+    virtual void showMessagesSoon() = 0;
+    // Whether the window is still there: a host may have destroyed it.
+    virtual bool good() const { return true; }
 };
 
 class Screen
@@ -51,7 +55,10 @@ void updateWindows();
 short windowEvents(bool wait);
 // Closes every window and the console: the library is being unloaded.
 void closeWindows();
-// Prints to the message console; false if there is no screen.
+// Prints to the message console; false if there is no screen. Of a flood of messages not every one
+// is shown at once.
 bool printOnConsole(const char* line);
+// Shows those that wait.
+void showMessages();
 
 }  // namespace zeb

@@ -140,6 +140,8 @@ public:
         SetWindowPos(handle(), nullptr, 0, 0, fOuter.cx, fOuter.cy,
                      SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
         ShowWindow(handle(), SW_SHOW);
+        // The first time whoever started the program has a say in it.
+        if (!IsWindowVisible(handle())) ShowWindow(handle(), SW_SHOW);
     }
     ~Win32Window() override
     {
@@ -227,6 +229,8 @@ private:
         return true;
     }
 
+    bool isShown() const override { return IsWindowVisible(handle()); }
+
     bool paletteScreen() const override
     {
         const HDC screen = GetDC(nullptr);
@@ -302,29 +306,33 @@ public:
         SendMessageW(fEdit, EM_SETLIMITTEXT, 0, 0);
     }
 
-    bool good() const { return handle() != nullptr; }
+    bool good() const override { return handle() != nullptr; }
+
+    void showMessagesSoon() override { SetTimer(handle(), kTimer, 30, nullptr); }
 
     void print(const std::string& lines) override
     {
         std::wstring text;
         for (const wchar_t c : wideText(lines)) text += c == L'\n' ? L"\r\n" : std::wstring(1, c);
         text += L"\r\n";
-        if (GetWindowTextLengthW(fEdit) > kMostText) {
-            const auto middle = SendMessageW(fEdit, EM_LINEFROMCHAR, kMostText / 2, 0);
-            select(0, SendMessageW(fEdit, EM_LINEINDEX, static_cast<WPARAM>(middle), 0));
-            replace(L"");
-        }
-        DWORD from = 0, to = 0;
+        DWORD from = 0, to = 0, removed = 0;
         SendMessageW(fEdit, EM_GETSEL, reinterpret_cast<WPARAM>(&from),
                      reinterpret_cast<LPARAM>(&to));
-        const int end = GetWindowTextLengthW(fEdit);
-        select(static_cast<WPARAM>(end), end);
+        if (GetWindowTextLengthW(fEdit) > kMostText) {
+            const auto middle = SendMessageW(fEdit, EM_LINEFROMCHAR, kMostText / 2, 0);
+            removed = static_cast<DWORD>(
+                SendMessageW(fEdit, EM_LINEINDEX, static_cast<WPARAM>(middle), 0));
+            select(0, removed);
+            replace(L"");
+        }
+        const auto end = static_cast<DWORD>(GetWindowTextLengthW(fEdit));
+        select(end, end);
         replace(text.c_str());
         SendMessageW(fEdit, EM_SCROLLCARET, 0, 0);
         // The user may be about to copy something. Wine scrolls there.
-        if (from < to) {
+        if (removed <= from && from < to) {
             const auto newest = firstVisibleLine();
-            select(from, static_cast<LPARAM>(to));
+            select(from - removed, to - removed);
             SendMessageW(fEdit, EM_LINESCROLL, 0, newest - firstVisibleLine());
         }
         if (!IsWindowVisible(handle())) ShowWindow(handle(), SW_SHOWNA);
@@ -332,12 +340,16 @@ public:
 
 private:
     static constexpr int kMargin = 2;
+    static constexpr UINT_PTR kTimer = 1;
     // Older messages give way to new ones.
     static constexpr int kMostText = 1 << 16;
 
     LRESULT firstVisibleLine() const { return SendMessageW(fEdit, EM_GETFIRSTVISIBLELINE, 0, 0); }
 
-    void select(WPARAM from, LPARAM to) { SendMessageW(fEdit, EM_SETSEL, from, to); }
+    void select(DWORD from, DWORD to)
+    {
+        SendMessageW(fEdit, EM_SETSEL, from, static_cast<LPARAM>(to));
+    }
 
     // Replaces what is selected.
     void replace(const wchar_t* text)
@@ -360,6 +372,10 @@ private:
     bool onMessage(UINT message, WPARAM, LPARAM lparam, LRESULT&) override
     {
         switch (message) {
+            case WM_TIMER:
+                KillTimer(handle(), kTimer);
+                showMessages();
+                return true;
             case WM_SIZE:
                 MoveWindow(fEdit, 0, 0, LOWORD(lparam), HIWORD(lparam), TRUE);
                 return true;

@@ -1,6 +1,10 @@
 // The message console, read with the user's means.
 
-#include <algorithm>
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <FL/Fl.H>
+#endif
 
 #include "window_test.h"
 
@@ -43,7 +47,9 @@ TEST_F(Console, IsOpenedByTheFirstMessageBeforeAnyFrame)
     EXPECT_TRUE(desktop->find(kTitle).empty());
     complain(7);
     const auto window = only(kTitle);
-    EXPECT_GE(desktop->iconSize(window), 16);
+    const Shot icon = desktop->icon(window);
+    EXPECT_GE(icon.width, 32);
+    EXPECT_GT(redness(icon), 100);
     EXPECT_EQ(zebWindowEvents(0), 0) << "it is no picture";
     EXPECT_EQ(row(0), complaint(7));
 }
@@ -77,7 +83,9 @@ TEST_F(Console, CannotBeTypedInto)
     complain(5);
     desktop->typeText(only(kTitle), "typed");
     zebWindowEvents(0);
+    complain(6);
     EXPECT_EQ(row(0), complaint(5));
+    EXPECT_EQ(row(1), complaint(6));
 }
 
 TEST_F(Console, LeavesSelectedWhatItsUserHasSelected)
@@ -87,6 +95,12 @@ TEST_F(Console, LeavesSelectedWhatItsUserHasSelected)
     for (int i = 1; i <= 20; ++i) complain(i);
     EXPECT_EQ(selection(), complaint(5));
     EXPECT_EQ(row(8), complaint(20)) << "and shows the newest all the same";
+    // The first half of so much text is dropped.
+    for (int i = 1; i <= 700; ++i) complain(100);
+    complain(7);
+    ASSERT_TRUE(until([this] { return row(8) == complaint(7); }));
+    for (int i = 1; i <= 200; ++i) complain(100);
+    EXPECT_EQ(selection(), complaint(7));
 }
 
 TEST_F(Console, OpensAgainAfterItWasClosed)
@@ -124,6 +138,36 @@ TEST_F(Console, KeepsUpWithAFloodAndShowsTheNewest)
     complain(7);
     EXPECT_TRUE(until([this] { return row(8) == complaint(7); }));
 }
+
+TEST_F(Console, ShowsTheEndOfAFloodOnceTheHostsOwnLoopRuns)
+{
+    for (int i = 1; i <= 6000; ++i) complain(i);
+    complain(7);
+    const auto begin = std::chrono::steady_clock::now();
+    while (std::chrono::steady_clock::now() - begin < std::chrono::milliseconds(300)) {
+#if defined(_WIN32)
+        MSG message;
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
+#else
+        Fl::wait(0.01);
+#endif
+    }
+    const auto window = desktop->find(kTitle).at(0);
+    const Shot shot = desktop->shoot(window);
+    zebWindowEvents(0);
+    EXPECT_TRUE(desktop->shoot(window) == shot) << "there was something left to show";
+    EXPECT_EQ(row(8), complaint(7));
+}
+
+#if defined(_WIN32)
+TEST_F(Console, OpensAgainAfterTheHostDestroyedIt)
+{
+    complain(3);
+    DestroyWindow(reinterpret_cast<HWND>(only(kTitle)));
+    complain(4);
+    EXPECT_EQ(row(0), complaint(4));
+}
+#endif
 
 TEST_F(Console, TakesNamesInAnyEncoding)
 {

@@ -45,8 +45,9 @@ public:
     virtual void minimize(Window window) = 0;
     virtual void restore(Window window) = 0;
     virtual bool canBeResized(Window window) = 0;
-    // The side of the largest icon of a window in pixels, 0 if it has none.
-    virtual int iconSize(Window window) = 0;
+    // The largest icon of a window, black where it can be seen through; without colours if there
+    // is none.
+    virtual Shot icon(Window window) = 0;
     // Selects a row of text, counted in lines from the window's top.
     virtual void selectLine(Window window, int line) = 0;
     virtual void copySelection(Window window) = 0;

@@ -49,29 +49,16 @@ public:
 
     Shot shoot(Window window) override
     {
-        fPause();
+        UpdateWindow(handle(window));
         RECT area;
         GetClientRect(handle(window), &area);
         POINT corner{0, 0};
         ClientToScreen(handle(window), &corner);
-        BITMAPINFO layout{};
-        layout.bmiHeader.biSize = sizeof layout.bmiHeader;
-        layout.bmiHeader.biWidth = area.right;
-        layout.bmiHeader.biHeight = -area.bottom;
-        layout.bmiHeader.biPlanes = 1;
-        layout.bmiHeader.biBitCount = 32;
-        void* bits = nullptr;
         const HDC screen = GetDC(nullptr);
         const HDC memory = CreateCompatibleDC(screen);
-        const HBITMAP bitmap = CreateDIBSection(screen, &layout, DIB_RGB_COLORS, &bits, nullptr, 0);
-        SelectObject(memory, bitmap);
+        const HBITMAP bitmap = makeBitmap(memory, area.right, area.bottom);
         BitBlt(memory, 0, 0, area.right, area.bottom, screen, corner.x, corner.y, SRCCOPY);
-        GdiFlush();
-        Shot shot{area.right, area.bottom, {}};
-        const auto* pixels = static_cast<const DWORD*>(bits);
-        for (long i = 0; i < area.right * area.bottom; ++i) {
-            shot.colors.push_back(pixels[i] & 0xFFFFFF);
-        }
+        const Shot shot = takeShot(bitmap);
         DeleteDC(memory);
         DeleteObject(bitmap);
         ReleaseDC(nullptr, screen);
@@ -113,17 +100,23 @@ public:
         return (GetWindowLongW(handle(window), GWL_STYLE) & (WS_THICKFRAME | WS_MAXIMIZEBOX)) != 0;
     }
 
-    int iconSize(Window window) override
+    Shot icon(Window window) override
     {
         const auto icon =
             reinterpret_cast<HICON>(SendMessageW(handle(window), WM_GETICON, ICON_BIG, 0));
         ICONINFO info{};
-        if (!icon || !GetIconInfo(icon, &info)) return 0;
+        if (!icon || !GetIconInfo(icon, &info) || !info.hbmColor) return {};
         BITMAP bitmap{};
-        GetObjectW(info.hbmMask, sizeof bitmap, &bitmap);
+        GetObjectW(info.hbmColor, sizeof bitmap, &bitmap);
+        const HDC memory = CreateCompatibleDC(nullptr);
+        const HBITMAP bits = makeBitmap(memory, bitmap.bmWidth, bitmap.bmHeight);
+        DrawIconEx(memory, 0, 0, icon, bitmap.bmWidth, bitmap.bmHeight, 0, nullptr, DI_NORMAL);
+        const Shot shot = takeShot(bits);
+        DeleteDC(memory);
+        DeleteObject(bits);
         DeleteObject(info.hbmMask);
-        if (info.hbmColor) DeleteObject(info.hbmColor);
-        return bitmap.bmWidth;
+        DeleteObject(info.hbmColor);
+        return shot;
     }
 
     void selectLine(Window window, int line) override
@@ -158,6 +151,33 @@ public:
     }
 
 private:
+    // A black one, selected for drawing.
+    static HBITMAP makeBitmap(HDC memory, long width, long height)
+    {
+        BITMAPINFO layout{};
+        layout.bmiHeader.biSize = sizeof layout.bmiHeader;
+        layout.bmiHeader.biWidth = width;
+        layout.bmiHeader.biHeight = -height;
+        layout.bmiHeader.biPlanes = 1;
+        layout.bmiHeader.biBitCount = 32;
+        void* bits = nullptr;
+        const HBITMAP bitmap = CreateDIBSection(memory, &layout, DIB_RGB_COLORS, &bits, nullptr, 0);
+        SelectObject(memory, bitmap);
+        return bitmap;
+    }
+    static Shot takeShot(HBITMAP bitmap)
+    {
+        GdiFlush();
+        DIBSECTION section{};
+        GetObjectW(bitmap, sizeof section, &section);
+        const auto* pixels = static_cast<const DWORD*>(section.dsBm.bmBits);
+        Shot shot{section.dsBm.bmWidth, section.dsBm.bmHeight, {}};
+        for (long i = 0; i < section.dsBm.bmWidth * section.dsBm.bmHeight; ++i) {
+            shot.colors.push_back(pixels[i] & 0xFFFFFF);
+        }
+        return shot;
+    }
+
     struct Search {
         const std::string text;
         int(WINAPI* read)(HWND, LPWSTR, int);

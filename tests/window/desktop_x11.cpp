@@ -146,18 +146,21 @@ public:
                hints.max_width != width || hints.min_height != height || hints.max_height != height;
     }
 
-    int iconSize(Window window) override
+    Shot icon(Window window) override
     {
         const Property icon(fDisplay, window, "_NET_WM_ICON");
         const auto* words = reinterpret_cast<const long*>(icon.data);
-        if (!words || icon.count < 2) return 0;
-        const long side = words[0];
-        // The pixels must be there, and not be all alike.
-        const bool whole =
-            words[1] == side && icon.count >= static_cast<unsigned long>(2 + side * side);
-        const bool blank = whole && std::all_of(words + 2, words + 2 + side * side,
-                                                [&](long pixel) { return pixel == words[2]; });
-        return whole && !blank ? static_cast<int>(side) : 0;
+        Shot shot;
+        if (!words || icon.count < 2) return shot;
+        const auto pixels = static_cast<std::size_t>(words[0] * words[1]);
+        if (icon.count < 2 + pixels) return shot;
+        shot.width = static_cast<int>(words[0]);
+        shot.height = static_cast<int>(words[1]);
+        for (std::size_t i = 0; i < pixels; ++i) {
+            const auto argb = static_cast<std::uint32_t>(words[2 + i]);
+            shot.colors.push_back(argb >> 24 == 255 ? argb & 0xFFFFFF : 0);
+        }
+        return shot;
     }
 
     void selectLine(Window window, int line) override

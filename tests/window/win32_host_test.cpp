@@ -23,6 +23,26 @@ TEST_F(Win32Host, MayDestroyAPicture)
     EXPECT_EQ(zebWindowEvents(0), 0);
 }
 
+TEST_F(Win32Host, MayHideAPictureForGood)
+{
+    showBall();
+    ShowWindow(handle(only("ball")), SW_HIDE);
+    EXPECT_EQ(zebWindowEvents(0), 0);
+}
+
+TEST_F(Win32Host, MayMinimizeAPicture)
+{
+    showBall();
+    ShowWindow(handle(only("ball")), SW_MINIMIZE);
+    EXPECT_EQ(zebWindowEvents(0), 1);
+}
+
+TEST_F(Win32Host, HearsThatThereIsNoPaletteToRealize)
+{
+    showBall();
+    EXPECT_EQ(SendMessageW(handle(only("ball")), WM_QUERYNEWPALETTE, 0, 0), 0);
+}
+
 TEST_F(Win32Host, MayDestroyAPictureWhileItRenders)
 {
     zebOutputDisplay("ball");

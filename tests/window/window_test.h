@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <thread>
@@ -10,6 +11,13 @@
 #include "desktop.h"
 #include "support/picture.h"
 #include "support/reports.h"
+#if ZEB_PNG
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "support/png_image.h"
+#endif
 
 namespace zebtest
 {
@@ -37,10 +45,14 @@ protected:
     // Lets the windows work until something holds, which may take the window system some rounds.
     static bool until(const std::function<bool()>& holds)
     {
+        return eventually(holds, [] { zebWindowEvents(0); });
+    }
+    static bool eventually(const std::function<bool()>& holds, const std::function<void()>& pause)
+    {
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
         while (!holds()) {
             if (std::chrono::steady_clock::now() > deadline) return false;
-            zebWindowEvents(0);
+            pause();
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
         }
         return true;
@@ -93,6 +105,32 @@ protected:
         return shot;
     }
 
+#if ZEB_PNG
+    // The same picture, read from a file of a kind.
+    static Shot ballInAFile(short kind)
+    {
+        const std::string path = testing::TempDir() + "zeb-window-" + std::to_string(getpid());
+        zebOutputFile(kind, path.c_str());
+        beginBall();
+        zebSceneEnd();
+        zebLoadIdentity();
+        const PngImage image = readPng(path);
+        std::remove(path.c_str());
+        Shot shot{static_cast<int>(image.width), static_cast<int>(image.height), {}};
+        for (long y = 0; y < image.height; ++y) {
+            for (long x = 0; x < image.width; ++x) {
+                const auto word = [&](int c) {
+                    return image.palette.empty()
+                               ? image.at(x, y, c)
+                               : static_cast<std::uint32_t>(image.palette[image.at(x, y, 0)][c]);
+                };
+                shot.colors.push_back(word(0) << 16 | word(1) << 8 | word(2));
+            }
+        }
+        return shot;
+    }
+#endif
+
     Desktop::Window only(const std::string& title)
     {
         Desktop::Window window = 0;
@@ -108,6 +146,19 @@ protected:
     bool shows(Desktop::Window window, const Shot& picture)
     {
         return until([&] { return desktop->shoot(window) == picture; });
+    }
+
+    // Of the lower left quarter, where the icon of messages has a sheet with red lines.
+    static int redness(const Shot& icon)
+    {
+        int most = 0;
+        for (int y = icon.height / 2; y < icon.height; ++y) {
+            for (int x = 0; x < icon.width / 2; ++x) {
+                const auto color = static_cast<int>(icon.at(x, y));
+                most = std::max(most, (color >> 16) - (color & 0xFF));
+            }
+        }
+        return most;
     }
 
     std::unique_ptr<Desktop> desktop;
