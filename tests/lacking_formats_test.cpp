@@ -40,6 +40,7 @@ protected:
 TEST_F(LackingFormats, PngIsReportedAsOptional)
 {
     expectUnsupported(ZEB_FILE_PNG, "zeb-lacking");
+    expectUnsupported(ZEB_FILE_PNG_INDEXED, "zeb-lacking");
     expectUnsupported(ZEB_FILE_AUTO, "zeb-lacking.png");
 }
 #endif

@@ -1,5 +1,9 @@
 // Pictures on a screen that shows 256 colours at once, from a palette.
 
+#if defined(_WIN32)
+#include <windows.h>
+#endif
+
 #include <set>
 
 #include "display/quantizer.h"
@@ -41,6 +45,15 @@ TEST_F(PaletteScreen, ShowsAPictureInItsBestColors)
     EXPECT_TRUE(shows(only("ball"), picture));
 }
 
+#if ZEB_PNG
+TEST_F(PaletteScreen, ShowsThePictureThatAnIndexedFileHas)
+{
+    const Shot picture = ballInAFile(ZEB_FILE_PNG_INDEXED);
+    showBall();
+    EXPECT_TRUE(shows(only("ball"), picture));
+}
+#endif
+
 TEST_F(PaletteScreen, RepaintsInThoseColors)
 {
     const Shot picture = ballInPalette();
@@ -53,7 +66,23 @@ TEST_F(PaletteScreen, RepaintsInThoseColors)
     EXPECT_TRUE(shows(window, picture));
 }
 
-#if !defined(_WIN32)
+#if defined(_WIN32)
+// Another window's palette takes colours away; that of the window itself does not.
+TEST_F(PaletteScreen, IsRealizedAgainWhenTheSystemAsks)
+{
+    showBall();
+    const auto window = reinterpret_cast<HWND>(only("ball"));
+    const auto mustRepaint = [window](UINT message, WPARAM other, LRESULT answer) {
+        UpdateWindow(window);
+        EXPECT_FALSE(GetUpdateRect(window, nullptr, FALSE));
+        EXPECT_EQ(SendMessageW(window, message, other, 0), answer);
+        return GetUpdateRect(window, nullptr, FALSE) != 0;
+    };
+    EXPECT_TRUE(mustRepaint(WM_QUERYNEWPALETTE, 0, 1));
+    EXPECT_TRUE(mustRepaint(WM_PALETTECHANGED, 0, 0));
+    EXPECT_FALSE(mustRepaint(WM_PALETTECHANGED, reinterpret_cast<WPARAM>(window), 0));
+}
+#else
 // On Windows there is one palette for all windows, and the active one has the first choice.
 TEST_F(PaletteScreen, EveryWindowHasAPaletteOfItsOwn)
 {

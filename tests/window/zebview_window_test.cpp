@@ -45,6 +45,16 @@ TEST_F(ZebviewWindow, StaysUntilEscapeIsPressed)
     EXPECT_EQ(files(), std::vector<std::string>{"triangle.obj"});
 }
 
+TEST_F(ZebviewWindow, StaysUntilItsCloseButtonIsPressed)
+{
+    const pid_t pid = start({write("triangle.obj", kTriangle), "--size", "200x100"});
+    const auto window = waitFor("triangle.obj");
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    EXPECT_TRUE(isRunning(pid));
+    desktop->close(window);
+    EXPECT_EQ(finish(pid).status, 0);
+}
+
 TEST_F(ZebviewWindow, ClosedWhileItRendersEndsTheRendering)
 {
     const pid_t pid = start({write("triangle.obj", kTriangle), "--size", "900x700", "--samples",
