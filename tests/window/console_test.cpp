@@ -26,17 +26,21 @@ protected:
         return "error: Parameter out of range. zebFilterWidth: filter width -" +
                std::to_string(number) + " x 2 out of range";
     }
+    std::string selection()
+    {
+        std::string text = desktop->copySelection(only(kTitle));
+        while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
+        return text;
+    }
     // A row of the console, as it is copied from there.
     std::string row(int line)
     {
-        desktop->selectLine(only(kTitle), line);
-        return selection();
-    }
-    std::string selection()
-    {
-        desktop->copySelection(only(kTitle));
-        std::string text = desktop->copied();
-        while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
+        std::string text;
+        until([&] {
+            desktop->selectLine(only(kTitle), line);
+            text = selection();
+            return !text.empty();
+        });
         return text;
     }
 };

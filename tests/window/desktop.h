@@ -50,10 +50,9 @@ public:
     virtual Shot icon(Window window) = 0;
     // Selects a row of text, counted in lines from the window's top.
     virtual void selectLine(Window window, int line) = 0;
-    virtual void copySelection(Window window) = 0;
+    // What is selected, by way of the clipboard; empty if that is nothing.
+    virtual std::string copySelection(Window window) = 0;
     virtual void typeText(Window window, const std::string& text) = 0;
-    // What was copied last.
-    virtual std::string copied() = 0;
 };
 
 // pause  what a program does while its user takes time

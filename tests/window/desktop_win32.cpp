@@ -127,27 +127,26 @@ public:
         const auto size = SendMessageW(text, EM_LINELENGTH, static_cast<WPARAM>(begin), 0);
         SendMessageW(text, EM_SETSEL, static_cast<WPARAM>(begin), begin + size);
     }
-    void copySelection(Window window) override
+    std::string copySelection(Window window) override
     {
+        if (!OpenClipboard(nullptr)) return "";
+        EmptyClipboard();
+        CloseClipboard();
         SendMessageW(GetWindow(handle(window), GW_CHILD), WM_COPY, 0, 0);
-    }
-
-    void typeText(Window window, const std::string& text) override
-    {
-        const HWND edit = GetWindow(handle(window), GW_CHILD);
-        for (const char c : text) SendMessageW(edit, WM_CHAR, static_cast<WPARAM>(c), 1);
-    }
-
-    std::string copied() override
-    {
+        if (!OpenClipboard(nullptr)) return "";
         std::string text;
-        if (!OpenClipboard(nullptr)) return text;
         if (const HANDLE data = GetClipboardData(CF_UNICODETEXT)) {
             text = narrow(static_cast<const wchar_t*>(GlobalLock(data)));
             GlobalUnlock(data);
         }
         CloseClipboard();
         return text;
+    }
+
+    void typeText(Window window, const std::string& text) override
+    {
+        const HWND edit = GetWindow(handle(window), GW_CHILD);
+        for (const char c : text) SendMessageW(edit, WM_CHAR, static_cast<WPARAM>(c), 1);
     }
 
 private:

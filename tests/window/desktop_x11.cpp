@@ -3,8 +3,9 @@
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
 
-#include <algorithm>
+#include <chrono>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 #include "desktop.h"
@@ -169,29 +170,26 @@ public:
         const int lineY = y + 4 + line * (height - 4) / 10 + (height - 4) / 20;
         drag(x + 6, lineY, x + width - 25, lineY);
     }
-    void copySelection(Window window) override
+    std::string copySelection(Window window) override
     {
+        const auto atom = [this](const char* name) { return XInternAtom(fDisplay, name, False); };
+        XSetSelectionOwner(fDisplay, atom("CLIPBOARD"), None, CurrentTime);
         pressKey(window, XK_c, true);
         pause();
+        XDeleteProperty(fDisplay, fClipboard, atom("COPIED"));
+        XConvertSelection(fDisplay, atom("CLIPBOARD"), atom("UTF8_STRING"), atom("COPIED"),
+                          fClipboard, CurrentTime);
+        std::string text;
+        for (int round = 0; text.empty() && round < 50; ++round) {
+            pause();
+            text = Property(fDisplay, fClipboard, "COPIED").text();
+        }
+        return text;
     }
 
     void typeText(Window window, const std::string& text) override
     {
         for (const char c : text) pressKey(window, static_cast<KeySym>(c), false);
-    }
-
-    std::string copied() override
-    {
-        const auto atom = [this](const char* name) { return XInternAtom(fDisplay, name, False); };
-        XDeleteProperty(fDisplay, fClipboard, atom("COPIED"));
-        XConvertSelection(fDisplay, atom("CLIPBOARD"), atom("UTF8_STRING"), atom("COPIED"),
-                          fClipboard, CurrentTime);
-        std::string text;
-        for (int round = 0; text.empty() && round < 1000; ++round) {
-            pause();
-            text = Property(fDisplay, fClipboard, "COPIED").text();
-        }
-        return text;
     }
 
 private:
@@ -249,7 +247,7 @@ private:
         XSync(fDisplay, False);
     }
 
-    // Programs see a drag only if they look in between.
+    // A program sees a drag only if it looks in between, and the events have reached it by then.
     void drag(int x0, int y0, int x1, int y1)
     {
         XTestFakeMotionEvent(fDisplay, -1, x0, y0, CurrentTime);
@@ -265,6 +263,7 @@ private:
     void pause()
     {
         XSync(fDisplay, False);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
         fPause();
     }
 
