@@ -68,16 +68,20 @@ TEST_F(Win32Host, LearnsThatItsProcessIsToEnd)
     EXPECT_EQ(zebWindowEvents(0), 1);
 }
 
+int calls = 0;
+
+LRESULT CALLBACK onMessage(HWND window, UINT message, WPARAM w, LPARAM l)
+{
+    if (message == WM_APP) ++calls;
+    return DefWindowProcW(window, message, w, l);
+}
+
 // Messages to its own windows wait while it renders, and are handled when it waits.
 TEST_F(Win32Host, IsNotCalledBackWhileItRenders)
 {
-    static int calls;
     calls = 0;
     WNDCLASSW own{};
-    own.lpfnWndProc = [](HWND window, UINT message, WPARAM w, LPARAM l) {
-        if (message == WM_APP) ++calls;
-        return DefWindowProcW(window, message, w, l);
-    };
+    own.lpfnWndProc = onMessage;
     own.hInstance = GetModuleHandleW(nullptr);
     own.lpszClassName = L"own";
     RegisterClassW(&own);
