@@ -756,7 +756,8 @@ typedef struct ZebDisplay {
 } ZebDisplay;
 
 /** Sends the picture to a device of the host's own; an option. The struct is copied; null brings
-    the window back, under the name given last. The last of zebOutputDisplay, zebOutputFile and zebCustomDisplay counts. */
+    the window back, under the name given last. The last of zebOutputDisplay, zebOutputFile and
+    zebCustomDisplay counts. */
 ZEB_API void zebCustomDisplay(const ZebDisplay *device);
 /** Interns a name with a class (ZEB_UNIFORM ...) and a type (ZEB_FLOAT ...), so that it can carry
     values on primitives. A name that exists keeps its own. Code 10 for other numbers.
