@@ -294,7 +294,8 @@ void Scene::render()
 long Scene::progress() const
 {
     if (!fFrame) return 0;
-    return std::min((fDone * 100 + 100) / (fRows * fColumns), 100L);
+    const std::int64_t buckets = std::int64_t{fRows} * fColumns;
+    return static_cast<long>(std::min<std::int64_t>((fDone * 100 + 100) / buckets, 100));
 }
 
 // The scene is without buckets before they go: the free functions of procedurals may call in.
@@ -304,7 +305,8 @@ void Scene::flush()
     const auto buckets = std::move(fBuckets);
     fBuckets.clear();
     fScratch = {};
-    fColumn = fRow = fDone = 0;
+    fColumn = fRow = 0;
+    fDone = 0;
     fStarted = false;
 }
 

@@ -1,6 +1,7 @@
 // The hider's front end: files primitives under buckets and renders the buckets in order.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -103,7 +104,7 @@ private:
     std::vector<std::unique_ptr<Row>> fBuckets;  // rows and buckets are made when first needed
     long fColumns = 0, fRows = 0;
     long fColumn = 0, fRow = 0;  // the bucket to be rendered next
-    long fDone = 0;              // buckets
+    std::int64_t fDone = 0;      // buckets; more than a long may hold
     long fX0 = 0, fX1 = 0, fY0 = 0, fY1 = 0;
     long fBucketWidth = 1, fBucketHeight = 1;
     float fXmin = 0, fXmax = 0, fYmin = 0, fYmax = 0;  // of all sample positions

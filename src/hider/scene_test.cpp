@@ -101,6 +101,18 @@ TEST_F(SceneTest, ProgressCountsTheBucketUnderWay)
     zebSceneEnd();
 }
 
+TEST_F(SceneTest, ProgressIsKnownWhereALongCannotCountTheBuckets)
+{
+    ZebDisplay device{};
+    raster(12 << 16, 12 << 16);
+    zebCustomDisplay(&device);
+    zebSceneBegin();
+    ASSERT_EQ(gScene->columns(), 1 << 16);
+    ASSERT_EQ(gScene->rows(), 1 << 16);
+    EXPECT_EQ(zebProgress(), 0);
+    zebReset();
+}
+
 TEST_F(SceneTest, EveryRowIsFlushedOnceInsideAndOutsideTheCrop)
 {
     for (const auto& [top, bottom] : {std::pair(0.25f, 0.75f), {0.0f, 1.0f}, {0.5f, 0.98f}}) {
