@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # screenshot.sh BUILD_DIR FILE: takes the picture of window and console that the documentation shows,
-# on a screen of its own. Needs Debian's packages xvfb,
-# openbox, xdotool, x11-xserver-utils and imagemagick.
+# on a screen of its own. Needs Debian's packages xvfb, openbox, xdotool, x11-xserver-utils and
+# imagemagick.
 set -euo pipefail
 if [ $# != 2 ]; then
     echo "usage: screenshot.sh BUILD_DIR FILE" >&2

@@ -16,6 +16,15 @@ namespace
 
 class Windows : public WindowTest
 {
+protected:
+    // The world is still open.
+    static void showHalfABall()
+    {
+        zebOutputDisplay("ball");
+        beginBall();
+        zebRenderInit();
+        while (zebProgress() < 50) zebRenderBucket();
+    }
 };
 
 TEST_F(Windows, ShowThePictureThatAHostReceives)
@@ -92,10 +101,7 @@ TEST_F(Windows, AreBlackBeforeTheFirstRow)
 TEST_F(Windows, ShowRowsAsTheyAreFinished)
 {
     const Shot picture = ballOfTheHost();
-    zebOutputDisplay("ball");
-    beginBall();
-    zebRenderInit();
-    while (zebProgress() < 50) zebRenderBucket();
+    showHalfABall();
     // Rows of buckets are 12 pixels high: half of them are done, but for the last bucket.
     const auto window = only("ball");
     EXPECT_TRUE(until([&] {
@@ -174,11 +180,8 @@ TEST_F(Windows, RepaintWithoutTheHostsHelpWhenUncoveredMovedOrRestored)
 TEST_F(Windows, RepaintWhileTheyAreRendered)
 {
     const Shot picture = ballOfTheHost();
-    zebOutputDisplay("ball");
-    beginBall();
+    showHalfABall();
     const auto window = only("ball");
-    zebRenderInit();
-    while (zebProgress() < 50) zebRenderBucket();
     desktop->cover(window);
     zebRenderBucket();
     desktop->uncover();
@@ -232,10 +235,7 @@ TEST_F(Windows, EventsCanBeWaitedFor)
 TEST_F(Windows, ClosedWhileTheyAreRenderedDropTheRestAndNothingElse)
 {
     Reports reports;
-    zebOutputDisplay("ball");
-    beginBall();
-    zebRenderInit();
-    while (zebProgress() < 50) zebRenderBucket();
+    showHalfABall();
     desktop->close(only("ball"));
     ASSERT_TRUE(until([] { return zebWindowEvents(0) == 0; }));
     while (zebRenderBucket()) {
@@ -330,10 +330,7 @@ TEST_F(Windows, OfEarlierPicturesCloseWhileTheNextIsRenderedAndTakeNothingOfIt)
 TEST_F(Windows, KeepWhatThereIsOfAPictureGivenUp)
 {
     const Shot picture = ballOfTheHost();
-    zebOutputDisplay("ball");
-    beginBall();
-    zebRenderInit();
-    while (zebProgress() < 50) zebRenderBucket();
+    showHalfABall();
     zebReset();
     EXPECT_EQ(zebWindowEvents(0), 1);
     const auto window = only("ball");
