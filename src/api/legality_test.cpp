@@ -291,7 +291,7 @@ TEST(Legality, OfTheCallsInAMotionBlockOnlyTheFirstCounts)
     zebTranslate(1, 0, 0);
     zebTranslate(0, 1, 0);
     zebMotionEnd();
-    const float(&row)[4] = gTransform->matrix().m[3];
+    const double(&row)[4] = gTransform->matrix().m[3];
     EXPECT_EQ(row[0], 1);
     EXPECT_EQ(row[1], 0);
     zebReset();

@@ -23,12 +23,12 @@ float ConvexPolygon::cosMinAngle(long i, long j) const
 {
     const long n = nVertices();
     const auto edge = [&](long from, long to) {
-        return normalize(fPoints[static_cast<std::size_t>((to + n) % n)] -
-                         fPoints[static_cast<std::size_t>(from)]);
+        return normalized(Pointd(fPoints[static_cast<std::size_t>((to + n) % n)]) -
+                          fPoints[static_cast<std::size_t>(from)]);
     };
-    const Point d = edge(i, j);
-    return std::max({dot(d, edge(i, i - 1)), dot(d, edge(i, i + 1)), dot(-d, edge(j, j - 1)),
-                     dot(-d, edge(j, j + 1))});
+    const Pointd d = edge(i, j);
+    return static_cast<float>(std::max({dot(d, edge(i, i - 1)), dot(d, edge(i, i + 1)),
+                                        -dot(d, edge(j, j - 1)), -dot(d, edge(j, j + 1))}));
 }
 
 // A polygon whose vertices lie on a line has no diagonal better than another.

@@ -29,8 +29,7 @@ struct Pieces : PrimitiveSink {
     Floats xs(std::size_t i) const
     {
         Floats result;
-        for (long k = 0; k < polygon(i).nVertices(); ++k)
-            result.push_back(polygon(i).points()[k].x);
+        for (long k = 0; k < polygon(i).nVertices(); ++k) result.push_back(polygon(i).vertex(k).x);
         return result;
     }
     std::vector<std::unique_ptr<Primitive>> list;
@@ -86,7 +85,7 @@ TEST_F(ConvexPolygonTest, TakesItsPositionsOutOfTheVariables)
     const ConvexPolygon p = make(kSquare);
     EXPECT_EQ(p.args().find(kQPoint), nullptr);
     EXPECT_EQ(p.nVertices(), 4);
-    EXPECT_EQ(p.points()[2], Point(1, 1, 0));
+    EXPECT_EQ(p.vertex(2), Point(1, 1, 0));
 }
 
 TEST_F(ConvexPolygonTest, TheBoundIsInCameraSpace)
@@ -231,8 +230,8 @@ TEST_F(ConvexPolygonTest, PartsRunFromTheDiagonalsStartAndFromItsEnd)
     p.split(pieces);
     ASSERT_EQ(pieces.list.size(), 2u);
     Floats first, second;
-    for (long i = d.from; i <= d.to; ++i) first.push_back(p.points()[i].x);
-    for (long i = d.to; i <= d.from + 6; ++i) second.push_back(p.points()[i % 6].x);
+    for (long i = d.from; i <= d.to; ++i) first.push_back(p.vertex(i).x);
+    for (long i = d.to; i <= d.from + 6; ++i) second.push_back(p.vertex(i % 6).x);
     EXPECT_EQ(pieces.xs(0), first);
     EXPECT_EQ(pieces.xs(1), second);
     EXPECT_EQ(pieces.list[0]->type(), 1);

@@ -57,25 +57,28 @@ long GeneralPolygon::before(long i) const
     return i > fLoopStarts[loop] ? i - 1 : fLoopStarts[loop + 1] - 1;
 }
 
-Point GeneralPolygon::loopNormal(long first, long count) const
+// About the loop's first vertex: far from the origin the sums would cancel.
+Pointd GeneralPolygon::loopNormal(long first, long count) const
 {
-    Point sum;
+    Pointd sum;
     for (long k = 0; k < count; ++k) {
-        const Point& p = fPoints[first + k];
-        const Point& q = fPoints[first + (k + 1) % count];
-        sum +=
-            Point((p.y - q.y) * (p.z + q.z), (p.z - q.z) * (p.x + q.x), (p.x - q.x) * (p.y + q.y));
+        const Pointd p = edge(first, first + k), q = edge(first, first + (k + 1) % count);
+        sum = sum + Pointd((p.y - q.y) * (p.z + q.z), (p.z - q.z) * (p.x + q.x),
+                           (p.x - q.x) * (p.y + q.y));
     }
     return sum;
 }
 
-bool GeneralPolygon::reflex(long i, const Point& N) const
+// Corners that are straight but for rounding turn neither way, however long their edges are.
+bool GeneralPolygon::reflex(long i, const Pointd& N) const
 {
-    const Point c = (fPoints[after(i)] - fPoints[i]) ^ (fPoints[before(i)] - fPoints[i]);
-    return length(c) > kEpsilon && dot(c, N) < 0;
+    constexpr double kStraight = 1e-10;  // the sine
+    const Pointd next = edge(i, after(i)), previous = edge(i, before(i)), c = next ^ previous;
+    const double straight = kStraight * std::sqrt(dot(next, next) * dot(previous, previous));
+    return std::sqrt(dot(c, c)) > straight && dot(c, N) < 0;
 }
 
-bool GeneralPolygon::convex(const Point& N) const
+bool GeneralPolygon::convex(const Pointd& N) const
 {
     for (long i = 0; i < fLoopSizes[0]; ++i) {
         if (reflex(i, N)) return false;
@@ -85,27 +88,25 @@ bool GeneralPolygon::convex(const Point& N) const
 
 // Whether a direction points from a corner into the polygon. Corners that only touch the line count
 // as inside.
-bool GeneralPolygon::insideCorner(long corner, const Point& direction, const Point& N) const
+bool GeneralPolygon::insideCorner(long corner, const Pointd& direction, const Pointd& N) const
 {
-    const Point next = fPoints[after(corner)] - fPoints[corner];
-    const Point previous = fPoints[before(corner)] - fPoints[corner];
+    const Pointd next = edge(corner, after(corner)), previous = edge(corner, before(corner));
     const bool leftOfNext = dot(next ^ direction, N) >= 0;
     const bool rightOfPrevious = dot(direction ^ previous, N) >= 0;
     const bool wide = dot(next ^ previous, N) < 0;
     return wide ? leftOfNext || rightOfPrevious : leftOfNext && rightOfPrevious;
 }
 
-bool GeneralPolygon::crosses(long i, long j, const Point& N) const
+bool GeneralPolygon::crosses(long i, long j, const Pointd& N) const
 {
-    const Point& origin = fPoints[i];
-    const Point d = fPoints[j] - origin;
+    const Pointd d = edge(i, j);
     const double dd = dot(d, d);
     if (dd == 0) return false;
-    const Point m = d ^ N;
+    const Pointd m = d ^ N;
     for (long k = 0, n = nVertices(); k < n; ++k) {
         const long next = after(k);
         if (k == i || k == j || next == i || next == j) continue;
-        const Point a = fPoints[k] - origin, b = fPoints[next] - origin;
+        const Pointd a = edge(i, k), b = edge(i, next);
         const double sideA = dot(a, m), sideB = dot(b, m);
         if ((sideA > 0) == (sideB > 0) && sideA != 0 && sideB != 0) continue;
         if (sideA == sideB) {
@@ -119,27 +120,26 @@ bool GeneralPolygon::crosses(long i, long j, const Point& N) const
         // Vertices that lie on an end of the line are copies of it, left by a joined hole.
         if (t > 1e-6 && t < 1 - 1e-6) return true;
     }
-    return !insideCorner(j, -d, N);
+    return !insideCorner(j, d * -1, N);
 }
 
-GeneralPolygon::Diagonal GeneralPolygon::concaveDiagonal(const Point& N) const
+GeneralPolygon::Diagonal GeneralPolygon::concaveDiagonal(const Pointd& N) const
 {
     const long n = fLoopSizes[0];
     Diagonal best{0, n / 2};
-    float least = kInfinity;
+    double least = double{kInfinity};
     for (long i = 0; i < n; ++i) {
         if (!reflex(i, N)) continue;
-        const Point e1 = normalize(fPoints[after(i)] - fPoints[i]);
-        const Point e0 = normalize(fPoints[before(i)] - fPoints[i]);
-        const Point c = normalize(e1 ^ e0);
-        const Point side0 = e0 ^ c, side1 = c ^ e1;
+        const Pointd e1 = normalized(edge(i, after(i))), e0 = normalized(edge(i, before(i)));
+        const Pointd c = normalized(e1 ^ e0);
+        const Pointd side0 = e0 ^ c, side1 = c ^ e1;
         for (long j = 0; j < n; ++j) {
             const long apart = std::labs(i - j);
             if (apart <= 1 || apart >= n - 1) continue;
-            const float d = distance(fPoints[i], fPoints[j]);
+            const Pointd line = edge(i, j), direction = normalized(line);
+            const double d = std::sqrt(dot(line, line));
             if (!(d < least)) continue;
-            const Point direction = normalize(fPoints[j] - fPoints[i]);
-            const bool leaves = dot(direction, side0) <= -0.01f || dot(direction, side1) <= -0.01f;
+            const bool leaves = dot(direction, side0) <= -0.01 || dot(direction, side1) <= -0.01;
             if (!leaves || crosses(i, j, N)) continue;
             least = d;
             best = {i, j};
@@ -148,7 +148,7 @@ GeneralPolygon::Diagonal GeneralPolygon::concaveDiagonal(const Point& N) const
     return best;
 }
 
-void GeneralPolygon::splitOutline(PrimitiveSink& sink, const Point& N)
+void GeneralPolygon::splitOutline(PrimitiveSink& sink, const Pointd& N)
 {
     const long n = fLoopSizes[0];
     std::vector<long> part;
@@ -177,14 +177,15 @@ void GeneralPolygon::splitOutline(PrimitiveSink& sink, const Point& N)
 
 // The nearest pair of an outline vertex and a hole vertex that see each other carries a bridge: the
 // hole becomes part of the outline, whose two copies of the bridge enclose nothing.
-void GeneralPolygon::bridgeHole(PrimitiveSink& sink, const Point& N)
+void GeneralPolygon::bridgeHole(PrimitiveSink& sink, const Pointd& N)
 {
     const long outline = fLoopSizes[0], n = nVertices();
     Diagonal bridge{0, outline};
-    float least = kInfinity;
+    double least = double{kInfinity};
     for (long i = 0; i < outline; ++i) {
         for (long m = outline; m < n; ++m) {
-            const float d = distance(fPoints[i], fPoints[m]);
+            const Pointd line = edge(i, m);
+            const double d = std::sqrt(dot(line, line));
             if (d < least && !crosses(i, m, N)) {
                 least = d;
                 bridge = {i, m};
@@ -208,7 +209,7 @@ void GeneralPolygon::bridgeHole(PrimitiveSink& sink, const Point& N)
 
 void GeneralPolygon::split(PrimitiveSink& sink)
 {
-    const Point N = normal();
+    const Pointd N = normal();
     if (fLoopSizes.size() == 1) {
         splitOutline(sink, N);
         return;

@@ -27,27 +27,33 @@ public:
 
     // Newell's normal of the outline (in: I. Sutherland, R. Sproull, R. Schumacker, 1974), not
     // normalized.
-    Point normal() const { return loopNormal(0, fLoopSizes[0]); }
+    Pointd normal() const { return loopNormal(0, fLoopSizes[0]); }
     // Whether the outline turns one way only.
-    bool convex(const Point& N) const;
+    bool convex(const Pointd& N) const;
     // Whether the line between two vertices meets an edge on the way, or leaves the polygon at its
     // far end.
-    bool crosses(long i, long j, const Point& N) const;
+    bool crosses(long i, long j, const Pointd& N) const;
 
 private:
     struct Diagonal {
         long from, to;
     };
 
-    Point loopNormal(long first, long count) const;
+    Pointd loopNormal(long first, long count) const;
     // The neighbours of a vertex in its loop.
     long after(long i) const;
     long before(long i) const;
-    bool reflex(long i, const Point& N) const;
-    Diagonal concaveDiagonal(const Point& N) const;
-    void splitOutline(PrimitiveSink& sink, const Point& N);
-    void bridgeHole(PrimitiveSink& sink, const Point& N);
-    bool insideCorner(long corner, const Point& direction, const Point& N) const;
+    // From one vertex to another: exact, wherever the polygon lies.
+    Pointd edge(long from, long to) const
+    {
+        return Pointd(fPoints[static_cast<std::size_t>(to)]) -
+               fPoints[static_cast<std::size_t>(from)];
+    }
+    bool reflex(long i, const Pointd& N) const;
+    Diagonal concaveDiagonal(const Pointd& N) const;
+    void splitOutline(PrimitiveSink& sink, const Pointd& N);
+    void bridgeHole(PrimitiveSink& sink, const Pointd& N);
+    bool insideCorner(long corner, const Pointd& direction, const Pointd& N) const;
 
     std::vector<long> fLoopSizes;
     std::vector<long> fLoopStarts;  // and one more, past the end

@@ -25,7 +25,7 @@ struct Pieces : PrimitiveSink {
         const auto& polygon = dynamic_cast<const Polygon&>(*list.at(i));
         Corners result;
         for (long k = 0; k < polygon.nVertices(); ++k)
-            result.emplace_back(polygon.points()[k].x, polygon.points()[k].y);
+            result.emplace_back(polygon.vertex(k).x, polygon.vertex(k).y);
         return result;
     }
     std::vector<std::unique_ptr<Primitive>> list;
@@ -36,8 +36,8 @@ struct Areas : PrimitiveSink {
     void add(std::unique_ptr<Primitive> piece) override
     {
         if (const auto* t = dynamic_cast<const Triangle*>(piece.get())) {
-            const Point* p = t->points();
-            const double area = 0.5 * static_cast<double>(((p[1] - p[0]) ^ (p[2] - p[0])).z);
+            const Point a = t->vertex(0), b = t->vertex(1), c = t->vertex(2);
+            const double area = 0.5 * static_cast<double>(((b - a) ^ (c - a)).z);
             total += area;
             if (area < -1e-6) ++reversed;
         } else {

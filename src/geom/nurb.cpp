@@ -38,9 +38,9 @@ NURB::Basis NURB::newBasis(long order, const float* knots, double t0, double t1)
     return old;
 }
 
-Coefficient NURB::weight(long n, const Basis& basis, long row, const Coefficient* p)
+Pointwd NURB::weight(long n, const Basis& basis, long row, const Pointwd* p)
 {
-    Coefficient sum;
+    Pointwd sum;
     for (long j = 0; j < n; ++j) sum += p[j] * basis(row, j);
     return sum;
 }
@@ -138,7 +138,7 @@ NurbNet::NurbNet(const Direction& u, const Direction& v, ArgList& args)
         }
         const double scale = largest == 0 ? 1 : 1 / double{largest};
         for (long k = 0; k < count; ++k, p += 4) {
-            fPoints.push_back(Coefficient{double{p[0]}, double{p[1]}, double{p[2]}, double{p[3]}} *
+            fPoints.push_back(Pointwd{double{p[0]}, double{p[1]}, double{p[2]}, double{p[3]}} *
                               scale);
         }
         args.detach(kQPointw);
@@ -152,6 +152,7 @@ NurbNet::NurbNet(const Direction& u, const Direction& v, ArgList& args)
         for (long i = 0; i < uspans(); ++i) {
             Boundw box = Boundw::empty();
             form(i, j).addHull(box, gIdentity);
+            box.roundOut();
             fBoxes.push_back(box);
         }
     }
@@ -163,7 +164,7 @@ PowerForm NurbNet::form(long uspan, long vspan) const
     const Span& v = fVSpans[static_cast<std::size_t>(vspan)];
     const long uorder = u.basis.order(), vorder = v.basis.order();
     PowerForm result(static_cast<int>(uorder), static_cast<int>(vorder));
-    std::vector<Coefficient> column(static_cast<std::size_t>(vorder));
+    std::vector<Pointwd> column(static_cast<std::size_t>(vorder));
     for (long i = 0; i < uorder; ++i) {
         for (long k = 0; k < vorder; ++k) {
             column[static_cast<std::size_t>(k)] =
@@ -177,7 +178,7 @@ PowerForm NurbNet::form(long uspan, long vspan) const
     return result;
 }
 
-Coefficient NurbNet::point(const SpanPlace& u, const SpanPlace& v) const
+Pointwd NurbNet::point(const SpanPlace& u, const SpanPlace& v) const
 {
     return form(u.span, v.span).point(u.t, v.t);
 }

@@ -39,7 +39,7 @@ public:
     // knots is the first that the span depends on.
     static Basis newBasis(long order, const float* knots, double t0, double t1);
     // The sum of n points with the weights of a row.
-    static Coefficient weight(long n, const Basis& basis, long row, const Coefficient* p);
+    static Pointwd weight(long n, const Basis& basis, long row, const Pointwd* p);
 };
 
 // The control points and knots of a surface, in spans that are neither empty nor trimmed away.
@@ -61,7 +61,7 @@ public:
     long uspans() const { return static_cast<long>(fUSpans.size()); }
     long vspans() const { return static_cast<long>(fVSpans.size()); }
     PowerForm form(long uspan, long vspan) const;
-    Coefficient point(const SpanPlace& u, const SpanPlace& v) const;
+    Pointwd point(const SpanPlace& u, const SpanPlace& v) const;
     // Of the homogeneous points of a span, in object space.
     const Boundw& box(long uspan, long vspan) const
     {
@@ -74,14 +74,14 @@ private:
         NURB::Basis basis;
     };
     static std::vector<Span> spans(const Direction& d);
-    const Coefficient* row(const Span& u, const Span& v, long k) const
+    const Pointwd* row(const Span& u, const Span& v, long k) const
     {
         return &fPoints[static_cast<std::size_t>((v.first + k) * fNu + u.first)];
     }
 
     long fNu;
     std::vector<Span> fUSpans, fVSpans;
-    std::vector<Coefficient> fPoints;
+    std::vector<Pointwd> fPoints;
     std::vector<Boundw> fBoxes;
 };
 

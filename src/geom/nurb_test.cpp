@@ -92,9 +92,9 @@ TEST_F(NurbTest, WeightSumsPointsWithARow)
 {
     const float even[] = {0, 1, 2, 3, 4, 5};
     const NURB::Basis basis = NURB::newBasis(3, even, 2, 3);
-    const Coefficient p[] = {{1, 2, 3, 4}, {5, -6, 7, 8}, {9, 10, -11, 12}};
+    const Pointwd p[] = {{1, 2, 3, 4}, {5, -6, 7, 8}, {9, 10, -11, 12}};
     for (long row = 0; row < 3; ++row) {
-        const Coefficient sum = NURB::weight(3, basis, row, p);
+        const Pointwd sum = NURB::weight(3, basis, row, p);
         EXPECT_DOUBLE_EQ(sum.x, basis(row, 0) * 1 + basis(row, 1) * 5 + basis(row, 2) * 9);
         EXPECT_DOUBLE_EQ(sum.y, basis(row, 0) * 2 + basis(row, 1) * -6 + basis(row, 2) * 10);
         EXPECT_DOUBLE_EQ(sum.z, basis(row, 0) * 3 + basis(row, 1) * 7 + basis(row, 2) * -11);

@@ -168,7 +168,7 @@ TEST_F(ObjectTest, APolygonsCopyIsWhole)
     const Object instance(object, true);
     const auto& copy = dynamic_cast<const ConvexPolygon&>(**instance.members().head());
     EXPECT_EQ(copy.nVertices(), 4);
-    EXPECT_EQ(copy.points()[2], Point(4, 4, 0));
+    EXPECT_EQ(copy.vertex(2), Point(4, 4, 0));
     ASSERT_NE(copy.args().find(own), nullptr);
     EXPECT_EQ(copy.args().find(own)->words()[3], 4);
 }

@@ -16,7 +16,7 @@ class ForwardDifferences
 {
 public:
     // Of c[0] + c[1] t + c[2] t^2 + c[3] t^3, from t = 0 in steps of h.
-    ForwardDifferences(const Coefficient* c, double h)
+    ForwardDifferences(const Pointwd* c, double h)
         : value(c[0]),
           fFirst(c[1] * h + c[2] * (h * h) + c[3] * (h * h * h)),
           fSecond(c[2] * (2 * h * h) + c[3] * (6 * h * h * h)),
@@ -30,32 +30,29 @@ public:
         fSecond += fThird;
     }
 
-    Coefficient value;
+    Pointwd value;
 
 private:
-    Coefficient fFirst, fSecond, fThird;
+    Pointwd fFirst, fSecond, fThird;
 };
 
 // The coefficients of the derivative.
-std::array<Coefficient, 4> derivative(const Coefficient* c)
-{
-    return {c[1], c[2] * 2, c[3] * 3, {}};
-}
+std::array<Pointwd, 4> derivative(const Pointwd* c) { return {c[1], c[2] * 2, c[3] * 3, {}}; }
 
 // Multiplies the rows of four coefficients by a basis matrix, whose first row gives the highest
 // power.
-std::array<Coefficient, 4> powers(const Matrix& basis, const std::array<Coefficient, 4>& points)
+std::array<Pointwd, 4> powers(const Matrix& basis, const std::array<Pointwd, 4>& points)
 {
-    std::array<Coefficient, 4> result;
+    std::array<Pointwd, 4> result;
     for (std::size_t power = 0; power < 4; ++power) {
         for (std::size_t k = 0; k < 4; ++k) {
-            result[power] += points[k] * double{basis.m[3 - power][k]};
+            result[power] += points[k] * basis.m[3 - power][k];
         }
     }
     return result;
 }
 
-Coefficient exact(const Point& p) { return {double{p.x}, double{p.y}, double{p.z}, 0}; }
+Pointwd exact(const Point& p) { return {double{p.x}, double{p.y}, double{p.z}, 0}; }
 
 void pad(float& min, float& max)
 {
@@ -96,7 +93,10 @@ std::vector<Point> extractPoints(ArgList& args, long nu, long nv)
 
 std::unique_ptr<Primitive> Patch::copy(bool) const { return std::make_unique<Patch>(*this); }
 
-void Patch::boundPoint(Boundw& box, float u, float v) const { box.add(evalP(u, v) * matrix()); }
+void Patch::boundPoint(Boundw& box, float u, float v) const
+{
+    box.add(rounded(pointAt(u, v) * matrix()));
+}
 
 Boundw Patch::bound() const
 {
@@ -174,16 +174,12 @@ void PolynomialPatch::split(PrimitiveSink& sink)
     }
 }
 
-Pointw PolynomialPatch::evalP(float u, float v) const
-{
-    return rounded(form()->point(uAt(u), vAt(v)));
-}
+Pointwd PolynomialPatch::pointAt(float u, float v) const { return form()->point(uAt(u), vAt(v)); }
 
 Differential PolynomialPatch::evaluate(float u, float v) const
 {
     const PowerForm::Value value = form()->evaluate(uAt(u), vAt(v));
-    Differential d{rounded(value.P), rounded(value.dPdu * (fUmax - fUmin)),
-                   rounded(value.dPdv * (fVmax - fVmin))};
+    Differential d{value.P, value.dPdu * (fUmax - fUmin), value.dPdv * (fVmax - fVmin)};
     if (!rational()) d.dPdu.w = d.dPdv.w = 1;
     return d;
 }
@@ -204,8 +200,8 @@ BilinearPatch::BilinearPatch(long n, const unsigned short* tokens, void* const* 
 
 PowerForm BilinearPatch::powerForm(const Point (&corners)[4])
 {
-    const Coefficient a = exact(corners[0]), b = exact(corners[1]), c = exact(corners[2]),
-                      d = exact(corners[3]);
+    const Pointwd a = exact(corners[0]), b = exact(corners[1]), c = exact(corners[2]),
+                  d = exact(corners[3]);
     PowerForm form(2, 2);
     form.at(0, 0) = a;
     form.at(1, 0) = b + a * -1;
@@ -243,7 +239,7 @@ const std::shared_ptr<const PowerForm>& BicubicPatch::form() const
 
 PowerForm BicubicPatch::powerForm(const Point* points, const Matrix& ubasis, const Matrix& vbasis)
 {
-    std::array<std::array<Coefficient, 4>, 4> columns;
+    std::array<std::array<Pointwd, 4>, 4> columns;
     for (std::size_t j = 0; j < 4; ++j) {
         const auto row = powers(ubasis, {exact(points[4 * j]), exact(points[4 * j + 1]),
                                          exact(points[4 * j + 2]), exact(points[4 * j + 3])});
@@ -276,18 +272,18 @@ std::unique_ptr<Grid> BicubicPatch::dice(const Dicing& dicing) const
     const double du = 1.0 / usteps, dv = 1.0 / vsteps;
     std::vector<ForwardDifferences> curves, slopes;
     for (int j = 0; j < 4; ++j) {
-        const Coefficient* curve = &form.at(0, j);
+        const Pointwd* curve = &form.at(0, j);
         curves.emplace_back(curve, du);
         slopes.emplace_back(derivative(curve).data(), du);
     }
     const Matrix& toCamera = matrix();
-    const auto direction = [&](const Coefficient& d) {
-        Point result(static_cast<float>(d.x), static_cast<float>(d.y), static_cast<float>(d.z));
+    const auto direction = [&](const Pointwd& d) {
+        Pointd result(d.x, d.y, d.z);
         vtransform(result, toCamera);
-        return result;
+        return rounded(result);
     };
     for (int row = 0; row <= usteps; ++row) {
-        std::array<Coefficient, 4> curve, slope;
+        std::array<Pointwd, 4> curve, slope;
         for (std::size_t j = 0; j < 4; ++j) {
             curve[j] = curves[j].value;
             slope[j] = slopes[j].value;
@@ -298,7 +294,7 @@ std::unique_ptr<Grid> BicubicPatch::dice(const Dicing& dicing) const
             dPdv(derivative(curve.data()).data(), dv);
         for (int i = 0; i <= vsteps; ++i) {
             Vertex& vertex = grid->vertex(i, row);
-            vertex.P = Point(rounded(P.value)) * toCamera;
+            vertex.P = rounded(homogenized(P.value) * toCamera);
             vertex.dPdu = direction(dPdu.value);
             vertex.dPdv = direction(dPdv.value);
             P.step();

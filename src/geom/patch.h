@@ -45,9 +45,10 @@ class PolynomialPatch : public Patch
 public:
     void split(PrimitiveSink& sink) override;
     Differential evaluate(float u, float v) const override;
-    Pointw evalP(float u, float v) const override;
-    Pointw evaldPdu(float u, float v) const override { return evaluate(u, v).dPdu; }
-    Pointw evaldPdv(float u, float v) const override { return evaluate(u, v).dPdv; }
+    Pointwd pointAt(float u, float v) const override;
+    Pointw evalP(float u, float v) const override { return rounded(pointAt(u, v)); }
+    Pointw evaldPdu(float u, float v) const override { return rounded(evaluate(u, v).dPdu); }
+    Pointw evaldPdv(float u, float v) const override { return rounded(evaluate(u, v).dPdv); }
 
 protected:
     PolynomialPatch() = default;
@@ -69,8 +70,9 @@ protected:
     mutable std::shared_ptr<const PowerForm> fForm;
 
 private:
-    double uAt(float u) const { return fUmin + double{u} * (fUmax - fUmin); }
-    double vAt(float v) const { return fVmin + double{v} * (fVmax - fVmin); }
+    // Exact at both ends, where pieces meet.
+    double uAt(double u) const { return (1 - u) * fUmin + u * fUmax; }
+    double vAt(double v) const { return (1 - v) * fVmin + v * fVmax; }
 
     double fUmin = 0, fUmax = 1, fVmin = 0, fVmax = 1;
 };

@@ -72,6 +72,7 @@ struct PatchMesh::Layout {
             for (long i = 0; i < u.patches; ++i) {
                 Boundw box = Boundw::empty();
                 form(i, j).addHull(box, gIdentity);
+                box.roundOut();
                 boxes.push_back(box);
             }
         }

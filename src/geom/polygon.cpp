@@ -11,9 +11,8 @@ namespace zeb
 Polygon::Polygon(const Polygon& parent, std::uint32_t face, long n, const long* indices)
     : Primitive(parent, face, false)
 {
-    const Point* from = parent.points();
     fPoints.reserve(static_cast<std::size_t>(n));
-    for (long i = 0; i < n; ++i) fPoints.push_back(from[indices[i]]);
+    for (long i = 0; i < n; ++i) fPoints.push_back(parent.vertex(indices[i]));
     fArgs.split(n, indices, parent.args(), static_cast<long>(face));
 }
 
@@ -35,9 +34,8 @@ void Polygon::extractP(long n)
 Boundw Polygon::bound() const
 {
     Bound box = Bound::empty();
-    const Point* p = points();
     const Matrix& toCamera = matrix();
-    for (long i = 0, n = nVertices(); i < n; ++i) box.add(p[i] * toCamera);
+    for (const Point& p : fPoints) box.add(p * toCamera);
     Boundw result(box, 1, 1);
     clipToBound(result);
     return result;

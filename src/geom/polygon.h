@@ -15,7 +15,7 @@ public:
     // More than this is taken for a mistake.
     static constexpr long kMaxVertices = 1L << 27;
 
-    virtual const Point* points() const { return fPoints.data(); }
+    virtual Point vertex(long i) const { return fPoints[static_cast<std::size_t>(i)]; }
     virtual long nVertices() const { return static_cast<long>(fPoints.size()); }
 
     Boundw bound() const override;

@@ -10,14 +10,12 @@ namespace
 class Line
 {
 public:
-    Line(Coefficient* first, int stride, int count) : fFirst(first), fStride(stride), fCount(count)
-    {
-    }
-    Coefficient& operator[](int i) const { return fFirst[i * fStride]; }
+    Line(Pointwd* first, int stride, int count) : fFirst(first), fStride(stride), fCount(count) {}
+    Pointwd& operator[](int i) const { return fFirst[i * fStride]; }
     int count() const { return fCount; }
 
 private:
-    Coefficient* fFirst;
+    Pointwd* fFirst;
     int fStride, fCount;
 };
 
@@ -60,11 +58,11 @@ void PowerForm::alongColumns(const Change& change)
     for (int i = 0; i < fUOrder; ++i) change(Line(&at(i, 0), fUOrder, fVOrder));
 }
 
-Coefficient PowerForm::point(double u, double v) const
+Pointwd PowerForm::point(double u, double v) const
 {
-    Coefficient P;
+    Pointwd P;
     for (int j = fVOrder - 1; j >= 0; --j) {
-        Coefficient row;
+        Pointwd row;
         for (int i = fUOrder - 1; i >= 0; --i) row = row * u + at(i, j);
         P = P * v + row;
     }
@@ -75,7 +73,7 @@ PowerForm::Value PowerForm::evaluate(double u, double v) const
 {
     Value value;
     for (int j = fVOrder - 1; j >= 0; --j) {
-        Coefficient row, slope;
+        Pointwd row, slope;
         for (int i = fUOrder - 1; i >= 0; --i) {
             slope = slope * u + row;
             row = row * u + at(i, j);
@@ -104,7 +102,7 @@ void PowerForm::addHull(Boundw& box, const Matrix& matrix) const
     PowerForm bezier = *this;
     bezier.alongRows(toBezier);
     bezier.alongColumns(toBezier);
-    for (const Coefficient& point : bezier.fCoefficients) box.add(rounded(point) * matrix);
+    for (const Pointwd& point : bezier.fCoefficients) box.add(rounded(point * matrix));
 }
 
 }  // namespace zeb

@@ -10,43 +10,12 @@
 namespace zeb
 {
 
-// A homogeneous point in double, so that neighbouring pieces agree on their common edge.
-struct Coefficient {
-    double x = 0, y = 0, z = 0, w = 0;
-
-    Coefficient& operator+=(const Coefficient& b)
-    {
-        x += b.x;
-        y += b.y;
-        z += b.z;
-        w += b.w;
-        return *this;
-    }
-    Coefficient& operator*=(double s)
-    {
-        x *= s;
-        y *= s;
-        z *= s;
-        w *= s;
-        return *this;
-    }
-};
-
-inline Coefficient operator+(Coefficient a, const Coefficient& b) { return a += b; }
-inline Coefficient operator*(Coefficient a, double s) { return a *= s; }
-
-inline Pointw rounded(const Coefficient& c)
-{
-    return {static_cast<float>(c.x), static_cast<float>(c.y), static_cast<float>(c.z),
-            static_cast<float>(c.w)};
-}
-
 // The sum over i and j of at(i, j) u^i v^j, for (u, v) in the unit square.
 class PowerForm
 {
 public:
     struct Value {
-        Coefficient P, dPdu, dPdv;
+        Pointwd P, dPdu, dPdv;
     };
 
     PowerForm(int uorder, int vorder)
@@ -58,11 +27,11 @@ public:
 
     int uorder() const { return fUOrder; }
     int vorder() const { return fVOrder; }
-    Coefficient& at(int i, int j) { return fCoefficients[index(i, j)]; }
-    const Coefficient& at(int i, int j) const { return fCoefficients[index(i, j)]; }
+    Pointwd& at(int i, int j) { return fCoefficients[index(i, j)]; }
+    const Pointwd& at(int i, int j) const { return fCoefficients[index(i, j)]; }
 
     // Horner's scheme in both parameters.
-    Coefficient point(double u, double v) const;
+    Pointwd point(double u, double v) const;
     Value evaluate(double u, double v) const;
     // The same surface over a rectangle of parameters, which run from 0 to 1 again.
     PowerForm part(double umin, double umax, double vmin, double vmax) const;
@@ -81,7 +50,7 @@ private:
     void alongColumns(const Change& change);
 
     int fUOrder, fVOrder;
-    std::vector<Coefficient> fCoefficients;
+    std::vector<Pointwd> fCoefficients;
 };
 
 }  // namespace zeb

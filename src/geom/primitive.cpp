@@ -18,23 +18,23 @@ enum : std::uint32_t { kDicingDraws = 1 };
 
 constexpr int kCells = 4;  // the dicing test draws one sample in each of 4 x 4 cells
 
-float planarLength(const Point& p) { return std::sqrt(p.x * p.x + p.y * p.y); }
+double planarLength(const Pointd& p) { return std::sqrt(p.x * p.x + p.y * p.y); }
 
 // Whether w keeps its sign over a whole derivative.
-bool sameSide(const Pointw& p, const Pointw& d) { return (p.w + d.w) * p.w > 0; }
+bool sameSide(const Pointwd& p, const Pointwd& d) { return (p.w + d.w) * p.w > 0; }
 
 // From a homogeneous point to where its derivative leads: a multiple of the Euclidean derivative,
 // which stands in for it where w changes sign on the way.
-Point chord(const Pointw& p, const Pointw& d)
+Pointd chord(const Pointwd& p, const Pointwd& d)
 {
-    const Point P(p);
-    if (sameSide(p, d)) return Point(p + d) - P;
-    return Point(div(d.x - P.x * d.w, p.w), div(d.y - P.y * d.w, p.w), div(d.z - P.z * d.w, p.w));
+    const Pointd P = homogenized(p);
+    if (sameSide(p, d)) return homogenized(p + d) - P;
+    return {div(d.x - P.x * d.w, p.w), div(d.y - P.y * d.w, p.w), div(d.z - P.z * d.w, p.w)};
 }
 
-unsigned short stepsFor(float length, float side)
+unsigned short stepsFor(double length, float side)
 {
-    return static_cast<unsigned short>(clampToLong(std::ceil(length / side), 1, 65535));
+    return static_cast<unsigned short>(clampToLong(std::ceil(length / double{side}), 1, 65535));
 }
 
 // Calls visit(u, v) with a jittered place in every cell, u running fastest.
@@ -127,25 +127,25 @@ bool Primitive::diceable(Dicing& dicing, float maxSize) const
 bool Primitive::measure(Dicing& dicing, float maxSize, const Matrix& toRaster, Random& draws) const
 {
     const float side = micropolygonSide();
-    float maxU = 0, maxV = 0, maxArea = 0, minArea = kInfinity;
+    double maxU = 0, maxV = 0, maxArea = 0, minArea = double{kInfinity};
     const bool small = everyCell(draws, [&](float u, float v) {
         const auto [p, du, dv] = evaluate(u, v);
-        Point P(p), Pu, Pv;
+        Pointd P = homogenized(p), Pu, Pv;
         if (rational()) {
             // Too long for a chord that passes the point at infinity to mean anything.
             if (!sameSide(p, du) || !sameSide(p, dv)) return false;
-            Pu = Point(p + du);
-            Pv = Point(p + dv);
+            Pu = homogenized(p + du);
+            Pv = homogenized(p + dv);
         } else {
-            Pu = P + Point(du);
-            Pv = P + Point(dv);
+            Pu = P + homogenized(du);
+            Pv = P + homogenized(dv);
         }
-        P *= toRaster;
-        const float lengthU = planarLength(Pu * toRaster - P);
-        const float lengthV = planarLength(Pv * toRaster - P);
+        P = P * toRaster;
+        const double lengthU = planarLength(Pu * toRaster - P);
+        const double lengthV = planarLength(Pv * toRaster - P);
         maxU = std::max(maxU, lengthU);
         maxV = std::max(maxV, lengthV);
-        if (!(maxU <= maxSize && maxV <= maxSize)) return false;
+        if (!(maxU <= double{maxSize} && maxV <= double{maxSize})) return false;
         maxArea = std::max(maxArea, lengthU * lengthV);
         minArea = std::min(minArea, lengthU * lengthV);
         return true;
@@ -153,7 +153,7 @@ bool Primitive::measure(Dicing& dicing, float maxSize, const Matrix& toRaster, R
     if (!small) return false;
     dicing.fUSteps = stepsFor(maxU, side);
     dicing.fVSteps = stepsFor(maxV, side);
-    return !(maxArea > 2.0f * minArea && dicing.fUSteps * dicing.fVSteps >= 17);
+    return !(maxArea > 2.0 * minArea && dicing.fUSteps * dicing.fVSteps >= 17);
 }
 
 // Raises the step counts until the chord over a micropolygon stays within the flatness of the
@@ -161,19 +161,19 @@ bool Primitive::measure(Dicing& dicing, float maxSize, const Matrix& toRaster, R
 bool Primitive::flatten(Dicing& dicing, const Matrix& toRaster, Random& draws) const
 {
     const long limit = dicing.frame.option.tuning[0];
-    const float flatness = attrib().flatnessLimit;
+    const double flatness = attrib().flatnessLimit;
     return everyCell(draws, [&](float u, float v) {
-        const Point P = Point(evalP(u, v)) * toRaster;
+        const Pointd P = homogenized(pointAt(u, v)) * toRaster;
         const auto flatAlong = [&](unsigned short& steps, float t, const auto& at) {
             for (;; ++steps) {
                 const float h = std::min({t, 1 - t, 0.5f / static_cast<float>(steps)});
-                const Point chord = (Point(at(t + h)) + Point(at(t - h))) * 0.5f;
-                if (planarLength(chord * toRaster - P) <= flatness) return true;
+                const Pointd middle = (homogenized(at(t + h)) + homogenized(at(t - h))) * 0.5;
+                if (planarLength(middle * toRaster - P) <= flatness) return true;
                 if (steps >= limit) return false;
             }
         };
-        return flatAlong(dicing.fUSteps, u, [&](float t) { return evalP(t, v); }) &&
-               flatAlong(dicing.fVSteps, v, [&](float t) { return evalP(u, t); });
+        return flatAlong(dicing.fUSteps, u, [&](float t) { return pointAt(t, v); }) &&
+               flatAlong(dicing.fVSteps, v, [&](float t) { return pointAt(u, t); });
     });
 }
 
@@ -182,12 +182,13 @@ void Primitive::place(Vertex& vertex, float u, float v) const
 {
     const Matrix& toCamera = matrix();
     const auto [p, du, dv] = evaluate(u, v);
-    const Point P(p);
-    vertex.P = P * toCamera;
-    vertex.dPdu = rational() ? chord(p, du) : Point(du);
-    vertex.dPdv = rational() ? chord(p, dv) : Point(dv);
-    vtransform(vertex.dPdu, toCamera);
-    vtransform(vertex.dPdv, toCamera);
+    Pointd dPdu = rational() ? chord(p, du) : homogenized(du);
+    Pointd dPdv = rational() ? chord(p, dv) : homogenized(dv);
+    vtransform(dPdu, toCamera);
+    vtransform(dPdv, toCamera);
+    vertex.P = rounded(homogenized(p) * toCamera);
+    vertex.dPdu = rounded(dPdu);
+    vertex.dPdv = rounded(dPdv);
 }
 
 void Primitive::mendDerivatives(Grid& grid) const
@@ -195,9 +196,7 @@ void Primitive::mendDerivatives(Grid& grid) const
     constexpr double kParallel = 1e-10;  // the square of a sine
     constexpr double kTiny = 1e-10;      // the square of a length, in terms of the longest one
     constexpr float kAside = 1e-3f;
-    const auto squared = [](const Point& p) {
-        return double{p.x} * double{p.x} + double{p.y} * double{p.y} + double{p.z} * double{p.z};
-    };
+    const auto squared = [](const Pointd& p) { return dot(p, p); };
     const auto longer = [&](const Vertex& vertex) {
         return std::max(squared(vertex.dPdu), squared(vertex.dPdv));
     };
@@ -211,7 +210,8 @@ void Primitive::mendDerivatives(Grid& grid) const
         for (int i = 0; i <= grid.fUSize; ++i) {
             Vertex& vertex = grid.vertex(i, j);
             const double length = std::max(longer(vertex), kTiny * longest);
-            if (squared(vertex.dPdu ^ vertex.dPdv) > kParallel * length * length) continue;
+            if (squared(Pointd(vertex.dPdu) ^ Pointd(vertex.dPdv)) > kParallel * length * length)
+                continue;
             float u = static_cast<float>(i) / static_cast<float>(grid.fUSize);
             float v = static_cast<float>(j) / static_cast<float>(grid.fVSize);
             if (grid.fTransposed) std::swap(u, v);

@@ -72,9 +72,9 @@ enum PrimitiveType : unsigned short {
 };
 
 // A point of a surface and its derivatives, in object space. Of a rational surface all three are
-// homogeneous.
+// homogeneous; of others, w is 1.
 struct Differential {
-    Pointw P, dPdu, dPdv;
+    Pointwd P, dPdu, dPdv;
 };
 
 class Primitive
@@ -115,7 +115,8 @@ public:
     virtual Pointw evalP(float, float) const { return {}; }
     virtual Pointw evaldPdu(float, float) const { return {}; }
     virtual Pointw evaldPdv(float, float) const { return {}; }
-    // All three at once.
+    // The same before rounding: the point, and all three at once.
+    virtual Pointwd pointAt(float u, float v) const { return evalP(u, v); }
     virtual Differential evaluate(float u, float v) const
     {
         return {evalP(u, v), evaldPdu(u, v), evaldPdv(u, v)};

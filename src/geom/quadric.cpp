@@ -17,7 +17,8 @@ double radians(double degrees)
     return std::clamp(degrees, -360.0, 360.0) * 0.005555555555555556 * double{kPi};
 }
 
-double lerp(double t, double a, double b) { return a + t * (b - a); }
+// Exact at both ends, where pieces meet.
+double lerp(double t, double a, double b) { return (1 - t) * a + t * b; }
 
 // asin(z / r), also where that is a point or beyond it.
 double latitude(double z, double r) { return r == 0 ? 0 : std::asin(std::clamp(z / r, -1.0, 1.0)); }
@@ -217,7 +218,7 @@ Quadric::Quadric(float umin, float umax, float vmin, float vmax, const Quadric& 
 // Sweeping is linear in the swept point: the sweep of a box's corners holds that of the box.
 Boundw Quadric::boundRevolve(const CurvePoint& a, const CurvePoint& b) const
 {
-    constexpr double kRounding = 1e-6;  // of floats, with room
+    constexpr double kRounding = 1e-14;  // of cosines and products, with room
     Range x{1e300, -1e300}, y{1e300, -1e300};
     double size = 0;
     for (const CurvePoint& p : {a, b}) {
@@ -229,25 +230,28 @@ Boundw Quadric::boundRevolve(const CurvePoint& a, const CurvePoint& b) const
         size = std::max({size, radius, std::fabs(p.z)});
     }
     const double room = size * kRounding;
-    const auto low = [room](double value) { return static_cast<float>(value - room); };
-    const auto high = [room](double value) { return static_cast<float>(value + room); };
-    const Bound box(low(x.min), high(x.max), low(y.min), high(y.max), low(std::min(a.z, b.z)),
-                    high(std::max(a.z, b.z)));
-    Boundw result(box * matrix(), 1, 1);
+    const Range z{std::min(a.z, b.z), std::max(a.z, b.z)};
+    Bound box = Bound::empty();
+    for (const double px : {x.min - room, x.max + room}) {
+        for (const double py : {y.min - room, y.max + room}) {
+            for (const double pz : {z.min - room, z.max + room}) {
+                box.add(rounded(Pointd(px, py, pz) * matrix()));
+            }
+        }
+    }
+    box.roundOut();
+    Boundw result(box, 1, 1);
     clipToBound(result);
     return result;
 }
 
 Differential Quadric::revolve(double u, const CurvePoint& p) const
 {
-    const double range = fThetaMax - fThetaMin, theta = fThetaMin + u * range;
+    const double range = fThetaMax - fThetaMin, theta = lerp(u, fThetaMin, fThetaMax);
     const double c = std::cos(theta), s = std::sin(theta), part = fVmax - fVmin;
-    const auto point = [](double x, double y, double z) {
-        return Point(static_cast<float>(x), static_cast<float>(y), static_cast<float>(z));
-    };
     const double x = p.x * c - p.y * s, y = p.y * c + p.x * s;
-    return {point(x, y, p.z), point(-range * y, range * x, 0),
-            point(part * (p.dx * c - p.dy * s), part * (p.dy * c + p.dx * s), part * p.dz)};
+    return {Pointd(x, y, p.z), Pointd(-range * y, range * x, 0),
+            Pointd(part * (p.dx * c - p.dy * s), part * (p.dy * c + p.dx * s), part * p.dz)};
 }
 
 }  // namespace zeb

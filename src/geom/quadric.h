@@ -85,7 +85,7 @@ protected:
     // Of the surface between two opposite corners of the curve's box.
     Boundw boundRevolve(const CurvePoint& a, const CurvePoint& b) const;
     Differential revolve(double u, const CurvePoint& curve) const;
-    double curveParameter(float v) const { return fVmin + double{v} * (fVmax - fVmin); }
+    double curveParameter(double v) const { return (1 - v) * fVmin + v * fVmax; }
 
     double fThetaMin = 0, fThetaMax;
     double fVmin = 0, fVmax = 1;  // of the curve's own parameter
@@ -127,9 +127,10 @@ public:
     {
         return revolve(u, fCurve.at(curveParameter(v)));
     }
-    Pointw evalP(float u, float v) const override { return evaluate(u, v).P; }
-    Pointw evaldPdu(float u, float v) const override { return evaluate(u, v).dPdu; }
-    Pointw evaldPdv(float u, float v) const override { return evaluate(u, v).dPdv; }
+    Pointwd pointAt(float u, float v) const override { return evaluate(u, v).P; }
+    Pointw evalP(float u, float v) const override { return rounded(evaluate(u, v).P); }
+    Pointw evaldPdu(float u, float v) const override { return rounded(evaluate(u, v).dPdu); }
+    Pointw evaldPdv(float u, float v) const override { return rounded(evaluate(u, v).dPdv); }
     std::unique_ptr<Primitive> copy(bool) const override
     {
         return std::make_unique<QuadricOf>(*this);

@@ -26,14 +26,14 @@ void balance(long& larger, long& smaller, long limit)
     }
 }
 
-float planarLength(const Point& p) { return std::sqrt(p.x * p.x + p.y * p.y); }
+double planarLength(const Pointd& p) { return std::sqrt(p.x * p.x + p.y * p.y); }
 
 }  // namespace
 
 Triangle::Triangle(const Polygon& parent, std::uint32_t face, const long* indices)
     : Polygon(parent, face, false)
 {
-    for (int i = 0; i < 3; ++i) fCorners[i] = parent.points()[indices[i]];
+    for (int i = 0; i < 3; ++i) fCorners[i] = parent.vertex(indices[i]);
     if (!parent.args().empty()) {
         fArgs.split(3, indices, parent.args(), static_cast<long>(face));
     }
@@ -48,13 +48,20 @@ Triangle::Triangle(const Triangle& parent, std::uint32_t child, const float (&uv
 
 // In double, and symmetric in the corners: two triangles that share an edge agree on its points,
 // whichever way each runs along it.
-Point Triangle::at(double u, double v) const
+Pointd Triangle::at(double u, double v) const
 {
     const double t = 1 - u - v;
-    const Point &a = fCorners[0], &b = fCorners[1], &c = fCorners[2];
-    return {static_cast<float>(t * a.x + u * b.x + v * c.x),
-            static_cast<float>(t * a.y + u * b.y + v * c.y),
-            static_cast<float>(t * a.z + u * b.z + v * c.z)};
+    const Pointd &a = fCorners[0], &b = fCorners[1], &c = fCorners[2];
+    return {t * a.x + u * b.x + v * c.x, t * a.y + u * b.y + v * c.y, t * a.z + u * b.z + v * c.z};
+}
+
+Boundw Triangle::bound() const
+{
+    Bound box = Bound::empty();
+    for (const Pointd& corner : fCorners) box.add(rounded(corner * matrix()));
+    Boundw result(box, 1, 1);
+    clipToBound(result);
+    return result;
 }
 
 void Triangle::split(PrimitiveSink& sink)
@@ -86,15 +93,15 @@ bool Triangle::diceable(Dicing& dicing, float maxSize) const
     const float side = micropolygonSide();
     const Matrix toRaster = matrix() * dicing.frame.cameraToRaster;
     // Points of the triangle are sums of these three, before the division by w.
-    const Pointw origin = Pointw(fCorners[0]) * toRaster;
-    const auto direction = [&](const Point& corner) {
-        const Point d = corner - fCorners[0];
-        return Pointw(d.x, d.y, d.z, 0) * toRaster;
+    const Pointwd origin = Pointwd(fCorners[0]) * toRaster;
+    const auto direction = [&](const Pointd& corner) {
+        const Pointd d = corner - fCorners[0];
+        return Pointwd(d.x, d.y, d.z, 0) * toRaster;
     };
-    const Pointw du = direction(fCorners[1]), dv = direction(fCorners[2]);
+    const Pointwd du = direction(fCorners[1]), dv = direction(fCorners[2]);
 
     Random draws = random(kDicingDraws);
-    float maxU = 0, maxV = 0, maxArea = 0, minArea = kInfinity;
+    double maxU = 0, maxV = 0, maxArea = 0, minArea = double{kInfinity};
     for (int cell = 0; cell < 16; ++cell) {
         const int row = cell / 4, column = cell % 4;
         float u = (static_cast<float>(column) + draws.unit()) * 0.25f;
@@ -103,23 +110,23 @@ bool Triangle::diceable(Dicing& dicing, float maxSize) const
             u = 1 - u;
             v = 1 - v;
         }
-        const Pointw p = origin + u * du + v * dv;
-        const Point P(p);
-        const float lengthU = planarLength(Point(p + du) - P);
-        const float lengthV = planarLength(Point(p + dv) - P);
+        const Pointwd p = origin + du * double{u} + dv * double{v};
+        const Pointd P = homogenized(p);
+        const double lengthU = planarLength(homogenized(p + du) - P);
+        const double lengthV = planarLength(homogenized(p + dv) - P);
         maxU = std::max(maxU, lengthU);
         maxV = std::max(maxV, lengthV);
-        if (!(maxU <= maxSize && maxV <= maxSize)) return false;
+        if (!(maxU <= double{maxSize} && maxV <= double{maxSize})) return false;
         maxArea = std::max(maxArea, lengthU * lengthV);
         minArea = std::min(minArea, lengthU * lengthV);
     }
-    const auto steps = [side](float length) {
-        return static_cast<unsigned short>(clampToLong(std::ceil(length / side), 1, 65535));
+    const auto steps = [side](double length) {
+        return static_cast<unsigned short>(clampToLong(std::ceil(length / double{side}), 1, 65535));
     };
     dicing.fUSteps = steps(maxU);
     dicing.fVSteps = steps(maxV);
     balanceSteps(dicing.fUSteps, dicing.fVSteps, dicing.frame.option.tuning[0]);
-    return !(maxArea > 2.0f * minArea && dicing.fUSteps * dicing.fVSteps > 16);
+    return !(maxArea > 2.0 * minArea && dicing.fUSteps * dicing.fVSteps > 16);
 }
 
 std::unique_ptr<Grid> Triangle::dice(const Dicing& dicing) const
@@ -127,7 +134,7 @@ std::unique_ptr<Grid> Triangle::dice(const Dicing& dicing) const
     const Matrix& toCamera = matrix();
     auto grid = std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib,
                                        transform(), fCommon->fSeq, flipped(), true, fArgs);
-    Point dPdu = fCorners[1] - fCorners[0], dPdv = fCorners[2] - fCorners[0];
+    Pointd dPdu = fCorners[1] - fCorners[0], dPdv = fCorners[2] - fCorners[0];
     vtransform(dPdu, toCamera);
     vtransform(dPdv, toCamera);
     const int usteps = dicing.fUSteps, vsteps = dicing.fVSteps;
@@ -145,9 +152,9 @@ std::unique_ptr<Grid> Triangle::dice(const Dicing& dicing) const
                 }
             }
             Vertex& vertex = grid->vertex(i, j);
-            vertex.P = at(u, v) * toCamera;
-            vertex.dPdu = dPdu;
-            vertex.dPdv = dPdv;
+            vertex.P = rounded(at(u, v) * toCamera);
+            vertex.dPdu = rounded(dPdu);
+            vertex.dPdv = rounded(dPdv);
         }
     }
     return grid;

@@ -15,20 +15,22 @@ public:
     // The corners at three (u, v) pairs of a parent.
     Triangle(const Triangle& parent, std::uint32_t child, const float (&uv)[6]);
 
-    const Point* points() const override { return fCorners; }
+    Point vertex(long i) const override { return rounded(fCorners[i]); }
     long nVertices() const override { return 3; }
 
+    Boundw bound() const override;
     bool diceable(Dicing& dicing, float maxSize = -1) const override;
     std::unique_ptr<Grid> dice(const Dicing& dicing) const override;
     void split(PrimitiveSink& sink) override;
-    Pointw evalP(float u, float v) const override { return at(u, v); }
-    Pointw evaldPdu(float, float) const override { return fCorners[1] - fCorners[0]; }
-    Pointw evaldPdv(float, float) const override { return fCorners[2] - fCorners[0]; }
+    Pointwd pointAt(float u, float v) const override { return at(u, v); }
+    Pointw evalP(float u, float v) const override { return rounded(at(u, v)); }
+    Pointw evaldPdu(float, float) const override { return rounded(fCorners[1] - fCorners[0]); }
+    Pointw evaldPdv(float, float) const override { return rounded(fCorners[2] - fCorners[0]); }
 
 private:
-    Point at(double u, double v) const;
+    Pointd at(double u, double v) const;
 
-    Point fCorners[3];
+    Pointd fCorners[3];
 };
 
 // Brings two step counts to a ratio that is a power of two, so that the rows of a triangular grid

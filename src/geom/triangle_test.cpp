@@ -68,9 +68,9 @@ protected:
     }
     static void expectCorners(const Triangle& t, const Point& a, const Point& b, const Point& c)
     {
-        EXPECT_EQ(t.points()[0], a);
-        EXPECT_EQ(t.points()[1], b);
-        EXPECT_EQ(t.points()[2], c);
+        EXPECT_EQ(t.vertex(0), a);
+        EXPECT_EQ(t.vertex(1), b);
+        EXPECT_EQ(t.vertex(2), c);
     }
     using Steps = std::pair<int, int>;
     static Steps balanced(int u, int v, long limit = 32)

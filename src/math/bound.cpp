@@ -1,6 +1,7 @@
 #include "math/bound.h"
 
 #include <cmath>
+#include <limits>
 #include <ostream>
 
 #include "math/matrix.h"
@@ -8,6 +9,13 @@
 
 namespace zeb
 {
+
+void Bound::roundOut()
+{
+    constexpr float kDigit = std::numeric_limits<float>::epsilon();
+    for (float* min : {&xmin, &ymin, &zmin}) *min -= std::fabs(*min) * kDigit;
+    for (float* max : {&xmax, &ymax, &zmax}) *max += std::fabs(*max) * kDigit;
+}
 
 void Bound::intersect(const Bound& b)
 {

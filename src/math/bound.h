@@ -42,6 +42,8 @@ struct Bound {
         zmin = std::min(zmin, p.z);
         zmax = std::max(zmax, p.z);
     }
+    // Makes up for one rounding of each extent.
+    void roundOut();
     // Two infinite boxes stay as they are. Nothing tests whether the result is empty.
     void intersect(const Bound& b);
     Bound& operator*=(const Matrix& m);

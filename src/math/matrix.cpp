@@ -1,5 +1,6 @@
 #include "math/matrix.h"
 
+#include <algorithm>
 #include <ostream>
 #include <utility>
 
@@ -15,7 +16,7 @@ Matrix::Matrix(const Point& a, const Point& b, const Point& c, short rows) : Mat
 {
     const Point* given[3] = {&a, &b, &c};
     for (int i = 0; i < 3; ++i) {
-        const float p[3] = {given[i]->x, given[i]->y, given[i]->z};
+        const double p[3] = {given[i]->x, given[i]->y, given[i]->z};
         for (int j = 0; j < 3; ++j) (rows ? m[i][j] : m[j][i]) = p[j];
     }
 }
@@ -24,7 +25,7 @@ Matrix::Matrix(const Pointw& a, const Pointw& b, const Pointw& c, const Pointw& 
 {
     const Pointw* given[4] = {&a, &b, &c, &d};
     for (int i = 0; i < 4; ++i) {
-        const float p[4] = {given[i]->x, given[i]->y, given[i]->z, given[i]->w};
+        const double p[4] = {given[i]->x, given[i]->y, given[i]->z, given[i]->w};
         for (int j = 0; j < 4; ++j) (rows ? m[i][j] : m[j][i]) = p[j];
     }
 }
@@ -47,23 +48,20 @@ void Matrix::scale(float sx, float sy, float sz)
 
 void Matrix::rotate(float angle, float x, float y, float z)
 {
-    Point axis(x, y, z);
-    if (!(length(axis) >= kEpsilon)) {
+    if (!(length(Point(x, y, z)) >= kEpsilon)) {
         error(kMath, kError, "rotation basis vector must be non-zero");
         return;
     }
-    axis = normalize(axis);
-    x = axis.x;
-    y = axis.y;
-    z = axis.z;
+    const Pointd a = normalized({x, y, z});
     const double theta = kDegrees * angle;
-    const float s = static_cast<float>(std::sin(theta));
-    const float c = static_cast<float>(std::cos(theta));
-    const float k = 1 - c;
-    *this = Matrix(Point(k * x * x + c, k * x * y + s * z, k * x * z - s * y),
-                   Point(k * x * y - s * z, k * y * y + c, k * y * z + s * x),
-                   Point(k * x * z + s * y, k * y * z - s * x, k * z * z + c), 1) *
-            *this;
+    const double s = std::sin(theta), c = std::cos(theta), k = 1 - c;
+    const double rows[3][3] = {
+        {k * a.x * a.x + c, k * a.x * a.y + s * a.z, k * a.x * a.z - s * a.y},
+        {k * a.x * a.y - s * a.z, k * a.y * a.y + c, k * a.y * a.z + s * a.x},
+        {k * a.x * a.z + s * a.y, k * a.y * a.z - s * a.x, k * a.z * a.z + c}};
+    Matrix rotation;
+    for (int i = 0; i < 3; ++i) std::copy_n(rows[i], 3, rotation.m[i]);
+    *this = rotation * *this;
 }
 
 void Matrix::skew(float angle, float dx1, float dy1, float dz1, float dx2, float dy2, float dz2)
@@ -104,7 +102,7 @@ void Matrix::perspective(float fov)
     const float t = static_cast<float>(std::tan(kDegrees * fov * 0.5));
     const float a = static_cast<float>(static_cast<double>(t) * 1e38 * 1e-38);
     for (int c = 0; c < 4; ++c) {
-        const float row2 = m[2][c];
+        const double row2 = m[2][c];
         m[2][c] = a * row2 + t * m[3][c];
         m[3][c] = -a * row2;
     }
@@ -126,18 +124,21 @@ void Matrix::map(float left, float right, float bottom, float top, long xres, lo
         error(kBug, kError, "screen space must have non-zero width and height");
         return;
     }
-    const float sx = static_cast<float>(xres) / (right - left);
-    const float sy = static_cast<float>(yres) / (top - bottom);
+    const double sx = static_cast<double>(xres) / (double{right} - double{left});
+    const double sy = static_cast<double>(yres) / (double{top} - double{bottom});
     // The vertical scale is negative: raster y runs against screen y.
     for (int c = 0; c < 4; ++c) {
-        m[3][c] += static_cast<float>(yres) * m[1][c];
+        m[3][c] += static_cast<double>(yres) * m[1][c];
         m[0][c] *= sx;
         m[1][c] *= -sy;
         m[3][c] -= left * m[0][c] + bottom * m[1][c];
     }
 }
 
-bool Matrix::finite() const { return allFinite(&m[0][0], 16); }
+bool Matrix::finite() const
+{
+    return std::all_of(&m[0][0], &m[0][0] + 16, [](double entry) { return isFinite(entry); });
+}
 
 Matrix operator*(const Matrix& a, const Matrix& b)
 {
@@ -190,7 +191,7 @@ bool operator==(const Matrix& a, const Matrix& b)
 
 std::ostream& operator<<(std::ostream& stream, const Matrix& m)
 {
-    for (const auto& row : m.m) stream << Pointw(row[0], row[1], row[2], row[3]);
+    for (const auto& row : m.m) stream << rounded(Pointwd(row[0], row[1], row[2], row[3]));
     return stream;
 }
 
@@ -198,10 +199,12 @@ void ntransform(Point& n, const Matrix& m) { vtransform(n, invtranspose(m)); }
 
 Point weight(const Matrix& m, unsigned short k, const Point* P)
 {
-    return m.m[k][0] * P[0] + m.m[k][1] * P[1] + m.m[k][2] * P[2] + m.m[k][3] * P[3];
+    Pointd sum;
+    for (int i = 0; i < 4; ++i) sum = sum + Pointd(P[i]) * m.m[k][i];
+    return rounded(sum);
 }
 
-float determinant(const Matrix& a)
+double determinant(const Matrix& a)
 {
     const auto& m = a.m;
     return (m[0][0] * m[1][1] * m[2][2] + m[0][1] * m[1][2] * m[2][0] +
@@ -242,7 +245,7 @@ Matrix* invert(Matrix* result)
         }
         std::swap(a.m[i], a.m[pivot]);
         std::swap(result->m[i], result->m[pivot]);
-        const float p = a.m[i][i];
+        const double p = a.m[i][i];
         if (nearZero(p)) {
             error(kMath, kError, "cannot invert a singular Matrix");
             return nullptr;
@@ -253,7 +256,7 @@ Matrix* invert(Matrix* result)
         }
         for (int r = 0; r < 4; ++r) {
             if (r == i) continue;
-            const float f = a.m[r][i];
+            const double f = a.m[r][i];
             for (int c = 0; c < 4; ++c) {
                 a.m[r][c] -= f * a.m[i][c];
                 result->m[r][c] -= f * result->m[i][c];

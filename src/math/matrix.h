@@ -11,16 +11,19 @@ namespace zeb
 
 // Points are row vectors on the left: p' = p M, and first A, then B is A B. The building operations
 // pre-multiply: what is built last acts first, in the innermost coordinate system.
+//
+// Entries are kept, and products formed, in double: a far-away origin that one transformation adds
+// and the next takes away leaves no trace.
 class Matrix
 {
 public:
-    float m[4][4];
+    double m[4][4];
 
     // The identity.
     constexpr Matrix() : m{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}} {}
     explicit constexpr Matrix(const float (*rows)[4]) : m{}
     {
-        for (int i = 0; i < 16; ++i) m[i / 4][i % 4] = rows[i / 4][i % 4];
+        for (int i = 0; i < 16; ++i) m[i / 4][i % 4] = double{rows[i / 4][i % 4]};
     }
     // a, b, c as rows 0 ... 2, or as columns if rows is 0.
     Matrix(const Point& a, const Point& b, const Point& c, short rows);
@@ -47,7 +50,7 @@ public:
 extern const Matrix gIdentity;
 
 Matrix operator*(const Matrix& a, const Matrix& b);
-inline Pointw operator*(const Pointw& p, const Matrix& a)
+inline Pointwd operator*(const Pointwd& p, const Matrix& a)
 {
     const auto& m = a.m;
     return {p.x * m[0][0] + p.y * m[1][0] + p.z * m[2][0] + p.w * m[3][0],
@@ -55,8 +58,10 @@ inline Pointw operator*(const Pointw& p, const Matrix& a)
             p.x * m[0][2] + p.y * m[1][2] + p.z * m[2][2] + p.w * m[3][2],
             p.x * m[0][3] + p.y * m[1][3] + p.z * m[2][3] + p.w * m[3][3]};
 }
+inline Pointw operator*(const Pointw& p, const Matrix& m) { return rounded(Pointwd(p) * m); }
 // Divides by w with the clamped division.
-inline Point operator*(const Point& p, const Matrix& m) { return Pointw(p) * m; }
+inline Pointd operator*(const Pointd& p, const Matrix& m) { return homogenized(Pointwd(p) * m); }
+inline Point operator*(const Point& p, const Matrix& m) { return rounded(Pointd(p) * m); }
 // The box of the eight projected corners.
 Bound operator*(const Bound& b, const Matrix& m);
 // The box of the sixteen homogeneous corners, undivided.
@@ -66,12 +71,18 @@ inline bool operator!=(const Matrix& a, const Matrix& b) { return !(a == b); }
 std::ostream& operator<<(std::ostream& stream, const Matrix& m);
 
 // Directions ignore translation and perspective.
-inline void vtransform(Point& v, const Matrix& a)
+inline void vtransform(Pointd& v, const Matrix& a)
 {
     const auto& m = a.m;
     v = {v.x * m[0][0] + v.y * m[1][0] + v.z * m[2][0],
          v.x * m[0][1] + v.y * m[1][1] + v.z * m[2][1],
          v.x * m[0][2] + v.y * m[1][2] + v.z * m[2][2]};
+}
+inline void vtransform(Point& v, const Matrix& m)
+{
+    Pointd exact(v);
+    vtransform(exact, m);
+    v = rounded(exact);
 }
 // By the cofactors: the length comes out scaled, the direction reversed under a mirror.
 void ntransform(Point& n, const Matrix& m);
@@ -79,7 +90,7 @@ void ntransform(Point& n, const Matrix& m);
 Point weight(const Matrix& m, unsigned short k, const Point* P);
 
 // Of the upper left 3 x 3, times the last entry: for affine matrices, to tell their handedness.
-float determinant(const Matrix& m);
+double determinant(const Matrix& m);
 Matrix transpose(const Matrix& m);
 // The cofactors of the upper left 3 x 3, not divided by the determinant.
 Matrix invtranspose(const Matrix& m);

@@ -1,8 +1,11 @@
 // Points, vectors, normals and homogeneous points.
 #pragma once
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <iosfwd>
+#include <limits>
 
 namespace zeb
 {
@@ -90,6 +93,43 @@ struct Pointw {
     Pointw& operator*=(const Matrix& m);
 };
 
+// Both in double: surfaces are evaluated and brought to camera space in it, so that the large parts
+// of coordinates cancel before anything is rounded.
+struct Pointd {
+    double x = 0, y = 0, z = 0;
+
+    Pointd() = default;
+    constexpr Pointd(double px, double py, double pz) : x(px), y(py), z(pz) {}
+    constexpr Pointd(const Point& p) : x(p.x), y(p.y), z(p.z) {}
+};
+
+// Starts as an empty sum; a point has a w of 1.
+struct Pointwd {
+    double x = 0, y = 0, z = 0, w = 0;
+
+    Pointwd() = default;
+    constexpr Pointwd(double px, double py, double pz, double pw) : x(px), y(py), z(pz), w(pw) {}
+    constexpr Pointwd(const Pointd& p) : x(p.x), y(p.y), z(p.z), w(1) {}
+    constexpr Pointwd(const Pointw& p) : x(p.x), y(p.y), z(p.z), w(p.w) {}
+
+    Pointwd& operator+=(const Pointwd& b)
+    {
+        x += b.x;
+        y += b.y;
+        z += b.z;
+        w += b.w;
+        return *this;
+    }
+    Pointwd& operator*=(double s)
+    {
+        x *= s;
+        y *= s;
+        z *= s;
+        w *= s;
+        return *this;
+    }
+};
+
 extern const Point gOrigin;
 
 inline Point operator+(Point a, const Point& b) { return a += b; }
@@ -123,6 +163,36 @@ inline bool operator==(const Pointw& a, const Pointw& b)
 inline bool operator!=(const Pointw& a, const Pointw& b) { return !(a == b); }
 std::ostream& operator<<(std::ostream& stream, const Pointw& p);
 
+inline Pointd operator+(const Pointd& a, const Pointd& b)
+{
+    return {a.x + b.x, a.y + b.y, a.z + b.z};
+}
+inline Pointd operator-(const Pointd& a, const Pointd& b)
+{
+    return {a.x - b.x, a.y - b.y, a.z - b.z};
+}
+inline Pointd operator*(const Pointd& a, double s) { return {a.x * s, a.y * s, a.z * s}; }
+inline Pointd operator^(const Pointd& a, const Pointd& b)
+{
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+inline bool operator==(const Pointd& a, const Pointd& b)
+{
+    return a.x == b.x && a.y == b.y && a.z == b.z;
+}
+inline double dot(const Pointd& a, const Pointd& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+inline Pointwd operator+(Pointwd a, const Pointwd& b) { return a += b; }
+inline Pointwd operator*(Pointwd a, double s) { return a *= s; }
+inline Point rounded(const Pointd& p)
+{
+    return {static_cast<float>(p.x), static_cast<float>(p.y), static_cast<float>(p.z)};
+}
+inline Pointw rounded(const Pointwd& p)
+{
+    return {static_cast<float>(p.x), static_cast<float>(p.y), static_cast<float>(p.z),
+            static_cast<float>(p.w)};
+}
+
 inline float length(const Point& p) { return std::sqrt(dot(p, p)); }
 inline float distance(const Point& a, const Point& b) { return length(b - a); }
 inline float depth(const Point& p) { return p.z; }
@@ -133,6 +203,25 @@ inline Point normalize(const Point& p)
     const float l = length(p);
     if (!(l >= 1e-10f)) return p;
     return {p.x / l, p.y / l, p.z / l};
+}
+
+// p times the power of two that brings its longest component to 1 ... 2: the same direction, to the
+// last digit, at a length that no unit of measurement decides. The zero vector stays.
+inline Point scaled(const Point& p)
+{
+    const float largest = std::fmax(std::fabs(p.x), std::fmax(std::fabs(p.y), std::fabs(p.z)));
+    if (!(largest > 0 && largest <= std::numeric_limits<float>::max())) return p;
+    constexpr std::uint64_t kExponent = 0x7ff0000000000000;
+    const double s =
+        1 / std::bit_cast<double>(std::bit_cast<std::uint64_t>(double{largest}) & kExponent);
+    return rounded(Pointd(p) * s);
+}
+
+// Unit length; the zero vector stays.
+inline Pointd normalized(const Pointd& p)
+{
+    const double squared = dot(p, p);
+    return squared > 0 ? p * (1 / std::sqrt(squared)) : p;
 }
 
 // N turned so that Nref would face against I; the zero vector if I lies across Nref, because the
@@ -149,15 +238,17 @@ Point transform(unsigned short from, unsigned short to, const Point& p);
 
 // a / b, or 1e38 with the sign of a where the quotient would be larger; 0 / 0 is 0. The sign of b
 // is ignored in the clamped case.
-inline float div(float a, float b)
+template <class T>
+inline T div(T a, T b)
 {
-    const float m = std::fabs(b);
-    if (m >= 1 || 1e38f * m > std::fabs(a)) return a / b;
-    return a > 0 ? 1e38f : a < 0 ? -1e38f : 0.0f;
+    const T m = std::fabs(b), infinity = static_cast<T>(1e38f);
+    if (m >= 1 || infinity * m > std::fabs(a)) return a / b;
+    return a > 0 ? infinity : a < 0 ? -infinity : T{0};
 }
 
 // Divides by w with the clamped division and sets w to 1.
-inline void homogenize(float& x, float& y, float& z, float& w)
+template <class T>
+inline void homogenize(T& x, T& y, T& z, T& w)
 {
     x = div(x, w);
     y = div(y, w);
@@ -170,6 +261,12 @@ Point::Point(const Pointw& p) : x(p.x), y(p.y), z(p.z)
     if (p.w == 1) return;
     float w = p.w;
     homogenize(x, y, z, w);
+}
+
+inline Pointd homogenized(Pointwd p)
+{
+    if (p.w != 1) homogenize(p.x, p.y, p.z, p.w);
+    return {p.x, p.y, p.z};
 }
 
 Point lerp(float t, const Point& a, const Point& b);

@@ -86,7 +86,7 @@ private:
         place(column, row);
         p.E = fPerspective ? gOrigin : Point(P.x, P.y, 0);
         p.I = P - p.E;
-        p.Ng = dPdu ^ dPdv;
+        p.Ng = rounded(Pointd(dPdu) ^ Pointd(dPdv));
         if (fGrid.fFlip) p.Ng = -p.Ng;
         p.N = fNormal ? interpolated<Point>(*fNormal, p.u, p.v,
                                             [&](long k) { return fNormal->point(k); })

@@ -53,8 +53,9 @@ float Light::illuminate(const Point& Ps, const Point& N, float angle, const Poin
                         const Point& axis, float lightangle, LightSample& sample)
 {
     sample.L = Ps - Pl;
-    const Point direction = normalize(sample.L);
-    if (lightangle < kPi && std::cos(lightangle) > dot(normalize(axis), direction)) return 0;
+    const Point direction = normalize(scaled(sample.L));
+    if (lightangle < kPi && std::cos(lightangle) > dot(normalize(scaled(axis)), direction))
+        return 0;
     if (angle >= kPi) return 1;
     return dot(normalize(N), -direction) >= std::cos(angle) ? 1.0f : 0.0f;
 }
@@ -67,7 +68,7 @@ float Light::solar(const Point&, const Point& N, float angle, const Point& axis,
         return 1;
     }
     Point a = normalize(N);
-    const Point b = normalize(-axis);
+    const Point b = normalize(scaled(-axis));
     if (lightangle == 0) {
         // Without a spread the light is in the cone or it is not.
         sample.L = axis;
@@ -188,7 +189,7 @@ void SpotLight::instance(const ArgList& args)
     fParms.to *= toCamera();
     fParms.coneangle = static_cast<float>(kDegrees * fParms.coneangle);
     fParms.conedeltaangle = static_cast<float>(kDegrees * fParms.conedeltaangle);
-    fAxis = normalize(fParms.to - fParms.from);
+    fAxis = normalize(scaled(fParms.to - fParms.from));
     fCosOutside = std::cos(fParms.coneangle);
     fCosInside = std::cos(fParms.coneangle - fParms.conedeltaangle);
 }
@@ -201,7 +202,8 @@ float SpotLight::illuminates(const Point& P, const Point& N, float angle, long,
 
 void SpotLight::evaluate(LightSample& sample) const
 {
-    const float d = dot(sample.L, fAxis) / length(sample.L);
+    const Point L = scaled(sample.L);
+    const float d = dot(L, fAxis) / length(L);
     const float falloff = std::pow(d, fParms.beamdistribution) / dot(sample.L, sample.L);
     const float a = falloff * smoothstep(fCosOutside, fCosInside, d);
     sample.Cl = (a * fParms.intensity) * fParms.color;

@@ -15,13 +15,14 @@ namespace
 constexpr float kHalfPi = kPi * 0.5f;
 constexpr long kLightSamples = 16;
 
-// The shading normal turned towards the eye.
+// The shading normal turned towards the eye. How long the three are is a matter of units and of how
+// finely the surface was split, and decides nothing.
 Point facingNormal(const SurfacePoint& point)
 {
-    return faceforward(normalize(point.N), point.I, point.Ng);
+    return faceforward(normalize(scaled(point.N)), scaled(point.I), scaled(point.Ng));
 }
 
-Point viewDirection(const SurfacePoint& point) { return normalize(-point.I); }
+Point viewDirection(const SurfacePoint& point) { return normalize(scaled(-point.I)); }
 
 }  // namespace
 
@@ -95,7 +96,7 @@ Color Surface::diffuse(SurfacePoint& point, const Point& N)
     const Point Nn = normalize(N);
     Color sum = gBlack;
     for (Illuminance lights(point, point.P, Nn, kHalfPi, kLightSamples); ++lights;) {
-        sum += point.Cl * dot(normalize(point.L), Nn);
+        sum += point.Cl * dot(normalize(scaled(point.L)), Nn);
     }
     return sum;
 }
@@ -106,7 +107,7 @@ Color Surface::specular(SurfacePoint& point, const Point& N, Point& V, float rou
     V = normalize(V);
     Color sum = gBlack;
     for (Illuminance lights(point, point.P, Nn, kHalfPi, kLightSamples); ++lights;) {
-        const Point H = normalize(normalize(point.L) + V);
+        const Point H = normalize(normalize(scaled(point.L)) + V);
         sum += point.Cl * std::pow(std::max(0.0f, dot(Nn, H)), 1 / roughness);
     }
     return sum;
@@ -118,7 +119,7 @@ Color Surface::phong(SurfacePoint& point, const Point& N, const Point& V, float 
     const Point R = reflect(-normalize(V), Nn);
     Color sum = gBlack;
     for (Illuminance lights(point, point.P, Nn, kHalfPi, kLightSamples); ++lights;) {
-        sum += point.Cl * std::pow(std::max(0.0f, dot(R, normalize(point.L))), size);
+        sum += point.Cl * std::pow(std::max(0.0f, dot(R, normalize(scaled(point.L)))), size);
     }
     return sum;
 }

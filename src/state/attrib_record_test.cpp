@@ -16,6 +16,7 @@ namespace
 
 const float kBox[] = {-1, 1, -2, 2, -3, 3};
 const float kRed[] = {1, 0, 0};
+const float kPowerRows[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
 
 struct Setter {
     const char* name;
@@ -41,7 +42,7 @@ const Setter kChanging[] = {
     {"reverse", [] { gAttrib->orientation(0x604); }},
     {"backface", [] { gAttrib->backface(1); }},
     {"basis", [] { gAttrib->basis(0x901, 0x802); }},
-    {"customBasis", [] { gAttrib->customBasis(0x802, zebPowerBasis.m, 1); }},
+    {"customBasis", [] { gAttrib->customBasis(0x802, kPowerRows, 1); }},
     {"boundDisplacement", [] { gAttrib->boundDisplacement(1); }},
     {"objectName", [] { gAttrib->objectName("A"); }},
     {"groupName", [] { gAttrib->groupName("B"); }},
@@ -157,8 +158,7 @@ TEST_F(AttribRecordTest, NumbersThatAreNoneAreRefused)
     for (float bad : {std::numeric_limits<float>::quiet_NaN(), infinite, -infinite}) {
         const float color[] = {0, bad, 0};
         const float box[] = {-1, 1, -2, 2, -3, bad};
-        Matrix m;
-        m.m[1][2] = bad;
+        float rows[4][4] = {{1, 0, 0, 0}, {0, 1, bad, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
         float value = bad;
         const unsigned short tokens[] = {kQKa};
         const unsigned short intensity[] = {kQIntensity};
@@ -170,7 +170,7 @@ TEST_F(AttribRecordTest, NumbersThatAreNoneAreRefused)
         expectRefused("zebBound", [&] { zebBound(box); });
         expectRefused("zebFlatness", [&] { zebFlatness(bad); });
         expectRefused("zebBoundDisplacement", [&] { zebBoundDisplacement(bad); });
-        expectRefused("zebCustomBasis", [&] { zebCustomBasis(0x802, m.m, 1); });
+        expectRefused("zebCustomBasis", [&] { zebCustomBasis(0x802, rows, 1); });
         expectRefused("zebSurfaceV", [&] { zebSurfaceV(kQMetal, 1, tokens, values); });
         expectRefused("zebAtmosphereV", [&] { zebAtmosphereV(kQFog, 1, distance, values); });
         expectRefused("zebLightSourceV",
@@ -198,9 +198,9 @@ TEST_F(AttribRecordTest, NullPointersAndNegativeCountsAreRefused)
 
 TEST_F(AttribRecordTest, ABasisWithoutAStepIsRefused)
 {
-    Matrix m;
-    expectRefused("zebCustomBasis", [&m] { zebCustomBasis(0x802, m.m, 0); });
-    expectRefused("zebCustomBasis", [&m] { zebCustomBasis(0x802, m.m, -1); });
+    ZebMatrix m = {};
+    expectRefused("zebCustomBasis", [&m] { zebCustomBasis(0x802, m, 0); });
+    expectRefused("zebCustomBasis", [&m] { zebCustomBasis(0x802, m, -1); });
 }
 
 TEST_F(AttribRecordTest, NullNamesAreNoNames)

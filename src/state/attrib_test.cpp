@@ -17,6 +17,8 @@ using namespace zeb;
 namespace
 {
 
+const float kPowerRows[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
+
 class AttribTest : public testing::Test
 {
 protected:
@@ -405,7 +407,7 @@ TEST_F(AttribTest, UnknownBasesAndApplicationsAreRefused)
     expectReport(10, "unknown bicubic patch basis 2309");
     gAttrib->basis(0x901, 0x803);
     expectReport(10, "unknown basis application 2051");
-    gAttrib->customBasis(0x7FF, zebPowerBasis.m, 1);
+    gAttrib->customBasis(0x7FF, kPowerRows, 1);
     expectReport(10, "unknown basis application 2047");
     EXPECT_EQ(gAttrib->ubasis, zebBezierBasis);
     EXPECT_EQ(gAttrib->vstep, 3);
@@ -413,16 +415,16 @@ TEST_F(AttribTest, UnknownBasesAndApplicationsAreRefused)
 
 TEST_F(AttribTest, CustomBasesAreStored)
 {
-    Matrix m;
-    m.scale(2);
-    gAttrib->customBasis(0x800, m.m, 5);
+    const float rows[4][4] = {{2, 0, 0, 0}, {0, 2, 0, 0}, {0, 0, 2, 0}, {0, 0, 0, 1}};
+    const Matrix m(rows);
+    gAttrib->customBasis(0x800, rows, 5);
     EXPECT_EQ(gAttrib->ubasis, m);
     EXPECT_EQ(gAttrib->ustep, 5);
     EXPECT_EQ(gAttrib->vbasis, zebBezierBasis);
-    gAttrib->customBasis(0x801, m.m, 6);
+    gAttrib->customBasis(0x801, rows, 6);
     EXPECT_EQ(gAttrib->vbasis, m);
     EXPECT_EQ(gAttrib->vstep, 6);
-    gAttrib->customBasis(0x802, zebPowerBasis.m, 7);
+    gAttrib->customBasis(0x802, kPowerRows, 7);
     EXPECT_EQ(gAttrib->ubasis, gIdentity);
     EXPECT_EQ(gAttrib->ustep, 7);
     EXPECT_EQ(gAttrib->vstep, 7);
