@@ -18,6 +18,16 @@ float clampedAcos(float x) { return std::acos(std::fmin(1.0f, std::fmax(-1.0f, x
 // Parameters are found by name, so a light may list fields of a record that it shares with others.
 ParmList colorParms(LightParms& p) { return {{kQIntensity, &p.intensity}, {kQColor, &p.color}}; }
 
+// Brings both ends of a light to camera space; answers the way from one to the other, which keeps
+// its digits however far away they lie.
+Point aim(LightParms& parms, const Matrix& toCamera)
+{
+    const Pointd from = Pointd(parms.from) * toCamera, to = Pointd(parms.to) * toCamera;
+    parms.from = rounded(from);
+    parms.to = rounded(to);
+    return rounded(to - from);
+}
+
 }  // namespace
 
 std::shared_ptr<Light> upcall::makeLight(unsigned short name,
@@ -126,14 +136,13 @@ ParmList DistantLight::parameters()
 void DistantLight::instance(const ArgList& args)
 {
     Light::instance(args);
-    fParms.from *= toCamera();
-    fParms.to *= toCamera();
+    fAxis = aim(fParms, toCamera());
 }
 
 float DistantLight::illuminates(const Point& P, const Point& N, float angle, long n,
                                 LightSample& sample) const
 {
-    return solar(P, N, angle, fParms.to - fParms.from, 0, n, sample);
+    return solar(P, N, angle, fAxis, 0, n, sample);
 }
 
 void DistantLight::evaluate(LightSample& sample) const
@@ -185,11 +194,9 @@ ParmList SpotLight::parameters()
 void SpotLight::instance(const ArgList& args)
 {
     Light::instance(args);
-    fParms.from *= toCamera();
-    fParms.to *= toCamera();
+    fAxis = normalize(scaled(aim(fParms, toCamera())));
     fParms.coneangle = static_cast<float>(kDegrees * fParms.coneangle);
     fParms.conedeltaangle = static_cast<float>(kDegrees * fParms.conedeltaangle);
-    fAxis = normalize(scaled(fParms.to - fParms.from));
     fCosOutside = std::cos(fParms.coneangle);
     fCosInside = std::cos(fParms.coneangle - fParms.conedeltaangle);
 }

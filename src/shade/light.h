@@ -62,7 +62,10 @@ private:
 class DistantLight : public Light
 {
 public:
-    explicit DistantLight(const LightParms& parms = {}) : fParms(parms) {}
+    explicit DistantLight(const LightParms& parms = {})
+        : fParms(parms), fAxis(parms.to - parms.from)
+    {
+    }
     ParmList parameters() override;
     void instance(const ArgList& args) override;
     float illuminates(const Point& P, const Point& N, float angle, long n,
@@ -71,6 +74,7 @@ public:
 
 private:
     LightParms fParms;
+    Point fAxis;  // the way light travels
 };
 
 class PointLight : public Light
