@@ -19,6 +19,15 @@ ConvexPolygon::ConvexPolygon(long n, long nargs, const unsigned short* tokens, v
     init(n, 1, nargs, tokens, values);
 }
 
+// Lines that are no sides are where a polygon was cut.
+bool ConvexPolygon::shared(long from, long to) const
+{
+    const long n = nVertices();
+    if (to == (from + 1) % n) return fSides[from];
+    if (from == (to + 1) % n) return fSides[to];
+    return true;
+}
+
 float ConvexPolygon::cosMinAngle(long i, long j) const
 {
     const long n = nVertices();
@@ -95,6 +104,14 @@ ConvexPolygonMesh::ConvexPolygonMesh(long nfaces, const long* nverts, const long
 void ConvexPolygonMesh::split(PrimitiveSink& sink)
 {
     const long* indices = fIndices.data();
+    for (const long size : fFaceSizes) {
+        for (long k = 0; k < size; ++k) {
+            fShared.add(vertex(indices[k]), vertex(indices[(k + 1) % size]));
+        }
+        indices += size;
+    }
+    fShared.sort();
+    indices = fIndices.data();
     std::uint32_t face = 0;
     for (const long size : fFaceSizes) {
         if (size < 4) {

@@ -12,7 +12,8 @@ public:
     static bool verify(long n, long nargs, const unsigned short* tokens, void* const* values);
     ConvexPolygon(long n, long nargs, const unsigned short* tokens, void* const* values);
     ConvexPolygon(const Polygon& parent, std::uint32_t face, long n, const long* indices)
-        : Polygon(parent, face, n, indices)
+        : Polygon(parent, face, n, indices),
+          fSides(parent, n, indices, [n](long k) { return (k + 1) % n; })
     {
     }
 
@@ -21,6 +22,7 @@ public:
     {
         return std::make_unique<ConvexPolygon>(*this);
     }
+    bool shared(long from, long to) const override;
     // Cuts along the diagonal between nearly opposite vertices whose corners are widest.
     void split(PrimitiveSink& sink) override;
 
@@ -30,6 +32,9 @@ public:
     Diagonal bestDiagonal() const;
     // The largest cosine of the four angles between the diagonal and the edges at its ends.
     float cosMinAngle(long i, long j) const;
+
+private:
+    SideFlags fSides;
 };
 
 class ConvexPolygonMesh : public Polygon
@@ -45,11 +50,17 @@ public:
     {
         return std::make_unique<ConvexPolygonMesh>(*this);
     }
+    bool shared(long from, long to) const override
+    {
+        return fShared.contains(fPoints[static_cast<std::size_t>(from)],
+                                fPoints[static_cast<std::size_t>(to)]);
+    }
     void split(PrimitiveSink& sink) override;
 
 private:
     std::vector<long> fFaceSizes;
     std::vector<long> fIndices;
+    SharedSides fShared;  // while it splits
 };
 
 }  // namespace zeb

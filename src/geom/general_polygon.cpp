@@ -33,6 +33,15 @@ GeneralPolygon::GeneralPolygon(const Polygon& parent, std::uint32_t face,
       fLoopSizes(std::move(loopSizes))
 {
     indexLoops();
+    fSides = SideFlags(parent, nVertices(), indices, [this](long k) { return after(k); });
+}
+
+// Lines that are no sides are where a polygon was cut, or bridges to its holes.
+bool GeneralPolygon::shared(long from, long to) const
+{
+    if (to == after(from)) return fSides[from];
+    if (from == after(to)) return fSides[to];
+    return true;
 }
 
 void GeneralPolygon::indexLoops()
@@ -262,6 +271,14 @@ GeneralPolygonMesh::GeneralPolygonMesh(long nfaces, const long* nloops, const lo
 void GeneralPolygonMesh::split(PrimitiveSink& sink)
 {
     const long* indices = fIndices.data();
+    for (const long size : fLoopSizes) {
+        for (long k = 0; k < size; ++k) {
+            fShared.add(vertex(indices[k]), vertex(indices[(k + 1) % size]));
+        }
+        indices += size;
+    }
+    fShared.sort();
+    indices = fIndices.data();
     const long* size = fLoopSizes.data();
     std::uint32_t face = 0;
     for (const long loops : fFaceLoops) {

@@ -22,6 +22,7 @@ public:
     {
         return std::make_unique<GeneralPolygon>(*this);
     }
+    bool shared(long from, long to) const override;
     // Joins holes to the outline, one at a time, then cuts concave outlines at reflex corners.
     void split(PrimitiveSink& sink) override;
 
@@ -58,6 +59,7 @@ private:
     std::vector<long> fLoopSizes;
     std::vector<long> fLoopStarts;  // and one more, past the end
     std::vector<long> fLoopOf;      // the loop of each vertex
+    SideFlags fSides;
     void indexLoops();
 };
 
@@ -74,12 +76,18 @@ public:
     {
         return std::make_unique<GeneralPolygonMesh>(*this);
     }
+    bool shared(long from, long to) const override
+    {
+        return fShared.contains(fPoints[static_cast<std::size_t>(from)],
+                                fPoints[static_cast<std::size_t>(to)]);
+    }
     void split(PrimitiveSink& sink) override;
 
 private:
     std::vector<long> fFaceLoops;
     std::vector<long> fLoopSizes;
     std::vector<long> fIndices;
+    SharedSides fShared;  // while it splits
 };
 
 }  // namespace zeb

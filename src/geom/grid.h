@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "geom/edges.h"
 #include "math/bound.h"
 #include "math/color.h"
 #include "math/transform.h"
@@ -34,6 +35,7 @@ public:
     const bool fFlip;  // transformation and orientation disagree: normals are turned round
     const bool fTriangular;
     bool fTransposed = false;  // rows run along the surface's v instead of its u
+    Edges fEdges;              // u along the rows
     // The primitive's variables in camera space: those that shading knows by name, and all others.
     // Positions are in the vertices.
     ArgList fVertexArgs, fOtherArgs;

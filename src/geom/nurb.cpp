@@ -223,6 +223,7 @@ NuPatchMesh::NuPatchMesh(const NuPatchMesh& parent, const Quadrant& part)
       fV1(parent.fV0 + part.v1)
 {
     fArgs.split(part.uv[0], part.uv[1], part.uv[2], part.uv[3], parent.fArgs);
+    takeEdges(parent, part.uv[0], part.uv[1], part.uv[2], part.uv[3]);
 }
 
 void NuPatchMesh::addHull(Boundw& box) const
@@ -236,6 +237,7 @@ void NuPatchMesh::addHull(Boundw& box) const
 
 void NuPatchMesh::split(PrimitiveSink& sink)
 {
+    findSeams();
     splitSpans(fU1 - fU0, fV1 - fV0, [&](const Quadrant& q) {
         if (q.u1 - q.u0 >= 2 || q.v1 - q.v0 >= 2) {
             sink.add(std::make_unique<NuPatchMesh>(*this, q));
@@ -246,12 +248,12 @@ void NuPatchMesh::split(PrimitiveSink& sink)
     });
 }
 
-Pointw NuPatchMesh::evalP(float u, float v) const
+Pointwd NuPatchMesh::pointAt(float u, float v) const
 {
     SpanPlace pu(u, fU1 - fU0), pv(v, fV1 - fV0);
     pu.span += fU0;
     pv.span += fV0;
-    return rounded(fNet->point(pu, pv));
+    return fNet->point(pu, pv);
 }
 
 }  // namespace zeb

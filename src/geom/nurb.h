@@ -135,7 +135,8 @@ public:
     bool rational() const override { return true; }
     bool diceable(Dicing&, float) const override { return false; }
     void split(PrimitiveSink& sink) override;
-    Pointw evalP(float u, float v) const override;
+    Pointwd pointAt(float u, float v) const override;
+    Pointw evalP(float u, float v) const override { return rounded(pointAt(u, v)); }
     std::unique_ptr<Primitive> copy(bool) const override
     {
         return std::make_unique<NuPatchMesh>(*this);

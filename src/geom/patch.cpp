@@ -136,6 +136,33 @@ Boundw Patch::hull(const Boundw&) const
     return box;
 }
 
+// Surfaces close where the host's points make them: sides that lie on each other are one line.
+void Patch::findSeams()
+{
+    if (isPiece()) return;
+    constexpr int kPlaces = 32;
+    constexpr double kApart = 1e-6;  // of the size
+    double size = 0, apartU = 0, apartV = 0;
+    const auto compare = [&](const Pointd& a, const Pointd& b, double& apart) {
+        const Pointd d = a - b;
+        apart = std::max(apart, dot(d, d));
+    };
+    const Pointd first = homogenized(pointAt(0, 0));
+    for (int k = 0; k <= kPlaces; ++k) {
+        const float t = static_cast<float>(k) / kPlaces;
+        const Pointd left = homogenized(pointAt(0, t)), right = homogenized(pointAt(1, t));
+        const Pointd top = homogenized(pointAt(t, 0)), bottom = homogenized(pointAt(t, 1));
+        compare(left, right, apartU);
+        compare(top, bottom, apartV);
+        for (const Pointd& p : {left, right, top, bottom}) {
+            const Pointd d = p - first;
+            size = std::max(size, dot(d, d));
+        }
+    }
+    if (apartU <= kApart * kApart * size) fEdges.closeU(path());
+    if (apartV <= kApart * kApart * size) fEdges.closeV(path());
+}
+
 PolynomialPatch::PolynomialPatch(const PolynomialPatch& other)
     : Patch(other),
       fForm(other.fForm),
@@ -152,6 +179,7 @@ PolynomialPatch::PolynomialPatch(const Patch& mesh, std::uint32_t child, PowerFo
     : Patch(mesh, child, false), fForm(std::make_shared<const PowerForm>(std::move(form)))
 {
     fArgs.split(range[0], range[1], range[2], range[3], mesh.args());
+    takeEdges(mesh, range[0], range[1], range[2], range[3]);
 }
 
 PolynomialPatch::PolynomialPatch(float umin, float umax, float vmin, float vmax,
@@ -164,10 +192,12 @@ PolynomialPatch::PolynomialPatch(float umin, float umax, float vmin, float vmax,
       fVmax(parent.vAt(vmax))
 {
     fArgs.split(umin, umax, vmin, vmax, parent.fArgs);
+    takeEdges(parent, umin, umax, vmin, vmax);
 }
 
 void PolynomialPatch::split(PrimitiveSink& sink)
 {
+    findSeams();
     for (std::uint32_t i = 0; i < 4; ++i) {
         const float u = i % 2 ? 0.5f : 0, v = i / 2 ? 0.5f : 0;
         sink.add(part(u, u + 0.5f, v, v + 0.5f, i));
@@ -267,6 +297,7 @@ std::unique_ptr<Grid> BicubicPatch::dice(const Dicing& dicing) const
     auto grid = std::make_unique<Grid>(dicing.fVSteps, dicing.fUSteps, fCommon->fAttrib,
                                        transform(), fCommon->fSeq, flipped(), false, fArgs);
     grid->fTransposed = true;
+    grid->fEdges = fEdges.transposed();
     // The coefficients in v are cubics of u; they and their derivatives advance with the rows.
     const PowerForm form = ownForm();
     const double du = 1.0 / usteps, dv = 1.0 / vsteps;

@@ -36,6 +36,8 @@ protected:
 
     // Adds a box that the surface lies in, in camera space.
     virtual void addHull(Boundw&) const {}
+    // Before a surface of the host's splits: looks for sides that lie on each other.
+    void findSeams();
 };
 
 // One polynomial piece, or a part of it. All parts share the coefficients and evaluate them at the

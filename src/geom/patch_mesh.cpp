@@ -148,6 +148,7 @@ PatchMesh::PatchMesh(const PatchMesh& parent, const Quadrant& part)
     const Range r = parent.range();
     fRange = {r.u0 + part.u0, r.u0 + part.u1, r.v0 + part.v0, r.v0 + part.v1};
     fArgs.split(part.uv[0], part.uv[1], part.uv[2], part.uv[3], parent.fArgs);
+    takeEdges(parent, part.uv[0], part.uv[1], part.uv[2], part.uv[3]);
 }
 
 const PatchMesh::Layout& PatchMesh::layout() const
@@ -181,6 +182,7 @@ void PatchMesh::addHull(Boundw& box) const
 
 void PatchMesh::split(PrimitiveSink& sink)
 {
+    findSeams();
     const Layout& l = layout();
     const Range r = range();
     splitSpans(r.u1 - r.u0, r.v1 - r.v0, [&](const Quadrant& q) {
@@ -197,12 +199,12 @@ void PatchMesh::split(PrimitiveSink& sink)
     });
 }
 
-Pointw PatchMesh::evalP(float u, float v) const
+Pointwd PatchMesh::pointAt(float u, float v) const
 {
     const Layout& l = layout();
     const Range r = range();
     const SpanPlace pu(u, r.u1 - r.u0), pv(v, r.v1 - r.v0);
-    return rounded(l.form(r.u0 + pu.span, r.v0 + pv.span).point(pu.t, pv.t));
+    return l.form(r.u0 + pu.span, r.v0 + pv.span).point(pu.t, pv.t);
 }
 
 }  // namespace zeb

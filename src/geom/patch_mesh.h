@@ -23,7 +23,8 @@ public:
     Boundw hull(const Boundw& bound) const override { return bound; }
     bool diceable(Dicing&, float) const override { return false; }
     void split(PrimitiveSink& sink) override;
-    Pointw evalP(float u, float v) const override;
+    Pointwd pointAt(float u, float v) const override;
+    Pointw evalP(float u, float v) const override { return rounded(pointAt(u, v)); }
     std::unique_ptr<Primitive> copy(bool) const override
     {
         return std::make_unique<PatchMesh>(*this);

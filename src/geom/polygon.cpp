@@ -1,6 +1,7 @@
 #include "geom/polygon.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "state/quark.h"
 #include "util/report.h"
@@ -14,6 +15,49 @@ Polygon::Polygon(const Polygon& parent, std::uint32_t face, long n, const long* 
     fPoints.reserve(static_cast<std::size_t>(n));
     for (long i = 0; i < n; ++i) fPoints.push_back(parent.vertex(indices[i]));
     fArgs.split(n, indices, parent.args(), static_cast<long>(face));
+}
+
+namespace
+{
+
+std::uint32_t placeHash(const Point& p)
+{
+    // A zero of either sign is one place.
+    const auto bits = [](float v) { return std::bit_cast<std::uint32_t>(v + 0.0f); };
+    return mixSeeds(mixSeeds(bits(p.x), bits(p.y)), bits(p.z));
+}
+
+}  // namespace
+
+std::uint32_t Polygon::lineBetween(const Point& a, const Point& b)
+{
+    return mixBits(placeHash(a) + placeHash(b)) | 1;
+}
+
+void SharedSides::add(const Point& a, const Point& b) { fKeys.push_back(key(a, b)); }
+
+// Keeps those that occur more than once.
+void SharedSides::sort()
+{
+    std::sort(fKeys.begin(), fKeys.end());
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i + 1 < fKeys.size(); ++i) {
+        const bool seen = kept > 0 && fKeys[kept - 1] == fKeys[i];
+        if (fKeys[i] == fKeys[i + 1] && !seen) fKeys[kept++] = fKeys[i];
+    }
+    fKeys.resize(kept);
+    fKeys.shrink_to_fit();
+}
+
+bool SharedSides::contains(const Point& a, const Point& b) const
+{
+    return std::binary_search(fKeys.begin(), fKeys.end(), key(a, b));
+}
+
+std::uint64_t SharedSides::key(const Point& a, const Point& b)
+{
+    const std::uint64_t p = placeHash(a), q = placeHash(b);
+    return p < q ? p << 32 | q : q << 32 | p;
 }
 
 void Polygon::init(long n, long faces, long nargs, const unsigned short* tokens,

@@ -1,6 +1,7 @@
 // What all polygons have in common.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "geom/primitive.h"
@@ -17,6 +18,10 @@ public:
 
     virtual Point vertex(long i) const { return fPoints[static_cast<std::size_t>(i)]; }
     virtual long nVertices() const { return static_cast<long>(fPoints.size()); }
+    // Whether pieces meet along the line between two vertices of a face; its number is that of both
+    // places, whichever face asks.
+    virtual bool shared(long, long) const { return false; }
+    static std::uint32_t lineBetween(const Point& a, const Point& b);
 
     Boundw bound() const override;
     bool diceable(Dicing&, float) const override { return false; }
@@ -40,6 +45,44 @@ protected:
     void extractP(long n);
 
     std::vector<Point> fPoints;
+};
+
+// Which sides of a polygon other faces share; none of a surface that is one polygon.
+class SideFlags
+{
+public:
+    SideFlags() = default;
+    // Side k of a part of the parent runs from vertex k to vertex next(k) of those listed.
+    template <class Next>
+    SideFlags(const Polygon& parent, long n, const long* indices, const Next& next)
+    {
+        fFlags.reserve(static_cast<std::size_t>(n));
+        for (long k = 0; k < n; ++k) {
+            fFlags.push_back(parent.shared(indices[k], indices[next(k)]) ? 1 : 0);
+        }
+    }
+    bool operator[](long side) const
+    {
+        return !fFlags.empty() && fFlags[static_cast<std::size_t>(side)];
+    }
+
+private:
+    std::string fFlags;  // which keeps those of small polygons without an allocation
+};
+
+// The sides that two faces of a mesh have in common, by their ends' places: meshes that have
+// several vertices at one place close there too.
+class SharedSides
+{
+public:
+    void add(const Point& a, const Point& b);
+    // To be called before the first question.
+    void sort();
+    bool contains(const Point& a, const Point& b) const;
+
+private:
+    static std::uint64_t key(const Point& a, const Point& b);
+    std::vector<std::uint64_t> fKeys;
 };
 
 // Whether a list can make a polygon of that many vertices and faces: exactly one "point", and every

@@ -67,12 +67,16 @@ void PrimitiveCommon::inherit(std::uint32_t seq)
 
 Primitive::Primitive() : fCommon(std::make_shared<PrimitiveCommon>()) {}
 
-Primitive::Primitive(const Primitive& other) : fCommon(other.fCommon), fPath(other.fPath) {}
+Primitive::Primitive(const Primitive& other)
+    : fCommon(other.fCommon), fEdges(other.fEdges), fPath(other.fPath)
+{
+}
 
 Primitive::Primitive(const Primitive& parent, std::uint32_t child, bool halved)
     : fCommon(parent.fCommon),
       fPath(mixSeeds(parent.fPath, child + 1)),
       fDepth(parent.fDepth + (halved ? 1 : 0)),
+      fIsPiece(true),
       fSplits(halved ? parent.fSplits : nullptr)
 {
 }
@@ -235,6 +239,7 @@ std::unique_ptr<Grid> Primitive::dice(const Dicing& dicing) const
             place(grid->vertex(i, j), u, v);
         }
     }
+    grid->fEdges = fEdges;
     mendDerivatives(*grid);
     return grid;
 }

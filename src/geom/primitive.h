@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "geom/edges.h"
 #include "math/bound.h"
 #include "math/transform.h"
 #include "state/args.h"
@@ -132,6 +133,7 @@ public:
     // Leaves the common record of the object that this is a copy from.
     void detachCommon(std::shared_ptr<PrimitiveCommon> own) { fCommon = std::move(own); }
     const ArgList& args() const { return fArgs; }
+    const Edges& edges() const { return fEdges; }
 
     // Whether another split is allowed in a picture of so many pixels; counts it.
     bool mayStillSplit(const RenderFrame& frame, double pixels);
@@ -151,8 +153,18 @@ protected:
     // nearby, so that they have a normal.
     void mendDerivatives(Grid& grid) const;
 
+    // Takes the sides of a part of the parent, given in its parameters.
+    void takeEdges(const Primitive& parent, float umin, float umax, float vmin, float vmax)
+    {
+        fEdges = parent.fEdges.part(umin, umax, vmin, vmax, parent.fPath);
+    }
+    std::uint32_t path() const { return fPath; }
+    // Whether this came from splitting another.
+    bool isPiece() const { return fIsPiece; }
+
     std::shared_ptr<PrimitiveCommon> fCommon;
     ArgList fArgs;
+    Edges fEdges;
 
 private:
     bool measure(Dicing& dicing, float maxSize, const Matrix& toRaster, Random& random) const;
@@ -161,6 +173,7 @@ private:
 
     std::uint32_t fPath = 0;
     int fDepth = 0;
+    bool fIsPiece = false;
     std::shared_ptr<std::atomic<long>> fSplits;  // of all pieces of one face
 };
 

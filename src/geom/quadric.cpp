@@ -163,6 +163,7 @@ TorusCurve::TorusCurve(float majorRadius, float minorRadius, float from, float t
     : major(majorRadius), minor(minorRadius)
 {
     const double sweep = std::clamp(double{to} - double{from}, -360.0, 360.0);
+    fClosed = std::fabs(sweep) == 360;
     double start = std::fmod(double{from}, 360.0);
     if (start + sweep > 360) {
         start -= 360;
@@ -192,6 +193,7 @@ Quadric::Quadric(float thetamax, long n, const unsigned short* tokens, void* con
     : fThetaMax(radians(thetamax))
 {
     fArgs.init(n, tokens, values, ArgCounts{4, 1, 4});
+    if (std::fabs(thetamax) >= 360) fEdges.closeU(path());
 }
 
 Quadric::Quadric(const Quadric& other)
@@ -213,6 +215,7 @@ Quadric::Quadric(float umin, float umax, float vmin, float vmax, const Quadric& 
       fVmax(parent.curveParameter(vmax))
 {
     fArgs.split(umin, umax, vmin, vmax, parent.fArgs);
+    takeEdges(parent, umin, umax, vmin, vmax);
 }
 
 // Sweeping is linear in the swept point: the sweep of a box's corners holds that of the box.

@@ -13,12 +13,13 @@ struct CurvePoint {
 };
 
 // The curve of each quadric over 0 ... 1. Its box is given by two opposite corners; curves off the
-// xz plane are straight, and their ends are the corners.
+// xz plane are straight, and their ends are the corners. A closed curve ends where it begins.
 struct SphereCurve {
     double radius, phimin, phimax;
     SphereCurve(float radius, float zmin, float zmax);
     CurvePoint at(double v) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+    bool closed() const { return false; }
 };
 
 struct ConeCurve {
@@ -27,6 +28,7 @@ struct ConeCurve {
     ConeCurve(float radius, float height, float cutheight);
     CurvePoint at(double v) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+    bool closed() const { return false; }
 };
 
 struct CylinderCurve {
@@ -34,6 +36,7 @@ struct CylinderCurve {
     CylinderCurve(float radius, float zmin, float zmax);
     CurvePoint at(double v) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+    bool closed() const { return false; }
 };
 
 struct HyperboloidCurve {
@@ -41,6 +44,7 @@ struct HyperboloidCurve {
     HyperboloidCurve(const float* point1, const float* point2);
     CurvePoint at(double v) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+    bool closed() const { return false; }
 };
 
 struct ParaboloidCurve {
@@ -49,6 +53,7 @@ struct ParaboloidCurve {
     ParaboloidCurve(float rmax, float zmin, float zmax);
     CurvePoint at(double v) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+    bool closed() const { return false; }
 
 private:
     // The square of the radius, in units of rmax.
@@ -61,6 +66,7 @@ struct DiskCurve {
     DiskCurve(float inner, float radius);
     CurvePoint at(double v) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+    bool closed() const { return false; }
 };
 
 struct TorusCurve {
@@ -68,6 +74,10 @@ struct TorusCurve {
     TorusCurve(float major, float minor, float phimin, float phimax);
     CurvePoint at(double v) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+    bool closed() const { return fClosed; }
+
+private:
+    bool fClosed;
 };
 
 // What does not depend on the curve. Evaluation is in double, so that neighbouring pieces agree on
@@ -99,6 +109,7 @@ public:
               void* const* values)
         : Quadric(thetamax, n, tokens, values), fCurve(curve)
     {
+        if (curve.closed()) fEdges.closeV(path());
     }
     QuadricOf(const QuadricOf& other) = default;
     QuadricOf(float umin, float umax, float vmin, float vmax, const QuadricOf& parent,

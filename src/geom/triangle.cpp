@@ -34,6 +34,10 @@ Triangle::Triangle(const Polygon& parent, std::uint32_t face, const long* indice
     : Polygon(parent, face, false)
 {
     for (int i = 0; i < 3; ++i) fCorners[i] = parent.vertex(indices[i]);
+    const auto line = [&](int a, int b) {
+        return parent.shared(indices[a], indices[b]) ? lineBetween(vertex(a), vertex(b)) : 0;
+    };
+    fEdges = {.umin = line(0, 2), .umax = line(1, 2), .vmin = line(0, 1)};
     if (!parent.args().empty()) {
         fArgs.split(3, indices, parent.args(), static_cast<long>(face));
     }
@@ -44,6 +48,23 @@ Triangle::Triangle(const Triangle& parent, std::uint32_t child, const float (&uv
 {
     for (int i = 0; i < 3; ++i) fCorners[i] = parent.at(uv[2 * i], uv[2 * i + 1]);
     if (!parent.args().empty()) fArgs.split(uv, parent.args());
+    const Edges& e = parent.fEdges;
+    const auto between = [&](Edges::Line line) { return Edges::line(parent.path(), line); };
+    const std::uint32_t m0 = between(Edges::kBetween0), m1 = between(Edges::kBetween1),
+                        m2 = between(Edges::kBetween2);
+    switch (child) {
+        case 0:
+            fEdges = {.umin = e.umin, .umax = m0, .vmin = e.vmin};
+            break;
+        case 1:
+            fEdges = {.umin = e.umin, .umax = e.umax, .vmin = m1};
+            break;
+        case 2:
+            fEdges = {.umin = m2, .umax = e.umax, .vmin = e.vmin};
+            break;
+        default:
+            fEdges = {.umin = m2, .umax = m0, .vmin = m1};
+    }
 }
 
 // In double, and symmetric in the corners: two triangles that share an edge agree on its points,
@@ -134,6 +155,7 @@ std::unique_ptr<Grid> Triangle::dice(const Dicing& dicing) const
     const Matrix& toCamera = matrix();
     auto grid = std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib,
                                        transform(), fCommon->fSeq, flipped(), true, fArgs);
+    grid->fEdges = fEdges;
     Pointd dPdu = fCorners[1] - fCorners[0], dPdv = fCorners[2] - fCorners[0];
     vtransform(dPdu, toCamera);
     vtransform(dPdv, toCamera);

@@ -56,6 +56,21 @@ void AdaptiveBucket::maxVariance(float v, float (&chiSquare)[kRounds])
     }
 }
 
+// Calls visit(pixel) for every pixel whose square the box touches.
+template <class Visit>
+void AdaptiveBucket::eachPixel(const Bound& bound, const Window& window, const Visit& visit)
+{
+    const auto first = [](float x, long count) { return clampToLong(std::ceil(x) - 1, 0, count); };
+    const auto last = [](float x, long count) { return clampToLong(std::floor(x), -1, count - 1); };
+    const long i0 = first(bound.xmin - window.xmin, fColumns);
+    const long i1 = last(bound.xmax - window.xmin, fColumns);
+    const long j0 = first(bound.ymin - window.ymin, fRows);
+    const long j1 = last(bound.ymax - window.ymin, fRows);
+    for (long j = j0; j <= j1; ++j) {
+        for (long i = i0; i <= i1; ++i) visit(at(i, j));
+    }
+}
+
 // Files every cell under the pixels whose square its bound touches, in the order of the grids: each
 // round of each pixel looks at those alone. Cells seen edge-on are kept, unlike in the uniform
 // bucket.
@@ -67,30 +82,18 @@ void AdaptiveBucket::collect(const Grid& grid, const Window& window, Arena& aren
         const Bound bound = cell->bound();
         if (bound.zmax < 0 || bound.zmin > fFrame.depthScale) continue;
         if (culled(grid, cell->znormal())) continue;
-        const auto first = [](float x, long count) {
-            return clampToLong(std::ceil(x) - 1, 0, count);
-        };
-        const auto last = [](float x, long count) {
-            return clampToLong(std::floor(x), -1, count - 1);
-        };
-        const long i0 = first(bound.xmin - window.xmin, fColumns);
-        const long i1 = last(bound.xmax - window.xmin, fColumns);
-        const long j0 = first(bound.ymin - window.ymin, fRows);
-        const long j1 = last(bound.ymax - window.ymin, fRows);
-        if (i0 > i1 || j0 > j1) continue;
-        const Candidate* candidate = arena.make<Candidate>(*cell, bound);
-        for (long j = j0; j <= j1; ++j) {
-            for (long i = i0; i <= i1; ++i) {
-                MultiSample& pixel = at(i, j);
-                Reference* reference = arena.make<Reference>(candidate, nullptr);
-                (pixel.last ? pixel.last->next : pixel.first) = reference;
-                pixel.last = reference;
-            }
-        }
+        const Candidate* candidate = nullptr;
+        eachPixel(bound, window, [&](MultiSample& pixel) {
+            if (!candidate) candidate = arena.make<Candidate>(*cell, bound);
+            Reference* reference = arena.make<Reference>(candidate, nullptr);
+            (pixel.last ? pixel.last->next : pixel.first) = reference;
+            pixel.last = reference;
+        });
     }
 }
 
-void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, Arena& arena) const
+void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, const Seams& seams,
+                                 Arena& arena) const
 {
     const auto place = [](float v) {
         return static_cast<std::uint32_t>(static_cast<std::int64_t>(std::floor(v * 1024.0 + 0.5)));
@@ -109,6 +112,11 @@ void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, Aren
                                    sample.y > b.ymax;
                 if (!apart) sample.sample(r->candidate->cell, arena);
             }
+            Seams::Near* near = nullptr;
+            for (const SideReference* r = pixel.sides; r; r = r->next) {
+                seams.look(*r->side, sample, near);
+            }
+            seams.close(sample, near, fGrids);
             const PackedSample packed = sample.pack(fFrame.depthScale);
             quadrants[s % 4].add(packed.color);
             pixel.samples[pixel.count++] = packed;
@@ -130,13 +138,23 @@ void AdaptiveBucket::generate(const Window& window, BucketScratch& scratch)
     fColumns = static_cast<long>(std::ceil(window.xmax - window.xmin));
     fRows = static_cast<long>(std::ceil(window.ymax - window.ymin));
     fPixels = arena.array<MultiSample>(static_cast<std::size_t>(fColumns * fRows));
+    Seams seams(fBySequence, fFrame.depthScale, arena);
     for (const Grid* grid : fGrids) {
-        if (grid) collect(*grid, window, arena);
+        if (!grid) continue;
+        collect(*grid, window, arena);
+        if (!fFrame.option.closeSeams) continue;
+        for (const Seams::Side& side : seams.sides(*grid)) {
+            const Seams::Side* kept = nullptr;
+            eachPixel(side.bound(), window, [&](MultiSample& pixel) {
+                if (!kept) kept = arena.make<Seams::Side>(side);
+                pixel.sides = arena.make<SideReference>(kept, pixel.sides);
+            });
+        }
     }
     for (long j = 0; j < fRows; ++j) {
         for (long i = 0; i < fColumns; ++i) {
             samplePixel(at(i, j), static_cast<float>(i) + window.xmin,
-                        static_cast<float>(j) + window.ymin, arena);
+                        static_cast<float>(j) + window.ymin, seams, arena);
             scratch.samples += static_cast<std::uint64_t>(at(i, j).count);
         }
     }

@@ -7,6 +7,7 @@
 #include "display/display.h"
 #include "geom/primitive.h"
 #include "hider/pixel_filter.h"
+#include "hider/seams.h"
 #include "util/arena.h"
 #include "util/list.h"
 
@@ -38,6 +39,10 @@ public:
     // The positions of samples that can touch the bucket's pixels.
     struct Window {
         float xmin, xmax, ymin, ymax;
+        bool misses(const Bound& b) const
+        {
+            return b.xmin > xmax || b.xmax < xmin || b.ymin > ymax || b.ymax < ymin;
+        }
     };
     Window sampleWindow() const;
 
@@ -78,8 +83,9 @@ protected:
 private:
     void placeSamples(const Window& window, Arena& arena);
     void sampleGrid(const Grid& grid, const Window& window, Arena& arena);
-    void sampleCell(const MicroPolygon& cell, const Bound& bound, const Window& window,
-                    Arena& arena);
+    void closeSeams(const Window& window, Arena& arena);
+    template <class Visit>
+    void eachSample(const Bound& bound, const Window& window, const Visit& visit) const;
     Sample& at(long i, long j) { return fSamples[j * fColumns + i]; }
 
     long fColumns = 0, fRows = 0;
@@ -113,15 +119,24 @@ private:
         const Candidate* candidate;
         Reference* next;
     };
+    // The side of a cell by which some of a pixel's square may see through a gap.
+    struct SideReference {
+        const Seams::Side* side;
+        SideReference* next;
+    };
     // The resolved samples of one pixel.
     struct MultiSample {
         PackedSample* samples = nullptr;
         int count = 0;
         Reference *first = nullptr, *last = nullptr;
+        SideReference* sides = nullptr;
     };
 
+    template <class Visit>
+    void eachPixel(const Bound& bound, const Window& window, const Visit& visit);
     void collect(const Grid& grid, const Window& window, Arena& arena);
-    void samplePixel(MultiSample& pixel, float left, float top, Arena& arena) const;
+    void samplePixel(MultiSample& pixel, float left, float top, const Seams& seams,
+                     Arena& arena) const;
     MultiSample& at(long i, long j) { return fPixels[j * fColumns + i]; }
 
     float fChiSquare[kRounds];

@@ -54,7 +54,7 @@ bool MicroPolygon::inside(double s, double px, double py, double& t) const
     return t >= 0 && t <= 1;
 }
 
-bool MicroPolygon::sample(float x, float y, SampleOrder& order, Color& color, Color& opacity) const
+bool MicroPolygon::locate(float x, float y, float& fs, float& ft) const
 {
     if (!fReady) prepare();
     const double px = double{x} - double{f00->P.x}, py = double{y} - double{f00->P.y};
@@ -84,16 +84,40 @@ bool MicroPolygon::sample(float x, float y, SampleOrder& order, Color& color, Co
             }
         }
     }
-    const auto fs = static_cast<float>(s), ft = static_cast<float>(t);
-    order = fBySequence ? -static_cast<double>(fGrid->fSeq)
-                        : bilerp(fs, ft, f00->P.z, f10->P.z, f01->P.z, f11->P.z);
-    if (fGrid->fAttrib->interpolation == kSmoothShading) {
-        color = bilerp(fs, ft, f00->Ci, f10->Ci, f01->Ci, f11->Ci);
-        opacity = bilerp(fs, ft, f00->Oi, f10->Oi, f01->Oi, f11->Oi);
-    } else {
-        color = f00->Ci;
-        opacity = f00->Oi;
-    }
+    fs = static_cast<float>(s);
+    ft = static_cast<float>(t);
+    return true;
+}
+
+double MicroPolygon::depthAt(float s, float t) const
+{
+    return bilerp(s, t, f00->P.z, f10->P.z, f01->P.z, f11->P.z);
+}
+
+SampleOrder MicroPolygon::orderAt(float s, float t) const
+{
+    return fBySequence ? -static_cast<double>(fGrid->fSeq) : depthAt(s, t);
+}
+
+Color MicroPolygon::colorAt(float s, float t) const
+{
+    if (fGrid->fAttrib->interpolation != kSmoothShading) return f00->Ci;
+    return bilerp(s, t, f00->Ci, f10->Ci, f01->Ci, f11->Ci);
+}
+
+Color MicroPolygon::opacityAt(float s, float t) const
+{
+    if (fGrid->fAttrib->interpolation != kSmoothShading) return f00->Oi;
+    return bilerp(s, t, f00->Oi, f10->Oi, f01->Oi, f11->Oi);
+}
+
+bool MicroPolygon::sample(float x, float y, SampleOrder& order, Color& color, Color& opacity) const
+{
+    float s, t;
+    if (!locate(x, y, s, t)) return false;
+    order = orderAt(s, t);
+    color = colorAt(s, t);
+    opacity = opacityAt(s, t);
     return true;
 }
 

@@ -34,7 +34,14 @@ public:
     Bound bound() const;
     // Positive: faces away; negative: faces the viewer; near zero: edge-on.
     double znormal() const;
-    // Whether (x, y) lies in the cell, its edges included; if so, what is seen there.
+    // Whether (x, y) lies in the cell, its edges included; if so, where.
+    bool locate(float x, float y, float& s, float& t) const;
+    // What is seen at a place of the cell.
+    double depthAt(float s, float t) const;
+    SampleOrder orderAt(float s, float t) const;
+    Color colorAt(float s, float t) const;
+    Color opacityAt(float s, float t) const;
+    // All in one: false outside.
     bool sample(float x, float y, SampleOrder& order, Color& color, Color& opacity) const;
 
 private:

@@ -45,13 +45,17 @@ bool Sample::sample(const MicroPolygon& micropolygon, Arena& arena)
     SampleOrder order = 0;
     Color color, opacity;
     if (!micropolygon.sample(x, y, order, color, opacity)) return false;
-    const SampleHit hit(order, color, opacity, micropolygon.grid().fAttrib->matte);
+    add(SampleHit(order, color, opacity, micropolygon.grid().fAttrib->matte), arena);
+    return true;
+}
+
+void Sample::add(const SampleHit& hit, Arena& arena)
+{
     if (fCount < kShallow) {
         fCount += fHits.add(hit, arena);
     } else {
         addDeep(hit, arena);
     }
-    return true;
 }
 
 void Sample::addDeep(const SampleHit& hit, Arena& arena)

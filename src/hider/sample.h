@@ -47,6 +47,7 @@ public:
     }
     // Whether the micropolygon covers the position.
     bool sample(const MicroPolygon& micropolygon, Arena& arena);
+    void add(const SampleHit& hit, Arena& arena);
     // Composites the hits front to back. depthOne is the depth of the far clipping plane, where
     // nothing is hit.
     PackedSample pack(double depthOne) const;

@@ -39,6 +39,22 @@ Bound edgeBound(const Point& a, const Point& b)
             most(a.y, b.y),  least(a.z, b.z), most(a.z, b.z)};
 }
 
+// The first index at or after a place, and the last at or before it, as far as there are any. Every
+// cell asks four times: the library's own rounding would take a tenth of the picture.
+long first(float place, long count)
+{
+    if (!(place > 0)) return 0;
+    if (place > static_cast<float>(count)) return count;
+    const auto whole = static_cast<long>(place);
+    return whole + (static_cast<float>(whole) < place);
+}
+
+long last(float place, long count)
+{
+    if (!(place >= 0)) return -1;
+    return place < static_cast<float>(count) ? static_cast<long>(place) : count - 1;
+}
+
 }  // namespace
 
 void UniformBucket::placeSamples(const Window& window, Arena& arena)
@@ -62,16 +78,37 @@ void UniformBucket::placeSamples(const Window& window, Arena& arena)
     }
 }
 
+// Calls visit(index) for every sample in the box.
+template <class Visit>
+void UniformBucket::eachSample(const Bound& bound, const Window& window, const Visit& visit) const
+{
+    const float xrate = fFrame.option.xsamples, yrate = fFrame.option.ysamples;
+    const long i0 = first((bound.xmin - window.xmin - fJitter) * xrate - 0.5f, fColumns);
+    const long i1 = last((bound.xmax - window.xmin + fJitter) * xrate - 0.5f, fColumns);
+    const long j0 = first((bound.ymin - window.ymin - fJitter) * yrate - 0.5f, fRows);
+    const long j1 = last((bound.ymax - window.ymin + fJitter) * yrate - 0.5f, fRows);
+    for (long j = j0; j <= j1; ++j) {
+        for (long i = i0; i <= i1; ++i) {
+            const long k = j * fColumns + i;
+            const Sample& sample = fSamples[k];
+            const bool apart = sample.x < bound.xmin || sample.x > bound.xmax ||
+                               sample.y < bound.ymin || sample.y > bound.ymax;
+            if (!apart) visit(k);
+        }
+    }
+}
+
 void UniformBucket::generate(const Window& window, BucketScratch& scratch)
 {
     Arena& arena = scratch.arena;
     placeSamples(window, arena);
-    while (!fGrids.empty()) {
-        if (const Grid* grid = *fGrids.head()) sampleGrid(*grid, window, arena);
-        releaseGrid();
-    }
-    // A sample serves every pixel its position is within reach of: it is resolved once.
     const auto count = static_cast<std::size_t>(fColumns * fRows);
+    for (const Grid* grid : fGrids) {
+        if (grid) sampleGrid(*grid, window, arena);
+    }
+    if (fFrame.option.closeSeams) closeSeams(window, arena);
+    while (!fGrids.empty()) releaseGrid();
+    // A sample serves every pixel its position is within reach of: it is resolved once.
     scratch.samples += count;
     fPacked = arena.array<PackedSample>(count);
     for (std::size_t k = 0; k < count; ++k) fPacked[k] = fSamples[k].pack(fFrame.depthScale);
@@ -81,8 +118,7 @@ void UniformBucket::sampleGrid(const Grid& grid, const Window& window, Arena& ar
 {
     const AttribNamesScope names(grid.fAttrib->object.text(), grid.fAttrib->group.text());
     const auto outside = [&](const Bound& b) {
-        return b.xmin > window.xmax || b.xmax < window.xmin || b.ymin > window.ymax ||
-               b.ymax < window.ymin || b.zmax < 0 || b.zmin > fFrame.depthScale;
+        return window.misses(b) || b.zmax < 0 || b.zmin > fFrame.depthScale;
     };
     MicroPolygon cell(grid, fBySequence);
     for (int j = 0; j < grid.fVSize; ++j) {
@@ -98,45 +134,41 @@ void UniformBucket::sampleGrid(const Grid& grid, const Window& window, Arena& ar
             cell.place(i, j);
             const double facing = cell.znormal();
             if (nearZero(facing) || culled(grid, facing)) continue;
-            sampleCell(cell, bound, window, arena);
+            eachSample(bound, window, [&](long k) { fSamples[k].sample(cell, arena); });
         }
     }
 }
 
-void UniformBucket::sampleCell(const MicroPolygon& cell, const Bound& bound, const Window& window,
-                               Arena& arena)
+void UniformBucket::closeSeams(const Window& window, Arena& arena)
 {
-    const float xrate = fFrame.option.xsamples, yrate = fFrame.option.ysamples;
-    const auto first = [](float x, long count) { return clampToLong(std::ceil(x), 0, count); };
-    const auto last = [](float x, long count) { return clampToLong(std::floor(x), -1, count - 1); };
-    const long i0 = first((bound.xmin - window.xmin - fJitter) * xrate - 0.5f, fColumns);
-    const long i1 = last((bound.xmax - window.xmin + fJitter) * xrate - 0.5f, fColumns);
-    const long j0 = first((bound.ymin - window.ymin - fJitter) * yrate - 0.5f, fRows);
-    const long j1 = last((bound.ymax - window.ymin + fJitter) * yrate - 0.5f, fRows);
-    for (long j = j0; j <= j1; ++j) {
-        for (long i = i0; i <= i1; ++i) {
-            Sample& sample = at(i, j);
-            const bool apart = sample.x < bound.xmin || sample.x > bound.xmax ||
-                               sample.y < bound.ymin || sample.y > bound.ymax;
-            if (!apart) sample.sample(cell, arena);
+    const auto count = static_cast<std::size_t>(fColumns * fRows);
+    Seams seams(fBySequence, fFrame.depthScale, arena);
+    Seams::Near** near = arena.array<Seams::Near*>(count);
+    for (const Grid* grid : fGrids) {
+        if (!grid) continue;
+        for (const Seams::Side& side : seams.sides(*grid)) {
+            const Bound box = side.bound();
+            if (window.misses(box)) continue;
+            eachSample(box, window, [&](long k) { seams.look(side, fSamples[k], near[k]); });
         }
     }
+    for (std::size_t k = 0; k < count; ++k) seams.close(fSamples[k], near[k], fGrids);
 }
 
 FilteredPixel UniformBucket::filter(float x, float y, const Window& window) const
 {
     const float xrate = fFrame.option.xsamples, yrate = fFrame.option.ysamples;
     const float rx = fFilter.xwidth() * 0.5f, ry = fFilter.ywidth() * 0.5f;
-    const auto first = [this](float at, float rate) {
+    const auto from = [this](float at, float rate) {
         return static_cast<long>(std::ceil((at - fJitter) * rate - 0.5f));
     };
-    const auto last = [this](float at, float rate) {
+    const auto to = [this](float at, float rate) {
         return static_cast<long>((at + fJitter) * rate - 0.5f);
     };
-    const long i0 = std::max(first(x - rx - window.xmin, xrate), 0L);
-    const long i1 = std::min(last(x + rx - window.xmin, xrate), fColumns - 1);
-    const long j0 = std::max(first(y - ry - window.ymin, yrate), 0L);
-    const long j1 = std::min(last(y + ry - window.ymin, yrate), fRows - 1);
+    const long i0 = std::max(from(x - rx - window.xmin, xrate), 0L);
+    const long i1 = std::min(to(x + rx - window.xmin, xrate), fColumns - 1);
+    const long j0 = std::max(from(y - ry - window.ymin, yrate), 0L);
+    const long j1 = std::min(to(y + ry - window.ymin, yrate), fRows - 1);
     WeightedMean mean;
     for (long j = j0; j <= j1; ++j) {
         for (long i = i0; i <= i1; ++i) {

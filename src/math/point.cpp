@@ -1,5 +1,6 @@
 #include "math/point.h"
 
+#include <algorithm>
 #include <ostream>
 #include <vector>
 
@@ -92,6 +93,13 @@ void fresnel(const Point& I, const Point& N, float eta, float& Kr, float& Kt, Po
         Kr = 1;
     }
     R = reflect(I, N);
+}
+
+Point rescaled(const Point& p)
+{
+    const float largest = std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
+    if (!(largest > 0) || !isFinite(largest)) return p;
+    return rounded(Pointd(p) * std::ldexp(1.0, -std::ilogb(largest)));
 }
 
 Point transform(unsigned short, unsigned short, const Point& p) { return p; }

@@ -1,11 +1,8 @@
 // Points, vectors, normals and homogeneous points.
 #pragma once
 
-#include <bit>
 #include <cmath>
-#include <cstdint>
 #include <iosfwd>
-#include <limits>
 
 namespace zeb
 {
@@ -205,16 +202,15 @@ inline Point normalize(const Point& p)
     return {p.x / l, p.y / l, p.z / l};
 }
 
-// p times the power of two that brings its longest component to 1 ... 2: the same direction, to the
-// last digit, at a length that no unit of measurement decides. The zero vector stays.
+// Far longer or shorter than 1: times the power of two that brings the longest component to 1
+// ... 2. The direction stays to the last digit, at a length that no unit of measurement decides.
+Point rescaled(const Point& p);
 inline Point scaled(const Point& p)
 {
-    const float largest = std::fmax(std::fabs(p.x), std::fmax(std::fabs(p.y), std::fabs(p.z)));
-    if (!(largest > 0 && largest <= std::numeric_limits<float>::max())) return p;
-    constexpr std::uint64_t kExponent = 0x7ff0000000000000;
-    const double s =
-        1 / std::bit_cast<double>(std::bit_cast<std::uint64_t>(double{largest}) & kExponent);
-    return rounded(Pointd(p) * s);
+    constexpr float kLong = 1 << 20;
+    const auto larger = [](float a, float b) { return a > b ? a : b; };
+    const float largest = larger(std::fabs(p.x), larger(std::fabs(p.y), std::fabs(p.z)));
+    return largest > 1 / kLong && largest < kLong ? p : rescaled(p);
 }
 
 // Unit length; the zero vector stays.

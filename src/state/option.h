@@ -64,6 +64,7 @@ public:
     float detail = 1;
     long tuning[3] = {32, 12, 12};  // grid size; bucket width and height
     bool quirks = true;
+    bool closeSeams = true;  // tests look at what pictures are without
 
     Option();
 

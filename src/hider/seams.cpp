@@ -1,0 +1,312 @@
+#include "hider/seams.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "geom/primitive.h"
+#include "util/number.h"
+
+namespace zeb
+{
+
+namespace
+{
+
+// The corners of a cell all round, and where they lie in it.
+constexpr int kAcross[4] = {0, 1, 1, 0}, kDown[4] = {0, 0, 1, 1};
+
+// How far rounding alone can part two straight sides.
+constexpr float kRounding = 1.0f / 64;
+
+double depthRoom(const Bound& bound) { return double{bound.zmax} - double{bound.zmin}; }
+
+// How far gaps reach from a side of n steps from the vertex (i, j): as far as its chords, and
+// others that are as long as a micropolygon may be, stray from a curve that bends as this one does.
+// Where a side is a single chord nothing is known of its curve but what it was diced for.
+float reachOf(const Grid& grid, int i, int j, int di, int dj, int n)
+{
+    const float longest = std::max(grid.fAttrib->micropolygonSide, Primitive::kMinSide);
+    const float most = std::min(0.5f * longest, 2 * grid.fAttrib->flatnessLimit) + kRounding;
+    if (n < 2) return most;
+    float bend = 0, shortest = kInfinity;  // squared
+    for (int k = 1; k < n; ++k) {
+        const Point& p = grid.vertex(i + (k - 1) * di, j + (k - 1) * dj).P;
+        const Point& q = grid.vertex(i + k * di, j + k * dj).P;
+        const Point& r = grid.vertex(i + (k + 1) * di, j + (k + 1) * dj).P;
+        const float x = p.x - 2 * q.x + r.x, y = p.y - 2 * q.y + r.y;
+        bend = std::max(bend, x * x + y * y);
+        for (const Point* end : {&p, &r}) {
+            const float ex = end->x - q.x, ey = end->y - q.y;
+            shortest = std::min(shortest, ex * ex + ey * ey);
+        }
+    }
+    // The second difference is eight times what a chord strays by, which grows with its square.
+    if (!(shortest > 0)) return most;
+    const float longer = std::max(longest * longest / shortest, 1.0f);
+    return std::min(std::sqrt(bend) * (1 + longer) * 0.25f + kRounding, most);
+}
+
+bool facesAway(const Grid& grid, double facing)
+{
+    return grid.fFlip != grid.fTransposed ? facing < 0 : facing > 0;
+}
+
+}  // namespace
+
+Bound Seams::Side::bound() const
+{
+    const auto [x0, x1] = std::minmax(a->P.x, b->P.x);
+    const auto [y0, y1] = std::minmax(a->P.y, b->P.y);
+    return {x0 - reach, x1 + reach, y0 - reach, y1 + reach, 0, 0};
+}
+
+const std::vector<Seams::Side>& Seams::sides(const Grid& grid)
+{
+    fSides.clear();
+    if (grid.fTriangular) {
+        addTriangleSides(grid);
+    } else {
+        addSides(grid);
+    }
+    return fSides;
+}
+
+void Seams::addSides(const Grid& grid)
+{
+    const Edges& e = grid.fEdges;
+    const int nu = grid.fUSize, nv = grid.fVSize;
+    const auto along = [&](std::uint32_t line, int first, int i, int j, int di, int dj, int n) {
+        if (!line) return;
+        const float reach = reachOf(grid, i, j, di, dj, n);
+        const int ci = std::min(i, nu - 1), cj = std::min(j, nv - 1);
+        for (int k = 0; k < n; ++k)
+            addSide(grid, first, ci + k * di, cj + k * dj, first, line, reach);
+    };
+    along(e.vmin, 0, 0, 0, 1, 0, nu);
+    along(e.umax, 1, nu, 0, 0, 1, nv);
+    along(e.vmax, 2, 0, nv, 1, 0, nu);
+    along(e.umin, 3, 0, 0, 0, 1, nv);
+}
+
+// The long side of a triangle runs along the ends of its rows, and below what cells they have more
+// than the next.
+void Seams::addTriangleSides(const Grid& grid)
+{
+    const Edges& e = grid.fEdges;
+    for (int i = 0; e.vmin && i < grid.cellCount(0); ++i)
+        addSide(grid, 0, i, 0, 0, e.vmin, kRounding);
+    for (int j = 0; j < grid.fVSize; ++j) {
+        if (e.umin) addSide(grid, 3, 0, j, 3, e.umin, kRounding);
+        if (!e.umax) continue;
+        const int count = grid.cellCount(j), next = j + 1 < grid.fVSize ? grid.cellCount(j + 1) : 0;
+        addSide(grid, 1, count - 1, j, 1, e.umax, kRounding);
+        for (int i = next; i < count; ++i) addSide(grid, 1, i, j, 2, e.umax, kRounding);
+    }
+}
+
+void Seams::addSide(const Grid& grid, int edge, int i, int j, int first, std::uint32_t line,
+                    float reach)
+{
+    const int second = (first + 1) % 4;
+    fSides.push_back({&grid, edge, i, j, first, &grid.vertex(i + kAcross[first], j + kDown[first]),
+                      &grid.vertex(i + kAcross[second], j + kDown[second]), reach, line});
+}
+
+void Seams::look(const Side& side, const Sample& sample, Near*& list) const
+{
+    const Point &a = side.a->P, &b = side.b->P;
+    const double ex = double{b.x} - double{a.x}, ey = double{b.y} - double{a.y};
+    const double px = double{sample.x} - double{a.x}, py = double{sample.y} - double{a.y};
+    const double cross = ex * py - ey * px, squared = ex * ex + ey * ey;
+    const double reach = side.reach;
+    if (cross * cross > reach * reach * squared || squared == 0) return;
+    const double place = (ex * px + ey * py) / squared, along = std::clamp(place, 0.0, 1.0);
+    const double distance = std::hypot(px - along * ex, py - along * ey);
+    if (distance > reach) return;
+    MicroPolygon cell(*side.grid);
+    cell.place(side.i, side.j);
+    const Bound bound = cell.bound();
+    const double facing = cell.znormal();
+    if (bound.zmax < 0 || double{bound.zmin} > fDepthOne || nearZero(facing)) return;
+    if (facing > 0 && side.grid->fAttrib->sides <= 1) return;
+    // The cell lies to the left of the way round it where its trapezoids sum up to less than 0.
+    const double sign = facesAway(*side.grid, facing) ? -1 : 1;
+    const Vertex* end = place < 0 ? side.a : place > 1 ? side.b : nullptr;
+    const auto between = [along](double from, double to) { return from + along * (to - from); };
+    const int first = side.first, second = (first + 1) % 4;
+    list =
+        fArena.make<Near>(side,
+                          cross * sign<0, end, ex * sign, ey * sign, distance,
+                                       static_cast<float>(between(kAcross[first], kAcross[second])),
+                                       static_cast<float>(between(kDown[first], kDown[second])),
+                                       between(a.z, b.z), depthRoom(bound), facing> 0,
+                          false, list);
+}
+
+namespace
+{
+
+bool sameLayer(const Seams::Near& a, const Seams::Near& b, double room)
+{
+    return a.side.grid->fSeq == b.side.grid->fSeq && a.away == b.away &&
+           std::fabs(a.depth - b.depth) <= room;
+}
+
+// Of the sides along one edge of a grid the nearest tells whether the sample lies outside: drops
+// those of edges that it lies within, and all but the nearest of others.
+Seams::Near* outsideOnly(Seams::Near* list)
+{
+    const auto sameEdge = [](const Seams::Near& a, const Seams::Near& b) {
+        return a.side.grid == b.side.grid && a.side.edge == b.side.edge;
+    };
+    Seams::Near* kept = nullptr;
+    while (list) {
+        Seams::Near* nearest = std::exchange(list, list->next);
+        bool outside = nearest->outside;
+        for (Seams::Near** place = &list; *place;) {
+            Seams::Near* other = *place;
+            if (!sameEdge(*nearest, *other)) {
+                place = &other->next;
+                continue;
+            }
+            *place = other->next;
+            // At a corner that two sides have in common, both count.
+            if (other->distance < nearest->distance) {
+                outside = other->outside;
+                nearest = other;
+            } else if (other->distance == nearest->distance) {
+                outside = outside && other->outside;
+            }
+        }
+        if (!outside) continue;
+        nearest->next = kept;
+        kept = nearest;
+    }
+    return kept;
+}
+
+bool samePlace(const Point& a, const Point& b)
+{
+    return std::fabs(a.x - b.x) <= kRounding && std::fabs(a.y - b.y) <= kRounding;
+}
+
+// Whether a place is an end of an edge of a grid.
+bool isEnd(const Grid& grid, int edge, const Point& place)
+{
+    const auto isCorner = [&](int corner) {
+        // The third corner of a triangle stands for two of a rectangle.
+        const bool across = grid.fTriangular ? corner == 1 : kAcross[corner] != 0;
+        return samePlace(grid.vertex(across ? grid.fUSize : 0, kDown[corner] ? grid.fVSize : 0).P,
+                         place);
+    };
+    return isCorner(edge) || isCorner((edge + 1) % 4);
+}
+
+// What lies beyond the end of an edge lies by it only where the next grid along the line says so
+// too: both look on the line from one side, at a grid whose edge goes past where they meet.
+void dropLoneEnds(Seams::Near*& list)
+{
+    const auto goesOn = [&list](const Seams::Near& near) {
+        for (const Seams::Near* other = list; other; other = other->next) {
+            if (other != &near && other->end && other->side.line == near.side.line &&
+                samePlace(other->end->P, near.end->P)) {
+                return true;
+            }
+        }
+        return false;
+    };
+    Seams::Near* kept = nullptr;
+    for (Seams::Near *near = list, *next; near; near = next) {
+        next = near->next;
+        near->lone =
+            near->end && isEnd(*near->side.grid, near->side.edge, near->end->P) && !goesOn(*near);
+    }
+    while (list) {
+        Seams::Near* near = std::exchange(list, list->next);
+        if (near->lone) continue;
+        near->next = kept;
+        kept = near;
+    }
+    list = kept;
+}
+
+// Whether two sides have a gap between them: they follow one line, from its two sides.
+bool match(const Seams::Near& a, const Seams::Near& b)
+{
+    // Beyond ends of both lies what an outline turns round. Grids that only end together have the
+    // line in common, but no part of it.
+    if (a.end && b.end) return false;
+    if (a.end && isEnd(*b.side.grid, b.side.edge, a.end->P)) return false;
+    if (b.end && isEnd(*a.side.grid, a.side.edge, b.end->P)) return false;
+    return a.side.line == b.side.line && a.dx * b.dx + a.dy * b.dy < 0 &&
+           sameLayer(a, b, a.room + b.room);
+}
+
+}  // namespace
+
+// Whether the sample hits the layer that a gap is in.
+bool Seams::covered(const Sample& sample, const Near& near, double room,
+                    const List<Grid*>& grids) const
+{
+    for (const Grid* grid : grids) {
+        if (!grid || grid->fSeq != near.side.grid->fSeq) continue;
+        MicroPolygon cell(*grid);
+        for (int j = 0; j < grid->fVSize; ++j) {
+            const Bound &upper = grid->rowBound(j), &lower = grid->rowBound(j + 1);
+            if (sample.y < std::min(upper.ymin, lower.ymin) ||
+                sample.y > std::max(upper.ymax, lower.ymax)) {
+                continue;
+            }
+            for (int i = 0; i < grid->cellCount(j); ++i) {
+                cell.place(i, j);
+                const double facing = cell.znormal();
+                float s, t;
+                if (nearZero(facing) || (facing > 0) != near.away) continue;
+                if (!cell.locate(sample.x, sample.y, s, t)) continue;
+                const double apart = std::fabs(cell.depthAt(s, t) - near.depth);
+                if (apart <= room + depthRoom(cell.bound())) return true;
+            }
+        }
+    }
+    return false;
+}
+
+void Seams::close(Sample& sample, Near* list, const List<Grid*>& grids) const
+{
+    if (!list || !list->next) return;
+    list = outsideOnly(list);
+    dropLoneEnds(list);
+    // Of all pairs, the one with the nearest side; then those of other layers.
+    while (list && list->next) {
+        const Near *nearer = nullptr, *other = nullptr;
+        for (const Near* a = list; a; a = a->next) {
+            if (nearer && nearer->distance <= a->distance) continue;
+            for (const Near* b = list; b; b = b->next) {
+                if (b->distance < a->distance || !match(*a, *b)) continue;
+                nearer = a;
+                other = b;
+            }
+        }
+        if (!nearer) return;
+        const double room = nearer->room + other->room;
+        if (!covered(sample, *nearer, room, grids)) {
+            MicroPolygon cell(*nearer->side.grid, fBySequence);
+            cell.place(nearer->side.i, nearer->side.j);
+            const float s = nearer->s, t = nearer->t;
+            sample.add(SampleHit(cell.orderAt(s, t), cell.colorAt(s, t), cell.opacityAt(s, t),
+                                 cell.grid().fAttrib->matte),
+                       fArena);
+        }
+        const Near layer = *nearer;
+        for (Near** place = &list; *place;) {
+            if (sameLayer(layer, **place, room + (*place)->room)) {
+                *place = (*place)->next;
+            } else {
+                place = &(*place)->next;
+            }
+        }
+    }
+}
+
+}  // namespace zeb

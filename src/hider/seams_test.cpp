@@ -1,0 +1,237 @@
+// What closing seams adds, and that it adds nothing else: pictures with it against pictures
+// without.
+
+#include "hider/seams.h"
+
+#include <gtest/gtest.h>
+
+#include "state/option.h"
+#include "support/families.h"
+
+using namespace zebtest;
+
+namespace
+{
+
+constexpr long kSize = 72;
+
+// How a picture is taken; one sample a pixel, whose colour, alpha and depth it keeps.
+struct Take {
+    float rate = 16;
+    float flatness = 0.5f;
+    float opacity = 1;
+    bool close = true;
+    bool adaptive = false;
+    bool matte = false;
+    bool instance = false;
+    bool frontOnly = false;
+    short hider = ZEB_HIDER_HIDDEN;
+};
+
+const Take kFine{.rate = 1.0f / 16, .flatness = 0.02f, .opacity = 0.5f};
+
+class SeamsTest : public testing::Test
+{
+protected:
+    ~SeamsTest() override { zebReset(); }
+
+    static void render(Picture& picture, unsigned view, const Take& take,
+                       const std::function<void(float)>& add)
+    {
+        std::mt19937 random(view);
+        std::uniform_real_distribution<float> angle(0, 360), axis(-1, 1), shift(-0.5f, 0.5f);
+        std::uniform_real_distribution<float> exponent(std::log(20.0f), std::log(400.0f));
+        zebReset();
+        zebQuirks(0);
+        zebRasterViewport(0, kSize, 0, kSize);
+        const float half = kSize / std::exp(exponent(random));
+        const float x = half < 1 ? shift(random) : 0, y = half < 1 ? shift(random) : 0;
+        zebImageWindow(x - half, x + half, y - half, y + half);
+        zebViewPerspective(40);
+        zebClip(1, 6);
+        zebOutputSamples(0x303);
+        zebFilter(ZEB_FILTER_BOX);
+        zebFilterWidth(1, 1);
+        zebSampleUniform(1, 1);
+        // A threshold that eight samples a pixel always stay under.
+        if (take.adaptive) zebSampleAdaptive(1e9f);
+        zebHider(take.hider);
+        picture.attachFloat();
+        zeb::gOption->closeSeams = take.close;
+        zebTranslate(0, 0, 3.2f);
+        zebRotate(angle(random), axis(random), axis(random), axis(random));
+        zebSceneBegin();
+        zebSurface(zebQuark("constant"), 0);
+        zebAttributePush();
+        if (take.matte) {
+            // Behind a mask of what is looked at lies a wall.
+            zebLoadIdentity();
+            polygon({{-9, -9, 5.5f}, {9, -9, 5.5f}, {9, 9, 5.5f}, {-9, 9, 5.5f}});
+        }
+        zebAttributePop();
+        zebShadingRate(take.rate);
+        zebFlatness(take.flatness);
+        zebMatteObject(take.matte);
+        opacity(take.opacity, take.opacity, take.opacity);
+        if (take.frontOnly) zebBackface(1);
+        if (take.instance) {
+            const void* object = zebObjectBegin();
+            add(1);
+            zebObjectEnd();
+            zebObjectCall(object);
+        } else {
+            add(1);
+        }
+        zebSceneEnd();
+    }
+
+    // Of surfaces that let half through: how many lie over a sample.
+    static int layers(const Picture& picture, long x, long y)
+    {
+        const double through = 1 - double{picture.value(x, y, 3)};
+        return static_cast<int>(std::lround(-std::log2(std::max(through, 1e-6))));
+    }
+
+    static bool same(const Picture& a, const Picture& b, long x, long y)
+    {
+        for (int c = 0; c < 4; ++c) {
+            if (a.word(x, y, c) != b.word(x, y, c)) return false;
+        }
+        return true;
+    }
+
+    Picture with{4}, without{4}, fine{4};
+    Reports reports;
+};
+
+}  // namespace
+
+// Where pictures differ, a layer was missing: one that finer dicing has there, but for samples at
+// outlines, which turn with the size of micropolygons. All other samples have just the hits they
+// had.
+TEST_F(SeamsTest, AddALayerWhereOneIsMissingAndNothingElsewhere)
+{
+    long differing = 0, unlike = 0;
+    for (const Family& family : families()) {
+        for (unsigned view = 0; view < 16; ++view) {
+            SCOPED_TRACE(family.name + ", view " + std::to_string(view));
+            Take take{.rate = view % 2 ? 64.0f : 16.0f, .opacity = 0.5f};
+            take.instance = view % 3 == 1;
+            render(with, view, take, family.add);
+            take.close = false;
+            render(without, view, take, family.add);
+            render(fine, view, kFine, family.add);
+            for (long y = 0; y < kSize; ++y) {
+                for (long x = 0; x < kSize; ++x) {
+                    if (same(with, without, x, y)) continue;
+                    ++differing;
+                    EXPECT_GT(layers(with, x, y), layers(without, x, y)) << x << ' ' << y;
+                    EXPECT_GT(layers(fine, x, y) + layers(without, x, y), 0)
+                        << x << ' ' << y << ": the outline moved";
+                    unlike += layers(with, x, y) != layers(fine, x, y);
+                }
+            }
+        }
+    }
+    EXPECT_GT(differing, 300) << "there is something to close";
+    EXPECT_LT(unlike * 100, differing);
+}
+
+TEST_F(SeamsTest, AreClosedInAdaptiveBucketsAndUnderBothHidersAlike)
+{
+    // Gaps that the wall behind a mask would show through, and those in a sphere of its own.
+    // It is flat, so that its far side lies close behind.
+    const auto sphere = [](float r) {
+        zebScale(1, 0.8f, 0.05f);
+        zebSphere(r, -r, r, 360, 0);
+    };
+    for (const bool adaptive : {false, true}) {
+        for (const short hider : {ZEB_HIDER_HIDDEN, ZEB_HIDER_SEQUENCE}) {
+            for (const bool matte : {false, true}) {
+                double closed = 0, left = 0;
+                for (unsigned view = 0; view < 30; ++view) {
+                    Take take{.rate = 256,
+                              .adaptive = adaptive,
+                              .matte = matte,
+                              .frontOnly = true,
+                              .hider = hider};
+                    render(with, view, take, sphere);
+                    take.close = false;
+                    render(without, view, take, sphere);
+                    render(fine, view,
+                           {.rate = 1,
+                            .flatness = 0.05f,
+                            .matte = matte,
+                            .frontOnly = true,
+                            .hider = hider},
+                           sphere);
+                    for (long y = 3; y < kSize - 3; ++y) {
+                        for (long x = 3; x < kSize - 3; ++x) {
+                            const float there = matte ? 0 : 1;
+                            bool inside = true;
+                            for (long k = 0; k < 49; ++k) {
+                                inside &= fine.value(x + k % 7 - 3, y + k / 7 - 3, 3) == there;
+                            }
+                            if (!inside) continue;
+                            closed += std::fabs(without.value(x, y, 3) - there);
+                            left += std::fabs(with.value(x, y, 3) - there);
+                        }
+                    }
+                }
+                EXPECT_GT(closed, 1) << adaptive << hider << matte;
+                EXPECT_EQ(left, 0) << adaptive << hider << matte;
+            }
+        }
+    }
+}
+
+// A comb whose teeth are cut from one another: each tooth is two faces, which share a line that
+// ends at the cut, a fraction of a pixel wide.
+TEST_F(SeamsTest, CutsAndBordersStayOpen)
+{
+    const auto comb = [](float) {
+        std::vector<Vec> points;
+        std::vector<long> sizes, indices;
+        for (int tooth = 0; tooth < 40; ++tooth) {
+            const float x0 = -1 + 0.05f * static_cast<float>(tooth), x1 = x0 + 0.0488f;
+            for (const float y : {-1.0f, 0.1f, 1.0f}) {
+                points.push_back({x0, y, 0});
+                points.push_back({x1, y, 0});
+            }
+            const long at = 6 * tooth;
+            for (const long k : {at, at + 1, at + 3, at + 2, at + 2, at + 3, at + 5, at + 4}) {
+                indices.push_back(k);
+            }
+            sizes.insert(sizes.end(), {4, 4});
+        }
+        zebPolygonMesh(static_cast<long>(sizes.size()), sizes.data(), indices.data(),
+                       zebQuark("point"), points.data(), 0);
+    };
+    // Curved: pieces of a cylinder that lack a hair of the whole turn, and of the next ring.
+    const auto rings = [](float) {
+        for (int ring = 0; ring < 8; ++ring) {
+            const float z = -0.8f + 0.2f * static_cast<float>(ring);
+            zebCylinder(0.7f, z, z + 0.198f, 359.7f, 0);
+        }
+    };
+    long differing = 0, unlike = 0;
+    for (const std::function<void(float)>& add : {std::function<void(float)>(comb), {rings}}) {
+        for (unsigned view = 0; view < 40; ++view) {
+            Take take{.rate = 64, .opacity = 0.5f};
+            render(with, view, take, add);
+            take.close = false;
+            render(without, view, take, add);
+            render(fine, view, kFine, add);
+            for (long y = 0; y < kSize; ++y) {
+                for (long x = 0; x < kSize; ++x) {
+                    if (same(with, without, x, y)) continue;
+                    ++differing;
+                    unlike += layers(with, x, y) > layers(fine, x, y);
+                }
+            }
+        }
+    }
+    EXPECT_GT(differing, 100);
+    // At outlines, which turn with the size of micropolygons.
+    EXPECT_LT(unlike * 20, differing);
+}
