@@ -36,6 +36,9 @@ picture() {
     echo "$file"
 }
 
+if [ -n "$width" ] && ! convert -list format 2>/dev/null | grep -q ' EXR '; then
+    fail "no convert that reads EXR: install the packages imagemagick and libmagickcore-6.q16-6-extra"
+fi
 mkdir -p "$out"
 for program in "$build"/examples/example_*; do
     [ -x "$program" ] || fail "no examples in $build: build them first"
