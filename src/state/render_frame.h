@@ -9,8 +9,10 @@
 namespace zeb
 {
 
-// Read once, when the world block opens, and never changed after: the render path looks at nothing
-// else of the graphics state.
+// Read once, when the world block opens, and never changed after. Splitting, dicing, shading,
+// hiding and filtering take options from here alone; attributes and transformations come with the
+// primitives. What else they look at is process-wide: the state that procedurals build in and its
+// camera, the table of tokens, the handlers of reports, and the device with its windows.
 struct RenderFrame {
     const Option option;
     const Matrix cameraToRaster;
