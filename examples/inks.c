@@ -7,7 +7,7 @@ int main(int argc, char** argv)
     /* What one unit of each ink adds to red, green and blue; together they are white. */
     const float toRgb[2][3] = {{0.98f, 0.25f, 0.08f}, {0.02f, 0.75f, 0.92f}};
     const float fromRgb[3][2] = {{0.9f, 0.1f}, {0.3f, 0.7f}, {0.1f, 0.9f}};
-    const float floor[2] = {0.9f, 0.9f}, dim = 0.2f, bright = 0.8f, to[3] = {0.8f, -1, 0.9f};
+    const float ground[2] = {0.9f, 0.9f}, dim = 0.2f, bright = 0.8f, to[3] = {0.8f, -1, 0.9f};
     int i, j;
     beginPicture(argc, argv, "inks", 800, 450);
     zebColorSpace(2, &toRgb[0][0], &fromRgb[0][0]);
@@ -18,7 +18,7 @@ int main(int argc, char** argv)
     zebLightSource(zebQuark("ambient"), zebQuark("intensity"), &dim, 0);
     zebLightSource(zebQuark("distant"), zebQuark("intensity"), &bright, zebQuark("to"), to, 0);
     zebSurface(zebQuark("diffuse"), 0);
-    zebColor(floor);
+    zebColor(ground);
     addBackdrop(20, 4, 5);
     usePlastic(0.85f, 0.25f, 0.08f);
     for (j = 0; j < 5; ++j) {
