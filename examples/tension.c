@@ -38,7 +38,6 @@ static void addVase(float x, float slack, unsigned long code)
 int main(int argc, char** argv)
 {
     beginPicture(argc, argv, "tension", 800, 450);
-    zebShadingRate(1);
     zebViewPerspective(22);
     zebTranslate(0, -1.35f, 13.5f);
     zebRotate(-14, 1, 0, 0);
