@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "math/spaces.h"
 #include "state/error.h"
 #include "state/state.h"
 #include "support/scene.h"
@@ -137,6 +138,22 @@ TEST_F(ProceduralTest, ABoundThatCrossesTheEyePlaneHasAnEndlessDetail)
     EXPECT_EQ(calls.subdivided, 1);
     EXPECT_EQ(calls.detail, 1e38f);
     EXPECT_EQ(calls.freed, 1);
+}
+
+// Under a camera whose w is z: a box 1 x 1 at its nearest place w covers 1 / w^2 pixels.
+TEST_F(ProceduralTest, ABoundHasADetailFromAWOf1em10On)
+{
+    gCameraToRaster.m[2][3] = 1;
+    gCameraToRaster.m[3][3] = 0;
+    gCameraToRaster.m[3][0] = gCameraToRaster.m[3][1] = 0;
+    gCameraToRaster.m[0][0] = gCameraToRaster.m[1][1] = 1;
+    const auto detail = [this](float z) {
+        const float box[6] = {0, 1, 0, 1, z, 1};
+        return make(box).detail();
+    };
+    EXPECT_NEAR(detail(1e-10f), 1e20f, 1e14f);
+    EXPECT_EQ(detail(0.999e-10f), 1e38f);
+    EXPECT_EQ(detail(0), 1e38f);
 }
 
 TEST_F(ProceduralTest, WhatCannotBeSeenIsReleasedUnbuilt)
