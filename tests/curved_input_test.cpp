@@ -134,13 +134,16 @@ TEST_F(CurvedInput, ParaboloidsStayOnOneSideOfTheirTip)
         expectRefused("zebParaboloid", call(zmin, zmax), "zmax may not equal 0");
     }
     for (const auto& [zmin, zmax] : {std::pair(-1.0f, 1.0f), std::pair(1.0f, -1.0f),
-                                     std::pair(-1e-20f, 10.0f), std::pair(3.0f, -1e-6f)}) {
+                                     std::pair(-1e-20f, 10.0f), std::pair(3.0f, -1e-6f),
+                                     // The product is below the smallest float.
+                                     std::pair(-1e-37f, 1e-9f), std::pair(1e-37f, -1e-9f)}) {
         expectRefused("zebParaboloid", call(zmin, zmax),
                       "paraboloid may not cross z plane, use two");
     }
     // Upside down, from the rim inwards, and beyond it.
     reports.clear();
-    for (const auto& [zmin, zmax] : {std::pair(0.0f, -10.0f), std::pair(10.0f, 5.0f)}) {
+    for (const auto& [zmin, zmax] :
+         {std::pair(0.0f, -10.0f), std::pair(10.0f, 5.0f), std::pair(-10.0f, -5.0f)}) {
         EXPECT_GT(area([&] { call(zmin, zmax)(false); }), 100);
     }
     EXPECT_TRUE(reports.empty());
