@@ -210,6 +210,38 @@ TEST_F(SceneTest, WhatStraddlesTheEyePlaneIsSplitNeverDiced)
     EXPECT_EQ(log.gone, 2);
 }
 
+// In front of the eye, but with a w so small that 24 divided by it is no number below 1e38.
+TEST_F(SceneTest, WhatCannotBeDividedByWIsSplitNeverDiced)
+{
+    for (const float w : {1e-37f, 1e-36f}) {
+        log = {};
+        raster(24, 24);
+        zebSceneBegin();
+        const Boundw box(-24, 24, -24, 24, 0.5f, 0.5f, w, 1);
+        gScene->add(std::make_unique<Probe>(box, true, &log));
+        zebSceneEnd();
+        EXPECT_EQ(log.split, w < 2.4e-37f) << w;
+        EXPECT_EQ(log.diced, w > 2.4e-37f) << w;
+        zebReset();
+    }
+}
+
+// 13 x 13 pixels are sampled: four times each, or eight times.
+TEST_F(SceneTest, SamplingIsAdaptiveFromAVarianceOf1em10On)
+{
+    const auto samples = [this](float variance) {
+        raster(12, 12);
+        gOption->adaptiveThreshold = variance;
+        zebSceneBegin();
+        zebSceneEnd();
+        const std::uint64_t count = gScene->counts().samples;
+        zebReset();
+        return count;
+    };
+    EXPECT_EQ(samples(0.999e-10f), 13u * 13u * 4u);
+    EXPECT_EQ(samples(1e-10f), 13u * 13u * 8u);
+}
+
 TEST_F(SceneTest, APieceIsFiledNoEarlierThanTheBucketUnderWay)
 {
     raster(48, 24);  // 4 x 2 buckets
