@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <utility>
 #include <vector>
 
 using namespace zeb;
@@ -82,6 +84,17 @@ protected:
         Kind bucket(frame, x0, x1, y0, y1);
         for (Grid* grid : grids) bucket.add(grid);
         bucket.render(device, scratch);
+    }
+    // Of the words that were sent for one channel, the least and the largest.
+    std::pair<std::uint32_t, std::uint32_t> range(int channel) const
+    {
+        std::vector<std::uint32_t> words;
+        for (const Device::Span& span : device.spans) {
+            for (std::size_t k = static_cast<std::size_t>(channel); k < span.words.size(); k += 5)
+                words.push_back(span.words[k]);
+        }
+        const auto [least, largest] = std::minmax_element(words.begin(), words.end());
+        return {*least, *largest};
     }
 
     Option option;
@@ -178,6 +191,42 @@ TEST_F(BucketTest, QuantizedWordsAreIntegers)
     EXPECT_EQ(device.spans.at(0).words, (std::vector<std::uint32_t>{10, 50, 90, 90, 250}));
 }
 
+TEST_F(BucketTest, AOneOf1StillMakesIntegers)
+{
+    option.colorQuantizer = option.depthQuantizer = {1, 0, 1, 0};
+    render(0, 0, 0, 0, {square(-5, -5, 5, 5, 0.25f, Color(0.25f, 0.5f, 0.75f))});
+    EXPECT_EQ(device.spans.at(0).words, (std::vector<std::uint32_t>{0, 1, 1, 1, 0}));
+}
+
+TEST_F(BucketTest, AlphaIsJitteredAsColourIs)
+{
+    option.colorQuantizer = {1000, 0, 2000, 50};
+    option.depthQuantizer = {1000, 0, 1000, 0};
+    render(0, 9, 0, 9, {square(-5, -5, 20, 20, 0.5f, gWhite)});
+    for (const int channel : {0, 3}) {
+        const auto [least, largest] = range(channel);
+        EXPECT_GE(least, 950u);
+        EXPECT_LT(least, 970u);
+        EXPECT_GT(largest, 1030u);
+        EXPECT_LE(largest, 1050u);
+    }
+    EXPECT_EQ(range(4), std::pair(500u, 500u)) << "depth has a jitter of its own";
+}
+
+TEST_F(BucketTest, DepthIsJitteredByItsOwnAmplitude)
+{
+    option.colorQuantizer = {1000, 0, 2000, 0};
+    option.depthQuantizer = {1000, 0, 1000, 50};
+    render(0, 9, 0, 9, {square(-5, -5, 20, 20, 0.5f, gWhite)});
+    const auto [least, largest] = range(4);
+    EXPECT_GE(least, 450u);
+    EXPECT_LT(least, 470u);
+    EXPECT_GT(largest, 530u);
+    EXPECT_LE(largest, 550u);
+    EXPECT_EQ(range(0), std::pair(1000u, 1000u));
+    EXPECT_EQ(range(3), std::pair(1000u, 1000u));
+}
+
 TEST_F(BucketTest, AGridGoesWithTheLastBucketThatHoldsIt)
 {
     const RenderFrame frame(option, Matrix());
@@ -246,6 +295,58 @@ TEST_F(UniformBucketTest, JitterIsAQuarterOfTheXSpacingAtMostOnBothAxes)
     EXPECT_GT(xmost, 0.12f);
     EXPECT_LE(ymost, 0.12501f);
     EXPECT_GT(ymost, 0.12f);
+}
+
+// At 2.2 samples a pixel the lattice lies differently about each: some of its places are outside a
+// filter's reach by less than jitter moves them.
+TEST_F(UniformBucketTest, AFilterFindsTheSamplesThatJitterBroughtIntoItsReach)
+{
+    constexpr int kSide = 6;
+    const auto inReach = [](float d) { return std::fabs(d) < 1.0999f; };
+    option.pixelFilter = recording;
+    option.filterXwidth = option.filterYwidth = 2.2f;
+    option.xsamples = option.ysamples = 2.2f;
+    option.jitter = 1;
+    render(0, kSide - 1, 0, kSide - 1);
+    // Each pixel looks at rows of samples from the top down, 0.45 apart.
+    std::vector<std::vector<Position>> pixels;
+    for (std::size_t k = 0; k < gPositions.size(); ++k) {
+        if (k == 0 || gPositions[k].y < gPositions[k - 1].y - 0.5f) pixels.emplace_back();
+        pixels.back().push_back(gPositions[k]);
+    }
+    ASSERT_EQ(pixels.size(), static_cast<std::size_t>(kSide * kSide));
+    for (int a = 0; a < kSide * kSide; ++a) {
+        for (int b = 0; b < kSide * kSide; ++b) {
+            // What pixel b saw, as a should see it.
+            for (Position p : pixels[static_cast<std::size_t>(b)]) {
+                p.x += static_cast<float>(b % kSide - a % kSide);
+                p.y += static_cast<float>(b / kSide - a / kSide);
+                if (!inReach(p.x) || !inReach(p.y)) continue;
+                const auto& own = pixels[static_cast<std::size_t>(a)];
+                EXPECT_TRUE(std::any_of(own.begin(), own.end(),
+                                        [&](const Position& q) {
+                                            return std::fabs(q.x - p.x) < 1e-4f &&
+                                                   std::fabs(q.y - p.y) < 1e-4f;
+                                        }))
+                    << a << ' ' << b << ' ' << p.x << ' ' << p.y;
+            }
+        }
+    }
+}
+
+// A bow tie: as much of it faces the viewer as faces away.
+TEST_F(BucketTest, CellsSeenEdgeOnAreSampledAdaptivelyOnly)
+{
+    const auto bowTie = [this] {
+        Grid* grid = square(-2, -1, 3, 2, 0.5f, gWhite);
+        std::swap(grid->vertex(0, 1).P.x, grid->vertex(1, 1).P.x);
+        return grid;
+    };
+    render(0, 0, 0, 0, {bowTie()});
+    EXPECT_EQ(device.value(0, 3), 0);
+    option.adaptiveThreshold = 1;
+    render<AdaptiveBucket>(0, 0, 0, 0, {bowTie()});
+    EXPECT_GT(device.value(1, 3), 0.1f);
 }
 
 TEST_F(UniformBucketTest, BackFacesAreDroppedWhenAsked)
@@ -339,4 +440,17 @@ TEST_F(AdaptiveBucketTest, BackFacesAreDroppedWhenAsked)
     attrib->sides = 2;
     render<AdaptiveBucket>(0, 0, 0, 0, {square(-5, 5, 5, -5, 0.5f, gWhite)});
     EXPECT_NEAR(device.value(1, 3), 1, 1e-6);
+}
+
+TEST_F(AdaptiveBucketTest, WhatLiesOutsideTheDepthRangeIsNotSampled)
+{
+    option.adaptiveThreshold = 1;
+    render<AdaptiveBucket>(0, 0, 0, 0, {square(-5, -5, 5, 5, -0.01f, gWhite)});
+    render<AdaptiveBucket>(0, 0, 0, 0, {square(-5, -5, 5, 5, 1.01f, gWhite)});
+    render<AdaptiveBucket>(0, 0, 0, 0, {square(-5, -5, 5, 5, 1, gWhite)});
+    render<AdaptiveBucket>(0, 0, 0, 0, {square(-5, -5, 5, 5, 0, gWhite)});
+    EXPECT_EQ(device.value(0, 3), 0);
+    EXPECT_EQ(device.value(1, 3), 0);
+    EXPECT_NEAR(device.value(2, 3), 1, 1e-6);
+    EXPECT_NEAR(device.value(3, 3), 1, 1e-6);
 }
