@@ -157,3 +157,34 @@ TEST_F(MicroPolygonTest, ABowTieIsHitInBothWings)
     EXPECT_FALSE(sample(0.25f, 1));
     EXPECT_FALSE(sample(3.75f, 1));
 }
+
+// A dart: beyond its inner corner (1, 1) the cell folds back, and x = y is met twice: where
+// s = t and 4 s - 3 s^2 = 1.25, at 1/2 and 5/6. Depth is s.
+TEST_F(MicroPolygonTest, WhereACellIsFoldedTheRootWithPlusComesFirst)
+{
+    make({Point(0, 0, 0), Point(4, 0, 1), Point(1, 1, 1), Point(0, 4, 0)});
+    ASSERT_TRUE(sample(1.25f, 1.25f));
+    EXPECT_NEAR(order, 5.0 / 6, 1e-6) << "A = 12: the larger";
+    // Seen in a mirror.
+    make({Point(0, 0, 0), Point(0, 4, 1), Point(1, 1, 1), Point(4, 0, 0)});
+    ASSERT_TRUE(sample(1.25f, 1.25f));
+    EXPECT_NEAR(order, 0.5, 1e-6) << "A = -12: the smaller";
+}
+
+// Short of (1, 1) the first root lies beyond the cell, at more than 1.
+TEST_F(MicroPolygonTest, WhereTheFirstRootIsOutsideTheOtherIsTried)
+{
+    make({Point(0, 0, 0), Point(4, 0, 1), Point(1, 1, 1), Point(0, 4, 0)});
+    ASSERT_TRUE(sample(0.8125f, 0.8125f));  // 4 s - 3 s^2 at 1/4, or 13/12
+    EXPECT_NEAR(order, 0.25, 1e-6);
+}
+
+// So small that s is taken for linear, though it is not: 0.47 instead of 0.5. Along x, where the
+// cell is hardly slanted, t would then be in the hundreds. Depth is t.
+TEST_F(MicroPolygonTest, WhereXGivesNoTInTheCellYIsTried)
+{
+    make({Point(0, 0, 0), Point(1e-5f, 0, 0), Point(1.0001e-5f, 3.5e-5f, 1),
+          Point(1e-9f, 4e-5f, 1)});
+    ASSERT_TRUE(sample(5e-6f, 2e-5f));
+    EXPECT_NEAR(order, 2 / (4 - 0.5 * 0.4706), 1e-3);
+}
