@@ -47,7 +47,10 @@ public:
     {
         fSeen->push_back(point);
         point.Ci = Color(7, 8, 9);
+        point.Oi *= opacity;
     }
+
+    Color opacity = gWhite;
 
 private:
     std::vector<VolumePoint>* fSeen;
@@ -357,6 +360,47 @@ TEST_F(GridShading, ConstantShadingWithAnAtmosphereStoresItsColour)
     EXPECT_EQ(fogged[0].I, Point(0.5f, 0.5f, 10));
     EXPECT_EQ(fogged[0].Ci, Color(1, 0.5f, 0.5f));
     EXPECT_EQ(grid->vertex(0, 0).Ci, Color(7, 8, 9));
+}
+
+TEST_F(GridShading, ConstantShadingTakesTextureCoordinatesAtTheMiddle)
+{
+    attrib->interpolation = kConstantShading;
+    const float s[4] = {0, 4, 8, 12}, t[4] = {1, 1, 3, 7};
+    std::copy(s, s + 4, attrib->textureS);
+    std::copy(t, t + 4, attrib->textureT);
+    make(2, 4);
+    shade();
+    ASSERT_EQ(seen.size(), 8u);
+    // Of (3/4, 3/8): s = 4 u + 8 v, t = 1 + 2 v + 4 u v.
+    EXPECT_EQ(seen[3].s, 6);
+    EXPECT_EQ(seen[3].t, 2.875f);
+}
+
+TEST_F(GridShading, ConstantShadingLooksAtTheMiddleFromTheEye)
+{
+    attrib->interpolation = kConstantShading;
+    for (const bool perspective : {true, false}) {
+        seen.clear();
+        option.perspective = perspective;
+        make(2, 4);
+        shade();
+        ASSERT_EQ(seen.size(), 8u);
+        EXPECT_EQ(seen[3].E, perspective ? gOrigin : Point(1.5f, 1.5f, 0));
+        EXPECT_EQ(seen[3].I, perspective ? Point(1.5f, 1.5f, 10) : Point(0, 0, 10));
+    }
+}
+
+TEST_F(GridShading, TheAtmospheresOpacityIsStored)
+{
+    const auto probe = std::make_shared<ProbeVolume>(&fogged);
+    probe->opacity = Color(1, 0.5f, 2);
+    attrib->atmosphereShader = probe;
+    for (const unsigned short interpolation : {kSmoothShading, kConstantShading}) {
+        attrib->interpolation = interpolation;
+        make(1, 1);
+        shade();
+        EXPECT_EQ(grid->vertex(0, 0).Oi, Color(0.5f, 0.125f, 0.25f));
+    }
 }
 
 TEST_F(GridShading, PositionsStay)

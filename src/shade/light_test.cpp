@@ -267,6 +267,14 @@ TEST_F(LightTest, IlluminateLooksAtTheSurfacesCone)
     EXPECT_EQ(Light::illuminate(P, N, radians(46), gOrigin, gOrigin, kPi, sample), 1);
 }
 
+TEST_F(LightTest, TheEdgesOfBothConesAreLit)
+{
+    // On the axis, head-on: all cosines are 1, and so are those of cones that are closed.
+    EXPECT_EQ(Light::illuminate({0, 0, 5}, kFacing, kPi, gOrigin, {0, 0, 1}, 0, sample), 1);
+    EXPECT_EQ(Light::illuminate({0, 0, 5}, kFacing, 0, gOrigin, gOrigin, kPi, sample), 1);
+    EXPECT_EQ(Light::solar(gOrigin, kFacing, 0, {0, 0, 1}, 0, 16, sample), 1);
+}
+
 TEST_F(LightTest, SolarFromEverywhereComesAgainstTheNormal)
 {
     EXPECT_EQ(Light::solar({1, 2, 3}, {0, 2, 0}, 0.1f, {0, 0, 1}, 3.14159274f, 16, sample), 1);
@@ -332,4 +340,85 @@ TEST_F(LightTest, SolarTurnsTheLightToTheYAxisOfItsSamples)
     EXPECT_GT(towards, 0.75f);
     EXPECT_LT(towards, 0.92f);
     EXPECT_EQ(Light::solar(gOrigin, {-s, -s, -c}, radians(50), along, radians(80), 400, sample), 0);
+}
+
+// The light comes across: d is the arc cosine of 0.
+TEST_F(LightTest, SolarAtTheInnerEdgeArrivesWhole)
+{
+    const float d = std::acos(0.0f), spread = 0.5f;
+    EXPECT_EQ(Light::solar(gOrigin, {1, 0, 0}, d + spread, {0, 0, 1}, spread, 16, sample), 1);
+    expectPoint(sample.L, 0, 0, 1);
+}
+
+TEST_F(LightTest, SolarAtTheOuterEdgeIsSampled)
+{
+    const float d = std::acos(0.0f), spread = 0.5f;
+    EXPECT_EQ(Light::solar(gOrigin, {1, 0, 0}, d - spread, {0, 0, 1}, spread, 16, sample), 0);
+    // Where nothing arrives for sure L stays; here it has been turned by half of both angles.
+    expectPoint(sample.L, -std::sin(d / 2), 0, std::cos(d / 2));
+}
+
+// The fraction again, from the same draws: theta, then phi, of a quarter of the light's cone. The
+// normal is turned with the light, which becomes the y axis; one that shines along y stays as it
+// is, either way.
+TEST_F(LightTest, PartialSolarIsTheShareOfSamplesInTheSurfacesCone)
+{
+    const auto share = [](const Point& normal, double angle, const Point& axis, double spread,
+                          int m) {
+        Pointd a = Pointd(normal) * (1 / std::sqrt(dot(Pointd(normal), Pointd(normal))));
+        const Pointd b = Pointd(axis) * (-1 / std::sqrt(dot(Pointd(axis), Pointd(axis))));
+        if (b.x != 0 || b.z != 0) {
+            // Rodrigues about the horizontal axis across b.
+            const Pointd k = Pointd(-b.z, 0, b.x) * (1 / std::hypot(b.x, b.z));
+            const double s = std::hypot(b.x, b.z), c = b.y;
+            a = a * c + (k ^ a) * s + k * (dot(k, a) * (1 - c));
+        }
+        Random random{1};
+        int count = 0;
+        for (int i = 0; i < m; ++i) {
+            const double theta = double{random.unit()} * spread;
+            const double phi = double{random.unit()} * M_PI / 2;
+            const Pointd direction(std::cos(phi) * std::sin(theta), std::cos(theta),
+                                   std::sin(phi) * std::sin(theta));
+            count += dot(a, direction) >= std::cos(angle);
+        }
+        return static_cast<double>(count) / m;
+    };
+    const Point normals[] = {{1, 2, 0.5f}, {-1, 0.5f, 2}, {0.2f, -1, 0.3f}, {2, 0.1f, 2}};
+    const Point axes[] = {{0, -3, 0}, {0, 1, 0}, {1, -1, 0.5f}, {-0.3f, 0.2f, -2}};
+    int partial = 0;
+    for (const Point& normal : normals) {
+        for (const Point& axis : axes) {
+            for (const float angle : {0.7f, 1.5f}) {
+                for (const float spread : {0.4f, 1.2f}) {
+                    LightSample fresh;
+                    const float f = Light::solar(gOrigin, normal, angle, axis, spread, 256, fresh);
+                    const double d = std::acos(double{-dot(normalize(normal), normalize(axis))});
+                    if (d + double{spread} <= double{angle}) {
+                        EXPECT_EQ(f, 1);
+                    } else if (double{angle} + double{spread} < d) {
+                        EXPECT_EQ(f, 0);
+                    } else {
+                        const auto a = double{angle}, s = double{spread};
+                        EXPECT_NEAR(f, share(normal, a, axis, s, 256), 0.5 / 256);
+                        partial += f > 0 && f < 1;
+                    }
+                }
+            }
+        }
+    }
+    EXPECT_GE(partial, 8);
+}
+
+// Nothing is divided that would be reported: the length of L is 0, and what comes of that is no
+// number.
+TEST_F(LightTest, ASpotLightAtNoDistanceIsNotReported)
+{
+    SpotLight light;
+    give(kQConeAngle, {100});
+    instance(light);
+    EXPECT_EQ(light.illuminates(gOrigin, kFacing, kHalfPi, 16, sample), 1);
+    light.evaluate(sample);
+    EXPECT_FALSE(std::isfinite(sample.Cl.r));
+    EXPECT_TRUE(reports.empty());
 }

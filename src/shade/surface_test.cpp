@@ -171,6 +171,13 @@ TEST_F(SurfaceTest, PhongIsThePowerOfTheMirrorCosine)
     expectColor(Surface::phong(point, {0, 0, -3}, {-2, 0, -2}, 20), c, c, c);
 }
 
+// The even power of a negative cosine would shine.
+TEST_F(SurfaceTest, PhongAwayFromTheMirrorDirectionIsNothing)
+{
+    lightFrom({-1, 0, -0.1f}, gWhite);
+    EXPECT_EQ(Surface::phong(point, {0, 0, -1}, {-1, 0, -0.1f}, 2), gBlack);
+}
+
 TEST_F(SurfaceTest, ThereIsNoRayTracing)
 {
     EXPECT_EQ(Surface::trace({1, 2, 3}, {4, 5, 6}), gBlack);
