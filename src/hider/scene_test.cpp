@@ -277,7 +277,7 @@ TEST_F(SceneTest, FlushDropsEverythingUnrendered)
     EXPECT_EQ(gScene->progress(), 0);
 }
 
-TEST_F(SceneTest, DepthOnlyAndMatteSurfacesAreNotShaded)
+TEST_F(SceneTest, AMatteSurfaceStaysEmpty)
 {
     raster(12, 12);
     beginFlat();
