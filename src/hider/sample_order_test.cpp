@@ -160,3 +160,19 @@ TEST_F(SampleOrderTest, DepthIsThatOfTheNearestLayerOrFrom1OnOfTheLast)
     expectStacksAsListed({.nearest = 1, .depths = 40});
     expectStacksAsListed({.mattes = 0.1, .nearest = 1, .depths = 40});
 }
+
+// What is more than opaque lets through less than nothing, and what is kept behind it shows.
+TEST_F(SampleOrderTest, BehindAHeadThatIsMoreThanOpaqueLaterLayersAreKept)
+{
+    expectStacksAsListed({.opaques = 0.05, .opacity = 1.157f});
+    expectStacksAsListed({.opaques = 0.2, .opacity = 1.5f, .depths = 5});
+    expectStacksAsListed({.opaques = 1, .opacity = 1.25f, .depths = 12});
+    expectStacksAsListed({.mattes = 0.1, .opaques = 0.3, .opacity = 1.157f, .depths = 5});
+}
+
+TEST_F(SampleOrderTest, BehindAnOpaqueHeadAtADepthOf1LaterDepthsCount)
+{
+    expectStacksAsListed({.opaques = 0.3, .nearest = 0.9f, .depths = 10});
+    expectStacksAsListed({.opaques = 0.3, .nearest = 1, .depths = 10});
+    expectStacksAsListed({.opaques = 1, .nearest = 1, .depths = 40});
+}
