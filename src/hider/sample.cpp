@@ -17,14 +17,15 @@ public:
         : fDepthOne(depthOne), fResult{x, y, gBlack, 0, depthOne}
     {
     }
-    // False when nothing behind can be seen.
+    // False when nothing behind can be seen, nor give the depth: what lies beyond the far clipping
+    // plane leaves that to hits behind it.
     bool add(const SampleHit& hit)
     {
         if (hit.matte) return false;
         fResult.color += fT * hit.color * hit.opacity;
         fT *= gWhite - hit.opacity;
         if (fResult.depth >= fDepthOne) fResult.depth = hit.order;
-        return fT != gBlack;
+        return fT != gBlack || fResult.depth >= fDepthOne;
     }
     PackedSample result()
     {
@@ -58,27 +59,43 @@ void Sample::add(const SampleHit& hit, Arena& arena)
     }
 }
 
+// As the list would: the nearest hit of all hides nothing from those that come after it, any other
+// opaque hit does.
 void Sample::addDeep(const SampleHit& hit, Arena& arena)
 {
+    constexpr SampleOrder kNone = std::numeric_limits<SampleOrder>::infinity();
     if (!fDeep) {
-        SampleOrder opaque = std::numeric_limits<SampleOrder>::infinity();
-        for (const auto* node = fHits.head(); node; node = node->next) {
+        const auto* head = fHits.head();
+        SampleOrder opaque = kNone;
+        for (const auto* node = head->next; node; node = node->next) {
             if (node->value.opaque()) opaque = std::min(opaque, node->value.order);
         }
-        fDeep = arena.make<Deep>(nullptr, 0, fHits.head()->value.order, opaque, &arena);
+        fDeep =
+            arena.make<Deep>(nullptr, 0, head->value.order, head->value.opaque(), opaque, &arena);
     }
     Deep& deep = *fDeep;
-    if (hit.order > deep.nearestOpaque) return;
-    if (hit.opaque()) deep.nearestOpaque = hit.order;
-    const Place place = hit.order < deep.nearest    ? kNearest
-                        : hit.order == deep.nearest ? kBehindNearest
-                                                    : kInFront;
-    deep.nearest = std::min(deep.nearest, hit.order);
+    Place place = kNearest;
+    if (hit.order < deep.nearest) {
+        if (deep.nearestOpaque) deep.cover = std::min(deep.cover, deep.nearest);
+        deep.nearest = hit.order;
+        deep.nearestOpaque = hit.opaque();
+        if (hit.opaque()) {
+            fHits.clear();
+            deep.latest = nullptr;
+            deep.count = 0;
+            deep.cover = kNone;
+        }
+    } else {
+        if (deep.cover < hit.order) return;
+        if (hit.opaque()) deep.cover = hit.order;
+        place = hit.order == deep.nearest ? kBehindNearest : kInFront;
+    }
     deep.latest = arena.make<Deep::Node>(hit, place, deep.latest);
     ++deep.count;
 }
 
-// All hits in the order that inserting one after the other into the list would have given.
+// All hits in the order that inserting one after the other into the list would have given, without
+// those that an opaque one dropped which came later and lies in front.
 Sample::Sorted* Sample::sortDeep(int& count) const
 {
     auto* sorted = fDeep->arena->array<Sorted>(static_cast<std::size_t>(fDeep->count) + kShallow);
@@ -93,6 +110,15 @@ Sample::Sorted* Sample::sortDeep(int& count) const
         ++count;
     }
     std::sort(sorted, sorted + count);
+    int kept = 0, latestOpaque = count;
+    for (int i = 0; i < count; ++i) {
+        if (sorted[i].index > latestOpaque) continue;
+        if (sorted[i].hit->opaque() && sorted[i].index < fDeep->count) {
+            latestOpaque = sorted[i].index;
+        }
+        sorted[kept++] = sorted[i];
+    }
+    count = kept;
     return sorted;
 }
 

@@ -72,7 +72,9 @@ private:
         };
         const Node* latest;
         int count;
-        SampleOrder nearest, nearestOpaque;
+        SampleOrder nearest;
+        bool nearestOpaque;
+        SampleOrder cover;  // the least of all other opaque hits: hides what comes behind it
         Arena* arena;
     };
     struct Sorted {
