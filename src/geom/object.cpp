@@ -37,11 +37,18 @@ void Object::add(std::unique_ptr<Primitive> member)
     fMembers.add(std::move(member));
 }
 
+// The box of zebBound is Euclidean: it says nothing about a rational member whose bound can't be
+// divided, nor about what holds such a member.
 Boundw Object::bound() const
 {
     Boundw box = Boundw::empty();
-    for (const auto& member : fMembers) box.add(member->bound());
-    clipToBound(box);
+    bool divided = true;
+    for (const auto& member : fMembers) {
+        const Boundw part = member->bound();
+        divided = divided && (!member->rational() || (part.wmin == 1 && part.wmax == 1));
+        box.add(part);
+    }
+    if (divided) clipToBound(box);
     return box;
 }
 

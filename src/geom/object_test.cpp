@@ -104,6 +104,21 @@ TEST_F(ObjectTest, TheBoundIsClippedByTheBoundAttributeInCameraSpace)
     EXPECT_EQ(b.wmax, 2);
 }
 
+TEST_F(ObjectTest, TheBoundOfARationalMemberIsNotClippedBeforeItIsDivided)
+{
+    // Homogeneous extents of a surface that lies within the box: none of the two says anything
+    // about the other, and what they have in common may well be empty.
+    struct Rational : Probe {
+        using Probe::Probe;
+        bool rational() const override { return true; }
+    };
+    const float box[6] = {50, 60, 50, 60, 50, 60};
+    zebBound(box);
+    Object undivided;
+    undivided.add(std::make_unique<Rational>(kNuPatchMesh, Bound(0, 1, 2, 3, 4, 5)));
+    EXPECT_EQ(static_cast<const Bound&>(undivided.bound()), Bound(0, 1, 2, 3, 4, 5));
+}
+
 TEST_F(ObjectTest, SplittingHandsOverEveryMemberInListOrder)
 {
     for (float x : {1.0f, 2.0f, 3.0f}) {
