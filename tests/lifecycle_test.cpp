@@ -1,6 +1,7 @@
 // Stages, resets, worlds one after the other, procedurals and objects.
 
 #include <memory>
+#include <string>
 
 #include "support/scene.h"
 
@@ -111,6 +112,126 @@ TEST_F(Lifecycle, ResetInTheMiddleOfStagesGivesThePictureUp)
     zebFrameBegin();
     zebFrameEnd();
     EXPECT_TRUE(reports.empty());
+}
+
+namespace
+{
+
+std::string gLeaving;  // who was told to go, in order: a letter each
+
+// A world whose device and two procedurals, one of them in an object, say when they go.
+void beginLeaving()
+{
+    gLeaving.clear();
+    ZebDisplay device{};
+    device.close = [](void*) { gLeaving += 'd'; };
+    zebCustomDisplay(&device);
+    zebSceneBegin();
+    const auto add = [](ZebFreeFunction leave) {
+        zebProcedural(
+            nullptr, kBox, [](void*, float) {}, leave);
+    };
+    add([](void*) { gLeaving += 's'; });
+    zebObjectBegin();
+    add([](void*) { gLeaving += 'o'; });
+    zebObjectEnd();
+}
+
+}  // namespace
+
+TEST_F(Lifecycle, AtTheWorldsEndTheDeviceGoesLast)
+{
+    raster(12, 12);
+    beginLeaving();
+    zebSceneEnd();
+    EXPECT_EQ(gLeaving, "sod") << "rendered, objects released, closed";
+}
+
+TEST_F(Lifecycle, InAResetTheDeviceGoesLast)
+{
+    raster(12, 12);
+    beginLeaving();
+    zebReset();
+    EXPECT_EQ(gLeaving, "osd") << "stacks emptied, scene flushed, closed";
+}
+
+// By then the default screen window, whose middle is (0, 0), is mapped to 640 x 480 pixels.
+TEST_F(Lifecycle, WhatGoesInAResetFindsTheStartingState)
+{
+    static ZebPoint middle;
+    static short block;
+    for (const bool inObject : {false, true}) {
+        raster(12, 12);
+        zebTranslate(5, 6, 7);
+        zebSceneBegin();
+        if (inObject) zebObjectBegin();
+        middle[0] = middle[1] = 0;
+        block = 0;
+        zebProcedural(
+            nullptr, kBox, [](void*, float) {},
+            [](void*) {
+                zebProjectPoints(zebQuark("world"), zebQuark("raster"), 1, &middle);
+                block = 1;
+                zebSceneBegin();
+                zebAttributePush();
+            });
+        reports.clear();
+        zebReset();
+        EXPECT_EQ(block, 1);
+        EXPECT_EQ(middle[0], 320);
+        EXPECT_EQ(middle[1], 240);
+        ASSERT_EQ(reports.size(), 1u) << "it is no place to begin a world at";
+        EXPECT_EQ(reports[0], (Report{8, ZEB_ERROR, "zebSceneBegin"}));
+        reports.clear();
+        zebFrameBegin();
+        zebFrameEnd();
+        EXPECT_TRUE(reports.empty()) << "and no block is left open";
+    }
+}
+
+TEST_F(Lifecycle, WhatGoesAtTheWorldsEndIsStillInIt)
+{
+    raster(12, 12);
+    ZebDisplay device{};
+    device.close = [](void*) {
+        zebMatrixPush();
+        zebFrameBegin();
+    };
+    zebCustomDisplay(&device);
+    zebSceneBegin();
+    zebObjectBegin();
+    zebProcedural(
+        nullptr, kBox, [](void*, float) {},
+        [](void*) {
+            zebAttributePush();
+            zebObjectBegin();
+            zebFrameBegin();
+        });
+    zebObjectEnd();
+    zebSceneEnd();
+    ASSERT_EQ(reports.size(), 2u);
+    EXPECT_EQ(reports[0], (Report{8, ZEB_ERROR, "zebFrameBegin"}));
+    EXPECT_EQ(reports[1], reports[0]);
+    reports.clear();
+    zebFrameBegin();
+    zebFrameEnd();
+    EXPECT_TRUE(reports.empty()) << "the blocks left open are closed";
+}
+
+TEST_F(Lifecycle, AnObjectLeftOpenIsClosedBeforeItGoes)
+{
+    raster(12, 12);
+    ZebDisplay device{};
+    device.flush = [](void*, long, long) {
+        zebObjectBegin();
+        zebProcedural(
+            nullptr, kBox, [](void*, float) {}, [](void*) { zebDisk(0, 1, 360, 0); });
+    };
+    zebCustomDisplay(&device);
+    zebSceneBegin();
+    zebSceneEnd();
+    ASSERT_EQ(reports.size(), 1u) << "it takes no member any more";
+    EXPECT_EQ(reports[0], (Report{7, ZEB_ERROR, "zebDisk"}));
 }
 
 TEST_F(Lifecycle, WorldsFollowOneAnother)

@@ -43,12 +43,8 @@ void State::point()
 void State::init()
 {
     initQuark();
-    upcall::closeDisplay();
-    upcall::flushScene();
     define(nullptr);
 
-    // Objects hold procedurals, whose free functions may call back in: they go when the state
-    // stands again.
     Stack<Objects> doomed = std::move(fObjects);
     fObjects = {};
     fModes.flush();
@@ -72,6 +68,13 @@ void State::init()
     gWorldToCamera = gCameraToScreen = gScreenToRaster = gIdentity;
     gScreenToRaster.map(-4.0f / 3, 4.0f / 3, -1, 1, 640, 480);
     gCameraToRaster = gCameraToScreen * gScreenToRaster;
+
+    // The free functions of procedurals and the device may call in. They find the state standing
+    // again, and a world open, so that they can't begin one that would be torn down with the old.
+    const ProceduralScope world(*this, *gAttrib, *gTransform);
+    doomed.flush();
+    upcall::flushScene();
+    upcall::closeDisplay();
 }
 
 void State::reset()
@@ -137,9 +140,14 @@ void State::close()
     point();
 }
 
+State::Doomed State::takeLightAndObj()
+{
+    return {std::move(*fLights.top()), std::move(*fObjects.top())};
+}
+
 State::Doomed State::popLightAndObj()
 {
-    Doomed doomed{std::move(*fLights.top()), std::move(*fObjects.top())};
+    Doomed doomed = takeLightAndObj();
     fLights.pop();
     fObjects.pop();
     return doomed;
@@ -200,13 +208,16 @@ short State::sceneEnd()
         error(kState, kError, nullptr);
         return 0;
     }
-    // The block stays open while its picture is made, so that procedurals may build.
+    // The block stays open while its picture is made, so that procedurals may build. What a
+    // callback leaves open is closed before anything goes.
     const long depth = fDepth;
     if (gOption->hiderType != kHiderNull) upcall::renderScene();
-    upcall::closeDisplay();
-    // Blocks that a callback left open end with it.
     closeTo(depth);
-    const Doomed doomed = popLightAndObj();
+    static_cast<void>(takeLightAndObj());
+    closeTo(depth);
+    upcall::closeDisplay();
+    closeTo(depth);
+    const Doomed late = popLightAndObj();
     close();
     return 1;
 }

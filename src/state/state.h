@@ -68,8 +68,9 @@ public:
     std::shared_ptr<Light> liveLight(const void* handle) const;
     std::shared_ptr<Object> liveObject(const void* handle) const;
 
-    // While a procedural builds: a world block of its own under its attributes and transformation.
-    // Whatever blocks the host leaves open in it are closed at the end.
+    // While a procedural builds, or a reset lets things go: a world block of its own under the
+    // attributes and transformation given. Whatever blocks the host leaves open in it are closed at
+    // the end.
     class ProceduralScope
     {
     public:
@@ -94,11 +95,13 @@ private:
     void define(Object* object);
     void point();
     void fixCamera();
-    // Takes the innermost lists, so that they go when the caller is done with the block.
+    // What the innermost lists held: it goes when the caller is done with it. The free functions of
+    // procedurals in objects may call in.
     struct Doomed {
         Lights lights;
         Objects objects;
     };
+    Doomed takeLightAndObj();
     Doomed popLightAndObj();
 
     Stack<unsigned short> fModes;
