@@ -1,5 +1,8 @@
 // Host code that builds while the picture is rendered.
 
+#include <functional>
+#include <string>
+
 #include "support/scene.h"
 
 namespace zebtest
@@ -24,7 +27,123 @@ void beginAlphas(long width, long height, const ZebDisplay& device)
     zebSurface(zebQuark("constant"), 0);
 }
 
+// The first time, calls that are refused: one with a name, and a reset, which has none.
+bool gRefused;
+void refuseOnce()
+{
+    if (std::exchange(gRefused, true)) return;
+    zebFlatness(-1);
+    zebReset();
+}
+
+// A picture of two buckets. In the second the library itself has something to report: a sphere that
+// no split makes flat enough.
+class CallbackNames : public RasterTest
+{
+protected:
+    std::vector<std::string> messages(const std::function<void()>& option,
+                                      const std::function<void()>& inWorld)
+    {
+        zebReset();
+        raster(12, 24);
+        gRefused = false;
+        reports.clear();
+        option();
+        beginFlat();
+        inWorld();
+        zebTranslate(6, 18, 0.5f);
+        zebFlatness(1e-9f);
+        zebSphere(2, -2, 2, 360, 0);
+        zebSceneEnd();
+        std::vector<std::string> texts;
+        for (std::size_t i = 0; i < reports.size(); ++i) texts.push_back(reports[i].message);
+        return texts;
+    }
+    const std::string named = "zebFlatness: flatness must be greater than 0", nameless = "(null)";
+    const std::string outer =
+        "zebSceneEnd: surface takes too many splits, parts are coarse or missing";
+    const std::vector<std::string> insideFirst{named, nameless, outer};
+    const std::vector<std::string> insideLast{outer, named, nameless};
+};
+
 }  // namespace
+
+TEST_F(CallbackNames, ReportsFromAFilterCarryTheNameOfItsCall)
+{
+    const auto option = [] {
+        zebCustomFilter([](float, float, float, float) {
+            refuseOnce();
+            return 1.0f;
+        });
+    };
+    EXPECT_EQ(messages(option, [] {}), insideFirst);
+}
+
+TEST_F(CallbackNames, ReportsFromAProceduralCarryTheNameOfItsCall)
+{
+    static const float box[6] = {2, 4, 2, 4, 0.25f, 0.75f};
+    EXPECT_EQ(messages([] {},
+                       [] {
+                           zebProcedural(
+                               nullptr, box, [](void*, float) { refuseOnce(); }, nullptr);
+                       }),
+              insideFirst);
+    EXPECT_EQ(messages([] {},
+                       [] {
+                           zebProcedural(
+                               nullptr, box, [](void*, float) {}, [](void*) { refuseOnce(); });
+                       }),
+              insideFirst);
+}
+
+TEST_F(CallbackNames, ReportsFromADeviceCarryTheNameOfItsCall)
+{
+    ZebDisplay opens{}, spans{}, flushes{}, closes{};
+    opens.open = [](void*, const char*, long, long, long, long) { refuseOnce(); };
+    spans.span = [](void*, long, long, long, const unsigned int*) { refuseOnce(); };
+    flushes.flush = [](void*, long, long) { refuseOnce(); };
+    closes.close = [](void*) { refuseOnce(); };
+    for (const ZebDisplay* device : {&opens, &spans, &flushes}) {
+        EXPECT_EQ(messages([=] { zebCustomDisplay(device); }, [] {}), insideFirst);
+    }
+    EXPECT_EQ(messages([&] { zebCustomDisplay(&closes); }, [] {}), insideLast);
+}
+
+// Both distances are out of range: the call has a second report to make after the handler ran.
+TEST_F(CallbackNames, ReportsFromAHandlerCarryTheNameOfItsCall)
+{
+    static std::vector<std::string> texts;
+    texts.clear();
+    gRefused = false;
+    zebCustomErrorHandler(ZEB_ALL, [](long, long, const char* message) {
+        texts.emplace_back(message ? message : "(null)");
+        refuseOnce();
+    });
+    zebClip(-1, -2);
+    EXPECT_EQ(texts,
+              (std::vector<std::string>{
+                  "zebClip: near clipping distance -1 out of range, using minimum", named, nameless,
+                  "zebClip: far clipping distance -2 out of range, using maximum"}));
+}
+
+TEST_F(CallbackNames, ReportsFromAPrinterCarryTheNameOfItsCall)
+{
+    static std::vector<std::string> lines;
+    lines.clear();
+    gRefused = false;
+    zebErrorHandler(ZEB_ALL, ZEB_ERROR_PRINT);
+    zebErrorPrinter([](const char* line) {
+        lines.emplace_back(line);
+        refuseOnce();
+    });
+    zebClip(-1, -2);
+    zebErrorPrinter([](const char* line) { std::fprintf(stderr, "%s\n", line); });
+    const std::string range = "error: Parameter out of range. ";
+    EXPECT_EQ(lines, (std::vector<std::string>{
+                         range + "zebClip: near clipping distance -1 out of range, using minimum",
+                         range + named, "error: Invalid state.",
+                         range + "zebClip: far clipping distance -2 out of range, using maximum"}));
+}
 
 // A device hears of a row of buckets when the next one is still to come: it may add to what is
 // left. After the last row there is nothing to add to.

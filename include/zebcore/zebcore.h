@@ -32,6 +32,11 @@
  * names, NaN and infinite numbers, null pointers with a non-zero count, and counts that are
  * negative, zero or absurd report code 10 or 11.
  *
+ * Callbacks. Filters, both functions of procedurals, devices, error handlers and printers may make
+ * calls. While one of them runs, no other call counts as under way: a report carries the name of the
+ * call that the callback itself has made, and when it returns, that of the outer call again.
+ * zebReset has no name in reports: refused in a callback, it reports code 8 without a message.
+ *
  * Threads. All calls come from one thread.
  */
 #ifndef ZEBCORE_ZEBCORE_H

@@ -2,33 +2,15 @@
 
 #include "math/spaces.h"
 #include "state/callback.h"
-#include "state/error.h"
 #include "state/state.h"
 
 namespace zeb
 {
 
-namespace
-{
-
-// No interface function is under way while the host's own code runs.
-class HostCode
-{
-public:
-    HostCode() : fName(setErrorFuncName(nullptr)) {}
-    ~HostCode() { setErrorFuncName(fName); }
-
-private:
-    CallbackScope fScope;
-    const char* fName;
-};
-
-}  // namespace
-
 Procedural::Data::~Data()
 {
     if (!fFree) return;
-    HostCode host;
+    const CallbackScope scope;
     fFree(fData);
 }
 
@@ -51,10 +33,11 @@ float Procedural::detail() const
 
 void Procedural::split(PrimitiveSink&)
 {
-    State::ProceduralScope scope(*gState, attrib(), transform());
+    const State::ProceduralScope world(*gState, attrib(), transform());
+    const float size = detail();
     {
-        HostCode host;
-        fSubdivide(fData->get(), detail());
+        const CallbackScope scope;
+        fSubdivide(fData->get(), size);
     }
     fData.reset();
 }
