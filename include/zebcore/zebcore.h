@@ -339,7 +339,9 @@ ZEB_API void zebColorSpace(long n, const float *ntorgb, const float *rgbton);
 /** Sets tuning values.
     @param gridsize largest side of a grid in micropolygons; default 32
     @param width,height of a bucket in pixels; default 12 and 12
-    Code 10 for values below 1 and absurd ones. */
+    Code 10 for values below 1 and absurd ones; and when the world opens, for a bucket that would
+    take more than 2^22 samples at the rates and the filter width in force: its sides are halved
+    until it does not, or they are 1. */
 ZEB_API void zebTune(long gridsize, long width, long height);
 /** @} */
 

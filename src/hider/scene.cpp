@@ -32,8 +32,7 @@ namespace
 // Micropolygons along the sides of a grid that can't be made as fine as it should be.
 constexpr unsigned short kCoarse = 8;
 
-// Samples of one bucket; buckets shrink where the sampling rates are so high that more would be
-// needed. What is seen does not change with it.
+// Samples of one bucket: what memory can be counted on to hold.
 constexpr double kMaxBucketSamples = 1 << 22;
 
 struct Pixels {
@@ -91,8 +90,10 @@ void Scene::init()
     fBucketWidth = option.tuning[1];
     fBucketHeight = option.tuning[2];
     const auto samples = [&] {
-        return samplesAcross(fBucketWidth, option.filterXwidth, option, option.xsamples) *
-               samplesAcross(fBucketHeight, option.filterYwidth, option, option.ysamples);
+        const long width = std::min(fBucketWidth, fX1 - fX0 + 1);
+        const long height = std::min(fBucketHeight, fY1 - fY0 + 1);
+        return samplesAcross(width, option.filterXwidth, option, option.xsamples) *
+               samplesAcross(height, option.filterYwidth, option, option.ysamples);
     };
     while (samples() > kMaxBucketSamples && (fBucketWidth > 1 || fBucketHeight > 1)) {
         fBucketWidth = std::max(fBucketWidth / 2, 1L);
@@ -101,6 +102,10 @@ void Scene::init()
     fColumns = (fX1 - fX0) / fBucketWidth + 1;
     fRows = (fY1 - fY0) / fBucketHeight + 1;
     fBuckets.resize(static_cast<std::size_t>(fRows));
+    if (fBucketWidth < option.tuning[1] || fBucketHeight < option.tuning[2]) {
+        error(kRange, kError, "bucket of %ld x %ld takes too many samples, using %ld x %ld",
+              option.tuning[1], option.tuning[2], fBucketWidth, fBucketHeight);
+    }
 }
 
 std::unique_ptr<Bucket> Scene::makeBucket(long column, long row) const

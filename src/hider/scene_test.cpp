@@ -83,6 +83,42 @@ TEST_F(SceneTest, BucketsAreAsLargeAsTuned)
     zebSceneEnd();
 }
 
+// 4 samples a pixel, of 510 + 2 and 511 + 2 pixels: 2048 x 2048 are 2^22.
+TEST_F(SceneTest, BucketsOfTooManySamplesAreRefused)
+{
+    for (const long side : {510, 511}) {
+        raster(600, 600);
+        zebSampleUniform(4, 4);
+        zebTune(32, side, side);
+        zebSceneBegin();
+        EXPECT_EQ(gScene->columns(), side == 510 ? 2 : 3) << "600 / 510, 600 / 255";
+        EXPECT_EQ(gScene->rows(), gScene->columns());
+        if (side == 511) {
+            ASSERT_EQ(reports.size(), 1u);
+            EXPECT_EQ(reports[0],
+                      (zebtest::Report{10, ZEB_ERROR,
+                                       "zebSceneBegin: bucket of 511 x 511 takes too many samples, "
+                                       "using 255 x 255"}));
+        } else {
+            EXPECT_TRUE(reports.empty());
+        }
+        zebReset();
+    }
+}
+
+// Of 26 x 26 pixels: 4098 x 26 x 64 samples would be too many.
+TEST_F(SceneTest, ABucketLargerThanThePictureTakesThePicturesSamples)
+{
+    raster(24, 24);
+    zebSampleUniform(8, 8);
+    zebTune(32, 4096, 4096);
+    zebSceneBegin();
+    EXPECT_EQ(gScene->columns(), 1);
+    EXPECT_TRUE(reports.empty());
+    zebSceneEnd();
+    EXPECT_EQ(picture.spans, 24);
+}
+
 TEST_F(SceneTest, ProgressCountsTheBucketUnderWay)
 {
     raster(24, 24);
