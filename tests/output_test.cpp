@@ -1,6 +1,8 @@
 // Exposure, quantization, dither and adaptive sampling.
 
+#include <array>
 #include <map>
+#include <set>
 
 #include "support/scene.h"
 
@@ -55,6 +57,51 @@ TEST_F(Output, QuantizationRoundsAndClamps)
     EXPECT_EQ(picture.word(4, 4, 2), 60u);
     EXPECT_EQ(picture.word(4, 4, 3), 60u) << "alpha is quantized as colour";
     EXPECT_EQ(picture.word(4, 4, 4), 432u);
+}
+
+TEST_F(Output, DepthHasAQuantizationOfItsOwn)
+{
+    const struct {
+        float depth;
+        std::uint32_t word;
+    } cases[] = {{0.1f, 20}, {0.4321f, 43}, {0.9f, 70}};
+    for (const auto& c : cases) {
+        zebReset();
+        raster(4, 4);
+        zebDepthQuantize(100, 20, 70);
+        beginFlat();
+        color(0.25f, 0.25f, 0.25f);
+        rectangle(0, 0, 4, 4, c.depth);
+        zebSceneEnd();
+        EXPECT_EQ(picture.word(2, 2, 4), c.word);
+        EXPECT_EQ(red(2, 2), 0.25f) << "colours are floats";
+    }
+}
+
+// As below, of 30.3 steps.
+TEST_F(Output, DepthHasADitherOfItsOwn)
+{
+    for (const float amplitude : {0.0f, 0.5f}) {
+        zebReset();
+        raster(100, 100);
+        zebColorQuantize(100, 0, 100);
+        zebColorJitter(0.5f - amplitude);
+        zebDepthQuantize(100, 0, 100);
+        zebDepthJitter(amplitude);
+        beginFlat();
+        color(0.303f, 0.303f, 0.303f);
+        rectangle(-5, -5, 105, 105, 0.303f);
+        zebSceneEnd();
+        int colors = 0, depths = 0;
+        for (long y = 0; y < 100; ++y) {
+            for (long x = 0; x < 100; ++x) {
+                colors += picture.word(x, y, 0) == 31;
+                depths += picture.word(x, y, 4) == 31;
+            }
+        }
+        EXPECT_NEAR(amplitude ? depths : colors, 3000, 200);
+        EXPECT_EQ(amplitude ? colors : depths, 0);
+    }
 }
 
 TEST_F(Output, DitherIsUniformWithTheAmplitudeGiven)
@@ -164,6 +211,46 @@ TEST_F(Output, ACustomFilterReceivesOffsetsAndWidths)
     EXPECT_GT(widest, 0.4f);
     EXPECT_LT(widest, 0.75f);
     EXPECT_EQ(alpha(4, 4), 1);
+}
+
+TEST_F(Output, EachAxisHasItsSamplingRate)
+{
+    static std::set<float> columns, rows;
+    columns.clear();
+    rows.clear();
+    raster(1, 1);
+    zebSampleUniform(3, 5);
+    zebSampleJitter(0);
+    zebFilterWidth(1, 1);
+    zebCustomFilter([](float dx, float dy, float, float) {
+        columns.insert(dx);
+        rows.insert(dy);
+        return 1.0f;
+    });
+    beginFlat();
+    zebSceneEnd();
+    EXPECT_EQ(columns.size(), 3u);
+    EXPECT_EQ(rows.size(), 5u);
+}
+
+TEST_F(Output, TheDeviceIsToldSizeAndOrigin)
+{
+    using Told = std::array<long, 4>;
+    static Told told;
+    ZebDisplay device{};
+    device.open = [](void*, const char*, long xres, long yres, long x, long y) {
+        told = {x, xres, y, yres};
+    };
+    zebCustomDisplay(&device);
+    zebRasterViewport(-3, 8, 5, 6);
+    zebSceneBegin();
+    zebSceneEnd();
+    EXPECT_EQ(told, (Told{-3, 8, 5, 6}));
+    zebRasterViewport(-3, -8, 5, -6);
+    zebSceneBegin();
+    zebSceneEnd();
+    EXPECT_EQ(told, (Told{-3, 640, 5, 480})) << "a negative size is none";
+    EXPECT_TRUE(reports.empty());
 }
 
 TEST_F(Output, TheSameCallsGiveTheSamePictureWhateverTheHostsFloatModes)

@@ -88,6 +88,17 @@ TEST_F(CameraTest, TheFrameAspectCountsMoreThanTheResolution)
     expectWindow(-4, 4, -1, 1);
 }
 
+TEST_F(CameraTest, NegativeSizesAndAspectsAreNone)
+{
+    zebImageAspect(-4);
+    open(-100, -50, -2);
+    EXPECT_EQ(gOption->xres, 640);
+    EXPECT_EQ(gOption->yres, 480);
+    EXPECT_EQ(gOption->pixelAspect, 1);
+    expectWindow(-4 / 3.0f, 4 / 3.0f, -1, 1);
+    EXPECT_TRUE(reports.empty());
+}
+
 TEST_F(CameraTest, AScreenWindowStaysAsItIs)
 {
     zebImageWindow(0, 2, 1, 5);
