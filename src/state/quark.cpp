@@ -179,12 +179,8 @@ short Quark::getType(unsigned short token)
     return static_cast<short>(kTypeNone | (givenOut(token) ? (entryOf(token) >> 27) & 7 : 0));
 }
 
-void initQuark()
+void declarePredefined()
 {
-    static bool pending = true;
-    if (!pending) return;
-    pending = false;
-
     struct Predefined {
         const char* name;
         short storage, type;
@@ -230,6 +226,14 @@ void initQuark()
     unsigned short last = 0;
     for (const Predefined& p : names) last = Quark::declare(p.name, p.storage, p.type);
     if (last != kQModel) error(kBug, kError, "predefined quark mismatch");
+}
+
+void initQuark()
+{
+    static bool pending = true;
+    if (!pending) return;
+    pending = false;
+    declarePredefined();
 }
 
 }  // namespace zeb

@@ -80,7 +80,9 @@ struct Quark {
     static void expandQuarkTable();
 };
 
-// Declares the predefined names, once.
+// Declares the predefined names; reports if other names came before them.
+void declarePredefined();
+// The same, once.
 void initQuark();
 
 }  // namespace zeb

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "support/reports.h"
 
@@ -112,6 +113,16 @@ bool allThere(unsigned last)
     return true;
 }
 
+// Whether declaring the predefined names gives the reports expected.
+bool predefinedReport(const std::vector<Report>& expected)
+{
+    const zebtest::Reports reports;
+    declarePredefined();
+    std::vector<Report> all;
+    for (std::size_t i = 0; i < reports.size(); ++i) all.push_back(reports[i]);
+    return all == expected;
+}
+
 void leave(bool right) { std::_Exit(right ? 0 : 1); }
 
 #define EXPECT_IN_CHILD(expression) \
@@ -142,6 +153,14 @@ TEST(Quark, InitDeclaresOnlyOnce)
     initQuark();
     EXPECT_EQ(Quark::fNext, next);
     EXPECT_TRUE(reports.empty());
+}
+
+TEST(QuarkDeathTest, ANameBeforeThePredefinedOnesIsReported)
+{
+    EXPECT_IN_CHILD(predefinedReport({}) && Quark::fNext == 37);
+    EXPECT_IN_CHILD(Quark::declare("early", 0xD00, 0xE00) == 1 &&
+                    predefinedReport({{3, 0xB04, "predefined quark mismatch"}}) &&
+                    Quark::find("model") == 37);
 }
 
 TEST(Quark, ResetKeepsTheTokens)
