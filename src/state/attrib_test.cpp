@@ -289,7 +289,7 @@ TEST_F(AttribTest, PlainSettersStoreTheirValues)
     EXPECT_FALSE(gAttrib->matte);
     gAttrib->backface(1);
     EXPECT_EQ(gAttrib->sides, 1);
-    gAttrib->boundDisplacement(0.5f);
+    zebBoundDisplacement(0.5f);
     EXPECT_EQ(gAttrib->displacementBound, 0.5f);
     char name[] = "A";
     gAttrib->objectName(name);
