@@ -109,6 +109,20 @@ TEST_F(CallbackNames, ReportsFromADeviceCarryTheNameOfItsCall)
     EXPECT_EQ(messages([&] { zebCustomDisplay(&closes); }, [] {}), insideLast);
 }
 
+TEST_F(CallbackNames, TheHalvesOfTheWorldsEndGoByItsName)
+{
+    ZebDisplay device{};
+    device.flush = [](void*, long, long) {
+        if (std::exchange(gRefused, true)) return;
+        zebRenderInit();
+        EXPECT_EQ(zebRenderBucket(), 0);
+        zebSceneEnd();
+    };
+    const std::string halves = "zebSceneEnd";
+    EXPECT_EQ(messages([&] { zebCustomDisplay(&device); }, [] {}),
+              (std::vector<std::string>{halves, halves, halves, outer}));
+}
+
 // Both distances are out of range: the call has a second report to make after the handler ran.
 TEST_F(CallbackNames, ReportsFromAHandlerCarryTheNameOfItsCall)
 {

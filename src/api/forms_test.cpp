@@ -146,10 +146,10 @@ TEST_F(Forms, Polygons)
 TEST_F(Forms, PolygonMeshes)
 {
     // Each array would do for any other.
-    static const long sizes[10] = {3, 4, 3, 3, 3, 3, 3, 3, 3, 3};
-    static const long faces[10] = {0, 1, 4, 1, 2, 5, 4, 3, 4, 7};
+    static const long sizes[13] = {3, 4, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3};
+    static const long faces[13] = {0, 1, 4, 1, 2, 5, 4, 3, 4, 7, 4, 5, 8};
     expectSame(&Scene::polygonMesh, zebPolygonMesh, zebPolygonMeshV,
-               coloredPoints(kQPoint, sheet(3, 3), 9), 3L, sizes, faces);
+               coloredPoints(kQPoint, sheet(3, 3), 9), 4L, sizes, faces);
     static const long loops[2] = {2, 1}, corners[10] = {0, 2, 8, 6, 1, 5, 4, 3, 7, 4};
     static const long counts[3] = {4, 3, 3};
     expectSame(&Scene::generalPolygonMesh, zebGeneralPolygonMesh, zebGeneralPolygonMeshV,
