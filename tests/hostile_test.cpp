@@ -105,6 +105,7 @@ Refusals badOptions()
         {"zebOutputFile empty", [] { zebOutputFile(ZEB_FILE_PNG, ""); }},
         {"zebOutputSamples none", [] { zebOutputSamples(0x300); }},
         {"zebOutputSamples unknown", [] { zebOutputSamples(0x308); }},
+        {"zebOutputSamples bit 15", [] { zebOutputSamples(static_cast<short>(0x8307)); }},
         {"zebColorSpace zero", [] { zebColorSpace(0, gGray, gGray); }},
         {"zebColorSpace negative", [] { zebColorSpace(-1, gGray, gGray); }},
         {"zebColorSpace absurd", [] { zebColorSpace(kAbsurd, gGray, gGray); }},
