@@ -256,6 +256,27 @@ TEST_F(Output, TheDeviceIsToldSizeAndOrigin)
     EXPECT_TRUE(reports.empty());
 }
 
+TEST_F(Output, ACropKeepsItsPartOfEachAxis)
+{
+    static std::set<long> columns, rows;
+    columns.clear();
+    rows.clear();
+    ZebDisplay device{};
+    device.span = [](void*, long x0, long x1, long y, const unsigned int*) {
+        columns.insert({x0, x1});
+        rows.insert(y);
+    };
+    raster(16, 32);
+    zebCustomDisplay(&device);
+    zebImageCrop(0.125f, 0.75f, 0.25f, 0.875f);
+    zebSceneBegin();
+    zebSceneEnd();
+    EXPECT_EQ(*columns.begin(), 2);
+    EXPECT_EQ(*columns.rbegin(), 11);
+    EXPECT_EQ(*rows.begin(), 8);
+    EXPECT_EQ(*rows.rbegin(), 27);
+}
+
 TEST_F(Output, TheSameCallsGiveTheSamePictureWhateverTheHostsFloatModes)
 {
     const auto render = [this] {
