@@ -394,7 +394,7 @@ TEST_F(NurbTest, TheHullLiesInTheBoundAndHoldsTheSurface)
         std::vector<std::unique_ptr<Primitive>> all = leaves(*mesh);
         all.push_back(mesh->copy(true));
         for (const auto& surface : all) {
-            Boundw hull = surface->hull(surface->bound());
+            Boundw hull = surface->hull();
             ASSERT_GT(hull.wmin, 0);
             hull.homogenize();
             for (int k = 0; k < 60; ++k) {

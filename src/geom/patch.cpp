@@ -128,7 +128,7 @@ Boundw Patch::bound() const
     return box;
 }
 
-Boundw Patch::hull(const Boundw&) const
+Boundw Patch::hull() const
 {
     Boundw box = Boundw::empty();
     addHull(box);

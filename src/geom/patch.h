@@ -19,7 +19,7 @@ public:
     // Samples of the surface with room around them, and its hull.
     Boundw bound() const override;
     virtual void boundPoint(Boundw& box, float u, float v) const;
-    Boundw hull(const Boundw& bound) const override;
+    Boundw hull() const override;
     std::unique_ptr<Primitive> copy(bool quirks) const override;
 
     // Whether a mesh wraps round in a direction.
@@ -97,8 +97,7 @@ public:
     }
 
     // Of the corners: there is no need to sample what they hold.
-    Boundw bound() const override { return Patch::hull({}); }
-    Boundw hull(const Boundw& bound) const override { return bound; }
+    Boundw bound() const override { return hull(); }
     std::unique_ptr<Primitive> copy(bool quirks) const override;
 
     static PowerForm powerForm(const Point (&corners)[4]);

@@ -19,8 +19,7 @@ public:
     PatchMesh(const PatchMesh& parent, const Quadrant& part);
 
     unsigned short type() const override { return kPatchMesh; }
-    Boundw bound() const override { return Patch::hull({}); }
-    Boundw hull(const Boundw& bound) const override { return bound; }
+    Boundw bound() const override { return hull(); }
     bool diceable(Dicing&, float) const override { return false; }
     void split(PrimitiveSink& sink) override;
     Pointwd pointAt(float u, float v) const override;

@@ -530,7 +530,7 @@ TEST_F(PatchMeshTest, TheBoundHoldsEveryPatch)
         const auto mesh = make(net);
         ASSERT_NE(mesh, nullptr);
         expectBoundHolds(*mesh, 50);
-        const Boundw bound = mesh->bound(), hull = mesh->hull(bound);
+        const Boundw bound = mesh->bound(), hull = mesh->hull();
         EXPECT_TRUE(hull.xmin >= bound.xmin && hull.xmax <= bound.xmax);
         for (const auto& patch : leaves(*mesh)) {
             for (int k = 0; k < 20; ++k) {

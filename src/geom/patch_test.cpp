@@ -233,7 +233,7 @@ TEST_F(PatchTest, ABicubicBoundHoldsWhatSamplesMiss)
         p[static_cast<std::size_t>(n.integer(0, 15))].z = 1e4f;
         const auto patch = make<BicubicPatch>(p);
         expectBoundHolds(*patch, 64);
-        const Boundw bound = patch->bound(), hull = patch->hull(bound);
+        const Boundw bound = patch->bound(), hull = patch->hull();
         EXPECT_GE(hull.zmin, bound.zmin);
         EXPECT_LE(hull.zmax, bound.zmax);
     }
@@ -247,7 +247,7 @@ TEST_F(PatchTest, TheHullLiesInTheBoundAndHoldsThePatch)
         applyRandomTransformation(n);
         setBasis(k % 6, ZEB_APPLY_BOTH);
         const auto patch = make<BicubicPatch>(randomPoints(n, 16));
-        const Boundw bound = patch->bound(), hull = patch->hull(bound);
+        const Boundw bound = patch->bound(), hull = patch->hull();
         EXPECT_TRUE(hull.xmin >= bound.xmin && hull.xmax <= bound.xmax);
         EXPECT_TRUE(hull.ymin >= bound.ymin && hull.ymax <= bound.ymax);
         EXPECT_TRUE(hull.zmin >= bound.zmin && hull.zmax <= bound.zmax);

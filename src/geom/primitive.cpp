@@ -77,7 +77,8 @@ Primitive::Primitive(const Primitive& parent, std::uint32_t child, bool halved)
       fPath(mixSeeds(parent.fPath, child + 1)),
       fDepth(parent.fDepth + (halved ? 1 : 0)),
       fIsPiece(true),
-      fSplits(halved ? parent.fSplits : nullptr)
+      fSurfaceSplits(parent.fSurfaceSplits),
+      fFaceSplits(halved ? parent.fFaceSplits : nullptr)
 {
 }
 
@@ -96,9 +97,16 @@ Random Primitive::random(std::uint32_t purpose) const
 bool Primitive::mayStillSplit(const RenderFrame& frame, double pixels)
 {
     if (fDepth >= kMaxSplitDepth) return false;
-    if (!fSplits) fSplits = std::make_shared<std::atomic<long>>(0);
+    const auto count = [](std::shared_ptr<std::atomic<long>>& splits) {
+        if (!splits) splits = std::make_shared<std::atomic<long>>(0);
+        return ++*splits;
+    };
+    // A surface that becomes its faces hands its counter to them.
+    if (!fSurfaceSplits) fSurfaceSplits = std::make_shared<std::atomic<long>>(0);
+    if (count(fFaceSplits) <= kFaceSplits) return true;
     const double size = double{dicingLimit(frame, -1)};
-    return static_cast<double>(++*fSplits) <= kMaxFaceSplits + 16 * pixels / (size * size);
+    return static_cast<double>(count(fSurfaceSplits)) <=
+           kSurfaceSplits + 16 * pixels / (size * size);
 }
 
 float Primitive::dicingLimit(const RenderFrame& frame, float maxSize) const

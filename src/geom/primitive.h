@@ -81,10 +81,11 @@ struct Differential {
 class Primitive
 {
 public:
-    // Splitting ends: after so many halvings, and after so many splits of one face. A face that
-    // fills a picture may take more, in proportion to its pixels.
+    // Splitting ends: after so many halvings, and after so many splits. Every face of a surface has
+    // a few of its own; the others are the surface's, more of them for a picture of more pixels.
     static constexpr int kMaxSplitDepth = 160;
-    static constexpr double kMaxFaceSplits = 1 << 11;
+    static constexpr long kFaceSplits = 1 << 8;
+    static constexpr double kSurfaceSplits = 1 << 15;
     // Micropolygons are no smaller than this, whatever the shading rate asks for.
     static constexpr float kMinSide = 1.0f / 16;
 
@@ -103,8 +104,8 @@ public:
     virtual unsigned short type() const { return kNoType; }
     // Of the points in camera space.
     virtual Boundw bound() const { return Boundw::empty(); }
-    // What the scene files by: lies within the bound, and holds the surface all the same.
-    virtual Boundw hull(const Boundw& bound) const { return bound; }
+    // What the scene culls and files by: lies within the bound, and holds the surface all the same.
+    virtual Boundw hull() const { return bound(); }
     // Whether the primitive is small and flat enough on screen to become one grid. A negative
     // maxSize stands for the tuned one, in pixels.
     virtual bool diceable(Dicing& dicing, float maxSize = -1) const;
@@ -174,7 +175,8 @@ private:
     std::uint32_t fPath = 0;
     int fDepth = 0;
     bool fIsPiece = false;
-    std::shared_ptr<std::atomic<long>> fSplits;  // of all pieces of one face
+    // Of all pieces of the surface, and of the face.
+    std::shared_ptr<std::atomic<long>> fSurfaceSplits, fFaceSplits;
 };
 
 }  // namespace zeb

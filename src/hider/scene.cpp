@@ -128,9 +128,25 @@ Bucket& Scene::bucketAt(long column, long row)
     return *bucket;
 }
 
-// In homogeneous form, so that nothing is divided. Of the w range each comparison takes the end
-// that keeps what could be seen.
-bool Scene::culled(const Boundw& camera, const Boundw& raster) const
+namespace
+{
+
+// The least that a linear form takes over a box: whatever its sign, every term has its own least.
+double least(const double (&form)[4], const Boundw& b)
+{
+    const auto term = [](double factor, float min, float max) {
+        return factor * double{factor > 0 ? min : max};
+    };
+    return term(form[0], b.xmin, b.xmax) + term(form[1], b.ymin, b.ymax) +
+           term(form[2], b.zmin, b.zmax) + term(form[3], b.wmin, b.wmax);
+}
+
+}  // namespace
+
+// In homogeneous form, so that nothing is divided. What can be seen has a positive w, and x no larger
+// than w times that of the window's right border: the difference is linear in camera space, and
+// where all of a box is beyond it, nothing of the box can be seen. The other borders likewise.
+bool Scene::culled(const Boundw& camera) const
 {
     const Option& option = fFrame->option;
     if (option.nearClip * camera.wmin > camera.zmax || option.farClip * camera.wmax < camera.zmin) {
@@ -140,15 +156,14 @@ bool Scene::culled(const Boundw& camera, const Boundw& raster) const
         camera.zmax + kEpsilon < camera.zmin) {
         return true;
     }
-    const float w1 = std::max(raster.wmin, 0.0f), w2 = std::max(raster.wmax, 0.0f);
-    const auto above = [=](float window, float min) {
-        return min > window * (window > 0 ? w2 : w1);
+    const auto& m = fFrame->cameraToRaster.m;
+    const auto beyond = [&](int axis, double border, double sign) {
+        double form[4];
+        for (int k = 0; k < 4; ++k) form[k] = sign * (m[k][axis] - border * m[k][3]);
+        return least(form, camera) > 0;
     };
-    const auto below = [=](float window, float max) {
-        return max < window * (window > 0 ? w1 : w2);
-    };
-    return above(fXmax, raster.xmin) || below(fXmin, raster.xmax) || above(fYmax, raster.ymin) ||
-           below(fYmin, raster.ymax);
+    return beyond(0, fXmax, 1) || beyond(0, fXmin, -1) || beyond(1, fYmax, 1) ||
+           beyond(1, fYmin, -1);
 }
 
 // The first bucket counts from the centre of the first pixel, the last one from the edge of the
@@ -180,18 +195,15 @@ void Scene::add(std::unique_ptr<Primitive> primitive)
         if (gOption->hiderType != kHiderNull) error(kPrimitiveState, kError, nullptr);
         return;
     }
-    const Boundw camera = primitive->bound();
+    const Boundw camera = primitive->hull();
+    if (culled(camera)) return;
     const Boundw raster = camera * fFrame->cameraToRaster;
-    if (culled(camera, raster)) return;
     if (!isFiniteBound(raster)) {
         giveUp(*primitive);
         return;
     }
-    const Boundw hull = primitive->hull(camera);
-    const Boundw tight = hull * fFrame->cameraToRaster;
-    if (culled(hull, tight)) return;
     long column, row;
-    file(*primitive, tight, column, row);
+    file(*primitive, raster, column, row);
     bucketAt(column, row).primitives.add(std::move(primitive));
 }
 

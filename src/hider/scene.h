@@ -84,7 +84,7 @@ public:
 private:
     using Row = std::vector<std::unique_ptr<Bucket>>;
 
-    bool culled(const Boundw& camera, const Boundw& raster) const;
+    bool culled(const Boundw& camera) const;
     void file(Primitive& primitive, const Boundw& raster, long& column, long& row) const;
     Bucket& bucketAt(long column, long row);
     std::unique_ptr<Bucket> makeBucket(long column, long row) const;
