@@ -352,8 +352,8 @@ TEST_F(IndexedPng, OnAFullDiskIsReported)
     zebSceneEnd();
     ASSERT_EQ(reports.size(), 1u);
     EXPECT_EQ(reports[0].code, 10);
-    EXPECT_EQ(reports[0].message.rfind("zebSceneEnd: cannot write \"/dev/full\"", 0), 0u)
-        << reports[0].message;
+    EXPECT_EQ(reports[0].message,
+              "zebSceneEnd: cannot write (No space left on device): \"/dev/full\"");
 }
 
 }  // namespace zebtest

@@ -2,6 +2,7 @@
 #include <ImfFrameBuffer.h>
 #include <ImfHeader.h>
 #include <ImfIO.h>
+#include <ImfInputFile.h>
 #include <ImfOutputFile.h>
 
 #include <cstring>
@@ -16,28 +17,46 @@ namespace zeb
 namespace
 {
 
-// Writes to a file that is open already.
-class FileStream : public OPENEXR_IMF_NAMESPACE::OStream
+namespace imf = OPENEXR_IMF_NAMESPACE;
+
+// Everything happens on the caller's thread, whatever the host has set for itself.
+constexpr int kNoThreads = 0;
+
+// One step of a stream at a file that is open already.
+void expect(bool good)
+{
+    if (!good) throw std::runtime_error("the file failed");
+}
+
+class WrittenFile : public imf::OStream
 {
 public:
-    explicit FileStream(std::FILE* file) : OStream("picture"), fFile(file) {}
+    explicit WrittenFile(OutputFile& file) : OStream("picture"), fFile(file) {}
     void write(const char* bytes, int n) override
     {
-        if (std::fwrite(bytes, 1, static_cast<std::size_t>(n), fFile) !=
-            static_cast<std::size_t>(n)) {
-            throw std::runtime_error("write failed");
-        }
+        expect(fFile.write(bytes, static_cast<std::size_t>(n)));
     }
-    std::uint64_t tellp() override { return static_cast<std::uint64_t>(std::ftell(fFile)); }
-    void seekp(std::uint64_t position) override
-    {
-        if (std::fseek(fFile, static_cast<long>(position), SEEK_SET) != 0) {
-            throw std::runtime_error("seek failed");
-        }
-    }
+    std::uint64_t tellp() override { return fFile.position(); }
+    void seekp(std::uint64_t position) override { expect(fFile.seek(position)); }
 
 private:
-    std::FILE* fFile;
+    OutputFile& fFile;
+};
+
+class ReadFile : public imf::IStream
+{
+public:
+    explicit ReadFile(OutputFile& file) : IStream("picture"), fFile(file) {}
+    bool read(char* bytes, int n) override
+    {
+        expect(fFile.read(bytes, static_cast<std::size_t>(n)));
+        return true;
+    }
+    std::uint64_t tellg() override { return fFile.position(); }
+    void seekg(std::uint64_t position) override { expect(fFile.seek(position)); }
+
+private:
+    OutputFile& fFile;
 };
 
 float decode(std::uint32_t word, const Quantizer& quantizer)
@@ -51,11 +70,8 @@ float decode(std::uint32_t word, const Quantizer& quantizer)
     return value;
 }
 
-}  // namespace
-
-bool writeExr(const Picture& picture, std::FILE* file)
-try {
-    namespace imf = OPENEXR_IMF_NAMESPACE;
+void writeRows(const Picture& picture, OutputFile& file)
+{
     const PixelFormat& format = picture.format;
     std::vector<const char*> names;
     if (format.rgb) names = {"R", "G", "B"};
@@ -71,8 +87,8 @@ try {
         buffer.insert(names[c], imf::Slice(imf::FLOAT, reinterpret_cast<char*>(&row[c]),
                                            sizeof(float) * names.size(), 0));
     }
-    FileStream stream(file);
-    imf::OutputFile output(stream, header);
+    WrittenFile stream(file);
+    imf::OutputFile output(stream, header, kNoThreads);
     output.setFrameBuffer(buffer);
     for (long y = 0; y < picture.height; ++y) {
         const std::uint32_t* words = picture.rows[static_cast<std::size_t>(y)].get();
@@ -82,9 +98,19 @@ try {
         }
         output.writePixels(1);
     }
-    return true;
-} catch (const std::exception&) {
-    return false;
+}
+
+}  // namespace
+
+void writeExr(const Picture& picture, OutputFile& file)
+try {
+    writeRows(picture, file);
+    // Some failures end in a picture that lacks rows.
+    expect(file.seek(0));
+    ReadFile stream(file);
+    if (!imf::InputFile(stream, kNoThreads).isComplete()) file.fail("OpenEXR left rows out");
+} catch (const std::exception& failure) {
+    file.fail(failure.what());
 }
 
 }  // namespace zeb

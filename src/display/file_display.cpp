@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
 #include <cstring>
-#include <utility>
 
 #include "display/file_path.h"
 #include "util/report.h"
@@ -26,9 +24,10 @@ bool endsIn(const std::string& name, const char* ending)
                       [](unsigned char a, char b) { return std::tolower(a) == b; });
 }
 
+// The reason comes first: the end of a long message is cut.
 void reportFile(const std::string& name, const char* why)
 {
-    error(kRange, kError, "cannot write \"%s\": %s", name.c_str(), why);
+    error(kRange, kError, "cannot write (%s): \"%s\"", why, name.c_str());
 }
 
 }  // namespace
@@ -55,31 +54,6 @@ bool FileDisplay::chooseWriter()
     return false;
 }
 
-bool FileDisplay::openFile()
-{
-    namespace fs = std::filesystem;
-    std::error_code failed;
-    fPath = filePath(fName);
-    const fs::file_status status = fs::status(fPath, failed);
-    // What is no ordinary file, such as a pipe, is not to be replaced by one.
-    const bool direct = fs::exists(status) && !fs::is_regular_file(status);
-    const auto temporary = [this](const std::string& ending) {
-        fs::path path = fPath;
-        return path += ending;
-    };
-    fTemporary = direct ? fs::path() : temporary(".part");
-    for (int attempt = 1; !direct && fs::exists(fTemporary, failed) && attempt < 1000; ++attempt) {
-        fTemporary = temporary(".part" + std::to_string(attempt));
-    }
-    fFile = openForWriting(direct ? fPath : fTemporary);
-    if (!fFile) {
-        const int why = errno;
-        fTemporary.clear();
-        reportFile(fName, std::strerror(why));
-    }
-    return fFile != nullptr;
-}
-
 void FileDisplay::open(const char* name, long xres, long yres, long xorigin, long yorigin)
 {
     Display::open(name, xres, yres, xorigin, yorigin);
@@ -90,7 +64,14 @@ void FileDisplay::open(const char* name, long xres, long yres, long xorigin, lon
         zeb::error(kRange, kError, "a picture of %ld x %ld is too large for a file", xres, yres);
         return;
     }
-    if (!chooseWriter() || !openFile()) return;
+    if (!chooseWriter()) return;
+    if (!fFile.open(filePath(fName))) {
+        reportFile(fName, fFile.why().c_str());
+        return;
+    }
+    if (fFile.isInPlace()) {
+        zeb::error(kRange, kWarning, "written in place, it cannot be replaced: \"%s\"", name);
+    }
     fPicture.width = xres;
     fPicture.height = yres;
     fPicture.rows.resize(static_cast<std::size_t>(yres));
@@ -113,7 +94,7 @@ void FileDisplay::warnOfLoss() const
 
 void FileDisplay::span(long x0, long x1, long y, const std::uint32_t* words)
 {
-    if (!fFile) return;
+    if (!fFile.isOpen()) return;
     const auto channels = static_cast<std::size_t>(fPicture.format.channels());
     auto& row = fPicture.rows[static_cast<std::size_t>(y)];
     if (!row) {
@@ -125,39 +106,14 @@ void FileDisplay::span(long x0, long x1, long y, const std::uint32_t* words)
 
 void FileDisplay::flush(long y0, long y1) { fFinalRows += y1 - y0 + 1; }
 
-void FileDisplay::discard()
-{
-    if (fFile) std::fclose(std::exchange(fFile, nullptr));
-    std::error_code ignored;
-    if (!fTemporary.empty()) std::filesystem::remove(fTemporary, ignored);
-    fTemporary.clear();
-    fPicture.rows.clear();
-}
-
 void FileDisplay::close()
 {
-    if (!fFile || fFinalRows < fPicture.height) {
-        discard();
-        return;
+    if (fFile.isOpen() && fFinalRows >= fPicture.height) {
+        fWriter(fPicture, fFile);
+        if (!fFile.finish()) reportFile(fName, fFile.why().c_str());
     }
-    errno = 0;
-    bool good = fWriter(fPicture, fFile);
-    good = std::fflush(fFile) == 0 && !std::ferror(fFile) && good;
-    int why = errno;
-    if (std::fclose(std::exchange(fFile, nullptr)) != 0 && good) {
-        good = false;
-        why = errno;
-    }
-    std::string reason = why ? std::strerror(why) : "the writer failed";
-    if (good && !fTemporary.empty()) {
-        std::error_code failed;
-        std::filesystem::rename(fTemporary, fPath, failed);
-        good = !failed;
-        reason = failed.message();
-        if (good) fTemporary.clear();
-    }
-    discard();
-    if (!good) reportFile(fName, reason.c_str());
+    fFile.discard();
+    fPicture.rows.clear();
 }
 
 }  // namespace zeb

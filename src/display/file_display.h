@@ -1,12 +1,11 @@
 // The picture in a file.
 #pragma once
 
-#include <cstdio>
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "display/display.h"
+#include "display/output_file.h"
 
 namespace zeb
 {
@@ -18,8 +17,8 @@ struct Picture {
     std::vector<std::unique_ptr<std::uint32_t[]>> rows;
 };
 
-// Keeps the rows, and writes them when the picture is whole: to a temporary name first, so that
-// the file is either whole or absent. What can't be written is reported, and rendering goes on.
+// Keeps the rows, and writes them when the picture is whole. What can't be written is reported, and
+// rendering goes on.
 class FileDisplay : public Display
 {
 public:
@@ -27,7 +26,6 @@ public:
         : fKind(kind), fPicture{format, 0, 0, {}}
     {
     }
-    ~FileDisplay() override { discard(); }
 
     void open(const char* name, long xres, long yres, long xorigin, long yorigin) override;
     void span(long x0, long x1, long y, const std::uint32_t* words) override;
@@ -35,27 +33,25 @@ public:
     void close() override;
 
 private:
-    using Writer = bool (*)(const Picture&, std::FILE*);
+    using Writer = void (*)(const Picture&, OutputFile&);
 
     bool chooseWriter();
-    bool openFile();
     void warnOfLoss() const;
-    void discard();
 
     unsigned short fKind;
     Picture fPicture;
     Writer fWriter = nullptr;
     std::string fName;
-    std::filesystem::path fPath, fTemporary;  // fTemporary is empty where fPath itself is written
-    std::FILE* fFile = nullptr;
+    OutputFile fFile;
     long fFinalRows = 0;
 };
 
-// PNG: 8 or 16 bits, colour divided by alpha. False if the file could not be written.
-bool writePng(const Picture& picture, std::FILE* file);
+// PNG: 8 or 16 bits, colour divided by alpha. This writer, and the others, tell the file what
+// fails.
+void writePng(const Picture& picture, OutputFile& file);
 // PNG of at most 256 colours, as a palette screen would show the picture.
-bool writeIndexedPng(const Picture& picture, std::FILE* file);
+void writeIndexedPng(const Picture& picture, OutputFile& file);
 // OpenEXR: float channels R, G, B, A, Z.
-bool writeExr(const Picture& picture, std::FILE* file);
+void writeExr(const Picture& picture, OutputFile& file);
 
 }  // namespace zeb

@@ -1,7 +1,6 @@
 // Names of files as hosts give them.
 #pragma once
 
-#include <cstdio>
 #include <filesystem>
 #include <string>
 
@@ -11,8 +10,5 @@ namespace zeb
 // The path of a name in UTF-8. On Windows a name that is no UTF-8 is taken in the code page of the
 // system, as older hosts write it; elsewhere the bytes are the path.
 std::filesystem::path filePath(const std::string& name);
-
-// Opens a file for writing; null, with errno set, if that fails.
-std::FILE* openForWriting(const std::filesystem::path& path);
 
 }  // namespace zeb

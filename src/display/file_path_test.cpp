@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
-
 namespace zeb
 {
 
@@ -34,28 +32,6 @@ TEST(FilePath, BytesThatAreNoUtf8MakeAPathToo)
 #else
     EXPECT_EQ(path.native(), "caf\xE9.png");
 #endif
-}
-
-TEST(FilePath, AFileOfThatNameIsWritten)
-{
-    const fs::path path = fs::path(testing::TempDir()) / filePath(kName);
-    std::error_code ignored;
-    fs::remove(path, ignored);
-    std::FILE* const file = openForWriting(path);
-    ASSERT_NE(file, nullptr);
-    // No end of line is translated.
-    EXPECT_GE(std::fputs("a\nb", file), 0);
-    std::fclose(file);
-    EXPECT_EQ(fs::file_size(path), 3u);
-    EXPECT_TRUE(fs::remove(path));
-}
-
-TEST(FilePath, WhatCantBeOpenedSaysWhy)
-{
-    errno = 0;
-    EXPECT_EQ(openForWriting(fs::path(testing::TempDir()) / "zeb-missing-folder" / "a.png"),
-              nullptr);
-    EXPECT_EQ(errno, ENOENT);
 }
 
 }  // namespace zeb

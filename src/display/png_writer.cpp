@@ -88,11 +88,10 @@ struct PngLayout {
 };
 
 // Nothing with a destructor lives here: libpng leaves it by a jump when writing fails.
-bool writeRows(png_structp png, png_infop info, std::FILE* file, const Picture& picture,
-               const PngLayout& layout, const std::uint32_t* emptyRow, png_bytep row)
+void writeRows(png_structp png, png_infop info, const Picture& picture, const PngLayout& layout,
+               const std::uint32_t* emptyRow, png_bytep row)
 {
-    if (setjmp(png_jmpbuf(png))) return false;
-    png_init_io(png, file);
+    if (setjmp(png_jmpbuf(png))) return;
     png_set_IHDR(png, info, static_cast<png_uint_32>(picture.width),
                  static_cast<png_uint_32>(picture.height), layout.wide ? 16 : 8, layout.type(),
                  PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
@@ -103,15 +102,13 @@ bool writeRows(png_structp png, png_infop info, std::FILE* file, const Picture& 
         png_write_row(png, row);
     }
     png_write_end(png, nullptr);
-    return true;
 }
 
 // Likewise.
-bool writeIndexedRows(png_structp png, png_infop info, std::FILE* file, const ColorImage& image,
+void writeIndexedRows(png_structp png, png_infop info, const ColorImage& image,
                       const Palette& palette, const png_color* colors, png_bytep row)
 {
-    if (setjmp(png_jmpbuf(png))) return false;
-    png_init_io(png, file);
+    if (setjmp(png_jmpbuf(png))) return;
     png_set_IHDR(png, info, static_cast<png_uint_32>(image.width),
                  static_cast<png_uint_32>(image.height), 8, PNG_COLOR_TYPE_PALETTE,
                  PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
@@ -123,38 +120,50 @@ bool writeIndexedRows(png_structp png, png_infop info, std::FILE* file, const Co
         png_write_row(png, row);
     }
     png_write_end(png, nullptr);
-    return true;
 }
 
 void ignoreMessage(png_structp, png_const_charp) {}
-[[noreturn]] void failQuietly(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+[[noreturn]] void onError(png_structp png, png_const_charp message)
+{
+    static_cast<OutputFile*>(png_get_error_ptr(png))->fail(message);
+    png_longjmp(png, 1);
+}
+void onWrite(png_structp png, png_bytep bytes, std::size_t size)
+{
+    auto* file = static_cast<OutputFile*>(png_get_io_ptr(png));
+    if (!file->write(reinterpret_cast<const char*>(bytes), size)) png_error(png, "");
+}
+void onFlush(png_structp) {}
 
 // Makes what libpng needs, and lets write use it.
 template <typename Write>
-bool withPng(const Write& write)
+void withPng(OutputFile& file, const Write& write)
 {
-    png_structp png =
-        png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, failQuietly, ignoreMessage);
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &file, onError, ignoreMessage);
     png_infop info = png ? png_create_info_struct(png) : nullptr;
-    const bool good = info && write(png, info);
+    if (info) {
+        png_set_write_fn(png, &file, onWrite, onFlush);
+        write(png, info);
+    } else {
+        file.fail("no memory for libpng");
+    }
     png_destroy_write_struct(&png, &info);
-    return good;
 }
 
 }  // namespace
 
-bool writePng(const Picture& picture, std::FILE* file)
+void writePng(const Picture& picture, OutputFile& file)
 {
     const PngLayout layout(picture.format);
     const std::vector<std::uint32_t> emptyRow(static_cast<std::size_t>(picture.width) *
                                               static_cast<std::size_t>(picture.format.channels()));
     std::vector<png_byte> row(layout.rowBytes(picture.width));
-    return withPng([&](png_structp png, png_infop info) {
-        return writeRows(png, info, file, picture, layout, emptyRow.data(), row.data());
+    withPng(file, [&](png_structp png, png_infop info) {
+        writeRows(png, info, picture, layout, emptyRow.data(), row.data());
     });
 }
 
-bool writeIndexedPng(const Picture& picture, std::FILE* file)
+void writeIndexedPng(const Picture& picture, OutputFile& file)
 {
     ColorImage image(picture.width, picture.height);
     const int channels = picture.format.channels();
@@ -170,8 +179,8 @@ bool writeIndexedPng(const Picture& picture, std::FILE* file)
     std::vector<png_color> colors;
     for (const auto& entry : palette.map) colors.push_back({entry.red, entry.green, entry.blue});
     std::vector<png_byte> row(static_cast<std::size_t>(image.width));
-    return withPng([&](png_structp png, png_infop info) {
-        return writeIndexedRows(png, info, file, image, palette, colors.data(), row.data());
+    withPng(file, [&](png_structp png, png_infop info) {
+        writeIndexedRows(png, info, image, palette, colors.data(), row.data());
     });
 }
 
