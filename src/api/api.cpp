@@ -513,7 +513,11 @@ void zebThreads(long n)
     gOption->threads(n);
 }
 
-short zebWindowEvents(short wait) { return windowEvents(wait != 0); }
+short zebWindowEvents(short wait)
+{
+    CallFrame frame("zebWindowEvents");
+    return windowEvents(wait != 0);
+}
 
 long zebVersion(void) { return ZEB_VERSION_NUMBER; }
 
@@ -523,7 +527,7 @@ long zebVersion(void) { return ZEB_VERSION_NUMBER; }
 
 void zebReset(void)
 {
-    FloatEnvironment environment;
+    CallFrame frame(nullptr);
     gState->reset();
 }
 
@@ -546,7 +550,11 @@ short zebRenderBucket(void)
     return gScene->renderBucket();
 }
 
-long zebProgress(void) { return gScene->progress(); }
+long zebProgress(void)
+{
+    CallFrame frame(nullptr);
+    return gScene->progress();
+}
 
 void zebBoundDisplacement(float amount)
 {

@@ -10,18 +10,24 @@
 namespace zeb
 {
 
-// Names the function for messages, and keeps the host's floating-point modes out. A call from
-// inside a callback gives the name of the outer one back.
+// Names the function for messages, minds what becomes of running out of memory, and keeps the
+// host's floating-point modes out. A call from inside a callback gives the name of the outer one
+// back. Some functions go by no name: null.
 class CallFrame
 {
 public:
-    explicit CallFrame(const char* name) : fPrevious(setErrorFuncName(name)) {}
+    explicit CallFrame(const char* name) : fPrevious(setErrorFuncName(name))
+    {
+        // A name that goes takes the guard with it.
+        guardFreeStore(true);
+    }
     ~CallFrame() { setErrorFuncName(fPrevious); }
     CallFrame(const CallFrame&) = delete;
     CallFrame& operator=(const CallFrame&) = delete;
 
 private:
     FloatEnvironment fEnvironment;
+    FreeStoreScope fMemory{true};
     const char* fPrevious;
 };
 

@@ -97,14 +97,22 @@ struct Desktop {
         console->print(std::exchange(messages, {}));
     }
 
+    // A host of the same window system has its own events handled here.
+    bool hostsEvents(bool wait) const
+    {
+        const FreeStoreScope theirs(false);
+        return screen->events(wait);
+    }
+
     // False if the process is told to end.
     bool handleEvents(bool wait)
     {
         if (!screen || busy) return true;
+        const FreeStoreScope ours(true);
         dropClosed();
         showMessages();
         for (const auto& window : windows) window->update();
-        const bool goOn = screen->events(wait && !windows.empty());
+        const bool goOn = hostsEvents(wait && !windows.empty());
         updated = Clock::now();
         // A callback of the host may have lost the screen on the way.
         if (screen && !screen->alive()) lose();
@@ -118,7 +126,6 @@ struct Desktop {
     // Handles events while the library is at work.
     void handleEventsInside()
     {
-        // A host of the same window system has its own events handled here.
         CallbackScope scope;
         handleEvents(false);
     }
@@ -136,6 +143,7 @@ public:
 private:
     Desktop& fDesktop;
     CallbackScope fScope;
+    FreeStoreScope fOurs{true};
 };
 
 Desktop& desktop()
@@ -229,6 +237,10 @@ bool printOnConsole(const char* line)
     return desk.screen != nullptr;
 }
 
-void showMessages() { desktop().showMessages(); }
+void showMessages()
+{
+    const FreeStoreScope ours(true);
+    desktop().showMessages();
+}
 
 }  // namespace zeb

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "state/error.h"
+#include "state/free_store.h"
 
 namespace zeb
 {
@@ -25,6 +26,8 @@ public:
     static bool active() { return fDepth > 0; }
 
 private:
+    // The first to begin and the last to end: a name that goes or comes moves the guard, too.
+    FreeStoreScope fHostsMemory{false};
     const char* fName;
     static thread_local int fDepth;
 };

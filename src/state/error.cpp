@@ -1,9 +1,11 @@
 #include "state/error.h"
 
+#include <algorithm>
+#include <array>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
-#include <string>
+#include <string_view>
 
 #include "state/callback.h"
 #include "state/upcalls.h"
@@ -19,7 +21,7 @@ ErrorHandler Error::fSevereHandler = zebErrorAbort;
 PrintHandler Error::fPrintHandler = upcall::printMessage;
 bool Error::fEnding = false;
 long Error::fLastError = 0;
-std::new_handler Error::fStoredNewHandler = nullptr;
+std::atomic<std::new_handler> Error::fStoredNewHandler = nullptr;
 thread_local const char* Error::fFuncName = nullptr;
 thread_local const char* Error::fAttribName = nullptr;
 thread_local const char* Error::fShadingGroup = nullptr;
@@ -104,18 +106,35 @@ void dispatch(long code, long severity, const char* message)
     }
 }
 
-void printLine(const std::string& line)
+void printLine(const char* line)
 {
     if (!Error::fPrintHandler) return;
-    CallbackScope scope;
-    Error::fPrintHandler(line.c_str());
+    if (Error::fPrintHandler == upcall::printMessage) {
+        Error::fPrintHandler(line);
+    } else {
+        CallbackScope scope;
+        Error::fPrintHandler(line);
+    }
 }
 
-// Given back when memory runs out, so that the report of it can be made.
-std::unique_ptr<char[]>& memoryReserve()
+// Prints the parts in one line. Takes no memory for a line of usual length, and cuts longer ones
+// when there is none.
+void printLine(std::initializer_list<std::string_view> parts)
 {
-    static std::unique_ptr<char[]> reserve;
-    return reserve;
+    std::size_t size = 0;
+    for (const std::string_view part : parts) size += part.size();
+    std::array<char, 512> room;
+    const MallocMemory more(size < room.size() ? nullptr : std::malloc(size + 1));
+    char* const line = more ? static_cast<char*>(more.get()) : room.data();
+    std::size_t left = more ? size : std::min(size, room.size() - 1);
+    char* end = line;
+    for (const std::string_view part : parts) {
+        const std::size_t count = std::min(part.size(), left);
+        end = std::copy_n(part.data(), count, end);
+        left -= count;
+    }
+    *end = 0;
+    printLine(line);
 }
 
 }  // namespace
@@ -180,10 +199,9 @@ const char* setErrorFuncName(const char* name)
     const char* previous = Error::fFuncName;
     Error::fFuncName = name;
     if (!name) {
-        if (previous) std::set_new_handler(Error::fStoredNewHandler);
+        if (previous) guardFreeStore(false);
     } else if (!previous) {
-        if (!memoryReserve()) memoryReserve().reset(new (std::nothrow) char[64 * 1024]);
-        Error::fStoredNewHandler = std::set_new_handler(errorNewHandler);
+        guardFreeStore(true);
     }
     return previous;
 }
@@ -194,15 +212,6 @@ void setAttribNames(const char* object, const char* group)
     Error::fShadingGroup = group;
 }
 
-void errorNewHandler()
-{
-    // A second failure while reporting must not come back here.
-    std::set_new_handler(nullptr);
-    memoryReserve().reset();
-    error(kOutOfMemory, kSevere, "free store exhausted");
-    std::abort();
-}
-
 void zebErrorIgnore(long code, long, const char*) { Error::fLastError = code; }
 
 void zebErrorPrint(long code, long severity, const char* message)
@@ -210,23 +219,21 @@ void zebErrorPrint(long code, long severity, const char* message)
     Error::fLastError = code;
     if (!upcall::displayPrints(severity)) return;
 
-    std::string line = severityWord(severity);
-    if (const char* text = codeText(code)) {
-        line += text;
+    const std::string_view word = severityWord(severity), text = message ? message : "";
+    const std::string_view blank = message ? " " : "";
+    if (const char* known = codeText(code)) {
+        printLine({word, known, blank, text});
     } else {
-        line += " Error code: " + std::to_string(code);
+        char digits[24];
+        const char* const end = std::to_chars(digits, digits + sizeof digits, code).ptr;
+        const std::string_view number(digits, static_cast<std::size_t>(end - digits));
+        printLine({word, " Error code: ", number, blank, text});
     }
-    if (message) line += std::string(" ") + message;
-    printLine(line);
 
-    if (severity <= kInfo || (!Error::fAttribName && !Error::fShadingGroup)) return;
-    std::string where = "While rendering ";
-    if (Error::fAttribName) {
-        where += std::string("object ") + Error::fAttribName;
-        if (Error::fShadingGroup) where += "; ";
-    }
-    if (Error::fShadingGroup) where += std::string("shading group ") + Error::fShadingGroup;
-    printLine(where);
+    const char *object = Error::fAttribName, *group = Error::fShadingGroup;
+    if (severity <= kInfo || (!object && !group)) return;
+    printLine({"While rendering ", object ? "object " : "", object ? object : "",
+               object && group ? "; " : "", group ? "shading group " : "", group ? group : ""});
 }
 
 void zebErrorAbort(long code, long severity, const char* message)

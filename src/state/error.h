@@ -1,11 +1,12 @@
 // Error reporting.
 #pragma once
 
-#include <initializer_list>
-
+#include <atomic>
 #include <cstdarg>
+#include <initializer_list>
 #include <new>
 
+#include "state/free_store.h"
 #include "util/report.h"
 
 namespace zeb
@@ -20,7 +21,8 @@ struct Error {
     static bool fEnding;  // the process ends with the report that is being printed
     // The code of the last report that reached a built-in handler.
     static long fLastError;
-    static std::new_handler fStoredNewHandler;
+    // Read by any thread that runs out of memory.
+    static std::atomic<std::new_handler> fStoredNewHandler;
     // Of the thread that reports: the interface function under way, and the object and shading
     // group being rendered.
     static thread_local const char* fFuncName;
@@ -37,7 +39,6 @@ void setErrorPrinter(PrintHandler printer);
 // Answers the previous name. While a name is set, running out of memory is a severe report.
 const char* setErrorFuncName(const char* name);
 void setAttribNames(const char* object, const char* group);
-void errorNewHandler();
 
 void zebErrorIgnore(long code, long severity, const char* message);
 void zebErrorPrint(long code, long severity, const char* message);

@@ -347,6 +347,18 @@ TEST_F(ErrorTest, ASecondLineSaysWhatIsBeingRendered)
                              "While rendering shading group B"}));
 }
 
+TEST_F(ErrorTest, NamesOfAnyLengthArePrintedWhole)
+{
+    for (const std::size_t size : {471u, 472u, 473u, 2000u}) {
+        const std::string name(size, 'x');
+        gLines.clear();
+        setAttribNames(name.c_str(), "B");
+        error(0, 0xB04, "message");
+        ASSERT_EQ(gLines.size(), 2u);
+        EXPECT_EQ(gLines[1], "While rendering object " + name + "; shading group B");
+    }
+}
+
 TEST_F(ErrorTest, AnInfoHasNoSecondLine)
 {
     setAttribNames("A", "B");

@@ -4,6 +4,8 @@
 #include <FL/Fl_Button.H>
 #include <FL/Fl_Window.H>
 
+#include <new>
+
 #include "window_test.h"
 
 namespace zebtest
@@ -113,6 +115,24 @@ TEST_F(FltkHost, MayBuildFromThere)
     EXPECT_EQ(shot.at(6, 6), 0u) << "this bucket was done";
     EXPECT_EQ(shot.at(18, 6), 0xFFFFFFu);
     EXPECT_EQ(shot.at(30, 6), 0xFFFFFFu);
+}
+
+// The library minds what becomes of its own memory, and not of what they allocate.
+TEST_F(FltkHost, KeepsItsHandlerOfExhaustedMemoryThere)
+{
+    static const std::new_handler hosts = [] { throw std::bad_alloc(); };
+    static std::new_handler found;
+    const std::new_handler before = std::set_new_handler(hosts);
+    const auto look = [](void*) { found = std::get_new_handler(); };
+    Fl::add_timeout(0, look);
+    showBall();
+    EXPECT_EQ(found, hosts) << "while it renders";
+    found = nullptr;
+    Fl::add_timeout(0, look);
+    zebWindowEvents(0);
+    EXPECT_EQ(found, hosts);
+    EXPECT_EQ(std::get_new_handler(), hosts);
+    std::set_new_handler(before);
 }
 
 }  // namespace

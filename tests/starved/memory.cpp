@@ -1,0 +1,88 @@
+#include "memory.h"
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+#include <utility>
+
+// The C library's own, which the functions below stand before.
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* memory, std::size_t size);
+}
+
+namespace
+{
+
+struct Refusals {
+    long mallocsLeft = -1, newsLeft = -1;
+    bool all = false, happened = false;
+    void (*hook)() = nullptr;
+
+    bool refuse()
+    {
+        happened = true;
+        errno = ENOMEM;
+        return true;
+    }
+    bool mallocRefused()
+    {
+        if (all) return refuse();
+        return mallocsLeft >= 0 && mallocsLeft-- == 0 && refuse();
+    }
+    bool newRefused()
+    {
+        if (hook) std::exchange(hook, nullptr)();
+        if (newsLeft >= 0 && newsLeft-- == 0) all = true;
+        return all && refuse();
+    }
+};
+
+thread_local Refusals gRefusals;
+
+}  // namespace
+
+namespace starved
+{
+
+void refuseMalloc(long n) { gRefusals = {n, -1, false, false, nullptr}; }
+void refuseAllFromNew(long n) { gRefusals = {-1, n, false, false, nullptr}; }
+void refuseAll() { gRefusals = {-1, -1, true, false, nullptr}; }
+void refuseNone() { gRefusals = {-1, -1, false, gRefusals.happened, nullptr}; }
+bool refused() { return gRefusals.happened; }
+void atNextNew(void (*function)()) { gRefusals.hook = function; }
+
+}  // namespace starved
+
+extern "C" {
+
+void* malloc(std::size_t size) { return gRefusals.mallocRefused() ? nullptr : __libc_malloc(size); }
+
+void* calloc(std::size_t count, std::size_t size)
+{
+    return gRefusals.mallocRefused() ? nullptr : __libc_calloc(count, size);
+}
+
+void* realloc(void* memory, std::size_t size)
+{
+    return gRefusals.mallocRefused() ? nullptr : __libc_realloc(memory, size);
+}
+
+}  // extern "C"
+
+// As the language wants it, with the memory from above.
+void* operator new(std::size_t size)
+{
+    for (;;) {
+        void* memory = gRefusals.newRefused() ? nullptr : __libc_malloc(size ? size : 1);
+        if (memory) return memory;
+        const std::new_handler handler = std::get_new_handler();
+        if (!handler) throw std::bad_alloc();
+        handler();
+    }
+}
+
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
