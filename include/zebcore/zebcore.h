@@ -37,6 +37,9 @@
  * call that the callback itself has made, and when it returns, that of the outer call again.
  * zebReset has no name in reports: refused in a callback, it reports code 8 without a message.
  *
+ * Memory. A call that finds none left reports code 1, severe, and ends the process. What the host
+ * allocates in its callbacks, and on other threads, fails as it would without the library.
+ *
  * Threads. All calls come from one thread.
  */
 #ifndef ZEBCORE_ZEBCORE_H
@@ -323,9 +326,28 @@ ZEB_API void zebDepthJitter(float amplitude);
     code 2, a warning, where there is no screen, and code 10 for pictures of more than 32767 pixels a
     side or 2^28 in all; they are dropped. @param name the title, in UTF-8 */
 ZEB_API void zebOutputDisplay(const char *name);
-/** Sends the picture to a file. It appears when the world ends, whole or not at all. Code 10 for
-    an unknown kind or a null or empty name. @param kind ZEB_FILE_... @param name a path; on Windows
-    in UTF-8, or else in the system's code page */
+/**
+ * Sends the picture to a file. It appears when the world ends, whole or not at all: whatever fails
+ * is reported, code 10, and leaves the file that had the name as it was.
+ *
+ * @param kind ZEB_FILE_...; code 10 for any other number
+ * @param name a path, on Windows in UTF-8 or else in the system's code page; code 10 for a null or
+ * empty one
+ *
+ * Until the world ends the picture has a file of its own in the same folder: the name, a random
+ * number, ".part". An aborted process leaves it behind; the next picture of the name removes it. A
+ * file that is replaced passes on its mode and owner, and a symbolic link stays: what it leads to
+ * is replaced.
+ *
+ * Where the folder takes no new file, or the file has another owner, a file that may be written is
+ * written in place at the world's end. Code 10, a warning, says so when the world opens: such a
+ * file alone is lost if the disk is full. What is no ordinary file, a pipe or a device, gets the
+ * picture in one go at the world's end, OpenEXR too; a pipe without a reader is reported, and sends
+ * the host no signal.
+ *
+ * A process made by fork while the world is open does not finish the picture, nor take it away: it
+ * is its parent's.
+ */
 ZEB_API void zebOutputFile(short kind, const char *name);
 /** Chooses what each pixel holds (ZEB_SAMPLES_...). Code 10 for any other number. */
 ZEB_API void zebOutputSamples(short samples);
