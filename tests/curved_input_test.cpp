@@ -142,9 +142,9 @@ TEST_F(CurvedInput, ParaboloidsStayOnOneSideOfTheirTip)
     }
     // Upside down, from the rim inwards, and beyond it.
     reports.clear();
-    for (const auto& [zmin, zmax] :
+    for (const auto& z :
          {std::pair(0.0f, -10.0f), std::pair(10.0f, 5.0f), std::pair(-10.0f, -5.0f)}) {
-        EXPECT_GT(area([&] { call(zmin, zmax)(false); }), 100);
+        EXPECT_GT(area([&] { call(z.first, z.second)(false); }), 100);
     }
     EXPECT_TRUE(reports.empty());
 }
