@@ -34,6 +34,7 @@ Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Att
 void Grid::project(const RenderFrame& frame)
 {
     fRowBounds.reset(new Bound[fVSize + 1u]);
+    fBound = Bound::empty();
     for (int j = 0; j <= fVSize; ++j) {
         Bound bound = Bound::empty();
         const int count = vertexCount(j);
@@ -45,6 +46,8 @@ void Grid::project(const RenderFrame& frame)
             bound.add(P);
         }
         fRowBounds[j] = bound;
+        fBound.add(Point(bound.xmin, bound.ymin, bound.zmin));
+        fBound.add(Point(bound.xmax, bound.ymax, bound.zmax));
     }
 }
 

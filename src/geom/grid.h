@@ -57,6 +57,8 @@ public:
     void project(const RenderFrame& frame);
     // Of the vertices of row j, valid once projected.
     const Bound& rowBound(int j) const { return fRowBounds[j]; }
+    // Of all vertices, likewise.
+    const Bound& bound() const { return fBound; }
 
 private:
     // Rows lie one behind the other, each as long as it is used.
@@ -68,6 +70,7 @@ private:
     std::unique_ptr<std::uint32_t[]> fRowStarts;
     std::unique_ptr<Vertex[]> fVertices;
     std::unique_ptr<Bound[]> fRowBounds;
+    Bound fBound;
 };
 
 }  // namespace zeb

@@ -132,10 +132,15 @@ NurbNet::NurbNet(const Direction& u, const Direction& v, ArgList& args)
     fPoints.reserve(static_cast<std::size_t>(count));
     if (const ArgAssoc* homogeneous = args.find(kQPointw)) {
         const float* p = homogeneous->words();
+        constexpr double kLopsided = 1e7;
         float largest = 0;
+        double least = double{kInfinity};
         for (long k = 0; k < count; ++k) {
-            if (std::fabs(p[4 * k + 3]) > std::fabs(largest)) largest = p[4 * k + 3];
+            const float w = p[4 * k + 3];
+            if (std::fabs(w) > std::fabs(largest)) largest = w;
+            if (w != 0) least = std::min(least, std::fabs(double{w}));
         }
+        fLopsided = std::fabs(double{largest}) > kLopsided * least;
         const double scale = largest == 0 ? 1 : 1 / double{largest};
         for (long k = 0; k < count; ++k, p += 4) {
             fPoints.push_back(Pointwd{double{p[0]}, double{p[1]}, double{p[2]}, double{p[3]}} *

@@ -97,16 +97,17 @@ Random Primitive::random(std::uint32_t purpose) const
 bool Primitive::mayStillSplit(const RenderFrame& frame, double pixels)
 {
     if (fDepth >= kMaxSplitDepth) return false;
-    const auto count = [](std::shared_ptr<std::atomic<long>>& splits) {
-        if (!splits) splits = std::make_shared<std::atomic<long>>(0);
-        return ++*splits;
-    };
-    // A surface that becomes its faces hands its counter to them.
-    if (!fSurfaceSplits) fSurfaceSplits = std::make_shared<std::atomic<long>>(0);
-    if (count(fFaceSplits) <= kFaceSplits) return true;
+    // A surface that becomes its faces hands its counter on to them.
+    if (!fSurfaceSplits) {
+        fSurfaceSplits = std::make_shared<SurfaceSplits>();
+        fSurfaceSplits->limits = splitLimits();
+    }
+    if (!fFaceSplits) fFaceSplits = std::make_shared<std::atomic<long>>(0);
+    const SplitLimits& limits = fSurfaceSplits->limits;
+    if (++*fFaceSplits <= limits.face) return true;
     const double size = double{dicingLimit(frame, -1)};
-    return static_cast<double>(count(fSurfaceSplits)) <=
-           kSurfaceSplits + 16 * pixels / (size * size);
+    return static_cast<double>(++fSurfaceSplits->count) <=
+           static_cast<double>(limits.surface) + 16 * pixels / (size * size);
 }
 
 float Primitive::dicingLimit(const RenderFrame& frame, float maxSize) const

@@ -84,8 +84,9 @@ public:
     // Splitting ends: after so many halvings, and after so many splits. Every face of a surface has
     // a few of its own; the others are the surface's, more of them for a picture of more pixels.
     static constexpr int kMaxSplitDepth = 160;
-    static constexpr long kFaceSplits = 1 << 8;
-    static constexpr double kSurfaceSplits = 1 << 15;
+    struct SplitLimits {
+        long face = 1 << 8, surface = 1 << 13;
+    };
     // Micropolygons are no smaller than this, whatever the shading rate asks for.
     static constexpr float kMinSide = 1.0f / 16;
 
@@ -138,6 +139,8 @@ public:
 
     // Whether another split is allowed in a picture of so many pixels; counts it.
     bool mayStillSplit(const RenderFrame& frame, double pixels);
+    // For a surface of the host's; less for one that no number of splits does justice to.
+    virtual SplitLimits splitLimits() const { return {}; }
     // Draws that decide this piece's dicing: the same in every run, whatever was drawn before.
     Random random(std::uint32_t purpose) const;
 
@@ -175,8 +178,13 @@ private:
     std::uint32_t fPath = 0;
     int fDepth = 0;
     bool fIsPiece = false;
-    // Of all pieces of the surface, and of the face.
-    std::shared_ptr<std::atomic<long>> fSurfaceSplits, fFaceSplits;
+    // What all pieces of the surface have taken, and all of the face.
+    struct SurfaceSplits {
+        SplitLimits limits;
+        std::atomic<long> count{0};
+    };
+    std::shared_ptr<SurfaceSplits> fSurfaceSplits;
+    std::shared_ptr<std::atomic<long>> fFaceSplits;
 };
 
 }  // namespace zeb

@@ -143,9 +143,9 @@ double least(const double (&form)[4], const Boundw& b)
 
 }  // namespace
 
-// In homogeneous form, so that nothing is divided. What can be seen has a positive w, and x no larger
-// than w times that of the window's right border: the difference is linear in camera space, and
-// where all of a box is beyond it, nothing of the box can be seen. The other borders likewise.
+// In homogeneous form, so that nothing is divided. What can be seen has a positive w, and x no
+// larger than w times that of the window's right border: the difference is linear in camera space,
+// and where all of a box is beyond it, nothing of the box can be seen. The other borders likewise.
 bool Scene::culled(const Boundw& camera) const
 {
     const Option& option = fFrame->option;
@@ -224,10 +224,23 @@ void Scene::dice(const Primitive& primitive, const Dicing& dicing)
     for (int j = 0; j < grid->fVSize; ++j) {
         fCounts.micropolygons += static_cast<std::uint64_t>(grid->cellCount(j));
     }
-    // The column starts at the current one in later rows too: work only moves forward.
+    // The column starts at the current one in later rows too: work only moves forward. Buckets that
+    // the grid itself does not reach, unlike the primitive's bound, are spared it.
+    const Bound& box = grid->bound();
+    const float room = Seams::reach(*grid) + 1;
+    const auto first = [room](float min, float windowMin, float width, long size, long current) {
+        return std::max(bucketOf(min - room, windowMin + width, size) - 1, current);
+    };
+    const auto last = [room](float max, float windowMin, long size, long bound) {
+        return std::min(bucketOf(max + room, windowMin, size) + 1, bound);
+    };
+    const long column0 = first(box.xmin, fXmin, option.filterXwidth, fBucketWidth, fColumn);
+    const long row0 = first(box.ymin, fYmin, option.filterYwidth, fBucketHeight, fRow);
+    const long column1 = last(box.xmax, fXmin, fBucketWidth, primitive.fLastBucketX);
+    const long row1 = last(box.ymax, fYmin, fBucketHeight, primitive.fLastBucketY);
     Grid* shared = grid.release();
-    for (long row = fRow; row <= primitive.fLastBucketY; ++row) {
-        for (long column = fColumn; column <= primitive.fLastBucketX; ++column) {
+    for (long row = row0; row <= row1; ++row) {
+        for (long column = column0; column <= column1; ++column) {
             bucketAt(column, row).add(shared);
         }
     }

@@ -21,13 +21,17 @@ constexpr float kRounding = 1.0f / 64;
 
 double depthRoom(const Bound& bound) { return double{bound.zmax} - double{bound.zmin}; }
 
+float longestSide(const Grid& grid)
+{
+    return std::max(grid.fAttrib->micropolygonSide, Primitive::kMinSide);
+}
+
 // How far gaps reach from a side of n steps from the vertex (i, j): as far as its chords, and
 // others that are as long as a micropolygon may be, stray from a curve that bends as this one does.
 // Where a side is a single chord nothing is known of its curve but what it was diced for.
 float reachOf(const Grid& grid, int i, int j, int di, int dj, int n)
 {
-    const float longest = std::max(grid.fAttrib->micropolygonSide, Primitive::kMinSide);
-    const float most = std::min(0.5f * longest, 2 * grid.fAttrib->flatnessLimit) + kRounding;
+    const float longest = longestSide(grid), most = Seams::reach(grid);
     if (n < 2) return most;
     float bend = 0, shortest = kInfinity;  // squared
     for (int k = 1; k < n; ++k) {
@@ -53,6 +57,11 @@ bool facesAway(const Grid& grid, double facing)
 }
 
 }  // namespace
+
+float Seams::reach(const Grid& grid)
+{
+    return std::min(0.5f * longestSide(grid), 2 * grid.fAttrib->flatnessLimit) + kRounding;
+}
 
 Bound Seams::Side::bound() const
 {
@@ -275,6 +284,12 @@ bool Seams::covered(const Sample& sample, const Near& near, double room,
 void Seams::close(Sample& sample, Near* list, const List<Grid*>& grids) const
 {
     if (!list || !list->next) return;
+    // Surfaces that had to be given up pile up sides; pairing them would take forever.
+    constexpr int kMostSides = 64;
+    int count = 0;
+    for (const Near* near = list; near; near = near->next) {
+        if (++count > kMostSides) return;
+    }
     list = outsideOnly(list);
     dropLoneEnds(list);
     // Of all pairs, the one with the nearest side; then those of other layers.

@@ -50,6 +50,8 @@ public:
         Near* next;
     };
 
+    // In pixels: how far from a grid gaps can be.
+    static float reach(const Grid& grid);
     // Valid until the next call.
     const std::vector<Side>& sides(const Grid& grid);
     // Adds to the list if the sample lies by the side.
