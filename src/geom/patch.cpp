@@ -9,8 +9,6 @@ namespace zeb
 namespace
 {
 
-enum : std::uint32_t { kBoundDraws = 2 };
-
 // A cubic and how it changes from step to step. Evaluation takes three additions.
 class ForwardDifferences
 {

@@ -14,11 +14,7 @@ std::uint32_t PrimitiveCommon::fCurSeq = 0;
 namespace
 {
 
-enum : std::uint32_t { kDicingDraws = 1 };
-
 constexpr int kCells = 4;  // the dicing test draws one sample in each of 4 x 4 cells
-
-double planarLength(const Pointd& p) { return std::sqrt(p.x * p.x + p.y * p.y); }
 
 // Whether w keeps its sign over a whole derivative.
 bool sameSide(const Pointwd& p, const Pointwd& d) { return (p.w + d.w) * p.w > 0; }
@@ -30,11 +26,6 @@ Pointd chord(const Pointwd& p, const Pointwd& d)
     const Pointd P = homogenized(p);
     if (sameSide(p, d)) return homogenized(p + d) - P;
     return {div(d.x - P.x * d.w, p.w), div(d.y - P.y * d.w, p.w), div(d.z - P.z * d.w, p.w)};
-}
-
-unsigned short stepsFor(double length, float side)
-{
-    return static_cast<unsigned short>(clampToLong(std::ceil(length / double{side}), 1, 65535));
 }
 
 // Calls visit(u, v) with a jittered place in every cell, u running fastest.
@@ -94,6 +85,12 @@ Random Primitive::random(std::uint32_t purpose) const
     return Random(mixSeeds(mixSeeds(fCommon->fSeq, fPath), purpose));
 }
 
+unsigned short Primitive::stepsFor(double length) const
+{
+    const double steps = std::ceil(length / double{micropolygonSide()});
+    return static_cast<unsigned short>(clampToLong(steps, 1, 65535));
+}
+
 bool Primitive::mayStillSplit(const RenderFrame& frame, double pixels)
 {
     if (fDepth >= kMaxSplitDepth) return false;
@@ -139,7 +136,6 @@ bool Primitive::diceable(Dicing& dicing, float maxSize) const
 // screen, or too uneven for one grid.
 bool Primitive::measure(Dicing& dicing, float maxSize, const Matrix& toRaster, Random& draws) const
 {
-    const float side = micropolygonSide();
     double maxU = 0, maxV = 0, maxArea = 0, minArea = double{kInfinity};
     const bool small = everyCell(draws, [&](float u, float v) {
         const auto [p, du, dv] = evaluate(u, v);
@@ -164,8 +160,8 @@ bool Primitive::measure(Dicing& dicing, float maxSize, const Matrix& toRaster, R
         return true;
     });
     if (!small) return false;
-    dicing.fUSteps = stepsFor(maxU, side);
-    dicing.fVSteps = stepsFor(maxV, side);
+    dicing.fUSteps = stepsFor(maxU);
+    dicing.fVSteps = stepsFor(maxV);
     return !(maxArea > 2.0 * minArea && dicing.fUSteps * dicing.fVSteps >= 17);
 }
 

@@ -148,6 +148,12 @@ protected:
     // A piece: shares the parent's common record and continues its path of splits.
     Primitive(const Primitive& parent, std::uint32_t child, bool halved);
 
+    // What random() is asked for.
+    enum Draws : std::uint32_t { kDicingDraws = 1, kBoundDraws = 2 };
+    // As dicing tests measure: on the screen, and in micropolygons.
+    static double planarLength(const Pointd& p) { return std::sqrt(p.x * p.x + p.y * p.y); }
+    unsigned short stepsFor(double length) const;
+
     float micropolygonSide() const { return std::max(attrib().micropolygonSide, kMinSide); }
     float dicingLimit(const RenderFrame& frame, float maxSize) const;
     bool flipped() const { return transform().handedness() != attrib().orientationSide; }

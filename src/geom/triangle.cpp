@@ -11,8 +11,6 @@ namespace zeb
 namespace
 {
 
-enum : std::uint32_t { kDicingDraws = 1 };
-
 // Steps along the longer side become k, a power of two, times those along the shorter.
 void balance(long& larger, long& smaller, long limit)
 {
@@ -25,8 +23,6 @@ void balance(long& larger, long& smaller, long limit)
         smaller = larger / k;
     }
 }
-
-double planarLength(const Pointd& p) { return std::sqrt(p.x * p.x + p.y * p.y); }
 
 }  // namespace
 
@@ -111,7 +107,6 @@ void balanceSteps(unsigned short& usteps, unsigned short& vsteps, long limit)
 bool Triangle::diceable(Dicing& dicing, float maxSize) const
 {
     maxSize = dicingLimit(dicing.frame, maxSize);
-    const float side = micropolygonSide();
     const Matrix toRaster = matrix() * dicing.frame.cameraToRaster;
     // Points of the triangle are sums of these three, before the division by w.
     const Pointwd origin = Pointwd(fCorners[0]) * toRaster;
@@ -141,11 +136,8 @@ bool Triangle::diceable(Dicing& dicing, float maxSize) const
         maxArea = std::max(maxArea, lengthU * lengthV);
         minArea = std::min(minArea, lengthU * lengthV);
     }
-    const auto steps = [side](double length) {
-        return static_cast<unsigned short>(clampToLong(std::ceil(length / double{side}), 1, 65535));
-    };
-    dicing.fUSteps = steps(maxU);
-    dicing.fVSteps = steps(maxV);
+    dicing.fUSteps = stepsFor(maxU);
+    dicing.fVSteps = stepsFor(maxV);
     balanceSteps(dicing.fUSteps, dicing.fVSteps, dicing.frame.option.tuning[0]);
     return !(maxArea > 2.0 * minArea && dicing.fUSteps * dicing.fVSteps > 16);
 }

@@ -40,7 +40,8 @@ public:
         }
         // The primitive has parameters of its own for the shader, which others share.
         fOwn = fSurface->clone();
-        fOwn->parameters().override(grid.fOtherArgs);
+        fParameters = fOwn->parameters();
+        fParameters.override(grid.fOtherArgs);
         for (const ArgAssoc& assoc : grid.fOtherArgs) fVarying |= assoc.storage() == kVarying;
         fSurface = fOwn.get();
     }
@@ -93,7 +94,7 @@ private:
                       : p.Ng;
         p.Cs = fColor ? variable(*fColor) : fAttrib.surfaceColor;
         p.Os = fOpacity ? variable(*fOpacity) : fAttrib.surfaceOpacity;
-        if (fVarying) fOwn->parameters().bilerp(p.u, p.v, fGrid.fOtherArgs);
+        if (fVarying) fParameters.bilerp(p.u, p.v, fGrid.fOtherArgs);
         fSurface->evaluate(p);
         result.Ci = p.Ci;
         result.Oi = p.Oi;
@@ -136,6 +137,7 @@ private:
     const ArgAssoc *fNormal, *fColor, *fOpacity;
     const Surface* fSurface;
     std::unique_ptr<Surface> fOwn;
+    ParmList fParameters = {};  // of fOwn; listed once, not for every point
     bool fVarying = false;
     SurfacePoint fPoint;
 };
