@@ -33,7 +33,7 @@ GeneralPolygon::GeneralPolygon(const Polygon& parent, std::uint32_t face,
       fLoopSizes(std::move(loopSizes))
 {
     indexLoops();
-    fSides = SideFlags(parent, nVertices(), indices, [this](long k) { return after(k); });
+    fSides = SideFlags(parent, fLoopStarts.back(), indices, [this](long k) { return after(k); });
 }
 
 // Lines that are no sides are where a polygon was cut, or bridges to its holes.

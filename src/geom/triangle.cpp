@@ -31,7 +31,8 @@ Triangle::Triangle(const Polygon& parent, std::uint32_t face, const long* indice
 {
     for (int i = 0; i < 3; ++i) fCorners[i] = parent.vertex(indices[i]);
     const auto line = [&](int a, int b) {
-        return parent.shared(indices[a], indices[b]) ? lineBetween(vertex(a), vertex(b)) : 0;
+        if (!parent.shared(indices[a], indices[b])) return std::uint32_t{0};
+        return lineBetween(rounded(fCorners[a]), rounded(fCorners[b]));
     };
     fEdges = {.umin = line(0, 2), .umax = line(1, 2), .vmin = line(0, 1)};
     if (!parent.args().empty()) {

@@ -143,16 +143,19 @@ void UniformBucket::closeSeams(const Window& window, Arena& arena)
 {
     const auto count = static_cast<std::size_t>(fColumns * fRows);
     Seams seams(fBySequence, fFrame.depthScale, arena);
-    Seams::Near** near = arena.array<Seams::Near*>(count);
+    struct Nearby {
+        Seams::Near* first = nullptr;
+    };
+    Nearby* near = arena.array<Nearby>(count);
     for (const Grid* grid : fGrids) {
         if (!grid) continue;
         for (const Seams::Side& side : seams.sides(*grid)) {
             const Bound box = side.bound();
             if (window.misses(box)) continue;
-            eachSample(box, window, [&](long k) { seams.look(side, fSamples[k], near[k]); });
+            eachSample(box, window, [&](long k) { seams.look(side, fSamples[k], near[k].first); });
         }
     }
-    for (std::size_t k = 0; k < count; ++k) seams.close(fSamples[k], near[k], fGrids);
+    for (std::size_t k = 0; k < count; ++k) seams.close(fSamples[k], near[k].first, fGrids);
 }
 
 FilteredPixel UniformBucket::filter(float x, float y, const Window& window) const
