@@ -51,7 +51,8 @@ float reachOf(const Grid& grid, int i, int j, int di, int dj, int n)
     return std::min(std::sqrt(bend) * (1 + longer) * 0.25f + kRounding, most);
 }
 
-bool facesAway(const Grid& grid, double facing)
+// Whether a cell's trapezoids, whose sum its facing is but for the sign, sum up to more than 0.
+bool positive(const Grid& grid, double facing)
 {
     return grid.fFlip != grid.fTransposed ? facing < 0 : facing > 0;
 }
@@ -140,17 +141,15 @@ void Seams::look(const Side& side, const Sample& sample, Near*& list) const
     if (bound.zmax < 0 || double{bound.zmin} > fDepthOne || nearZero(facing)) return;
     if (facing > 0 && side.grid->fAttrib->sides <= 1) return;
     // The cell lies to the left of the way round it where its trapezoids sum up to less than 0.
-    const double sign = facesAway(*side.grid, facing) ? -1 : 1;
+    const double sign = positive(*side.grid, facing) ? -1 : 1;
     const Vertex* end = place < 0 ? side.a : place > 1 ? side.b : nullptr;
     const auto between = [along](double from, double to) { return from + along * (to - from); };
     const int first = side.first, second = (first + 1) % 4;
-    list =
-        fArena.make<Near>(side,
-                          cross * sign<0, end, ex * sign, ey * sign, distance,
-                                       static_cast<float>(between(kAcross[first], kAcross[second])),
-                                       static_cast<float>(between(kDown[first], kDown[second])),
-                                       between(a.z, b.z), depthRoom(bound), facing> 0,
-                          false, list);
+    const bool outside = cross * sign<0, away = facing> 0;
+    const auto s = static_cast<float>(between(kAcross[first], kAcross[second]));
+    const auto t = static_cast<float>(between(kDown[first], kDown[second]));
+    list = fArena.make<Near>(side, outside, end, ex * sign, ey * sign, distance, s, t,
+                             between(a.z, b.z), depthRoom(bound), away, false, list);
 }
 
 namespace
