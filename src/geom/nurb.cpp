@@ -1,6 +1,7 @@
 #include "geom/nurb.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "state/quark.h"
 #include "util/report.h"
@@ -132,7 +133,6 @@ NurbNet::NurbNet(const Direction& u, const Direction& v, ArgList& args)
     fPoints.reserve(static_cast<std::size_t>(count));
     if (const ArgAssoc* homogeneous = args.find(kQPointw)) {
         const float* p = homogeneous->words();
-        constexpr double kLopsided = 1e7;
         float largest = 0;
         double least = double{kInfinity};
         for (long k = 0; k < count; ++k) {
@@ -140,7 +140,7 @@ NurbNet::NurbNet(const Direction& u, const Direction& v, ArgList& args)
             if (std::fabs(w) > std::fabs(largest)) largest = w;
             if (w != 0) least = std::min(least, std::fabs(double{w}));
         }
-        fLopsided = std::fabs(double{largest}) > kLopsided * least;
+        if (largest != 0) fWeightRange = std::fabs(double{largest}) / least;
         const double scale = largest == 0 ? 1 : 1 / double{largest};
         for (long k = 0; k < count; ++k, p += 4) {
             fPoints.push_back(Pointwd{double{p[0]}, double{p[1]}, double{p[2]}, double{p[3]}} *
@@ -188,6 +188,20 @@ Pointwd NurbNet::point(const SpanPlace& u, const SpanPlace& v) const
     return form(u.span, v.span).point(u.t, v.t);
 }
 
+namespace
+{
+
+// Where weights differ too much, most of the surface lies in a sliver of its parameters that no
+// number of splits reaches, and rounding scatters what is left over.
+std::optional<Primitive::SplitLimits> splitLimits(const NurbNet& net)
+{
+    constexpr double kLopsided = 1e7;
+    if (net.weightRange() <= kLopsided) return std::nullopt;
+    return Primitive::SplitLimits{.surface = 16, .across = 0, .keepsRest = false};
+}
+
+}  // namespace
+
 std::unique_ptr<NuPatch> NuPatch::make(const NurbNet::Direction& u, const NurbNet::Direction& v,
                                        long n, const unsigned short* tokens, void* const* values)
 {
@@ -196,6 +210,7 @@ std::unique_ptr<NuPatch> NuPatch::make(const NurbNet::Direction& u, const NurbNe
     const NurbNet net(u, v, patch->fArgs);
     if (!net.uspans() || !net.vspans()) return nullptr;
     patch->fForm = std::make_shared<const PowerForm>(net.form(0, 0));
+    if (const auto limits = splitLimits(net)) patch->limitSplits(*limits);
     return patch;
 }
 
@@ -211,6 +226,7 @@ NuPatchMesh::NuPatchMesh(const NurbNet::Direction& u, const NurbNet::Direction& 
     fNet = std::make_shared<const NurbNet>(u, v, fArgs);
     fU1 = fNet->uspans();
     fV1 = fNet->vspans();
+    if (const auto limits = splitLimits(*fNet)) limitSplits(*limits);
 }
 
 NuPatchMesh::NuPatchMesh(const NuPatchMesh& other)

@@ -62,9 +62,8 @@ public:
     long vspans() const { return static_cast<long>(fVSpans.size()); }
     PowerForm form(long uspan, long vspan) const;
     Pointwd point(const SpanPlace& u, const SpanPlace& v) const;
-    // Whether weights differ so much that all of the surface lies in a sliver of its parameters,
-    // which halving does not reach.
-    bool lopsided() const { return fLopsided; }
+    // The largest weight in terms of the smallest one; neither is 0.
+    double weightRange() const { return fWeightRange; }
     // Of the homogeneous points of a span, in object space.
     const Boundw& box(long uspan, long vspan) const
     {
@@ -86,7 +85,7 @@ private:
     std::vector<Span> fUSpans, fVSpans;
     std::vector<Pointwd> fPoints;
     std::vector<Boundw> fBoxes;
-    bool fLopsided = false;
+    double fWeightRange = 1;
 };
 
 // One span in each direction.
@@ -144,10 +143,6 @@ public:
     std::unique_ptr<Primitive> copy(bool) const override
     {
         return std::make_unique<NuPatchMesh>(*this);
-    }
-    SplitLimits splitLimits() const override
-    {
-        return fNet->lopsided() ? SplitLimits{1, 16} : SplitLimits{};
     }
     bool empty() const { return fU1 <= fU0 || fV1 <= fV0; }
 

@@ -196,10 +196,7 @@ PolynomialPatch::PolynomialPatch(float umin, float umax, float vmin, float vmax,
 void PolynomialPatch::split(PrimitiveSink& sink)
 {
     findSeams();
-    for (std::uint32_t i = 0; i < 4; ++i) {
-        const float u = i % 2 ? 0.5f : 0, v = i / 2 ? 0.5f : 0;
-        sink.add(part(u, u + 0.5f, v, v + 0.5f, i));
-    }
+    addQuarters(sink);
 }
 
 Pointwd PolynomialPatch::pointAt(float u, float v) const { return form()->point(uAt(u), vAt(v)); }

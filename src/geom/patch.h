@@ -46,6 +46,10 @@ class PolynomialPatch : public Patch
 {
 public:
     void split(PrimitiveSink& sink) override;
+    void splitAcross(PrimitiveSink& sink, const RenderFrame& frame) override
+    {
+        addHalves(sink, frame);
+    }
     Differential evaluate(float u, float v) const override;
     Pointwd pointAt(float u, float v) const override;
     Pointw evalP(float u, float v) const override { return rounded(pointAt(u, v)); }
@@ -65,8 +69,6 @@ protected:
     virtual const std::shared_ptr<const PowerForm>& form() const { return fForm; }
     // The coefficients of this part alone.
     PowerForm ownForm() const { return form()->part(fUmin, fUmax, fVmin, fVmax); }
-    virtual std::unique_ptr<Primitive> part(float umin, float umax, float vmin, float vmax,
-                                            std::uint32_t child) const = 0;
     void addHull(Boundw& box) const override;
 
     mutable std::shared_ptr<const PowerForm> fForm;

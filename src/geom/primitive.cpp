@@ -61,6 +61,7 @@ Primitive::Primitive() : fCommon(std::make_shared<PrimitiveCommon>()) {}
 Primitive::Primitive(const Primitive& other)
     : fCommon(other.fCommon), fEdges(other.fEdges), fPath(other.fPath)
 {
+    if (other.fSurfaceSplits) limitSplits(other.fSurfaceSplits->limits);
 }
 
 Primitive::Primitive(const Primitive& parent, std::uint32_t child, bool halved)
@@ -91,20 +92,57 @@ unsigned short Primitive::stepsFor(double length) const
     return static_cast<unsigned short>(clampToLong(steps, 1, 65535));
 }
 
+void Primitive::limitSplits(const SplitLimits& limits)
+{
+    fSurfaceSplits = std::make_shared<SurfaceSplits>();
+    fSurfaceSplits->limits = limits;
+}
+
 bool Primitive::mayStillSplit(const RenderFrame& frame, double pixels)
 {
     if (fDepth >= kMaxSplitDepth) return false;
     // A surface that becomes its faces hands its counter on to them.
-    if (!fSurfaceSplits) {
-        fSurfaceSplits = std::make_shared<SurfaceSplits>();
-        fSurfaceSplits->limits = splitLimits();
-    }
+    if (!fSurfaceSplits) limitSplits({});
     if (!fFaceSplits) fFaceSplits = std::make_shared<std::atomic<long>>(0);
     const SplitLimits& limits = fSurfaceSplits->limits;
     if (++*fFaceSplits <= limits.face) return true;
     const double size = double{dicingLimit(frame, -1)};
     return static_cast<double>(++fSurfaceSplits->count) <=
            static_cast<double>(limits.surface) + 16 * pixels / (size * size);
+}
+
+bool Primitive::mayStillSplitAcross()
+{
+    return fDepth < kMaxSplitDepth && fSurfaceSplits &&
+           ++fSurfaceSplits->across <= fSurfaceSplits->limits.across;
+}
+
+void Primitive::addQuarters(PrimitiveSink& sink) const
+{
+    for (std::uint32_t i = 0; i < 4; ++i) {
+        const float u = i % 2 ? 0.5f : 0, v = i / 2 ? 0.5f : 0;
+        sink.add(part(u, u + 0.5f, v, v + 0.5f, i));
+    }
+}
+
+void Primitive::addHalves(PrimitiveSink& sink, const RenderFrame& frame) const
+{
+    const Matrix toRaster = matrix() * frame.cameraToRaster;
+    const auto raster = [&](int i, int j) {
+        return homogenized(pointAt(static_cast<float>(i) * 0.5f, static_cast<float>(j) * 0.5f)) *
+               toRaster;
+    };
+    double alongU = 0, alongV = 0;
+    for (int j = 0; j <= 2; ++j) {
+        for (int i = 0; i <= 1; ++i) {
+            alongU += planarLength(raster(i + 1, j) - raster(i, j));
+            alongV += planarLength(raster(j, i + 1) - raster(j, i));
+        }
+    }
+    for (std::uint32_t i = 0; i < 2; ++i) {
+        const float from = i ? 0.5f : 0, to = from + 0.5f;
+        sink.add(alongU > alongV ? part(from, to, 0, 1, i) : part(0, 1, from, to, i));
+    }
 }
 
 float Primitive::dicingLimit(const RenderFrame& frame, float maxSize) const
@@ -162,7 +200,7 @@ bool Primitive::measure(Dicing& dicing, float maxSize, const Matrix& toRaster, R
     if (!small) return false;
     dicing.fUSteps = stepsFor(maxU);
     dicing.fVSteps = stepsFor(maxV);
-    return !(maxArea > 2.0 * minArea && dicing.fUSteps * dicing.fVSteps >= 17);
+    return !(dicing.even && maxArea > 2.0 * minArea && dicing.fUSteps * dicing.fVSteps >= 17);
 }
 
 // Raises the step counts until the chord over a micropolygon stays within the flatness of the

@@ -49,6 +49,9 @@ struct PrimitiveCommon {
 struct Dicing {
     const RenderFrame& frame;
     unsigned short fUSteps = 1, fVSteps = 1;
+    // A grid whose micropolygons differ much in size is finer in places than it need be; after too
+    // many splits it is taken as it is.
+    bool even = true;
 };
 
 // Codes of the kinds that objects tell apart.
@@ -83,9 +86,12 @@ class Primitive
 public:
     // Splitting ends: after so many halvings, and after so many splits. Every face of a surface has
     // a few of its own; the others are the surface's, more of them for a picture of more pixels.
+    // Where these do not suffice, pieces are long and thin on the screen, which quarters of them
+    // would be too: then they are cut across, so many times.
     static constexpr int kMaxSplitDepth = 160;
     struct SplitLimits {
-        long face = 1 << 8, surface = 1 << 13;
+        long face = 1 << 8, surface = 1 << 13, across = 1 << 14;
+        bool keepsRest = true;  // what may not be split any more is still worth a coarse grid
     };
     // Micropolygons are no smaller than this, whatever the shading rate asks for.
     static constexpr float kMinSide = 1.0f / 16;
@@ -110,9 +116,14 @@ public:
     // Whether the primitive is small and flat enough on screen to become one grid. A negative
     // maxSize stands for the tuned one, in pixels.
     virtual bool diceable(Dicing& dicing, float maxSize = -1) const;
+    // The size that a given maxSize stands for.
+    float dicingLimit(const RenderFrame& frame, float maxSize) const;
     virtual std::unique_ptr<Grid> dice(const Dicing& dicing) const;
     virtual bool canSplit() const { return true; }
     virtual void split(PrimitiveSink&) {}
+    // In two, across the direction in which the piece is longer on the screen. Of what lies in
+    // front of the eye.
+    virtual void splitAcross(PrimitiveSink& sink, const RenderFrame&) { split(sink); }
     // Whether evaluations are homogeneous, so that sums come before the division by w.
     virtual bool rational() const { return false; }
     virtual Pointw evalP(float, float) const { return {}; }
@@ -139,8 +150,10 @@ public:
 
     // Whether another split is allowed in a picture of so many pixels; counts it.
     bool mayStillSplit(const RenderFrame& frame, double pixels);
-    // For a surface of the host's; less for one that no number of splits does justice to.
-    virtual SplitLimits splitLimits() const { return {}; }
+    // Whether another cut across is; counts it.
+    bool mayStillSplitAcross();
+    // Whether what may not be split any more should be diced as it is.
+    bool keepsRest() const { return !fSurfaceSplits || fSurfaceSplits->limits.keepsRest; }
     // Draws that decide this piece's dicing: the same in every run, whatever was drawn before.
     Random random(std::uint32_t purpose) const;
 
@@ -155,13 +168,23 @@ protected:
     unsigned short stepsFor(double length) const;
 
     float micropolygonSide() const { return std::max(attrib().micropolygonSide, kMinSide); }
-    float dicingLimit(const RenderFrame& frame, float maxSize) const;
     bool flipped() const { return transform().handedness() != attrib().orientationSide; }
     // Clips to the box of zebBound, which is Euclidean: a rational bound is divided first.
     void clipToBound(Boundw& bound) const;
     // Makes up for vertices where a derivative vanishes, as at a pole: they take those of a place
     // nearby, so that they have a normal.
     void mendDerivatives(Grid& grid) const;
+
+    // The rectangle (u and v from, to) of this surface as a piece.
+    virtual std::unique_ptr<Primitive> part(float, float, float, float, std::uint32_t) const
+    {
+        return nullptr;
+    }
+    void addQuarters(PrimitiveSink& sink) const;
+    void addHalves(PrimitiveSink& sink, const RenderFrame& frame) const;
+
+    // For a surface that no number of splits does justice to.
+    void limitSplits(const SplitLimits& limits);
 
     // Takes the sides of a part of the parent, given in its parameters.
     void takeEdges(const Primitive& parent, float umin, float umax, float vmin, float vmax)
@@ -187,7 +210,7 @@ private:
     // What all pieces of the surface have taken, and all of the face.
     struct SurfaceSplits {
         SplitLimits limits;
-        std::atomic<long> count{0};
+        std::atomic<long> count{0}, across{0};
     };
     std::shared_ptr<SurfaceSplits> fSurfaceSplits;
     std::shared_ptr<std::atomic<long>> fFaceSplits;

@@ -127,12 +127,10 @@ public:
         fCurve.corners(fVmin, fVmax, a, b);
         return boundRevolve(a, b);
     }
-    void split(PrimitiveSink& sink) override
+    void split(PrimitiveSink& sink) override { addQuarters(sink); }
+    void splitAcross(PrimitiveSink& sink, const RenderFrame& frame) override
     {
-        for (std::uint32_t i = 0; i < 4; ++i) {
-            const float u = i % 2 ? 0.5f : 0, v = i / 2 ? 0.5f : 0;
-            sink.add(std::make_unique<QuadricOf>(u, u + 0.5f, v, v + 0.5f, *this, i));
-        }
+        addHalves(sink, frame);
     }
     Differential evaluate(float u, float v) const override
     {
@@ -148,6 +146,12 @@ public:
     }
 
 private:
+    std::unique_ptr<Primitive> part(float umin, float umax, float vmin, float vmax,
+                                    std::uint32_t child) const override
+    {
+        return std::make_unique<QuadricOf>(umin, umax, vmin, vmax, *this, child);
+    }
+
     Curve fCurve;
 };
 

@@ -40,28 +40,13 @@ Triangle::Triangle(const Polygon& parent, std::uint32_t face, const long* indice
     }
 }
 
-Triangle::Triangle(const Triangle& parent, std::uint32_t child, const float (&uv)[6])
+Triangle::Triangle(const Triangle& parent, std::uint32_t child, const float (&uv)[6],
+                   const Edges& edges)
     : Polygon(parent, child, true)
 {
     for (int i = 0; i < 3; ++i) fCorners[i] = parent.at(uv[2 * i], uv[2 * i + 1]);
     if (!parent.args().empty()) fArgs.split(uv, parent.args());
-    const Edges& e = parent.fEdges;
-    const auto between = [&](Edges::Line line) { return Edges::line(parent.path(), line); };
-    const std::uint32_t m0 = between(Edges::kBetween0), m1 = between(Edges::kBetween1),
-                        m2 = between(Edges::kBetween2);
-    switch (child) {
-        case 0:
-            fEdges = {.umin = e.umin, .umax = m0, .vmin = e.vmin};
-            break;
-        case 1:
-            fEdges = {.umin = e.umin, .umax = e.umax, .vmin = m1};
-            break;
-        case 2:
-            fEdges = {.umin = m2, .umax = e.umax, .vmin = e.vmin};
-            break;
-        default:
-            fEdges = {.umin = m2, .umax = m0, .vmin = m1};
-    }
+    fEdges = edges;
 }
 
 // In double, and symmetric in the corners: two triangles that share an edge agree on its points,
@@ -84,12 +69,40 @@ Boundw Triangle::bound() const
 
 void Triangle::split(PrimitiveSink& sink)
 {
-    static constexpr float quarters[4][6] = {{0, 0, 0.5f, 0, 0, 0.5f},
-                                             {0, 0.5f, 0.5f, 0.5f, 0, 1},
-                                             {0.5f, 0, 1, 0, 0.5f, 0.5f},
-                                             {0.5f, 0.5f, 0, 0.5f, 0.5f, 0}};
-    for (std::uint32_t i = 0; i < 4; ++i) {
-        sink.add(std::make_unique<Triangle>(*this, i, quarters[i]));
+    const Edges& e = fEdges;
+    const auto between = [this](Edges::Line line) { return Edges::line(path(), line); };
+    const std::uint32_t m0 = between(Edges::kBetween0), m1 = between(Edges::kBetween1),
+                        m2 = between(Edges::kBetween2);
+    const auto add = [&](std::uint32_t child, const float(&uv)[6], const Edges& edges) {
+        sink.add(std::make_unique<Triangle>(*this, child, uv, edges));
+    };
+    add(0, {0, 0, 0.5f, 0, 0, 0.5f}, {.umin = e.umin, .umax = m0, .vmin = e.vmin});
+    add(1, {0, 0.5f, 0.5f, 0.5f, 0, 1}, {.umin = e.umin, .umax = e.umax, .vmin = m1});
+    add(2, {0.5f, 0, 1, 0, 0.5f, 0.5f}, {.umin = m2, .umax = e.umax, .vmin = e.vmin});
+    add(3, {0.5f, 0.5f, 0, 0.5f, 0.5f, 0}, {.umin = m2, .umax = m0, .vmin = m1});
+}
+
+void Triangle::splitAcross(PrimitiveSink& sink, const RenderFrame& frame)
+{
+    const Matrix toRaster = matrix() * frame.cameraToRaster;
+    Pointd raster[3];
+    for (int i = 0; i < 3; ++i) raster[i] = fCorners[i] * toRaster;
+    const auto length = [&](int a, int b) { return planarLength(raster[a] - raster[b]); };
+    const double u = length(0, 1), v = length(0, 2), w = length(1, 2);
+    const Edges& e = fEdges;
+    const std::uint32_t middle = Edges::line(path(), Edges::kBetween0);
+    const auto add = [&](std::uint32_t child, const float(&uv)[6], const Edges& edges) {
+        sink.add(std::make_unique<Triangle>(*this, child, uv, edges));
+    };
+    if (u >= v && u >= w) {
+        add(0, {0, 0, 0.5f, 0, 0, 1}, {.umin = e.umin, .umax = middle, .vmin = e.vmin});
+        add(1, {0.5f, 0, 1, 0, 0, 1}, {.umin = middle, .umax = e.umax, .vmin = e.vmin});
+    } else if (v >= w) {
+        add(0, {0, 0, 1, 0, 0, 0.5f}, {.umin = e.umin, .umax = middle, .vmin = e.vmin});
+        add(1, {0, 0.5f, 1, 0, 0, 1}, {.umin = e.umin, .umax = e.umax, .vmin = middle});
+    } else {
+        add(0, {0, 0, 1, 0, 0.5f, 0.5f}, {.umin = middle, .umax = e.umax, .vmin = e.vmin});
+        add(1, {0, 0, 0.5f, 0.5f, 0, 1}, {.umin = e.umin, .umax = e.umax, .vmin = middle});
     }
 }
 
@@ -140,7 +153,7 @@ bool Triangle::diceable(Dicing& dicing, float maxSize) const
     dicing.fUSteps = stepsFor(maxU);
     dicing.fVSteps = stepsFor(maxV);
     balanceSteps(dicing.fUSteps, dicing.fVSteps, dicing.frame.option.tuning[0]);
-    return !(maxArea > 2.0 * minArea && dicing.fUSteps * dicing.fVSteps > 16);
+    return !(dicing.even && maxArea > 2.0 * minArea && dicing.fUSteps * dicing.fVSteps > 16);
 }
 
 std::unique_ptr<Grid> Triangle::dice(const Dicing& dicing) const

@@ -12,8 +12,8 @@ class Triangle : public Polygon
 public:
     // Three vertices of a parent's face.
     Triangle(const Polygon& parent, std::uint32_t face, const long* indices);
-    // The corners at three (u, v) pairs of a parent.
-    Triangle(const Triangle& parent, std::uint32_t child, const float (&uv)[6]);
+    // The corners at three (u, v) pairs of a parent, and the lines between them.
+    Triangle(const Triangle& parent, std::uint32_t child, const float (&uv)[6], const Edges& edges);
 
     Point vertex(long i) const override { return rounded(fCorners[i]); }
     long nVertices() const override { return 3; }
@@ -22,6 +22,7 @@ public:
     bool diceable(Dicing& dicing, float maxSize = -1) const override;
     std::unique_ptr<Grid> dice(const Dicing& dicing) const override;
     void split(PrimitiveSink& sink) override;
+    void splitAcross(PrimitiveSink& sink, const RenderFrame& frame) override;
     Pointwd pointAt(float u, float v) const override { return at(u, v); }
     Pointw evalP(float u, float v) const override { return rounded(at(u, v)); }
     Pointw evaldPdu(float, float) const override { return rounded(fCorners[1] - fCorners[0]); }

@@ -32,6 +32,9 @@ namespace
 // Micropolygons along the sides of a grid that can't be made as fine as it should be.
 constexpr unsigned short kCoarse = 8;
 
+// How much larger than others grids are that have to end splitting.
+constexpr float kLarge = 4;
+
 // Samples of one bucket: what memory can be counted on to hold.
 constexpr double kMaxBucketSamples = 1 << 22;
 
@@ -254,12 +257,35 @@ void Scene::process(std::unique_ptr<Primitive> primitive)
     Dicing dicing{*fFrame};
     if (primitive->fFront && primitive->diceable(dicing)) {
         dice(*primitive, dicing);
-    } else if (primitive->canSplit() && primitive->mayStillSplit(*fFrame, pixels())) {
+    } else if (!primitive->canSplit()) {
+        giveUp(*primitive);
+    } else if (primitive->mayStillSplit(*fFrame, pixels())) {
         primitive->split(*this);
     } else {
-        // At the limit: what lies in front of the eye is diced as it is, the rest is dropped.
-        giveUp(*primitive);
-        if (primitive->fFront) dice(*primitive, Dicing{*fFrame, kCoarse, kCoarse});
+        finish(*primitive);
+    }
+}
+
+// Of a surface that has taken many splits, which at the edge of a very wide view, near a pole or
+// among weights that differ much leave slivers: their shape matters no more, and splits are across.
+void Scene::finish(Primitive& primitive)
+{
+    Dicing dicing{*fFrame};
+    dicing.even = false;
+    const float size = kLarge * primitive.dicingLimit(*fFrame, -1);
+    if (!primitive.keepsRest()) {
+        giveUp(primitive);
+    } else if (primitive.fFront && primitive.diceable(dicing, size)) {
+        dice(primitive, dicing);
+    } else if (primitive.mayStillSplitAcross()) {
+        if (primitive.fFront) {
+            primitive.splitAcross(*this, *fFrame);
+        } else {
+            primitive.split(*this);
+        }
+    } else {
+        giveUp(primitive);
+        if (primitive.fFront) dice(primitive, Dicing{*fFrame, kCoarse, kCoarse});
     }
 }
 

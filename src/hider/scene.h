@@ -89,6 +89,7 @@ private:
     Bucket& bucketAt(long column, long row);
     std::unique_ptr<Bucket> makeBucket(long column, long row) const;
     void process(std::unique_ptr<Primitive> primitive);
+    void finish(Primitive& primitive);
     void dice(const Primitive& primitive, const Dicing& dicing);
     void giveUp(const Primitive& primitive);
     // Of the crop window.
