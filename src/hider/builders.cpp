@@ -15,9 +15,8 @@ namespace zeb
 
 namespace
 {
-constexpr unsigned short kPrimitiveBlocks = 0xFC;
-constexpr unsigned short kProceduralBlocks = 0x7C;
-constexpr unsigned short kInstanceBlocks = 0x3C;
+constexpr unsigned short kPrimitiveBlocks = kInWorld | kObjectBlock | kMotionBlock;
+constexpr unsigned short kProceduralBlocks = kInWorld | kObjectBlock;
 
 // A quadric of the curve, if all its measures are numbers.
 template <class Shape, class MakeCurve>
@@ -249,7 +248,7 @@ void Scene::procedural(void* data, const float* bound, SubdivideFunction subdivi
 
 void Scene::objectInstance(const void* handle)
 {
-    if (!verify(kInstanceBlocks, kPrimitiveState)) return;
+    if (!verify(kInWorld, kPrimitiveState)) return;
     const std::shared_ptr<Object> object = gState->liveObject(handle);
     if (!object) {
         error(kRange, kError, "object handle %p is not live", handle);

@@ -15,7 +15,6 @@ Matrix gCameraToRaster;
 namespace
 {
 
-constexpr unsigned short kSpaceBlocks = 63;
 enum : unsigned short { kRaster = 32, kImage = 33, kEye = 34, kWorld = 35, kModel = 36 };
 constexpr unsigned short kLevelTokens[] = {kRaster, kImage, kEye, kWorld};
 constexpr long kEyeLevel = 2;
@@ -78,7 +77,7 @@ struct Chain {
 
 void markSpace(unsigned short token)
 {
-    if (!verify(kSpaceBlocks, kState)) return;
+    if (!verify(kUsualBlocks, kState)) return;
     if (token >= kRaster && token <= kModel) {
         error(kRange, kError, "cannot redefine standard coordinate system %ld",
               static_cast<long>(token));
@@ -111,7 +110,7 @@ const Matrix& spaceMatrix(unsigned short token)
 
 float (*projectPoints(unsigned short from, unsigned short to, long n, float (*points)[3]))[3]
 {
-    if (!verify(kSpaceBlocks, kState)) return nullptr;
+    if (!verify(kUsualBlocks, kState)) return nullptr;
     if (n < 0 || n > kMaxPoints || (n > 0 && !points)) {
         error(kRange, kError, "%ld points cannot be projected", n);
         return nullptr;

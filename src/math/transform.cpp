@@ -10,7 +10,7 @@ namespace zeb
 namespace
 {
 
-constexpr unsigned short kTransformBlocks = 191;
+constexpr unsigned short kTransformBlocks = kUsualBlocks | kMotionBlock;
 
 bool legal() { return verify(kTransformBlocks, kAttribState) != 0; }
 

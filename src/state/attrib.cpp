@@ -16,7 +16,7 @@ Attrib* gAttrib = nullptr;
 namespace
 {
 
-constexpr unsigned short kAttribBlocks = 191;
+constexpr unsigned short kAttribBlocks = kUsualBlocks | kMotionBlock;
 
 bool legal() { return verify(kAttribBlocks, kAttribState) != 0; }
 

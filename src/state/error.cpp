@@ -166,13 +166,13 @@ void verror(long code, long severity, const char* format, std::va_list args)
 void setErrorHandler(short mask, short kind)
 {
     switch (kind) {
-        case 0xC00:
+        case kIgnoreReports:
             setErrorHandler(mask, zebErrorIgnore);
             break;
-        case 0xC01:
+        case kPrintReports:
             setErrorHandler(mask, zebErrorPrint);
             break;
-        case 0xC02:
+        case kAbortOnReports:
             setErrorHandler(mask, zebErrorAbort);
             break;
         default:
@@ -182,14 +182,16 @@ void setErrorHandler(short mask, short kind)
 
 void setErrorHandler(short mask, ErrorHandler handler)
 {
-    if ((mask & 0xFFF0) != 0xB00) {
+    constexpr int kBits = 0xF;  // of the severities; the rest is their family
+    if ((mask & ~kBits) != (kInfo & ~kBits)) {
         error(kRange, kError, "unknown severity mask %ld", static_cast<long>(mask));
         return;
     }
-    if (mask & 1) Error::fInfoHandler = handler;
-    if (mask & 2) Error::fWarningHandler = handler;
-    if (mask & 4) Error::fErrorHandler = handler;
-    if (mask & 8) Error::fSevereHandler = handler;
+    const auto selects = [mask](Severity severity) { return (mask & severity & kBits) != 0; };
+    if (selects(kInfo)) Error::fInfoHandler = handler;
+    if (selects(kWarning)) Error::fWarningHandler = handler;
+    if (selects(kError)) Error::fErrorHandler = handler;
+    if (selects(kSevere)) Error::fSevereHandler = handler;
 }
 
 void setErrorPrinter(PrintHandler printer) { Error::fPrintHandler = printer; }

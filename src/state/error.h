@@ -32,7 +32,8 @@ struct Error {
 
 void verror(long code, long severity, const char* format, std::va_list args);
 
-// kind is 0xC00 ignore, 0xC01 print or 0xC02 abort.
+// The built-in handlers.
+enum HandlerKind : short { kIgnoreReports = 0xC00, kPrintReports, kAbortOnReports };
 void setErrorHandler(short mask, short kind);
 void setErrorHandler(short mask, ErrorHandler handler);
 void setErrorPrinter(PrintHandler printer);

@@ -21,7 +21,7 @@ const ColorSpace& currentColorSpace() { return gOption->colorSpace; }
 namespace
 {
 
-constexpr unsigned short kOptionBlocks = 3;
+constexpr unsigned short kOptionBlocks = kOutsideBlocks | kFrameBlock;
 
 // What a picture, a bucket and a grid may need at most, so that none asks for more memory than
 // there is.
@@ -311,15 +311,15 @@ void Option::customDisplay(const ZebDisplay* device)
 void Option::outputSamples(short s)
 {
     if (!legal()) return;
-    const int low = s & 0xFF;
-    if ((s & 0xFF00) != 0x300 || low == 0 || (low & 0xF8) != 0) {
+    constexpr int kFamily = 0x300, kRgb = 1, kAlpha = 2, kDepth = 4, kAll = kRgb | kAlpha | kDepth;
+    if ((s & ~kAll) != kFamily || !(s & kAll)) {
         error(kRange, kError, "unknown samples %ld", static_cast<long>(s));
         return;
     }
     samples = static_cast<unsigned short>(s);
-    rgb = low & 1;
-    alpha = low & 2;
-    depth = low & 4;
+    rgb = s & kRgb;
+    alpha = s & kAlpha;
+    depth = s & kDepth;
     sampleCount = static_cast<unsigned short>((rgb ? 3 : 0) + alpha + depth);
 }
 

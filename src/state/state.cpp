@@ -5,7 +5,6 @@
 #include "state/quark.h"
 #include "state/upcalls.h"
 #include "util/number.h"
-#include "util/report.h"
 
 namespace zeb
 {
@@ -15,9 +14,6 @@ Transform* gTransform = nullptr;
 
 namespace
 {
-
-constexpr unsigned short kBeginBlocks = 63;  // any but object and motion
-constexpr unsigned short kSolidBlocks = 60;  // a world block and what nests in it
 
 // Which records a block saves.
 bool savesOptions(unsigned short block) { return block == kFrameBlock; }
@@ -222,7 +218,7 @@ short State::sceneEnd()
     return 1;
 }
 
-short State::attributePush() { return open(kBeginBlocks, kAttributeBlock, true, true); }
+short State::attributePush() { return open(kUsualBlocks, kAttributeBlock, true, true); }
 
 short State::attributePop()
 {
@@ -231,7 +227,7 @@ short State::attributePop()
     return 1;
 }
 
-short State::matrixPush() { return open(kBeginBlocks, kMatrixBlock, false, true); }
+short State::matrixPush() { return open(kUsualBlocks, kMatrixBlock, false, true); }
 
 short State::matrixPop()
 {
@@ -240,7 +236,7 @@ short State::matrixPop()
     return 1;
 }
 
-short State::solidBegin() { return open(kSolidBlocks, kSolidBlock, true, true); }
+short State::solidBegin() { return open(kInWorld, kSolidBlock, true, true); }
 
 short State::solidEnd()
 {
@@ -251,7 +247,7 @@ short State::solidEnd()
 
 Object* State::objectBegin()
 {
-    if (!open(kBeginBlocks, kObjectBlock, true, true)) return nullptr;
+    if (!open(kUsualBlocks, kObjectBlock, true, true)) return nullptr;
     std::shared_ptr<Object> object = upcall::makeObject();
     define(object.get());
     fObjects.top()->add(std::move(object));
@@ -268,7 +264,7 @@ short State::objectEnd()
 
 short State::motionBegin(long)
 {
-    if (!open(kBeginBlocks, kMotionBlock, false, false)) return 0;
+    if (!open(kUsualBlocks, kMotionBlock, false, false)) return 0;
     fMotionFirst = 1;
     return 1;
 }

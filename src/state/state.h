@@ -6,6 +6,7 @@
 #include "math/transform.h"
 #include "state/attrib.h"
 #include "state/option.h"
+#include "util/report.h"
 #include "util/stack.h"
 
 namespace zeb
@@ -16,18 +17,6 @@ class Object;
 
 // The record in force.
 extern Transform* gTransform;
-
-// Kinds of blocks, one bit each.
-enum Block : unsigned short {
-    kOutsideBlocks = 1,
-    kFrameBlock = 2,
-    kWorldBlock = 4,
-    kAttributeBlock = 8,
-    kMatrixBlock = 16,
-    kSolidBlock = 32,
-    kObjectBlock = 64,
-    kMotionBlock = 128
-};
 
 class State
 {

@@ -31,6 +31,23 @@ void error(long code, long severity, const char* format, ...)
 #endif
     ;
 
+// Kinds of blocks, one bit each. Being outside of all of them counts as one.
+enum Block : unsigned short {
+    kOutsideBlocks = 1,
+    kFrameBlock = 2,
+    kWorldBlock = 4,
+    kAttributeBlock = 8,
+    kMatrixBlock = 16,
+    kSolidBlock = 32,
+    kObjectBlock = 64,
+    kMotionBlock = 128
+};
+
+// Sets of them that calls are allowed in: a world and what nests in it, and any but objects and
+// motion, which have rules of their own.
+constexpr unsigned short kInWorld = kWorldBlock | kAttributeBlock | kMatrixBlock | kSolidBlock;
+constexpr unsigned short kUsualBlocks = kOutsideBlocks | kFrameBlock | kInWorld;
+
 // Whether a call allowed in the blocks of the mask is legal now; reports the code if it isn't.
 short verify(unsigned short mask, long code);
 
