@@ -1,7 +1,6 @@
 // The grid of micropolygon vertices that dicing makes.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 
@@ -24,11 +23,10 @@ struct Vertex {
 };
 
 // Rectangular: v rows of u micropolygons. Triangular: rows shorten towards the last, so that the
-// micropolygons cover u + v <= 1. One record for every bucket that the surface touches.
+// micropolygons cover u + v <= 1. The buckets that it reaches share it.
 class Grid
 {
 public:
-    std::atomic<int> fRefs{0};  // buckets that hold the grid
     const unsigned short fUSize, fVSize;
     const std::shared_ptr<const Attrib> fAttrib;
     const std::uint32_t fSeq;

@@ -60,8 +60,6 @@ TEST_F(GridTest, AGridOfOneYieldsOneMicropolygon)
     EXPECT_EQ(walk(grid), 1);
 }
 
-TEST_F(GridTest, NoBucketHoldsANewGrid) { EXPECT_EQ(make(1, 1).fRefs, 0); }
-
 TEST_F(GridTest, NewVerticesAreAtTheOrigin)
 {
     const Grid grid = make(2, 1);

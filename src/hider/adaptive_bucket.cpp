@@ -139,8 +139,7 @@ void AdaptiveBucket::generate(const Window& window, BucketScratch& scratch)
     fRows = static_cast<long>(std::ceil(window.ymax - window.ymin));
     fPixels = arena.array<MultiSample>(static_cast<std::size_t>(fColumns * fRows));
     Seams seams(fBySequence, fFrame.depthScale, arena);
-    for (const Grid* grid : fGrids) {
-        if (!grid) continue;
+    for (const auto& grid : fGrids) {
         collect(*grid, window, arena);
         if (!fFrame.option.closeSeams) continue;
         for (const Seams::Side& side : seams.sides(*grid)) {

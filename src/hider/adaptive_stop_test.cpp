@@ -47,9 +47,9 @@ protected:
         option.filterXwidth = option.filterYwidth = 1;
         option.pixelFilter = recording;
     }
-    Grid* grid(unsigned short n, float x0, float x1) const
+    std::shared_ptr<Grid> grid(unsigned short n, float x0, float x1) const
     {
-        auto* made = new Grid(n, n, attrib, Transform(), 1, false, false, ArgList());
+        auto made = std::make_shared<Grid>(n, n, attrib, Transform(), 1, false, false, ArgList());
         for (int j = 0; j <= n; ++j) {
             for (int i = 0; i <= n; ++i) {
                 const auto u = static_cast<float>(i) / static_cast<float>(n);
@@ -60,12 +60,12 @@ protected:
         made->project(RenderFrame(option, Matrix()));
         return made;
     }
-    void render(const std::vector<Grid*>& grids)
+    void render(const std::vector<std::shared_ptr<Grid>>& grids)
     {
         gPositions.clear();
         const RenderFrame frame(option, Matrix());
         AdaptiveBucket bucket(frame, 0, 0, 0, 0);
-        for (Grid* g : grids) bucket.add(g);
+        for (const auto& g : grids) bucket.add(g);
         bucket.render(device, scratch);
     }
 
@@ -82,7 +82,7 @@ protected:
     void renderSlopes(const Slopes& s, double variance)
     {
         option.adaptiveThreshold = static_cast<float>(variance);
-        Grid* cell = grid(1, -1, 2);
+        const auto cell = grid(1, -1, 2);
         for (const int j : {0, 1}) {
             for (const int i : {0, 1}) {
                 Vertex& vertex = cell->vertex(i, j);
@@ -153,7 +153,7 @@ TEST_F(AdaptiveStop, APixelWeighsTheMeanOfItsSamples)
     option.filterXwidth = 2;
     option.adaptiveThreshold = 1e-6f;
     attrib->interpolation = kConstantShading;
-    Grid *white = grid(1, -3, 0.5f), *noise = grid(60, 0.5f, 3.5f);
+    const auto white = grid(1, -3, 0.5f), noise = grid(60, 0.5f, 3.5f);
     white->vertex(0, 0).Ci = gWhite;
     for (int j = 0; j < 60; ++j) {
         for (int i = 0; i < 60; ++i) noise->vertex(i, j).Ci = (i + j) % 2 ? gWhite : gBlack;

@@ -47,21 +47,9 @@ Bucket::Bucket(const RenderFrame& frame, long x0, long x1, long y0, long y1)
 {
 }
 
-Bucket::~Bucket()
+void Bucket::add(std::shared_ptr<const Grid> grid)
 {
-    while (!fGrids.empty()) releaseGrid();
-}
-
-void Bucket::add(Grid* grid)
-{
-    if (grid) ++grid->fRefs;
-    fGrids.add(grid);
-}
-
-void Bucket::releaseGrid()
-{
-    Grid* grid = fGrids.takeHead();
-    if (grid && --grid->fRefs < 1) delete grid;
+    if (grid) fGrids.add(std::move(grid));
 }
 
 Bucket::Window Bucket::sampleWindow() const

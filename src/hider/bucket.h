@@ -26,14 +26,13 @@ class Bucket
 public:
     // The pixels x0 ... x1 of rows y0 ... y1.
     Bucket(const RenderFrame& frame, long x0, long x1, long y0, long y1);
-    virtual ~Bucket();
+    virtual ~Bucket() = default;
     Bucket(const Bucket&) = delete;
     Bucket& operator=(const Bucket&) = delete;
 
     List<std::unique_ptr<Primitive>> primitives;
 
-    // Holds the grid, which goes with the last bucket that does.
-    void add(Grid* grid);
+    void add(std::shared_ptr<const Grid> grid);
     void render(Display& display, BucketScratch& scratch);
 
     // The positions of samples that can touch the bucket's pixels.
@@ -52,8 +51,6 @@ protected:
     // The pixel centred at (x, y).
     virtual FilteredPixel filter(float x, float y, const Window& window) const = 0;
 
-    // Releases the grid at the head of the list.
-    void releaseGrid();
     bool culled(const Grid& grid, double facing) const
     {
         return facing > 0 && grid.fAttrib->sides <= 1;
@@ -62,7 +59,7 @@ protected:
     const RenderFrame& fFrame;
     const PixelFilter fFilter;
     const bool fBySequence;
-    List<Grid*> fGrids;
+    Grids fGrids;
 
 private:
     void renderRow(long y, const Window& window, std::uint32_t* words) const;

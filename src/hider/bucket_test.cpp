@@ -60,10 +60,12 @@ protected:
         option.jitter = 0;
     }
     // A grid of one micropolygon, or of a checker of colours n cells across.
-    Grid* square(float x0, float y0, float x1, float y1, float z, const Color& color, int n = 1)
+    std::shared_ptr<Grid> square(float x0, float y0, float x1, float y1, float z,
+                                 const Color& color, int n = 1)
     {
         const auto size = static_cast<unsigned short>(n);
-        auto* grid = new Grid(size, size, attrib, Transform(), 1, false, false, ArgList());
+        auto grid =
+            std::make_shared<Grid>(size, size, attrib, Transform(), 1, false, false, ArgList());
         for (int j = 0; j <= n; ++j) {
             for (int i = 0; i <= n; ++i) {
                 const float u = static_cast<float>(i) / static_cast<float>(n),
@@ -78,11 +80,12 @@ protected:
         return grid;
     }
     template <class Kind = UniformBucket>
-    void render(long x0, long x1, long y0, long y1, const std::vector<Grid*>& grids = {})
+    void render(long x0, long x1, long y0, long y1,
+                const std::vector<std::shared_ptr<Grid>>& grids = {})
     {
         const RenderFrame frame(option, Matrix());
         Kind bucket(frame, x0, x1, y0, y1);
-        for (Grid* grid : grids) bucket.add(grid);
+        for (const auto& grid : grids) bucket.add(grid);
         bucket.render(device, scratch);
     }
     // Of the words that were sent for one channel, the least and the largest.
@@ -235,10 +238,10 @@ TEST_F(BucketTest, AGridGoesWithTheLastBucketThatHoldsIt)
         UniformBucket a(frame, 0, 0, 0, 0);
         {
             AdaptiveBucket b(frame, 0, 0, 0, 0);
-            Grid* grid = square(-5, -5, 5, 5, 0.5f, gWhite);
+            const auto grid = square(-5, -5, 5, 5, 0.5f, gWhite);
             a.add(grid);
             b.add(grid);
-            EXPECT_EQ(grid->fRefs, 2);
+            EXPECT_EQ(grid.use_count(), 3);
             alive = attrib;
             attrib.reset();
         }
@@ -338,7 +341,7 @@ TEST_F(UniformBucketTest, AFilterFindsTheSamplesThatJitterBroughtIntoItsReach)
 TEST_F(BucketTest, CellsSeenEdgeOnAreSampledAdaptivelyOnly)
 {
     const auto bowTie = [this] {
-        Grid* grid = square(-2, -1, 3, 2, 0.5f, gWhite);
+        const auto grid = square(-2, -1, 3, 2, 0.5f, gWhite);
         std::swap(grid->vertex(0, 1).P.x, grid->vertex(1, 1).P.x);
         return grid;
     };

@@ -218,7 +218,7 @@ void Scene::giveUp(const Primitive& primitive)
 
 void Scene::dice(const Primitive& primitive, const Dicing& dicing)
 {
-    std::unique_ptr<Grid> grid = primitive.dice(dicing);
+    const std::shared_ptr<Grid> grid = primitive.dice(dicing);
     const Option& option = fFrame->option;
     const bool depthOnly = option.depth && !option.rgb && !option.alpha;
     if (!depthOnly && !grid->fAttrib->matte) grid->shade(*fFrame);
@@ -241,13 +241,11 @@ void Scene::dice(const Primitive& primitive, const Dicing& dicing)
     const long row0 = first(box.ymin, fYmin, option.filterYwidth, fBucketHeight, fRow);
     const long column1 = last(box.xmax, fXmin, fBucketWidth, primitive.fLastBucketX);
     const long row1 = last(box.ymax, fYmin, fBucketHeight, primitive.fLastBucketY);
-    Grid* shared = grid.release();
     for (long row = row0; row <= row1; ++row) {
         for (long column = column0; column <= column1; ++column) {
-            bucketAt(column, row).add(shared);
+            bucketAt(column, row).add(grid);
         }
     }
-    if (shared->fRefs < 1) delete shared;
 }
 
 void Scene::process(std::unique_ptr<Primitive> primitive)

@@ -254,11 +254,10 @@ bool match(const Seams::Near& a, const Seams::Near& b)
 }  // namespace
 
 // Whether the sample hits the layer that a gap is in.
-bool Seams::covered(const Sample& sample, const Near& near, double room,
-                    const List<Grid*>& grids) const
+bool Seams::covered(const Sample& sample, const Near& near, double room, const Grids& grids) const
 {
-    for (const Grid* grid : grids) {
-        if (!grid || grid->fSeq != near.side.grid->fSeq) continue;
+    for (const auto& grid : grids) {
+        if (grid->fSeq != near.side.grid->fSeq) continue;
         MicroPolygon cell(*grid);
         for (int j = 0; j < grid->fVSize; ++j) {
             const Bound &upper = grid->rowBound(j), &lower = grid->rowBound(j + 1);
@@ -280,7 +279,7 @@ bool Seams::covered(const Sample& sample, const Near& near, double room,
     return false;
 }
 
-void Seams::close(Sample& sample, Near* list, const List<Grid*>& grids) const
+void Seams::close(Sample& sample, Near* list, const Grids& grids) const
 {
     if (!list || !list->next) return;
     // Surfaces that had to be given up pile up sides; pairing them would take forever.

@@ -1,6 +1,7 @@
 // Closes the gaps between the grids of one surface.
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "hider/sample.h"
@@ -8,6 +9,9 @@
 
 namespace zeb
 {
+
+// Of one bucket. A grid goes with the last bucket that it was handed to.
+using Grids = List<std::shared_ptr<const Grid>>;
 
 // Two grids that meet along a line follow it with chords of their own, as long as their
 // micropolygons are; where these differ, samples between them would see through the surface. Such a
@@ -57,15 +61,14 @@ public:
     // Adds to the list if the sample lies by the side.
     void look(const Side& side, const Sample& sample, Near*& list) const;
     // Adds a hit for every layer in a gap of which the sample lies, as its list tells.
-    void close(Sample& sample, Near* list, const List<Grid*>& grids) const;
+    void close(Sample& sample, Near* list, const Grids& grids) const;
 
 private:
     void addSides(const Grid& grid);
     void addTriangleSides(const Grid& grid);
     void addSide(const Grid& grid, int edge, int i, int j, int first, std::uint32_t line,
                  float reach);
-    bool covered(const Sample& sample, const Near& near, double room,
-                 const List<Grid*>& grids) const;
+    bool covered(const Sample& sample, const Near& near, double room, const Grids& grids) const;
 
     const bool fBySequence;
     const double fDepthOne;

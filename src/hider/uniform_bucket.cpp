@@ -103,11 +103,9 @@ void UniformBucket::generate(const Window& window, BucketScratch& scratch)
     Arena& arena = scratch.arena;
     placeSamples(window, arena);
     const auto count = static_cast<std::size_t>(fColumns * fRows);
-    for (const Grid* grid : fGrids) {
-        if (grid) sampleGrid(*grid, window, arena);
-    }
+    for (const auto& grid : fGrids) sampleGrid(*grid, window, arena);
     if (fFrame.option.closeSeams) closeSeams(window, arena);
-    while (!fGrids.empty()) releaseGrid();
+    fGrids.flush();
     // A sample serves every pixel its position is within reach of: it is resolved once.
     scratch.samples += count;
     fPacked = arena.array<PackedSample>(count);
@@ -147,8 +145,7 @@ void UniformBucket::closeSeams(const Window& window, Arena& arena)
         Seams::Near* first = nullptr;
     };
     Nearby* near = arena.array<Nearby>(count);
-    for (const Grid* grid : fGrids) {
-        if (!grid) continue;
+    for (const auto& grid : fGrids) {
         for (const Seams::Side& side : seams.sides(*grid)) {
             const Bound box = side.bound();
             if (window.misses(box)) continue;
