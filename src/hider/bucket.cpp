@@ -52,6 +52,11 @@ void Bucket::add(std::shared_ptr<const Grid> grid)
     if (grid) fGrids.add(std::move(grid));
 }
 
+std::unique_ptr<Primitive> Bucket::takePrimitive()
+{
+    return fPrimitives.empty() ? nullptr : fPrimitives.takeHead();
+}
+
 Bucket::Window Bucket::sampleWindow() const
 {
     const float rx = fFilter.xwidth() * 0.5f, ry = fFilter.ywidth() * 0.5f;

@@ -30,9 +30,10 @@ public:
     Bucket(const Bucket&) = delete;
     Bucket& operator=(const Bucket&) = delete;
 
-    List<std::unique_ptr<Primitive>> primitives;
-
+    void add(std::unique_ptr<Primitive> primitive) { fPrimitives.add(std::move(primitive)); }
     void add(std::shared_ptr<const Grid> grid);
+    // The primitive added last; null if there is none left.
+    std::unique_ptr<Primitive> takePrimitive();
     void render(Display& display, BucketScratch& scratch);
 
     // The positions of samples that can touch the bucket's pixels.
@@ -64,6 +65,7 @@ protected:
 private:
     void renderRow(long y, const Window& window, std::uint32_t* words) const;
 
+    List<std::unique_ptr<Primitive>> fPrimitives;
     long fX0, fX1, fY0, fY1;
 };
 

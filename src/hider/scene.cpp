@@ -207,7 +207,7 @@ void Scene::add(std::unique_ptr<Primitive> primitive)
     }
     long column, row;
     file(*primitive, raster, column, row);
-    bucketAt(column, row).primitives.add(std::move(primitive));
+    bucketAt(column, row).add(std::move(primitive));
 }
 
 void Scene::giveUp(const Primitive& primitive)
@@ -307,8 +307,8 @@ short Scene::renderBucket()
     }
     if (!fFrame) return 0;
     renderInit();
-    auto& primitives = bucketAt(fColumn, fRow).primitives;
-    while (!primitives.empty()) process(primitives.takeHead());
+    Bucket& current = bucketAt(fColumn, fRow);
+    while (auto primitive = current.takePrimitive()) process(std::move(primitive));
 
     const auto row = static_cast<std::size_t>(fRow);
     std::unique_ptr<Bucket> bucket = std::move((*fBuckets[row])[static_cast<std::size_t>(fColumn)]);
