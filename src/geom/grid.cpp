@@ -5,15 +5,37 @@
 namespace zeb
 {
 
+namespace
+{
+
+// The variables that shading knows by name, or all others; positions are neither.
+ArgList inCamera(const ArgList& args, const Matrix& toCamera, bool flip, bool known)
+{
+    ArgList taken;
+    for (const ArgAssoc& assoc : args) {
+        // Nothing reads values of single control points.
+        if (assoc.token <= kQPointw || assoc.storage() == kVertexClass) continue;
+        if ((assoc.token <= kQOpacity) == known) taken.add(assoc);
+    }
+    taken.project(toCamera, flip);
+    return taken;
+}
+
+}  // namespace
+
 Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Attrib> attrib,
            const Transform& transform, std::uint32_t seq, bool flip, bool triangular,
-           const ArgList& args)
+           const ArgList& args, const Edges& edges, bool transposed)
     : fUSize(usize),
       fVSize(vsize),
       fAttrib(std::move(attrib)),
       fSeq(seq),
       fFlip(flip),
       fTriangular(triangular),
+      fTransposed(transposed),
+      fEdges(edges),
+      fVertexArgs(inCamera(args, transform.matrix(), flip, true)),
+      fOtherArgs(inCamera(args, transform.matrix(), flip, false)),
       fRowStarts(new std::uint32_t[vsize + 1u])
 {
     std::uint32_t count = 0;
@@ -22,13 +44,6 @@ Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Att
         count += static_cast<std::uint32_t>(vertexCount(j));
     }
     fVertices.reset(new Vertex[count]);
-    for (const ArgAssoc& assoc : args) {
-        // Nothing reads values of single control points.
-        if (assoc.token <= kQPointw || assoc.storage() == kVertexClass) continue;
-        (assoc.token <= kQOpacity ? fVertexArgs : fOtherArgs).add(assoc);
-    }
-    fVertexArgs.project(transform.matrix(), flip);
-    fOtherArgs.project(transform.matrix(), flip);
 }
 
 void Grid::project(const RenderFrame& frame)

@@ -32,15 +32,15 @@ public:
     const std::uint32_t fSeq;
     const bool fFlip;  // transformation and orientation disagree: normals are turned round
     const bool fTriangular;
-    bool fTransposed = false;  // rows run along the surface's v instead of its u
-    Edges fEdges;              // u along the rows
+    const bool fTransposed;  // rows run along the surface's v instead of its u
+    const Edges fEdges;      // u along the rows
     // The primitive's variables in camera space: those that shading knows by name, and all others.
     // Positions are in the vertices.
-    ArgList fVertexArgs, fOtherArgs;
+    const ArgList fVertexArgs, fOtherArgs;
 
     Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Attrib> attrib,
          const Transform& transform, std::uint32_t seq, bool flip, bool triangular,
-         const ArgList& args);
+         const ArgList& args, const Edges& edges = {}, bool transposed = false);
 
     // Column i of vertex row j.
     Vertex& vertex(int i, int j) { return fVertices[at(i, j)]; }

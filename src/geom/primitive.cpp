@@ -274,7 +274,7 @@ std::unique_ptr<Grid> Primitive::dice(const Dicing& dicing) const
 {
     const int usteps = dicing.fUSteps, vsteps = dicing.fVSteps;
     auto grid = std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib,
-                                       transform(), fCommon->fSeq, flipped(), false, fArgs);
+                                       transform(), fCommon->fSeq, flipped(), false, fArgs, fEdges);
     for (int j = 0; j <= vsteps; ++j) {
         const float v = static_cast<float>(j) / static_cast<float>(vsteps);
         for (int i = 0; i <= usteps; ++i) {
@@ -282,7 +282,6 @@ std::unique_ptr<Grid> Primitive::dice(const Dicing& dicing) const
             place(grid->vertex(i, j), u, v);
         }
     }
-    grid->fEdges = fEdges;
     mendDerivatives(*grid);
     return grid;
 }

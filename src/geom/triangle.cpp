@@ -160,8 +160,7 @@ std::unique_ptr<Grid> Triangle::dice(const Dicing& dicing) const
 {
     const Matrix& toCamera = matrix();
     auto grid = std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib,
-                                       transform(), fCommon->fSeq, flipped(), true, fArgs);
-    grid->fEdges = fEdges;
+                                       transform(), fCommon->fSeq, flipped(), true, fArgs, fEdges);
     Pointd dPdu = fCorners[1] - fCorners[0], dPdv = fCorners[2] - fCorners[0];
     vtransform(dPdu, toCamera);
     vtransform(dPdv, toCamera);
