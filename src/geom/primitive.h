@@ -96,11 +96,6 @@ public:
     // Micropolygons are no smaller than this, whatever the shading rate asks for.
     static constexpr float kMinSide = 1.0f / 16;
 
-    // What the scene files by: whether the primitive lies wholly in front of the eye, and the last
-    // bucket it reaches.
-    bool fFront = false;
-    long fLastBucketX = 0, fLastBucketY = 0;
-
     // Takes the records in force.
     Primitive();
     // Shares the other's common record; variables are up to the copy.
@@ -147,6 +142,18 @@ public:
     void detachCommon(std::shared_ptr<PrimitiveCommon> own) { fCommon = std::move(own); }
     const ArgList& args() const { return fArgs; }
     const Edges& edges() const { return fEdges; }
+
+    // What the scene found when it filed the primitive: whether it lies wholly in front of the eye,
+    // and the last bucket it reaches.
+    void setFiled(bool front, long lastBucketX, long lastBucketY)
+    {
+        fFront = front;
+        fLastBucketX = lastBucketX;
+        fLastBucketY = lastBucketY;
+    }
+    bool front() const { return fFront; }
+    long lastBucketX() const { return fLastBucketX; }
+    long lastBucketY() const { return fLastBucketY; }
 
     // Whether another split is allowed in a picture of so many pixels; counts it.
     bool mayStillSplit(const RenderFrame& frame, double pixels);
@@ -204,6 +211,8 @@ private:
     bool flatten(Dicing& dicing, const Matrix& toRaster, Random& random) const;
     void place(Vertex& vertex, float u, float v) const;
 
+    bool fFront = false;
+    long fLastBucketX = 0, fLastBucketY = 0;
     std::uint32_t fPath = 0;
     int fDepth = 0;
     bool fIsPiece = false;

@@ -187,9 +187,9 @@ void Scene::file(Primitive& primitive, const Boundw& raster, long& column, long&
     };
     column = first(raster.xmin, fXmin, option.filterXwidth, fBucketWidth, fColumn, fColumns);
     row = first(raster.ymin, fYmin, option.filterYwidth, fBucketHeight, fRow, fRows);
-    primitive.fFront = w1 > 0 && raster.homogenizable();
-    primitive.fLastBucketX = last(raster.xmax, fXmin, fBucketWidth, fColumns);
-    primitive.fLastBucketY = last(raster.ymax, fYmin, fBucketHeight, fRows);
+    primitive.setFiled(w1 > 0 && raster.homogenizable(),
+                       last(raster.xmax, fXmin, fBucketWidth, fColumns),
+                       last(raster.ymax, fYmin, fBucketHeight, fRows));
 }
 
 void Scene::add(std::unique_ptr<Primitive> primitive)
@@ -239,8 +239,8 @@ void Scene::dice(const Primitive& primitive, const Dicing& dicing)
     };
     const long column0 = first(box.xmin, fXmin, option.filterXwidth, fBucketWidth, fColumn);
     const long row0 = first(box.ymin, fYmin, option.filterYwidth, fBucketHeight, fRow);
-    const long column1 = last(box.xmax, fXmin, fBucketWidth, primitive.fLastBucketX);
-    const long row1 = last(box.ymax, fYmin, fBucketHeight, primitive.fLastBucketY);
+    const long column1 = last(box.xmax, fXmin, fBucketWidth, primitive.lastBucketX());
+    const long row1 = last(box.ymax, fYmin, fBucketHeight, primitive.lastBucketY());
     for (long row = row0; row <= row1; ++row) {
         for (long column = column0; column <= column1; ++column) {
             bucketAt(column, row).add(grid);
@@ -253,7 +253,7 @@ void Scene::process(std::unique_ptr<Primitive> primitive)
     const AttribNamesScope names(primitive->attrib().object.text(),
                                  primitive->attrib().group.text());
     Dicing dicing{*fFrame};
-    if (primitive->fFront && primitive->diceable(dicing)) {
+    if (primitive->front() && primitive->diceable(dicing)) {
         dice(*primitive, dicing);
     } else if (!primitive->canSplit()) {
         giveUp(*primitive);
@@ -264,8 +264,8 @@ void Scene::process(std::unique_ptr<Primitive> primitive)
     }
 }
 
-// Of a surface that has taken many splits, which at the edge of a very wide view, near a pole or
-// among weights that differ much leave slivers: their shape matters no more, and splits are across.
+// Of a surface that has taken many splits. At the edge of a very wide view or near a pole these leave
+// slivers: how even their grids are matters no more, and they are split across.
 void Scene::finish(Primitive& primitive)
 {
     Dicing dicing{*fFrame};
@@ -273,17 +273,17 @@ void Scene::finish(Primitive& primitive)
     const float size = kLarge * primitive.dicingLimit(*fFrame, -1);
     if (!primitive.keepsRest()) {
         giveUp(primitive);
-    } else if (primitive.fFront && primitive.diceable(dicing, size)) {
+    } else if (primitive.front() && primitive.diceable(dicing, size)) {
         dice(primitive, dicing);
     } else if (primitive.mayStillSplitAcross()) {
-        if (primitive.fFront) {
+        if (primitive.front()) {
             primitive.splitAcross(*this, *fFrame);
         } else {
             primitive.split(*this);
         }
     } else {
         giveUp(primitive);
-        if (primitive.fFront) dice(primitive, Dicing{*fFrame, kCoarse, kCoarse});
+        if (primitive.front()) dice(primitive, Dicing{*fFrame, kCoarse, kCoarse});
     }
 }
 
