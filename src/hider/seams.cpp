@@ -149,7 +149,7 @@ void Seams::look(const Side& side, const Sample& sample, Near*& list) const
     const auto s = static_cast<float>(between(kAcross[first], kAcross[second]));
     const auto t = static_cast<float>(between(kDown[first], kDown[second]));
     list = fArena.make<Near>(side, outside, end, ex * sign, ey * sign, distance, s, t,
-                             between(a.z, b.z), depthRoom(bound), away, false, list);
+                             between(a.z, b.z), depthRoom(bound), away, list);
 }
 
 namespace
@@ -169,6 +169,7 @@ Seams::Near* outsideOnly(Seams::Near* list)
         return a.side.grid == b.side.grid && a.side.edge == b.side.edge;
     };
     Seams::Near* kept = nullptr;
+    Seams::Near** last = &kept;
     while (list) {
         Seams::Near* nearest = std::exchange(list, list->next);
         bool outside = nearest->outside;
@@ -188,9 +189,10 @@ Seams::Near* outsideOnly(Seams::Near* list)
             }
         }
         if (!outside) continue;
-        nearest->next = kept;
-        kept = nearest;
+        *last = nearest;
+        last = &nearest->next;
     }
+    *last = nullptr;
     return kept;
 }
 
@@ -224,19 +226,15 @@ void dropLoneEnds(Seams::Near*& list)
         }
         return false;
     };
-    Seams::Near* kept = nullptr;
-    for (Seams::Near *near = list, *next; near; near = next) {
-        next = near->next;
-        near->lone =
-            near->end && isEnd(*near->side.grid, near->side.edge, near->end->P) && !goesOn(*near);
+    // What goes is nothing that another goes on with: it would go on with that one, too.
+    for (Seams::Near** place = &list; *place;) {
+        const Seams::Near& near = **place;
+        if (near.end && isEnd(*near.side.grid, near.side.edge, near.end->P) && !goesOn(near)) {
+            *place = near.next;
+        } else {
+            place = &(*place)->next;
+        }
     }
-    while (list) {
-        Seams::Near* near = std::exchange(list, list->next);
-        if (near->lone) continue;
-        near->next = kept;
-        kept = near;
-    }
-    list = kept;
 }
 
 // Whether two sides have a gap between them: they follow one line, from its two sides.

@@ -50,7 +50,6 @@ public:
         double depth;  // there
         double room;   // that the cell takes in depth
         bool away;     // whether the cell faces away from the eye
-        bool lone;     // for dropLoneEnds
         Near* next;
     };
 
