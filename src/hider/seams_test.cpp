@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "geom/grid.h"
 #include "state/option.h"
 #include "support/families.h"
 
@@ -234,4 +235,123 @@ TEST_F(SeamsTest, CutsAndBordersStayOpen)
     EXPECT_GT(differing, 100);
     // At outlines, which turn with the size of micropolygons.
     EXPECT_LT(unlike * 20, differing);
+}
+
+namespace
+{
+
+constexpr std::uint32_t kLine = 7, kOther = 9;
+
+// Grids of one row of cells, in raster space, and what a sample between them is given.
+class SeamRules : public testing::Test
+{
+protected:
+    SeamRules()
+    {
+        zebReset();
+        attrib->micropolygonSide = 4;  // gaps reach a little over two pixels
+        attrib->flatnessLimit = 1;
+        option.projection = false;
+    }
+    ~SeamRules() override { zebReset(); }
+
+    const zeb::Grid& add(const std::vector<zeb::Point>& top, const std::vector<zeb::Point>& bottom,
+                         const zeb::Edges& edges)
+    {
+        const auto size = static_cast<unsigned short>(top.size() - 1);
+        const auto grid = std::make_shared<zeb::Grid>(size, 1, attrib, zeb::Transform(), 1, false,
+                                                      false, zeb::ArgList(), edges);
+        for (int i = 0; i <= size; ++i) {
+            const auto place = [&](int j, const zeb::Point& P) {
+                grid->vertex(i, j).P = P;
+                grid->vertex(i, j).Oi = zeb::Color(0.5f, 0.5f, 0.5f);
+            };
+            place(0, top[static_cast<std::size_t>(i)]);
+            place(1, bottom[static_cast<std::size_t>(i)]);
+        }
+        grid->project(zeb::RenderFrame(option, zeb::Matrix()));
+        grids.add(grid);
+        return *grid;
+    }
+    // Two squares that are half a pixel apart, with a line between them.
+    void addPair()
+    {
+        add({{0, 0, 0.5f}, {10, 0, 0.5f}}, {{0, 10, 0.5f}, {10, 10, 0.5f}}, {.umax = kLine});
+        add({{10.5f, 0, 0.5f}, {20, 0, 0.5f}}, {{10.5f, 10, 0.5f}, {20, 10, 0.5f}},
+            {.umin = kLine});
+    }
+    // Looks at the sides of every grid as often as given, then closes.
+    int hits(float x, float y, int times = 1)
+    {
+        zeb::Arena arena;
+        zeb::Seams seams(false, 1, arena);
+        zeb::Sample sample;
+        sample.place(x, y);
+        zeb::Seams::Near* near = nullptr;
+        for (const auto& grid : grids) {
+            for (const zeb::Seams::Side& side : seams.sides(*grid)) {
+                for (int k = 0; k < times; ++k) seams.look(side, sample, near);
+            }
+        }
+        seams.close(sample, near, grids);
+        int count = 0;
+        for (const auto* node = sample.hits().head(); node; node = node->next) ++count;
+        return count;
+    }
+
+    std::shared_ptr<zeb::Attrib> attrib = std::make_shared<zeb::Attrib>();
+    zeb::Option option;
+    zeb::Grids grids;
+};
+
+}  // namespace
+
+TEST_F(SeamRules, ASampleBetweenTwoSidesOfALineIsGivenAHit)
+{
+    addPair();
+    EXPECT_EQ(hits(10.25f, 5), 1);
+    EXPECT_EQ(hits(10.25f, 12), 0) << "beyond the ends of both";
+}
+
+// The two are no deeper apart than their cells are deep: only the way they face tells them apart.
+TEST_F(SeamRules, AFlatSurfaceIsClosedInFrontAndBehind)
+{
+    const float z[] = {0.2f, 0.8f, 0.2f};
+    const auto row = [&z](float y, float behind) {
+        std::vector<zeb::Point> points;
+        for (int k = 0; k < 2; ++k)
+            points.emplace_back(10 * static_cast<float>(k), y, z[k] + behind);
+        return points;
+    };
+    const auto next = [&z](float y, float behind) {
+        std::vector<zeb::Point> points;
+        for (int k = 1; k < 3; ++k)
+            points.emplace_back(10 * static_cast<float>(k) + 0.5f, y, z[k] + behind);
+        return points;
+    };
+    add(row(0, 0), row(10, 0), {.umax = kLine});
+    add(next(0, 0), next(10, 0), {.umin = kLine});
+    EXPECT_EQ(hits(10.25f, 5), 1);
+    add(row(10, 0.1f), row(0, 0.1f), {.umax = kOther});
+    add(next(10, 0.1f), next(0, 0.1f), {.umin = kOther});
+    EXPECT_EQ(hits(10.25f, 5), 2);
+}
+
+// The line between an upper and a lower part goes round the outline of both, at x = 10, and back
+// behind them.
+TEST_F(SeamRules, NothingIsAddedBeyondAnOutlineThatALineTurnsRound)
+{
+    add({{0, 0, 0.5f}, {10, 0, 0.5f}, {0, 0, 0.6f}}, {{0, 5, 0.5f}, {10, 5, 0.5f}, {0, 3, 0.6f}},
+        {.vmax = kLine});
+    add({{0, 5.2f, 0.5f}, {10, 5.2f, 0.5f}, {0, 3.2f, 0.6f}},
+        {{0, 10, 0.5f}, {10, 10, 0.5f}, {0, 10, 0.6f}}, {.vmin = kLine});
+    EXPECT_EQ(hits(5, 5.1f), 1);
+    EXPECT_EQ(hits(10.25f, 5.1f), 0);
+}
+
+TEST_F(SeamRules, SidesThatPileUpAreLeftAlone)
+{
+    addPair();
+    EXPECT_EQ(hits(10.25f, 5, 32), 1) << "64 sides";
+    EXPECT_EQ(hits(10.25f, 5, 33), 0) << "66 sides";
 }
