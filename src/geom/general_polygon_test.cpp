@@ -2,51 +2,18 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <vector>
 
-#include "geom/convex_polygon.h"
 #include "geom/triangle.h"
 #include "state/quark.h"
+#include "support/outlines.h"
 #include "support/reports.h"
 
 using namespace zeb;
+using namespace zebtest;
 
 namespace
 {
-
-using Floats = std::vector<float>;
-using Corners = std::vector<std::pair<float, float>>;
-
-struct Pieces : PrimitiveSink {
-    void add(std::unique_ptr<Primitive> piece) override { list.push_back(std::move(piece)); }
-    Corners corners(std::size_t i) const
-    {
-        const auto& polygon = dynamic_cast<const Polygon&>(*list.at(i));
-        Corners result;
-        for (long k = 0; k < polygon.nVertices(); ++k)
-            result.emplace_back(polygon.vertex(k).x, polygon.vertex(k).y);
-        return result;
-    }
-    std::vector<std::unique_ptr<Primitive>> list;
-};
-
-// Splits all the way down, and adds up the triangles' signed areas.
-struct Areas : PrimitiveSink {
-    void add(std::unique_ptr<Primitive> piece) override
-    {
-        if (const auto* t = dynamic_cast<const Triangle*>(piece.get())) {
-            const Point a = t->vertex(0), b = t->vertex(1), c = t->vertex(2);
-            const double area = 0.5 * static_cast<double>(((b - a) ^ (c - a)).z);
-            total += area;
-            if (area < -1e-6) ++reversed;
-        } else {
-            piece->split(*this);
-        }
-    }
-    double total = 0;
-    int reversed = 0;
-};
 
 class GeneralPolygonTest : public testing::Test
 {
@@ -54,43 +21,24 @@ protected:
     GeneralPolygonTest() { zebReset(); }
     ~GeneralPolygonTest() override { zebReset(); }
 
-    static GeneralPolygon make(const std::vector<Corners>& loops)
-    {
-        Floats points;
-        std::vector<long> sizes;
-        for (const Corners& loop : loops) {
-            sizes.push_back(static_cast<long>(loop.size()));
-            for (const auto& [x, y] : loop) points.insert(points.end(), {x, y, 0});
-        }
-        const unsigned short token = kQPoint;
-        void* const value = points.data();
-        return {static_cast<long>(sizes.size()), sizes.data(), 1, &token, &value};
-    }
     static double area(const std::vector<Corners>& loops)
     {
         Areas areas;
-        GeneralPolygon p = make(loops);
+        GeneralPolygon p = makePolygon(loops);
         p.split(areas);
-        EXPECT_EQ(areas.reversed, 0);
-        return areas.total;
+        return areas.total();
     }
 
-    zebtest::Reports reports;
+    Reports reports;
 };
 
-const Corners kSquare{{0, 0}, {10, 0}, {10, 10}, {0, 10}};
-// Runs the other way round than the square.
-Corners hole(float x, float y, float size = 1)
-{
-    return {{x, y}, {x, y + size}, {x + size, y + size}, {x + size, y}};
-}
 Corners reversed(const Corners& loop) { return {loop.rbegin(), loop.rend()}; }
 
 }  // namespace
 
 TEST_F(GeneralPolygonTest, IsAlwaysSplit)
 {
-    const GeneralPolygon p = make({kSquare});
+    const GeneralPolygon p = makePolygon({kSquare});
     const RenderFrame frame{Option(), Matrix()};
     Dicing dicing{frame};
     EXPECT_FALSE(p.diceable(dicing, 1000));
@@ -99,25 +47,25 @@ TEST_F(GeneralPolygonTest, IsAlwaysSplit)
 
 TEST_F(GeneralPolygonTest, TheNormalIsTwiceTheAreaOfTheOutline)
 {
-    EXPECT_EQ(make({kSquare, hole(1, 1)}).normal(), Point(0, 0, 200));
-    EXPECT_EQ(make({reversed(kSquare)}).normal(), Point(0, 0, -200));
+    EXPECT_EQ(makePolygon({kSquare, hole(1, 1)}).normal(), Point(0, 0, 200));
+    EXPECT_EQ(makePolygon({reversed(kSquare)}).normal(), Point(0, 0, -200));
 }
 
 TEST_F(GeneralPolygonTest, ConvexMeansNoReflexCorner)
 {
     for (const Corners& loop : {kSquare, reversed(kSquare)}) {
-        const GeneralPolygon p = make({loop});
+        const GeneralPolygon p = makePolygon({loop});
         EXPECT_TRUE(p.convex(p.normal()));
     }
-    const GeneralPolygon dart = make({{{0, 0}, {10, 0}, {2, 2}, {0, 10}}});
+    const GeneralPolygon dart = makePolygon({{{0, 0}, {10, 0}, {2, 2}, {0, 10}}});
     EXPECT_FALSE(dart.convex(dart.normal()));
-    const GeneralPolygon straight = make({{{0, 0}, {5, 0}, {10, 0}, {10, 10}}});
+    const GeneralPolygon straight = makePolygon({{{0, 0}, {5, 0}, {10, 0}, {10, 10}}});
     EXPECT_TRUE(straight.convex(straight.normal()));
 }
 
 TEST_F(GeneralPolygonTest, ThreeVerticesMakeATriangle)
 {
-    GeneralPolygon p = make({{{0, 0}, {1, 0}, {2, 1}}});
+    GeneralPolygon p = makePolygon({{{0, 0}, {1, 0}, {2, 1}}});
     Pieces pieces;
     p.split(pieces);
     ASSERT_EQ(pieces.list.size(), 1u);
@@ -127,7 +75,7 @@ TEST_F(GeneralPolygonTest, ThreeVerticesMakeATriangle)
 
 TEST_F(GeneralPolygonTest, AConvexOneBecomesAConvexPolygonOfTheSameVertices)
 {
-    GeneralPolygon p = make({kSquare});
+    GeneralPolygon p = makePolygon({kSquare});
     Pieces pieces;
     p.split(pieces);
     ASSERT_EQ(pieces.list.size(), 1u);
@@ -138,7 +86,7 @@ TEST_F(GeneralPolygonTest, AConvexOneBecomesAConvexPolygonOfTheSameVertices)
 TEST_F(GeneralPolygonTest, AConcaveOneIsCutFromItsReflexCornerToTheNearestCandidate)
 {
     // The reflex corner is 2; vertex 0 is the only one that is no neighbour.
-    GeneralPolygon p = make({{{0, 0}, {10, 0}, {2, 2}, {0, 10}}});
+    GeneralPolygon p = makePolygon({{{0, 0}, {10, 0}, {2, 2}, {0, 10}}});
     Pieces pieces;
     p.split(pieces);
     ASSERT_EQ(pieces.list.size(), 2u);
@@ -151,7 +99,7 @@ TEST_F(GeneralPolygonTest, AConcaveOneIsCutFromItsReflexCornerToTheNearestCandid
 TEST_F(GeneralPolygonTest, TheShortestDiagonalOfAReflexCornerIsTaken)
 {
     // An L; its reflex corner (4, 4) is nearer to (0, 3) than to any other candidate.
-    GeneralPolygon p = make({{{0, 0}, {10, 0}, {10, 4}, {4, 4}, {4, 10}, {0, 10}, {0, 3}}});
+    GeneralPolygon p = makePolygon({{{0, 0}, {10, 0}, {10, 4}, {4, 4}, {4, 10}, {0, 10}, {0, 3}}});
     Pieces pieces;
     p.split(pieces);
     ASSERT_EQ(pieces.list.size(), 2u);
@@ -164,7 +112,7 @@ TEST_F(GeneralPolygonTest, ADiagonalThatMeetsAnEdgeCrosses)
     // A U: the line between the tips of its arms leaves it and meets no edge inside; the line from
     // one arm's outer foot to the other's tip runs through the notch.
     const GeneralPolygon u =
-        make({{{0, 0}, {10, 0}, {10, 10}, {8, 10}, {8, 2}, {2, 2}, {2, 10}, {0, 10}}});
+        makePolygon({{{0, 0}, {10, 0}, {10, 10}, {8, 10}, {8, 2}, {2, 2}, {2, 10}, {0, 10}}});
     EXPECT_TRUE(u.crosses(2, 7, u.normal()));
     EXPECT_FALSE(u.crosses(0, 5, u.normal()));
     EXPECT_FALSE(u.crosses(0, 4, u.normal()));
@@ -172,7 +120,7 @@ TEST_F(GeneralPolygonTest, ADiagonalThatMeetsAnEdgeCrosses)
 
 TEST_F(GeneralPolygonTest, AnEdgeOfAHoleIsCrossedToo)
 {
-    const GeneralPolygon p = make({kSquare, hole(4, 4, 2)});
+    const GeneralPolygon p = makePolygon({kSquare, hole(4, 4, 2)});
     EXPECT_TRUE(p.crosses(0, 2, p.normal()));
     EXPECT_FALSE(p.crosses(0, 4, p.normal()));
     EXPECT_TRUE(p.crosses(0, 6, p.normal()));
@@ -188,7 +136,7 @@ TEST_F(GeneralPolygonTest, ConcavePiecesCoverTheWhole)
 TEST_F(GeneralPolygonTest, AHoleIsBridgedAtTheClosestPair)
 {
     // Outline vertex 0 and hole vertex 0 are the closest: the bridge runs to and fro.
-    GeneralPolygon p = make({kSquare, hole(2, 2)});
+    GeneralPolygon p = makePolygon({kSquare, hole(2, 2)});
     Pieces pieces;
     p.split(pieces);
     ASSERT_EQ(pieces.list.size(), 1u);
@@ -202,7 +150,7 @@ TEST_F(GeneralPolygonTest, AHoleIsBridgedAtTheClosestPair)
 TEST_F(GeneralPolygonTest, ABridgeMayStartAnywhereInTheHole)
 {
     // Closest: outline vertex 2 (10, 10) and the hole's vertex 2 (9, 9).
-    GeneralPolygon p = make({kSquare, hole(8, 8)});
+    GeneralPolygon p = makePolygon({kSquare, hole(8, 8)});
     Pieces pieces;
     p.split(pieces);
     ASSERT_EQ(pieces.list.size(), 1u);
@@ -226,7 +174,7 @@ TEST_F(GeneralPolygonTest, EveryHoleSurvivesTheBridgeOfAnother)
 
 TEST_F(GeneralPolygonTest, OneBridgeTakesOneHole)
 {
-    GeneralPolygon p = make({kSquare, hole(5, 5), hole(1, 1)});
+    GeneralPolygon p = makePolygon({kSquare, hole(5, 5), hole(1, 1)});
     Pieces pieces;
     p.split(pieces);
     ASSERT_EQ(pieces.list.size(), 1u);
@@ -239,7 +187,7 @@ TEST_F(GeneralPolygonTest, OneBridgeTakesOneHole)
 
 TEST_F(GeneralPolygonTest, AMeshSplitsFaceByFace)
 {
-    const Floats points{0, 0, 0, 9, 0, 0, 9, 9, 0, 0, 9, 0, 2, 2, 0, 2, 4, 0, 4, 4, 0};
+    const std::vector<float> points{0, 0, 0, 9, 0, 0, 9, 9, 0, 0, 9, 0, 2, 2, 0, 2, 4, 0, 4, 4, 0};
     const unsigned short token = kQPoint;
     void* const value = const_cast<float*>(points.data());
     const long loops[] = {1, 2, 1}, sizes[] = {3, 4, 3, 4};

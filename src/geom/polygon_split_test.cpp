@@ -2,48 +2,20 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <vector>
 
 #include "geom/convex_polygon.h"
 #include "geom/general_polygon.h"
 #include "geom/triangle.h"
 #include "state/quark.h"
+#include "support/outlines.h"
 #include "support/reports.h"
 
 using namespace zeb;
+using namespace zebtest;
 
 namespace
 {
-
-using Corners = std::vector<std::pair<float, float>>;
-
-struct Pieces : PrimitiveSink {
-    void add(std::unique_ptr<Primitive> piece) override { list.push_back(std::move(piece)); }
-    Corners corners(std::size_t i) const
-    {
-        const auto& polygon = dynamic_cast<const Polygon&>(*list.at(i));
-        Corners result;
-        for (long k = 0; k < polygon.nVertices(); ++k)
-            result.emplace_back(polygon.vertex(k).x, polygon.vertex(k).y);
-        return result;
-    }
-    std::vector<std::unique_ptr<Primitive>> list;
-};
-
-// What is left after splitting all the way down.
-struct Triangles : PrimitiveSink {
-    void add(std::unique_ptr<Primitive> piece) override
-    {
-        if (const auto* t = dynamic_cast<const Triangle*>(piece.get())) {
-            const Point a = t->vertex(0), b = t->vertex(1), c = t->vertex(2);
-            area += 0.5 * static_cast<double>(((b - a) ^ (c - a)).z);
-        } else {
-            piece->split(*this);
-        }
-    }
-    double area = 0;
-};
 
 class PolygonSplit : public testing::Test
 {
@@ -51,21 +23,9 @@ protected:
     PolygonSplit() { zebReset(); }
     ~PolygonSplit() override { zebReset(); }
 
-    static GeneralPolygon make(const std::vector<Corners>& loops)
-    {
-        std::vector<float> points;
-        std::vector<long> sizes;
-        for (const Corners& loop : loops) {
-            sizes.push_back(static_cast<long>(loop.size()));
-            for (const auto& [x, y] : loop) points.insert(points.end(), {x, y, 0});
-        }
-        const unsigned short token = kQPoint;
-        void* const value = points.data();
-        return {static_cast<long>(sizes.size()), sizes.data(), 1, &token, &value};
-    }
     static Pieces split(const std::vector<Corners>& loops)
     {
-        GeneralPolygon polygon = make(loops);
+        GeneralPolygon polygon = makePolygon(loops);
         Pieces pieces;
         polygon.split(pieces);
         return pieces;
@@ -94,15 +54,8 @@ protected:
         return result;
     }
 
-    zebtest::Reports reports;
+    Reports reports;
 };
-
-const Corners kSquare{{0, 0}, {10, 0}, {10, 10}, {0, 10}};
-// Runs the other way round than the square.
-Corners hole(float x, float y, float size)
-{
-    return {{x, y}, {x, y + size}, {x + size, y + size}, {x + size, y}};
-}
 
 }  // namespace
 
@@ -126,7 +79,7 @@ TEST_F(PolygonSplit, CosMinAngleLooksAtBothEdgesOfBothEnds)
 TEST_F(PolygonSplit, ACornerIsReflexFromACrossProductOf1em10On)
 {
     const auto convex = [](float bend) {
-        const GeneralPolygon p = make({{{-1, bend}, {0, 0}, {1, 0}, {0, 5}}});
+        const GeneralPolygon p = makePolygon({{{-1, bend}, {0, 0}, {1, 0}, {0, 5}}});
         return p.convex(p.normal());
     };
     EXPECT_TRUE(convex(0.9e-10f));
@@ -202,9 +155,9 @@ TEST_F(PolygonSplit, AFaceOfThreeVerticesIsATriangleOnlyWithoutHoles)
     EXPECT_EQ(pieces.list[0]->type(), 2);
     EXPECT_EQ(pieces.corners(0).size(), 6u);
     EXPECT_NE(dynamic_cast<Triangle*>(pieces.list[1].get()), nullptr);
-    Triangles triangles;
+    Areas triangles;
     pieces.list[0]->split(triangles);
-    EXPECT_NEAR(triangles.area, 40.5 - 2, 1e-5);
+    EXPECT_NEAR(triangles.total(), 40.5 - 2, 1e-5);
 }
 
 TEST_F(PolygonSplit, ThreeVerticesOnALineAreATriangleToo)
