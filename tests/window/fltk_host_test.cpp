@@ -8,6 +8,10 @@
 
 #include "window_test.h"
 
+// Defines names that Google Test uses.
+#include <FL/Fl_Text_Buffer.H>
+#include <FL/Fl_Text_Display.H>
+
 namespace zebtest
 {
 
@@ -133,6 +137,32 @@ TEST_F(FltkHost, KeepsItsHandlerOfExhaustedMemoryThere)
     EXPECT_EQ(found, hosts);
     EXPECT_EQ(std::get_new_handler(), hosts);
     std::set_new_handler(before);
+}
+
+// Messages that wait are shown by whoever handles events, but they are the library's.
+TEST_F(FltkHost, HasNothingToDoWithTheMemoryOfMessagesThatItsLoopShows)
+{
+    static const std::new_handler hosts = [] { throw std::bad_alloc(); };
+    static int theirs, others;
+    const auto look = [](int, int, int, int, const char*, void*) {
+        ++(std::get_new_handler() == hosts ? theirs : others);
+    };
+    const auto complain = [] { zebFilterWidth(-1, 2); };
+    complain();
+    auto* text = dynamic_cast<Fl_Text_Display*>(reached("ZEB Messages")->child(0));
+    ASSERT_NE(text, nullptr);
+    text->buffer()->add_modify_callback(look, nullptr);
+    const std::new_handler before = std::set_new_handler(hosts);
+    // Until one is not shown at once.
+    do {
+        theirs = others = 0;
+        complain();
+    } while (theirs + others > 0);
+    EXPECT_TRUE(eventually([] { return theirs + others > 0; }, [] { Fl::wait(0.01); }));
+    EXPECT_EQ(theirs, 0);
+    EXPECT_EQ(std::get_new_handler(), hosts) << "as it was";
+    std::set_new_handler(before);
+    text->buffer()->remove_modify_callback(look, nullptr);
 }
 
 }  // namespace
