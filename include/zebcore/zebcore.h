@@ -293,7 +293,10 @@ ZEB_API void zebClip(float nearz, float farz);
 /** Samples adaptively, 8 to 96 samples a pixel: more while the colour variance exceeds the
     threshold. */
 ZEB_API void zebSampleAdaptive(float threshold);
-/** Samples uniformly, so many samples a pixel along x and y; default 2 and 2, below 1 is 1. */
+/** Samples uniformly, so many samples a pixel along x and y; default 2 and 2, below 1 is 1. Code 10
+    for rates above 128; and when the world opens, for rates at which a single pixel would take more
+    than 2^22 samples, those in the reach of its filter included: they are halved until it does not,
+    for the picture under way. */
 ZEB_API void zebSampleUniform(float xsamples, float ysamples);
 /** Sets how far uniform samples stray from their lattice: 0 not at all; default 0.5. Code 10 for
     a negative value. */
@@ -363,7 +366,7 @@ ZEB_API void zebColorSpace(long n, const float *ntorgb, const float *rgbton);
     @param width,height of a bucket in pixels; default 12 and 12
     Code 10 for values below 1 and absurd ones; and when the world opens, for a bucket that would
     take more than 2^22 samples at the rates and the filter width in force: its sides are halved
-    until it does not, or they are 1. */
+    until it does not, or they are 1; then the rates are halved (zebSampleUniform). */
 ZEB_API void zebTune(long gridsize, long width, long height);
 /** @} */
 

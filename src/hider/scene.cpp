@@ -50,10 +50,15 @@ Pixels croppedPixels(long resolution, float min, float max)
             clampToLong(std::ceil(size * max - 1), 0, resolution - 1)};
 }
 
-double samplesAcross(long bucket, float filterWidth, const Option& option, float rate)
+// Those of a bucket of some sides.
+double samplesIn(long width, long height, const Option& option)
 {
-    const double perPixel = option.adaptiveThreshold >= 1e-10 ? 10 : rate;
-    return (static_cast<double>(bucket) + double{filterWidth}) * perPixel;
+    const auto across = [&option](long side, float filterWidth, float rate) {
+        const double perPixel = option.adaptiveThreshold >= 1e-10 ? 10 : rate;
+        return (static_cast<double>(side) + double{filterWidth}) * perPixel;
+    };
+    return across(width, option.filterXwidth, option.xsamples) *
+           across(height, option.filterYwidth, option.ysamples);
 }
 
 bool isFiniteBound(const Boundw& b)
@@ -74,10 +79,10 @@ long bucketOf(float coordinate, float offset, long size)
 void Scene::init()
 {
     flush();
-    fFrame = std::make_unique<RenderFrame>(*gOption, gCameraToRaster);
     PrimitiveCommon::fCurSeq = 0;
     fCounts = {};
-    const Option& option = fFrame->option;
+    const Option asked = *gOption;
+    Option option = asked;
     const Pixels x = croppedPixels(gDisplay->xDim(), option.cropXmin, option.cropXmax);
     const Pixels y = croppedPixels(gDisplay->yDim(), option.cropYmin, option.cropYmax);
     fX0 = x.first;
@@ -90,24 +95,40 @@ void Scene::init()
     fYmin = static_cast<float>(fY0) + 0.5f - ry;
     fYmax = static_cast<float>(fY1) + 0.5f + ry;
 
-    fBucketWidth = option.tuning[1];
-    fBucketHeight = option.tuning[2];
-    const auto samples = [&] {
-        const long width = std::min(fBucketWidth, fX1 - fX0 + 1);
-        const long height = std::min(fBucketHeight, fY1 - fY0 + 1);
-        return samplesAcross(width, option.filterXwidth, option, option.xsamples) *
-               samplesAcross(height, option.filterYwidth, option, option.ysamples);
-    };
-    while (samples() > kMaxBucketSamples && (fBucketWidth > 1 || fBucketHeight > 1)) {
-        fBucketWidth = std::max(fBucketWidth / 2, 1L);
-        fBucketHeight = std::max(fBucketHeight / 2, 1L);
-    }
+    limitSamples(option);
     fColumns = (fX1 - fX0) / fBucketWidth + 1;
     fRows = (fY1 - fY0) / fBucketHeight + 1;
     fBuckets.resize(static_cast<std::size_t>(fRows));
-    if (fBucketWidth < option.tuning[1] || fBucketHeight < option.tuning[2]) {
+    fFrame = std::make_unique<RenderFrame>(option, gCameraToRaster);
+
+    const long width = fBucketWidth, height = fBucketHeight;
+    if (width < asked.tuning[1] || height < asked.tuning[2]) {
         error(kRange, kError, "bucket of %ld x %ld takes too many samples, using %ld x %ld",
-              option.tuning[1], option.tuning[2], fBucketWidth, fBucketHeight);
+              asked.tuning[1], asked.tuning[2], width, height);
+    }
+    if (option.xsamples < asked.xsamples || option.ysamples < asked.ysamples) {
+        error(kRange, kError, "sampling rate of %g x %g takes too many samples, using %g x %g",
+              double{asked.xsamples}, double{asked.ysamples}, double{option.xsamples},
+              double{option.ysamples});
+    }
+}
+
+void Scene::limitSamples(Option& option)
+{
+    fBucketWidth = option.tuning[1];
+    fBucketHeight = option.tuning[2];
+    const auto fits = [&] {
+        return samplesIn(std::min(fBucketWidth, fX1 - fX0 + 1),
+                         std::min(fBucketHeight, fY1 - fY0 + 1), option) <= kMaxBucketSamples;
+    };
+    while (!fits() && (fBucketWidth > 1 || fBucketHeight > 1)) {
+        fBucketWidth = std::max(fBucketWidth / 2, 1L);
+        fBucketHeight = std::max(fBucketHeight / 2, 1L);
+    }
+    // The widest filter takes few enough at one sample a pixel.
+    while (!fits()) {
+        option.xsamples = std::max(option.xsamples / 2, 1.0f);
+        option.ysamples = std::max(option.ysamples / 2, 1.0f);
     }
 }
 

@@ -84,6 +84,9 @@ public:
 private:
     using Row = std::vector<std::unique_ptr<Bucket>>;
 
+    // Settles the sides of buckets, and the sampling rates, so that no bucket takes more samples
+    // than there may be.
+    void limitSamples(Option& option);
     bool culled(const Boundw& camera) const;
     void file(Primitive& primitive, const Boundw& raster, long& column, long& row) const;
     Bucket& bucketAt(long column, long row);

@@ -106,6 +106,40 @@ TEST_F(SceneTest, BucketsOfTooManySamplesAreRefused)
     }
 }
 
+// A pixel and the reach of its filter are 64 x 64: at rates of 32 these take 2^22 samples. Where
+// one rate is as low as it gets, the other goes on.
+TEST_F(SceneTest, RatesAtWhichAPixelTakesTooManySamplesAreHalved)
+{
+    const struct {
+        float x, y, usedX, usedY;
+    } cases[] = {{32, 32, 32, 32}, {33, 32, 16.5f, 16}, {128, 128, 32, 32}, {128, 10, 64, 5}};
+    for (const auto& rates : cases) {
+        SCOPED_TRACE(rates.x);
+        raster(2, 2);
+        zebTune(32, 1, 1);
+        zebFilterWidth(63, 63);
+        zebSampleUniform(rates.x, rates.y);
+        zebSceneBegin();
+        EXPECT_EQ(gScene->frame()->option.xsamples, rates.usedX);
+        EXPECT_EQ(gScene->frame()->option.ysamples, rates.usedY);
+        EXPECT_EQ(gOption->xsamples, rates.x) << "for the next picture too";
+        if (rates.usedX == rates.x) {
+            EXPECT_TRUE(reports.empty());
+        } else {
+            char text[200];
+            std::snprintf(text, sizeof text,
+                          "zebSceneBegin: sampling rate of %g x %g takes too many samples, using "
+                          "%g x %g",
+                          double{rates.x}, double{rates.y}, double{rates.usedX},
+                          double{rates.usedY});
+            ASSERT_EQ(reports.size(), 1u);
+            EXPECT_EQ(reports[0], (zebtest::Report{10, ZEB_ERROR, text}));
+        }
+        zebReset();
+        reports.clear();
+    }
+}
+
 // Of 26 x 26 pixels: 4098 x 26 x 64 samples would be too many.
 TEST_F(SceneTest, ABucketLargerThanThePictureTakesThePicturesSamples)
 {
