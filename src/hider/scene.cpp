@@ -285,8 +285,8 @@ void Scene::process(std::unique_ptr<Primitive> primitive)
     }
 }
 
-// Of a surface that has taken many splits. At the edge of a very wide view or near a pole these leave
-// slivers: how even their grids are matters no more, and they are split across.
+// Of a surface that has taken many splits. At the edge of a very wide view or near a pole these
+// leave slivers: how even their grids are matters no more, and they are split across.
 void Scene::finish(Primitive& primitive)
 {
     Dicing dicing{*fFrame};
