@@ -74,30 +74,59 @@ double centered(const std::vector<Mesh>& meshes, const Vector& axis, const Vecto
     return (low + high) / 2;
 }
 
+// Where the eye is: across the picture, and how far in front of the model's middle.
+struct Eye {
+    double x = 0, y = 0, distance = 0;
+    double front = 0, rear = 0;  // how far the model reaches towards the eye, and away
+};
+
+// What the picture shows beside its middle, for every unit of distance.
+struct Slopes {
+    double x, y;
+};
+
+Eye tightEye(const std::vector<Mesh>& meshes, const View& view, const Slopes& slopes)
+{
+    Reach x{slopes.x}, y{slopes.y};
+    Eye eye;
+    eye.front = -kInfinity;
+    eye.rear = kInfinity;
+    everyPoint(meshes, [&](const Vector& p) {
+        const double toEye = p * view.back;
+        x.add(p * view.right, toEye);
+        y.add(p * view.up, toEye);
+        eye.front = std::max(eye.front, toEye);
+        eye.rear = std::min(eye.rear, toEye);
+    });
+    eye.distance = std::max({x.distance(), y.distance(), eye.front + kClosest});
+    const bool exactX = x.distance() == eye.distance, exactY = y.distance() == eye.distance;
+    eye.x = exactX ? x.center() : centered(meshes, view.right, view.back, eye.distance);
+    eye.y = exactY ? y.center() : centered(meshes, view.up, view.back, eye.distance);
+    return eye;
+}
+
+// Lines from the eye touch the sphere, so it looks larger than where it is widest.
+Eye sphereEye(const std::vector<Mesh>& meshes, const Slopes& slopes)
+{
+    double radius = 0;
+    everyPoint(meshes, [&](const Vector& p) { radius = std::max(radius, p.Length()); });
+    const double sine = std::sin(std::atan(std::min(slopes.x, slopes.y)));
+    return {0, 0, std::max(radius / sine, radius + kClosest), radius, -radius};
+}
+
 }  // namespace
 
-Camera frameModel(const std::vector<Mesh>& meshes, const Settings& settings)
+Camera frameModel(const std::vector<Mesh>& meshes, double azimuth, const Settings& settings)
 {
-    const View view(settings.azimuth, settings.elevation);
+    const View view(azimuth, settings.elevation);
     const auto width = static_cast<double>(settings.width);
     const auto height = static_cast<double>(settings.height);
     const double shorter = std::min(width, height);
     const double margin = std::min(std::max(kMargin, kMarginPixels / (shorter / 2)), 0.5);
     const double slope = std::tan(settings.fov * std::numbers::pi / 360) * (1 - margin);
-
-    Reach x{slope * width / shorter}, y{slope * height / shorter};
-    double front = -kInfinity, rear = kInfinity;
-    everyPoint(meshes, [&](const Vector& p) {
-        const double toEye = p * view.back;
-        x.add(p * view.right, toEye);
-        y.add(p * view.up, toEye);
-        front = std::max(front, toEye);
-        rear = std::min(rear, toEye);
-    });
-    const double distance = std::max({x.distance(), y.distance(), front + kClosest});
-    const bool exactX = x.distance() == distance, exactY = y.distance() == distance;
-    const double eyeX = exactX ? x.center() : centered(meshes, view.right, view.back, distance);
-    const double eyeY = exactY ? y.center() : centered(meshes, view.up, view.back, distance);
+    const Slopes slopes{slope * width / shorter, slope * height / shorter};
+    const Eye eye =
+        settings.fit == Fit::kSphere ? sphereEye(meshes, slopes) : tightEye(meshes, view, slopes);
 
     Camera camera{};
     const Vector depth = -view.back;
@@ -106,14 +135,14 @@ Camera frameModel(const std::vector<Mesh>& meshes, const Settings& settings)
         camera.toCamera[axis][1] = static_cast<float>(view.up[axis]);
         camera.toCamera[axis][2] = static_cast<float>(depth[axis]);
     }
-    camera.toCamera[3][0] = static_cast<float>(-eyeX);
-    camera.toCamera[3][1] = static_cast<float>(-eyeY);
-    camera.toCamera[3][2] = static_cast<float>(distance);
+    camera.toCamera[3][0] = static_cast<float>(-eye.x);
+    camera.toCamera[3][1] = static_cast<float>(-eye.y);
+    camera.toCamera[3][2] = static_cast<float>(eye.distance);
     camera.toCamera[3][3] = 1;
     camera.halfWidth = static_cast<float>(width / shorter);
     camera.halfHeight = static_cast<float>(height / shorter);
-    camera.nearest = static_cast<float>(distance - front - kClearance);
-    camera.farthest = static_cast<float>(distance - rear + kClearance);
+    camera.nearest = static_cast<float>(eye.distance - eye.front - kClearance);
+    camera.farthest = static_cast<float>(eye.distance - eye.rear + kClearance);
     return camera;
 }
 

@@ -2,11 +2,8 @@
 
 #include <exception>
 #include <new>
-#include <utility>
 
-#include "camera.h"
 #include "console.h"
-#include "model.h"
 #include "picture.h"
 #include "settings.h"
 
@@ -15,10 +12,7 @@ int main(int argc, char** argv)
     try {
         const zebview::CommandLine commandLine = zebview::readCommandLine(argc, argv);
         if (commandLine.exitStatus) return *commandLine.exitStatus;
-        const zebview::Settings& settings = commandLine.settings;
-        std::vector<zebview::Mesh> meshes = zebview::loadModel(settings);
-        const zebview::Camera camera = zebview::frameModel(meshes, settings);
-        return zebview::renderPicture(std::move(meshes), camera, settings) ? 0 : 1;
+        return zebview::makePicture(commandLine.settings) ? 0 : 1;
     } catch (const std::bad_alloc&) {
         zebview::complain("there is not enough memory");
     } catch (const std::exception& failure) {

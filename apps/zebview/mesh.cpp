@@ -70,8 +70,8 @@ std::vector<Vector> fileNormals(const aiMesh& source, const Matrix& toWorld, Fac
 class VertexCollector
 {
 public:
-    VertexCollector(const aiMesh& source, const std::vector<Vector>& points, Mesh& mesh)
-        : fSource(source), fPoints(points), fMesh(mesh), fFirst(points.size(), -1)
+    VertexCollector(const aiMesh& source, const std::vector<Vector>& points, bool light, Mesh& mesh)
+        : fSource(source), fPoints(points), fLight(light), fMesh(mesh), fFirst(points.size(), -1)
     {
     }
 
@@ -84,7 +84,10 @@ public:
         append(fMesh.normals, normal);
         if (fSource.HasVertexColors(0)) {
             const aiColor4D& c = fSource.mColors[0][index];
-            for (const float v : {c.r, c.g, c.b}) fMesh.colors.push_back(std::clamp(v, 0.f, 1.f));
+            for (const float v : {c.r, c.g, c.b}) {
+                const float inRange = std::clamp(v, 0.0f, 1.0f);
+                fMesh.colors.push_back(fLight ? inRange : toLight(inRange));
+            }
         }
         if (first < 0) first = added;
         return added;
@@ -103,6 +106,7 @@ private:
 
     const aiMesh& fSource;
     const std::vector<Vector>& fPoints;
+    const bool fLight;
     Mesh& fMesh;
     std::vector<long> fFirst;
 };
@@ -116,7 +120,7 @@ bool isFlat(std::span<const Vector> normals, const Vector& faceNormal)
 }  // namespace
 
 Mesh buildMesh(const aiMesh& source, const std::vector<Vector>& points, const Matrix& toWorld,
-               bool facets)
+               bool facets, bool light)
 {
     Mesh mesh;
     Faces faces(source, points);
@@ -124,7 +128,7 @@ Mesh buildMesh(const aiMesh& source, const std::vector<Vector>& points, const Ma
     if (!facets) normals = fileNormals(source, toWorld, faces);
     if (normals.empty()) normals = smoothNormals(faces, points);
 
-    VertexCollector collector(source, points, mesh);
+    VertexCollector collector(source, points, light, mesh);
     for (std::size_t face = 0; face < faces.size(); ++face) {
         const std::span corners = faces.corners(face);
         const Vector* own = &normals[faces.firstCorner(face)];

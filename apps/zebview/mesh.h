@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "settings.h"
+#include "color.h"
 #include "vector.h"
 
 struct aiMesh;
@@ -20,7 +20,7 @@ struct FaceList {
 struct Mesh {
     std::vector<float> points;   // three a vertex
     std::vector<float> normals;  // three a vertex, on the side of every face's winding
-    std::vector<float> colors;   // three a vertex, or none
+    std::vector<float> colors;   // three a vertex, light, or none
     FaceList convex, concave;
     // Concave faces that look the same without normals, and better if their outline crosses
     // itself: then parts of them are wound the other way.
@@ -35,7 +35,8 @@ struct Mesh {
 // points   the mesh's vertices, where they belong
 // toWorld  what took them there
 // facets   the normals of the file are those of its faces and tell nothing more
+// light    the colours of the file are amounts of light, and not as they are shown
 Mesh buildMesh(const aiMesh& source, const std::vector<Vector>& points, const Matrix& toWorld,
-               bool facets);
+               bool facets, bool light);
 
 }  // namespace zebview

@@ -1,7 +1,6 @@
 #include "model.h"
 
 #include <assimp/commonMetaData.h>
-#include <assimp/material.h>
 #include <assimp/scene.h>
 
 #include <algorithm>
@@ -15,6 +14,7 @@
 #include <memory>
 
 #include "failure.h"
+#include "material.h"
 
 namespace zebview
 {
@@ -159,32 +159,6 @@ Box boundingBox(const std::vector<Placement>& meshes)
     return box;
 }
 
-// What assimp and its formats give to meshes that have no material: white or a grey, no name.
-bool isStandIn(const aiMaterial& material, const aiColor3D& diffuse)
-{
-    const aiString name = material.GetName();
-    const bool named = name.length > 0 && std::strcmp(name.C_Str(), AI_DEFAULT_MATERIAL_NAME) != 0;
-    const bool grey = diffuse.r == diffuse.g && diffuse.g == diffuse.b;
-    return !named && grey && diffuse.r > 0.5f;
-}
-
-// None where the file names no colour, and where the colour only gives way to a texture.
-std::optional<Color> materialColor(const aiScene& scene, const aiMesh& mesh)
-{
-    if (mesh.mMaterialIndex >= scene.mNumMaterials) return std::nullopt;
-    const aiMaterial& material = *scene.mMaterials[mesh.mMaterialIndex];
-    aiColor3D diffuse;
-    if (material.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) != aiReturn_SUCCESS) return std::nullopt;
-    const bool textured = material.GetTextureCount(aiTextureType_DIFFUSE) > 0;
-    if (isStandIn(material, diffuse) || (textured && diffuse.IsBlack())) return std::nullopt;
-    Color color{diffuse.r, diffuse.g, diffuse.b};
-    for (float& c : color) {
-        if (!std::isfinite(c)) return std::nullopt;
-        c = std::clamp(c, 0.0f, 1.0f);
-    }
-    return color;
-}
-
 std::vector<Mesh> buildMeshes(const aiScene& scene, const Settings& settings)
 {
     const auto meshes = placements(scene, upright(upAxis(scene, settings.up)));
@@ -203,7 +177,7 @@ std::vector<Mesh> buildMeshes(const aiScene& scene, const Settings& settings)
         for (unsigned i = 0; i < source->mNumVertices; ++i) {
             points[i] = (placed(source->mVertices[i], toWorld) - center) / radius;
         }
-        Mesh mesh = buildMesh(*source, points, toWorld, facets);
+        Mesh mesh = buildMesh(*source, points, toWorld, facets, holdsLight(scene));
         if (mesh.vertexCount() == 0) continue;
         mesh.material = materialColor(scene, *source);
         result.push_back(std::move(mesh));

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "mesh.h"
+#include "settings.h"
 
 namespace zebview
 {

@@ -8,7 +8,11 @@
 #include <numbers>
 #include <utility>
 
+#include "camera.h"
+#include "canvas.h"
 #include "console.h"
+#include "model.h"
+#include "output_file.h"
 #include "zebcore/zebcore.h"
 
 namespace zebview
@@ -19,7 +23,10 @@ namespace
 
 volatile std::sig_atomic_t gInterrupted = 0;
 
-const Color kDefaultColor{0.8f, 0.8f, 0.8f};
+// The backdrop needs room behind the model.
+constexpr float kBackdropRoom = 1.1f;
+
+const Color kDefaultColor = toLight({0.8f, 0.8f, 0.8f});
 
 struct Filter {
     short id;
@@ -37,23 +44,45 @@ Filter filterNamed(const std::string& name)
     return filters.at(name);
 }
 
-void setOutput(const Settings& settings)
+short samplesOf(Channels channels)
 {
-    if (settings.output.empty()) {
-        const std::string title = std::filesystem::path(settings.model).filename().string();
-        zebOutputDisplay(title.c_str());
-        return;
+    switch (channels) {
+        case Channels::kRgb:
+            return ZEB_SAMPLES_RGB;
+        case Channels::kAlpha:
+            return ZEB_SAMPLES_ALPHA;
+        case Channels::kDepth:
+            return ZEB_SAMPLES_DEPTH;
+        case Channels::kRgbaz:
+            return ZEB_SAMPLES_RGBAZ;
+        default:
+            return ZEB_SAMPLES_RGBA;
     }
-    zebOutputFile(ZEB_FILE_AUTO, settings.output.c_str());
-    zebOutputSamples(settings.background ? ZEB_SAMPLES_RGB : ZEB_SAMPLES_RGBA);
-    if (settings.output.back() == 'r' || settings.output.back() == 'R') zebColorQuantize(0, 0, 0);
 }
 
-void setOptions(const Camera& camera, const Settings& settings)
+// Files get light as it was computed. Windows show what they are sent.
+void setOutput(const Settings& settings, const ZebDisplay& device)
+{
+    if (settings.toWindow()) {
+        const std::string title = std::filesystem::path(settings.model).filename().string();
+        zebOutputDisplay(title.c_str());
+        zebColorGamma(2.2f);
+        return;
+    }
+    if (settings.toExr()) {
+        zebOutputFile(ZEB_FILE_EXR, settings.output.c_str());
+    } else {
+        zebCustomDisplay(&device);
+    }
+    zebOutputSamples(samplesOf(settings.channels));
+    zebColorQuantize(0, 0, 0);
+}
+
+void setOptions(const Camera& camera, const Settings& settings, const ZebDisplay& device)
 {
     zebQuirks(0);
     zebRasterViewport(0, settings.width, 0, settings.height);
-    setOutput(settings);
+    setOutput(settings, device);
     if (settings.threshold) {
         zebSampleAdaptive(static_cast<float>(*settings.threshold));
     } else {
@@ -66,8 +95,7 @@ void setOptions(const Camera& camera, const Settings& settings)
 
     zebViewPerspective(static_cast<float>(settings.fov));
     zebImageWindow(-camera.halfWidth, camera.halfWidth, -camera.halfHeight, camera.halfHeight);
-    // The backdrop needs room behind the model.
-    zebClip(camera.nearest, camera.farthest * 1.1f);
+    zebClip(camera.nearest, camera.farthest * (settings.background ? kBackdropRoom : 1));
     ZebMatrix toCamera;
     std::copy(&camera.toCamera[0][0], &camera.toCamera[0][0] + 16, &toCamera[0][0]);
     zebMultMatrix(toCamera);
@@ -85,9 +113,9 @@ void addLights()
 {
     zebMatrixPush();
     zebLoadIdentity();
-    addDistantLight(-0.8f, 1, -1, 0.8f);
-    addDistantLight(1, 0.3f, -0.7f, 0.35f);
-    const float glow = 0.2f;
+    addDistantLight(-0.8f, 1, -1, 0.95f);
+    addDistantLight(1, 0.3f, -0.7f, 0.15f);
+    const float glow = 0.04f;
     zebLightSource(zebQuark("ambient"), zebQuark("intensity"), &glow, 0);
     zebMatrixPop();
 }
@@ -102,7 +130,7 @@ void addBackdrop(const Camera& camera, const Settings& settings)
     zebAttributePush();
     zebLoadIdentity();
     zebSurface(zebQuark("constant"), 0);
-    zebColor(settings.background->data());
+    zebColor(toLight(*settings.background).data());
     zebShadingRate(256);
     zebPolygon(4, zebQuark("point"), corners, 0);
     zebAttributePop();
@@ -154,7 +182,8 @@ void addConcave(const FaceList& faces, const Parameters& list)
 
 void addMesh(const Mesh& mesh, const Settings& settings)
 {
-    const Color color = settings.color.value_or(mesh.material.value_or(kDefaultColor));
+    const Color color =
+        settings.color ? toLight(*settings.color) : mesh.material.value_or(kDefaultColor);
     zebColor(color.data());
     Parameters list;
     list.add("point", mesh.points);
@@ -177,7 +206,7 @@ bool givenUp()
 // Whether the user has closed the window, with the picture in it.
 bool windowClosed(const Settings& settings)
 {
-    return settings.output.empty() && zebWindowEvents(0) == 0;
+    return settings.toWindow() && zebWindowEvents(0) == 0;
 }
 
 bool renderBuckets(const Settings& settings)
@@ -224,13 +253,10 @@ void showUntilClosed()
     }
 }
 
-}  // namespace
-
-bool renderPicture(std::vector<Mesh> meshes, const Camera& camera, const Settings& settings)
+bool renderPicture(std::vector<Mesh> meshes, const Camera& camera, const Settings& settings,
+                   const ZebDisplay& device)
 {
-    onStops([](int) { gInterrupted = 1; });
-    receiveReports();
-    setOptions(camera, settings);
+    setOptions(camera, settings, device);
     zebSceneBegin();
     if (givenUp()) return false;
     if (windowClosed(settings)) {
@@ -244,8 +270,27 @@ bool renderPicture(std::vector<Mesh> meshes, const Camera& camera, const Setting
         return true;
     }
     zebSceneEnd();
-    if (settings.output.empty()) showUntilClosed();
+    if (settings.toWindow()) showUntilClosed();
     return !errorReported();
+}
+
+}  // namespace
+
+bool makePicture(const Settings& settings)
+{
+    onStops([](int) { gInterrupted = 1; });
+    receiveReports();
+    std::vector<Mesh> meshes = loadModel(settings);
+    const Camera camera = frameModel(meshes, settings.azimuth, settings);
+    if (settings.toWindow() || settings.toExr()) {
+        return renderPicture(std::move(meshes), camera, settings, {});
+    }
+    OutputFile file(settings.output);
+    Canvas canvas(settings.width, settings.height, settings.channels, settings.background);
+    CanvasCell cell(canvas, 0, 0);
+    if (!renderPicture(std::move(meshes), camera, settings, cell.device())) return false;
+    file.save(canvas);
+    return true;
 }
 
 }  // namespace zebview

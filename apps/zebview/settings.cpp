@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <vector>
 
 #include "console.h"
@@ -18,6 +19,14 @@ namespace
 
 constexpr int kWrongUsage = 2;
 constexpr long kMaxSize = 65536;
+
+const std::map<std::string, Fit> kFits{{"tight", Fit::kTight}, {"sphere", Fit::kSphere}};
+
+const std::map<std::string, Channels> kChannels{{"rgba", Channels::kRgba},
+                                                {"rgb", Channels::kRgb},
+                                                {"alpha", Channels::kAlpha},
+                                                {"depth", Channels::kDepth},
+                                                {"rgbaz", Channels::kRgbaz}};
 
 // Numbers with a point in every locale; nothing may follow them.
 bool parse(const std::string& text, double& value)
@@ -99,12 +108,19 @@ std::string version()
 void addPictureOptions(CLI::App& app, Settings& s)
 {
     app.add_option("-o,--output", s.output,
-                   "The picture to write, .png or .exr; default: a window shows it")
+                   "The picture to write, .png or .exr, or - for PNG to standard output; default: "
+                   "a window shows it")
         ->type_name("FILE");
     app.add_option_function<std::string>(
            "--size", [&s](const std::string& text) { parseSize(text, s); },
            "Pixels across and down; default 800x600")
         ->type_name("WxH");
+    app.add_option_function<std::string>(
+           "--channels", [&s](const std::string& name) { s.channels = kChannels.at(name); },
+           "What the file holds of each pixel: rgba, rgb, alpha, depth, and rgbaz for OpenEXR; "
+           "default rgba, with --background rgb")
+        ->type_name("NAME")
+        ->check(CLI::IsMember(kChannels));
     CLI::Option* samples =
         app.add_option("--samples", s.samples, "N x N samples a pixel, 1 to 64; default 4")
             ->type_name("N")
@@ -147,6 +163,12 @@ void addModelOptions(CLI::App& app, Settings& s)
            "--fov", [&s](const std::string& text) { s.fov = parseNumber("--fov", text, 1, 150); },
            "Field of view across the picture's shorter side, 1 to 150; default 35")
         ->type_name("DEGREES");
+    app.add_option_function<std::string>(
+           "--fit", [&s](const std::string& name) { s.fit = kFits.at(name); },
+           "Fits the view (tight), or a sphere around the model, which looks the same from all "
+           "sides (sphere); default tight")
+        ->type_name("NAME")
+        ->check(CLI::IsMember(kFits));
     app.add_option("--up", s.up,
                    "The model's axis that points up; default y, unless the file names another")
         ->type_name("AXIS")
@@ -160,19 +182,39 @@ void addModelOptions(CLI::App& app, Settings& s)
         ->type_name("R,G,B");
 }
 
-// The kind of file is known before hours of rendering, not after.
-void checkOutput(const Settings& settings)
+std::string ending(const std::string& name)
 {
-    if (settings.output.empty()) return;
-    std::string ending = std::filesystem::path(settings.output).extension().string();
-    for (char& c : ending) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    if (ending != ".png" && ending != ".exr") {
+    std::string text = std::filesystem::path(name).extension().string();
+    for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return text;
+}
+
+// What is wrong with the output is known before hours of rendering, not after.
+void checkOutput(const CLI::App& app, Settings& s)
+{
+    const bool named = app.count("--channels") > 0;
+    if (s.background && !named) s.channels = Channels::kRgb;
+    if (s.background && (s.channels == Channels::kAlpha || s.channels == Channels::kDepth)) {
+        throw CLI::ValidationError("--background",
+                                   "there are no colours in --channels alpha, depth");
+    }
+    if (s.toWindow()) {
+        if (named) throw CLI::ValidationError("--channels", "a window shows colours: add -o FILE");
+        return;
+    }
+    const std::string kind = ending(s.output);
+    if (s.output != "-" && kind != ".png" && kind != ".exr") {
         throw CLI::ValidationError("--output",
-                                   "'" + settings.output + "' ends neither in .png nor in .exr");
+                                   "'" + s.output + "' ends neither in .png nor in .exr");
+    }
+    if (s.channels == Channels::kRgbaz && !s.toExr()) {
+        throw CLI::ValidationError("--channels", "rgbaz needs a file that ends in .exr");
     }
 }
 
 }  // namespace
+
+bool Settings::toExr() const { return ending(output) == ".exr"; }
 
 CommandLine readCommandLine(int argc, char** argv)
 {
@@ -183,7 +225,7 @@ CommandLine readCommandLine(int argc, char** argv)
     addPictureOptions(app, result.settings);
     try {
         app.parse(argc, argv);
-        checkOutput(result.settings);
+        checkOutput(app, result.settings);
     } catch (const CLI::Success& wanted) {
         result.exitStatus = app.exit(wanted);
     } catch (const CLI::ParseError& wrong) {

@@ -49,6 +49,11 @@ TEST_F(Failures, WrongUsageIsStatusTwo)
     expectWrongUsage({cube, "-o", "picture.jpg"}, "picture.jpg");
     expectWrongUsage({cube, "-o", "picture"}, "ends neither");
     expectWrongUsage({cube, "--samples", "2", "--adaptive", "0.1"}, "excludes");
+    expectWrongUsage({cube, "-o", "a.png", "--channels", "rgbaz"}, "ends in .exr");
+    expectWrongUsage({cube, "-o", "-", "--channels", "rgbaz"}, "ends in .exr");
+    expectWrongUsage({cube, "--channels", "rgb"}, "add -o FILE");
+    expectWrongUsage({cube, "-o", "a.png", "--channels", "alpha", "--background", "1,1,1"},
+                     "no colours");
     const std::pair<const char*, Words> wrong[] = {
         {"--size", {"0x10", "10", "10x", "-5x5", "10x10x10", "1.5x2", "axb", "70000x1", "nanx1"}},
         {"--samples", {"0", "65", "x", "-1", "2.5"}},
@@ -57,6 +62,8 @@ TEST_F(Failures, WrongUsageIsStatusTwo)
         {"--filter", {"gauss", "Box", ""}},
         {"--view", {"30", "30,91", "30,-91", "30,20,10", "x,y", "nan,0", ","}},
         {"--fov", {"0", "180", "-10", "wide"}},
+        {"--channels", {"RGB", "rgbx", "z", ""}},
+        {"--fit", {"loose", "Sphere", ""}},
         {"--up", {"w", "xy", "", "+z"}},
         {"--surface", {"wood", "plastic2"}},
         {"--color", {"1,1", "1,1,2", "-1,0,0", "red", "1,1,1,1", "nan,0,0"}},
@@ -172,6 +179,12 @@ TEST_F(Failures, APictureThatWasThereStays)
     write("picture.png", "old");
     expectFailure({write("broken.obj", "f 1 2 3\n"), "-o", "picture.png"}, 1, "broken.obj");
     EXPECT_EQ(read(path("picture.png")), "old");
+}
+
+TEST_F(Failures, TooLargePicturesAreRefusedAtOnce)
+{
+    const std::string cube = write("cube.obj", cubeObj());
+    expectFailure({cube, "-o", "a.png", "--size", "65536x65536"}, 1, "too large for a PNG file");
 }
 
 TEST_F(Failures, WithoutAScreenThePictureNeedsAFile)
