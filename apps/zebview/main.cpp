@@ -4,7 +4,7 @@
 #include <new>
 
 #include "console.h"
-#include "picture.h"
+#include "pictures.h"
 #include "settings.h"
 
 int main(int argc, char** argv)
@@ -12,7 +12,7 @@ int main(int argc, char** argv)
     try {
         const zebview::CommandLine commandLine = zebview::readCommandLine(argc, argv);
         if (commandLine.exitStatus) return *commandLine.exitStatus;
-        return zebview::makePicture(commandLine.settings) ? 0 : 1;
+        return zebview::makePictures(commandLine.settings) ? 0 : 1;
     } catch (const std::bad_alloc&) {
         zebview::complain("there is not enough memory");
     } catch (const std::exception& failure) {

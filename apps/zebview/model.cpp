@@ -187,18 +187,18 @@ std::vector<Mesh> buildMeshes(const aiScene& scene, const Settings& settings)
 
 }  // namespace
 
-std::vector<Mesh> loadModel(const Settings& settings)
+Model loadModel(const std::string& name, const Settings& settings)
 {
     try {
-        checkFile(settings.model);
+        checkFile(name);
         Assimp::Importer importer;
-        const aiScene* scene = importer.ReadFile(settings.model, 0);
+        const aiScene* scene = importer.ReadFile(name, 0);
         if (!scene) throw Failure(std::string("cannot be read: ") + importer.GetErrorString());
-        std::vector<Mesh> meshes = buildMeshes(*scene, settings);
-        if (meshes.empty()) throw Failure("it has no polygons");
-        return meshes;
+        Model model{buildMeshes(*scene, settings)};
+        if (model.meshes.empty()) throw Failure("it has no polygons");
+        return model;
     } catch (const Failure& failure) {
-        throw Failure(settings.model + ": " + failure.what());
+        throw Failure(name + ": " + failure.what());
     }
 }
 

@@ -1,6 +1,7 @@
-// A model file as a list of meshes around the origin.
+// A model file, as meshes around the origin.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "mesh.h"
@@ -9,9 +10,13 @@
 namespace zebview
 {
 
+struct Model {
+    std::vector<Mesh> meshes;
+};
+
 // Reads a file, turns it so that y points up, and moves and scales it into the unit sphere: what
 // comes after needs no thought for models as large as a country or as small as a hair. Throws a
 // Failure if there is nothing to be seen.
-std::vector<Mesh> loadModel(const Settings& settings);
+Model loadModel(const std::string& name, const Settings& settings);
 
 }  // namespace zebview

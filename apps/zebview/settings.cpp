@@ -1,14 +1,16 @@
 #include "settings.h"
 
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <map>
+#include <set>
 #include <vector>
 
 #include "console.h"
+#include "failure.h"
+#include "values.h"
 #include "zebcore/zebcore.h"
 
 namespace zebview
@@ -28,55 +30,10 @@ const std::map<std::string, Channels> kChannels{{"rgba", Channels::kRgba},
                                                 {"depth", Channels::kDepth},
                                                 {"rgbaz", Channels::kRgbaz}};
 
-// Numbers with a point in every locale; nothing may follow them.
-bool parse(const std::string& text, double& value)
-{
-    const char* end = text.data() + text.size();
-    const auto [stop, failed] = std::from_chars(text.data(), end, value);
-    return failed == std::errc() && stop == end && std::isfinite(value);
-}
-
-template <std::size_t n>
-std::array<double, n> parseList(const std::string& option, const std::string& text, char separator,
-                                const char* wanted)
-{
-    std::array<double, n> values{};
-    const std::vector<std::string> parts = CLI::detail::split(text, separator);
-    bool good = parts.size() == n;
-    for (std::size_t i = 0; good && i < n; ++i) good = parse(parts[i], values[i]);
-    if (!good) throw CLI::ValidationError(option, "'" + text + "' is not " + wanted);
-    return values;
-}
-
-Color parseColor(const std::string& option, const std::string& text)
-{
-    static constexpr const char* wanted = "three numbers from 0 to 1, such as 0.8,0.2,0";
-    Color color{};
-    const auto values = parseList<3>(option, text, ',', wanted);
-    for (std::size_t i = 0; i < 3; ++i) {
-        if (values[i] < 0 || values[i] > 1) {
-            throw CLI::ValidationError(option, "'" + text + "' is not " + wanted);
-        }
-        color[i] = static_cast<float>(values[i]);
-    }
-    return color;
-}
-
-double parseNumber(const std::string& option, const std::string& text, double min, double max)
-{
-    const double value = parseList<1>(option, text, ',', "a number")[0];
-    if (value < min || value > max) {
-        char range[80];
-        std::snprintf(range, sizeof range, " is not in the range %g to %g", min, max);
-        throw CLI::ValidationError(option, text + range);
-    }
-    return value;
-}
-
 void parseSize(const std::string& text, Settings& settings)
 {
     static constexpr const char* wanted = "a width and a height from 1 to 65536, such as 800x600";
-    const auto [width, height] = parseList<2>("--size", text, 'x', wanted);
+    const auto [width, height] = parsePair("--size", text, 'x', wanted);
     const auto good = [](double size) {
         return size >= 1 && size <= kMaxSize && size == std::floor(size);
     };
@@ -90,12 +47,32 @@ void parseSize(const std::string& text, Settings& settings)
 void parseView(const std::string& text, Settings& settings)
 {
     const auto [azimuth, elevation] =
-        parseList<2>("--view", text, ',', "two angles in degrees, such as 30,20");
+        parsePair("--view", text, ',', "two angles in degrees, such as 30,20");
     if (elevation < -90 || elevation > 90) {
         throw CLI::ValidationError("--view", "an elevation lies between -90 and 90 degrees");
     }
     settings.azimuth = std::fmod(azimuth, 360);
     settings.elevation = elevation;
+}
+
+void parseOutput(const std::string& text, Settings& settings)
+{
+    try {
+        settings.output = OutputName(text);
+    } catch (const Failure& wrong) {
+        throw CLI::ValidationError("--output", wrong.what());
+    }
+}
+
+void parseSheet(const std::string& text, Settings& settings)
+{
+    static constexpr const char* wanted = "columns and rows from 1 to 1000, such as 6x4";
+    const auto [columns, rows] = parsePair("--sheet", text, 'x', wanted);
+    const auto good = [](double n) { return n >= 1 && n <= 1000 && n == std::floor(n); };
+    if (!good(columns) || !good(rows)) {
+        throw CLI::ValidationError("--sheet", "'" + text + "' is not " + wanted);
+    }
+    settings.sheet = {static_cast<long>(columns), static_cast<long>(rows)};
 }
 
 std::string version()
@@ -107,13 +84,19 @@ std::string version()
 
 void addPictureOptions(CLI::App& app, Settings& s)
 {
-    app.add_option("-o,--output", s.output,
-                   "The picture to write, .png or .exr, or - for PNG to standard output; default: "
-                   "a window shows it")
+    app.add_option_function<std::string>(
+           "-o,--output", [&s](const std::string& text) { parseOutput(text, s); },
+           "The picture to write, .png or .exr, or - for PNG to standard output; %d in it, or "
+           "%03d, "
+           "is the number of the view, %s the model's name; default: a window shows it")
         ->type_name("FILE");
     app.add_option_function<std::string>(
+           "--sheet", [&s](const std::string& text) { parseSheet(text, s); },
+           "Puts all views into one picture, row by row")
+        ->type_name("COLUMNSxROWS");
+    app.add_option_function<std::string>(
            "--size", [&s](const std::string& text) { parseSize(text, s); },
-           "Pixels across and down; default 800x600")
+           "Pixels of a view across and down; default 800x600")
         ->type_name("WxH");
     app.add_option_function<std::string>(
            "--channels", [&s](const std::string& name) { s.channels = kChannels.at(name); },
@@ -152,13 +135,22 @@ void addPictureOptions(CLI::App& app, Settings& s)
 
 void addModelOptions(CLI::App& app, Settings& s)
 {
-    app.add_option("MODEL", s.model, "The model: OBJ, PLY, STL, 3DS, OFF, glTF and many more")
+    app.add_option("MODEL", s.models, "The models: OBJ, PLY, STL, 3DS, OFF, glTF and many more")
         ->type_name("")
         ->required();
     app.add_option_function<std::string>(
            "--view", [&s](const std::string& text) { parseView(text, s); },
            "Degrees that the eye goes to the right around the model and up; default 30,20")
         ->type_name("AZIMUTH,ELEVATION");
+    app.add_option("--frames", s.frames,
+                   "Views of each model, as the eye goes around it; default 1")
+        ->type_name("N")
+        ->check(CLI::Range(1, 100000));
+    app.add_option_function<std::string>(
+           "--turn",
+           [&s](const std::string& text) { s.turn = parseNumber("--turn", text, -1e6, 1e6); },
+           "How far the eye goes to the right in all frames; default 360")
+        ->type_name("DEGREES");
     app.add_option_function<std::string>(
            "--fov", [&s](const std::string& text) { s.fov = parseNumber("--fov", text, 1, 150); },
            "Field of view across the picture's shorter side, 1 to 150; default 35")
@@ -166,7 +158,7 @@ void addModelOptions(CLI::App& app, Settings& s)
     app.add_option_function<std::string>(
            "--fit", [&s](const std::string& name) { s.fit = kFits.at(name); },
            "Fits the view (tight), or a sphere around the model, which looks the same from all "
-           "sides (sphere); default tight")
+           "sides (sphere); default tight for one frame, sphere for more")
         ->type_name("NAME")
         ->check(CLI::IsMember(kFits));
     app.add_option("--up", s.up,
@@ -189,8 +181,7 @@ std::string ending(const std::string& name)
     return text;
 }
 
-// What is wrong with the output is known before hours of rendering, not after.
-void checkOutput(const CLI::App& app, Settings& s)
+void checkChannels(const CLI::App& app, Settings& s)
 {
     const bool named = app.count("--channels") > 0;
     if (s.background && !named) s.channels = Channels::kRgb;
@@ -198,23 +189,85 @@ void checkOutput(const CLI::App& app, Settings& s)
         throw CLI::ValidationError("--background",
                                    "there are no colours in --channels alpha, depth");
     }
-    if (s.toWindow()) {
-        if (named) throw CLI::ValidationError("--channels", "a window shows colours: add -o FILE");
-        return;
-    }
-    const std::string kind = ending(s.output);
-    if (s.output != "-" && kind != ".png" && kind != ".exr") {
-        throw CLI::ValidationError("--output",
-                                   "'" + s.output + "' ends neither in .png nor in .exr");
+    if (named && s.toWindow()) {
+        throw CLI::ValidationError("--channels", "a window shows colours: add -o FILE");
     }
     if (s.channels == Channels::kRgbaz && !s.toExr()) {
         throw CLI::ValidationError("--channels", "rgbaz needs a file that ends in .exr");
     }
 }
 
+// All views in one picture.
+void checkSheet(const Settings& s)
+{
+    if (s.toWindow()) throw CLI::ValidationError("--sheet", "a sheet needs a file: -o FILE");
+    if (s.toExr())
+        throw CLI::ValidationError("--sheet", "a sheet is a PNG file, not an OpenEXR one");
+    if (s.output.hasNumber() || s.output.hasModel()) {
+        throw CLI::ValidationError("--sheet",
+                                   "a sheet is one file: %d and %s have no place in its name");
+    }
+    const long room = s.sheet->columns * s.sheet->rows;
+    if (s.viewCount() > room) {
+        throw CLI::ValidationError("--sheet", "there is room for " + std::to_string(room) + " of " +
+                                                  std::to_string(s.viewCount()) + " views");
+    }
+}
+
+// Each view in a file of its own.
+void checkNames(const Settings& s)
+{
+    if (s.viewCount() == 1) return;
+    if (s.toWindow()) {
+        throw CLI::ValidationError("--output", "more than one view needs a file: -o FILE");
+    }
+    std::set<std::string> names;
+    for (std::size_t model = 0; model < s.models.size(); ++model) {
+        for (long frame = 0; frame < s.frames; ++frame) {
+            const std::string name = s.viewName(model, frame);
+            if (!names.insert(name).second) {
+                throw CLI::ValidationError("--output",
+                                           "more than one view would be '" + name +
+                                               "': add %d or %s to the name, or ask for a --sheet");
+            }
+        }
+    }
+}
+
+// What is wrong with the output is known before hours of rendering, not after.
+void checkOutput(const CLI::App& app, Settings& s)
+{
+    const std::string kind = ending(s.output.text());
+    const bool standardOutput = s.output.text() == "-";
+    if (!s.toWindow() && !standardOutput && kind != ".png" && kind != ".exr") {
+        throw CLI::ValidationError("--output",
+                                   "'" + s.output.text() + "' ends neither in .png nor in .exr");
+    }
+    checkChannels(app, s);
+    const bool numbered = s.output.hasNumber() || s.output.hasModel();
+    // Models stand side by side unless they are told otherwise.
+    if (!s.sheet && s.models.size() > 1 && s.frames == 1 && !numbered && !s.toWindow()) {
+        s.sheet = {static_cast<long>(s.models.size()), 1};
+    }
+    if (s.sheet) {
+        checkSheet(s);
+    } else {
+        checkNames(s);
+    }
+    if (app.count("--fit") == 0 && s.frames > 1) s.fit = Fit::kSphere;
+}
+
 }  // namespace
 
-bool Settings::toExr() const { return ending(output) == ".exr"; }
+bool Settings::toExr() const { return ending(output.text()) == ".exr"; }
+
+std::string Settings::viewName(std::size_t model, long frame) const
+{
+    const std::filesystem::path path(models[model]);
+    if (toWindow()) return path.filename().string();
+    const long before = output.hasModel() ? 0 : static_cast<long>(model) * frames;
+    return output.forView(before + frame, path.stem().string());
+}
 
 CommandLine readCommandLine(int argc, char** argv)
 {

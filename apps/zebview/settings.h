@@ -3,8 +3,10 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "color.h"
+#include "output_name.h"
 
 namespace zebview
 {
@@ -15,11 +17,18 @@ enum class Channels { kRgba, kRgb, kAlpha, kDepth, kRgbaz };
 // How large a model is shown.
 enum class Fit { kTight, kSphere };
 
+struct Sheet {
+    long columns, rows;
+};
+
 struct Settings {
-    std::string model;
-    std::string output;  // empty: a window; "-": standard output
+    std::vector<std::string> models;
+    OutputName output;           // empty: a window; "-": standard output
+    std::optional<Sheet> sheet;  // all views in one picture
+    long frames = 1;
+    double turn = 360;  // degrees, over all frames
     Channels channels = Channels::kRgba;
-    long width = 800, height = 600;
+    long width = 800, height = 600;   // of a view
     int samples = 4;                  // along x and along y
     std::optional<double> threshold;  // samples adaptively
     double shadingRate = 1;
@@ -34,6 +43,9 @@ struct Settings {
 
     bool toWindow() const { return output.empty(); }
     bool toExr() const;
+    long viewCount() const { return static_cast<long>(models.size()) * frames; }
+    // The file that gets a view, or the title of its window.
+    std::string viewName(std::size_t model, long frame) const;
 };
 
 // The result of a command line: settings to go on with, or the exit status to end with, help and

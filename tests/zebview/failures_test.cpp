@@ -44,7 +44,6 @@ TEST_F(Failures, WrongUsageIsStatusTwo)
     const std::string cube = write("cube.obj", cubeObj());
     expectWrongUsage({}, "MODEL is required");
     expectWrongUsage({cube, "--nonsense"}, "--nonsense");
-    expectWrongUsage({cube, "another.obj"}, "another.obj");
     expectWrongUsage({cube, "--size"}, "--size");
     expectWrongUsage({cube, "-o", "picture.jpg"}, "picture.jpg");
     expectWrongUsage({cube, "-o", "picture"}, "ends neither");
@@ -63,6 +62,9 @@ TEST_F(Failures, WrongUsageIsStatusTwo)
         {"--view", {"30", "30,91", "30,-91", "30,20,10", "x,y", "nan,0", ","}},
         {"--fov", {"0", "180", "-10", "wide"}},
         {"--channels", {"RGB", "rgbx", "z", ""}},
+        {"--frames", {"0", "-1", "1.5", "x", "100001"}},
+        {"--turn", {"x", "inf", "nan", "9e9", ""}},
+        {"--sheet", {"2", "0x2", "2x", "2x2x2", "1.5x2", "-1x1", "1001x1"}},
         {"--fit", {"loose", "Sphere", ""}},
         {"--up", {"w", "xy", "", "+z"}},
         {"--surface", {"wood", "plastic2"}},
@@ -74,6 +76,35 @@ TEST_F(Failures, WrongUsageIsStatusTwo)
             expectFailure({cube, option, value}, 2, "Run with --help");
         }
     }
+}
+
+TEST_F(Failures, ViewsThatHaveNoPlace)
+{
+    const std::string cube = write("cube.obj", cubeObj());
+    expectWrongUsage({cube, "another.obj"}, "more than one view needs a file");
+    expectWrongUsage({cube, "--frames", "2"}, "more than one view needs a file");
+    expectWrongUsage({cube, "--sheet", "2x2"}, "a sheet needs a file");
+    expectWrongUsage({cube, "--frames", "2", "-o", "a.png"}, "more than one view would be 'a.png'");
+    expectWrongUsage({cube, "--frames", "2", "-o", "-"}, "more than one view would be '-'");
+    expectWrongUsage({cube, "--frames", "2", "-o", "%s.png"}, "would be 'cube.png'");
+    expectWrongUsage({cube, "other/cube.ply", "-o", "%s.png"}, "would be 'cube.png'");
+    expectWrongUsage({cube, cube, "--frames", "2", "-o", "a.png"}, "would be 'a.png'");
+    expectWrongUsage({cube, cube, "-o", "a.exr"}, "a sheet is a PNG file");
+    expectWrongUsage({cube, "-o", "a%d.png", "--sheet", "1x1"}, "have no place in its name");
+    expectWrongUsage({cube, "--frames", "7", "-o", "a.png", "--sheet", "3x2"},
+                     "room for 6 of 7 views");
+    for (const char* name : {"a%.png", "%3d.png", "%x.png", "a.png%", "%00%.png", "%04s.png"}) {
+        expectWrongUsage({cube, "-o", name}, "has a % that is none of %d, %03d, %s and %%");
+    }
+    expectFailure({cube, "-o", "a.png", "--sheet", "1000x1000", "--size", "1001x10"}, 1,
+                  "too large for a PNG file");
+}
+
+TEST_F(Failures, OneModelOfASheetThatCannotBeRead)
+{
+    const std::string cube = write("cube.obj", cubeObj());
+    expectFailure({cube, "missing.obj", "-o", "sheet.png", "--size", "40x30"}, 1,
+                  "missing.obj: cannot read it");
 }
 
 TEST_F(Failures, ModelsThatCannotBeRead)

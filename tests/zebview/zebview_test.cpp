@@ -444,8 +444,9 @@ TEST_F(Options, HelpNamesEveryOption)
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
     for (const char* name :
-         {"MODEL", "--output", "--size", "--samples", "--adaptive", "--rate", "--filter", "--view",
-          "--fov", "--up", "--surface", "--color", "--background", "--help", "--version"}) {
+         {"MODEL",  "--output",  "--channels", "--sheet",      "--frames", "--turn",   "--fit",
+          "--size", "--samples", "--adaptive", "--rate",       "--filter", "--view",   "--fov",
+          "--up",   "--surface", "--color",    "--background", "--help",   "--version"}) {
         EXPECT_NE(outcome.out.find(name), std::string::npos) << name;
     }
 }

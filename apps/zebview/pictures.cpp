@@ -1,0 +1,102 @@
+#include "pictures.h"
+
+#include <filesystem>
+#include <optional>
+
+#include "canvas.h"
+#include "console.h"
+#include "output_file.h"
+#include "render.h"
+
+namespace zebview
+{
+
+namespace
+{
+
+// A file with a canvas of its own.
+class PngPicture
+{
+public:
+    PngPicture(const std::string& name, const Sheet& sheet, const Settings& settings)
+        : fFile(name),
+          fCanvas(sheet.columns * settings.width, sheet.rows * settings.height, settings.channels,
+                  settings.background)
+    {
+    }
+    CanvasCell cell(long x, long y) { return {fCanvas, x, y}; }
+    void save() { fFile.save(fCanvas); }
+
+private:
+    OutputFile fFile;
+    Canvas fCanvas;
+};
+
+class Pictures
+{
+public:
+    explicit Pictures(const Settings& settings) : fSettings(settings)
+    {
+        if (settings.sheet) fSheet.emplace(settings.output.text(), *settings.sheet, settings);
+    }
+
+    bool make()
+    {
+        for (std::size_t i = 0; i < fSettings.models.size(); ++i) {
+            Model model = loadModel(fSettings.models[i], fSettings);
+            for (long frame = 0; frame < fSettings.frames; ++frame) {
+                if (!makeView(model, i, frame)) return false;
+            }
+        }
+        if (fSheet) fSheet->save();
+        return true;
+    }
+
+private:
+    bool makeView(Model& model, std::size_t index, long frame)
+    {
+        Destination destination;
+        destination.name = fSettings.viewName(index, frame);
+        destination.number = static_cast<long>(index) * fSettings.frames + frame;
+        destination.count = fSettings.viewCount();
+        destination.isModelsLast = frame + 1 == fSettings.frames;
+        const double turned =
+            fSettings.turn * static_cast<double>(frame) / static_cast<double>(fSettings.frames);
+        const Camera camera = frameModel(model.meshes, fSettings.azimuth + turned, fSettings);
+        if (fSheet) return makeCell(model, camera, destination);
+        if (fSettings.toWindow() || fSettings.toExr()) {
+            return renderView(model, camera, fSettings, destination);
+        }
+        PngPicture picture(destination.name, {1, 1}, fSettings);
+        CanvasCell cell = picture.cell(0, 0);
+        const ZebDisplay device = cell.device();
+        destination.device = &device;
+        if (!renderView(model, camera, fSettings, destination)) return false;
+        picture.save();
+        return true;
+    }
+
+    bool makeCell(Model& model, const Camera& camera, Destination& destination)
+    {
+        const long columns = fSettings.sheet->columns;
+        CanvasCell cell = fSheet->cell(destination.number % columns * fSettings.width,
+                                       destination.number / columns * fSettings.height);
+        const ZebDisplay device = cell.device();
+        destination.device = &device;
+        return renderView(model, camera, fSettings, destination);
+    }
+
+    const Settings& fSettings;
+    std::optional<PngPicture> fSheet;
+};
+
+}  // namespace
+
+bool makePictures(const Settings& settings)
+{
+    listenToStops();
+    receiveReports();
+    return Pictures(settings).make();
+}
+
+}  // namespace zebview
