@@ -70,8 +70,8 @@ std::vector<Vector> fileNormals(const aiMesh& source, const Matrix& toWorld, Fac
 class VertexCollector
 {
 public:
-    VertexCollector(const aiMesh& source, const std::vector<Vector>& points, bool light, Mesh& mesh)
-        : fSource(source), fPoints(points), fLight(light), fMesh(mesh), fFirst(points.size(), -1)
+    VertexCollector(const aiMesh& source, const std::vector<Vector>& points, Mesh& mesh)
+        : fSource(source), fPoints(points), fMesh(mesh), fFirst(points.size(), -1)
     {
     }
 
@@ -82,13 +82,7 @@ public:
         const auto added = static_cast<long>(fMesh.vertexCount());
         append(fMesh.points, fPoints[index]);
         append(fMesh.normals, normal);
-        if (fSource.HasVertexColors(0)) {
-            const aiColor4D& c = fSource.mColors[0][index];
-            for (const float v : {c.r, c.g, c.b}) {
-                const float inRange = std::clamp(v, 0.0f, 1.0f);
-                fMesh.colors.push_back(fLight ? inRange : toLight(inRange));
-            }
-        }
+        if (fSource.HasVertexColors(0)) appendColor(fSource.mColors[0][index]);
         if (first < 0) first = added;
         return added;
     }
@@ -98,6 +92,18 @@ private:
     {
         for (const double value : {v.x, v.y, v.z}) list.push_back(static_cast<float>(value));
     }
+    void appendColor(const aiColor4D& c)
+    {
+        const Material& material = fMesh.material;
+        const Color factor = material.color.value_or(Color{1, 1, 1});
+        const Color own{std::clamp(c.r, 0.0f, 1.0f), std::clamp(c.g, 0.0f, 1.0f),
+                        std::clamp(c.b, 0.0f, 1.0f)};
+        for (std::size_t i = 0; i < 3; ++i) {
+            fMesh.colors.push_back(material.tintsVertices ? own[i] * factor[i] : toLight(own[i]));
+            if (!material.blendsVertices) continue;
+            fMesh.opacities.push_back(std::clamp(c.a, 0.0f, 1.0f) * material.opacity);
+        }
+    }
     Vector normalAt(long vertex) const
     {
         const float* n = &fMesh.normals[static_cast<std::size_t>(vertex) * 3];
@@ -106,7 +112,6 @@ private:
 
     const aiMesh& fSource;
     const std::vector<Vector>& fPoints;
-    const bool fLight;
     Mesh& fMesh;
     std::vector<long> fFirst;
 };
@@ -120,15 +125,16 @@ bool isFlat(std::span<const Vector> normals, const Vector& faceNormal)
 }  // namespace
 
 Mesh buildMesh(const aiMesh& source, const std::vector<Vector>& points, const Matrix& toWorld,
-               bool facets, bool light)
+               bool facets, const Material& material)
 {
     Mesh mesh;
+    mesh.material = material;
     Faces faces(source, points);
     std::vector<Vector> normals;
     if (!facets) normals = fileNormals(source, toWorld, faces);
     if (normals.empty()) normals = smoothNormals(faces, points);
 
-    VertexCollector collector(source, points, light, mesh);
+    VertexCollector collector(source, points, mesh);
     for (std::size_t face = 0; face < faces.size(); ++face) {
         const std::span corners = faces.corners(face);
         const Vector* own = &normals[faces.firstCorner(face)];

@@ -1,10 +1,9 @@
 // One mesh of a model, ready to be handed to the renderer.
 #pragma once
 
-#include <optional>
 #include <vector>
 
-#include "color.h"
+#include "material.h"
 #include "vector.h"
 
 struct aiMesh;
@@ -20,12 +19,13 @@ struct FaceList {
 struct Mesh {
     std::vector<float> points;   // three a vertex
     std::vector<float> normals;  // three a vertex, on the side of every face's winding
-    std::vector<float> colors;   // three a vertex, light, or none
+    // Three a vertex, light; or none.
+    std::vector<float> colors, opacities;
     FaceList convex, concave;
     // Concave faces that look the same without normals, and better if their outline crosses
     // itself: then parts of them are wound the other way.
     FaceList flatConcave;
-    std::optional<Color> material;
+    Material material;
 
     std::size_t vertexCount() const { return points.size() / 3; }
 };
@@ -35,8 +35,7 @@ struct Mesh {
 // points   the mesh's vertices, where they belong
 // toWorld  what took them there
 // facets   the normals of the file are those of its faces and tell nothing more
-// light    the colours of the file are amounts of light, and not as they are shown
 Mesh buildMesh(const aiMesh& source, const std::vector<Vector>& points, const Matrix& toWorld,
-               bool facets, bool light);
+               bool facets, const Material& material);
 
 }  // namespace zebview

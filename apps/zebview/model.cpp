@@ -177,9 +177,8 @@ std::vector<Mesh> buildMeshes(const aiScene& scene, const Settings& settings)
         for (unsigned i = 0; i < source->mNumVertices; ++i) {
             points[i] = (placed(source->mVertices[i], toWorld) - center) / radius;
         }
-        Mesh mesh = buildMesh(*source, points, toWorld, facets, holdsLight(scene));
+        Mesh mesh = buildMesh(*source, points, toWorld, facets, readMaterial(scene, *source));
         if (mesh.vertexCount() == 0) continue;
-        mesh.material = materialColor(scene, *source);
         result.push_back(std::move(mesh));
     }
     return result;
@@ -194,7 +193,7 @@ Model loadModel(const std::string& name, const Settings& settings)
         Assimp::Importer importer;
         const aiScene* scene = importer.ReadFile(name, 0);
         if (!scene) throw Failure(std::string("cannot be read: ") + importer.GetErrorString());
-        Model model{buildMeshes(*scene, settings)};
+        Model model{buildMeshes(*scene, settings), whatIsNotShown(*scene)};
         if (model.meshes.empty()) throw Failure("it has no polygons");
         return model;
     } catch (const Failure& failure) {

@@ -12,6 +12,7 @@ namespace zebview
 
 struct Model {
     std::vector<Mesh> meshes;
+    std::string notShown;  // in words, if it is anything
 };
 
 // Reads a file, turns it so that y points up, and moves and scales it into the unit sphere: what

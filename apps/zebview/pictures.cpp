@@ -44,6 +44,9 @@ public:
     {
         for (std::size_t i = 0; i < fSettings.models.size(); ++i) {
             Model model = loadModel(fSettings.models[i], fSettings);
+            if (!model.notShown.empty()) {
+                complain(fSettings.models[i] + ": " + model.notShown);
+            }
             for (long frame = 0; frame < fSettings.frames; ++frame) {
                 if (!makeView(model, i, frame)) return false;
             }

@@ -48,15 +48,26 @@ void addBackdrop(const Camera& camera, const Settings& settings)
     zebAttributePop();
 }
 
-void setSurface(const Settings& settings)
+void setPlastic(const Material& material)
 {
-    const float kd = 0.8f, ks = 0.3f, shine = 0.8f, dull = 0.15f;
+    zebSurface(zebQuark("plastic"), zebQuark("kd"), &material.diffuse, zebQuark("ks"),
+               &material.specular, zebQuark("roughness"), &material.roughness,
+               zebQuark("specularcolor"), material.specularColor.data(), 0);
+}
+
+void setSurface(const Material& material, const Settings& settings)
+{
+    const float shine = 0.8f, dull = 0.15f;
     if (settings.surface == "plastic") {
-        zebSurface(zebQuark("plastic"), zebQuark("kd"), &kd, zebQuark("ks"), &ks, 0);
+        setPlastic(Material());
     } else if (settings.surface == "metal") {
         zebSurface(zebQuark("metal"), zebQuark("ks"), &shine, zebQuark("roughness"), &dull, 0);
-    } else {
+    } else if (!settings.surface.empty()) {
         zebSurface(zebQuark(settings.surface.c_str()), 0);
+    } else if (material.isLit) {
+        setPlastic(material);
+    } else {
+        zebSurface(zebQuark("constant"), 0);
     }
     zebShadingModel(ZEB_SMOOTH);
     zebShadingRate(static_cast<float>(settings.shadingRate));
@@ -103,12 +114,15 @@ void addSurroundings(const Camera& camera, const Settings& settings)
 void addMesh(const Mesh& mesh, const Settings& settings)
 {
     const Color color =
-        settings.color ? toLight(*settings.color) : mesh.material.value_or(kDefaultColor);
+        settings.color ? toLight(*settings.color) : mesh.material.color.value_or(kDefaultColor);
     zebColor(color.data());
+    const float opacity = mesh.material.opacity;
+    zebOpacity(Color{opacity, opacity, opacity}.data());
     Parameters list;
     list.add("point", mesh.points);
     if (!settings.color && !mesh.colors.empty()) list.add("color", mesh.colors);
-    setSurface(settings);
+    if (!mesh.opacities.empty()) list.add("opacity", mesh.opacities);
+    setSurface(mesh.material, settings);
     addConcave(mesh.flatConcave, list);
     list.add("normal", mesh.normals);
     addConvex(mesh.convex, list);

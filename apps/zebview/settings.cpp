@@ -165,7 +165,8 @@ void addModelOptions(CLI::App& app, Settings& s)
                    "The model's axis that points up; default y, unless the file names another")
         ->type_name("AXIS")
         ->check(CLI::IsMember({"x", "y", "z", "-x", "-y", "-z"}));
-    app.add_option("--surface", s.surface, "What the model is made of; default plastic")
+    app.add_option("--surface", s.surface,
+                   "What the model is made of; default as the file says, or plastic")
         ->type_name("NAME")
         ->check(CLI::IsMember({"constant", "diffuse", "metal", "plastic"}));
     app.add_option_function<std::string>(

@@ -35,8 +35,8 @@ struct Settings {
     std::string filter = "gaussian";
     double azimuth = 30, elevation = 20, fov = 35;  // degrees
     Fit fit = Fit::kTight;
-    std::string up;  // an axis such as "y" or "-z"; empty: as the file says
-    std::string surface = "plastic";
+    std::string up;       // an axis such as "y" or "-z"; empty: as the file says
+    std::string surface;  // empty: as the materials of the file say
     // As they are shown.
     std::optional<Color> color;       // unset: the model's own
     std::optional<Color> background;  // unset: transparent

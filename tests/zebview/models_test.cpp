@@ -23,6 +23,7 @@ struct ModelFile {
     Shape shape;
     double coverage;  // of the picture
     int contrast = 40;
+    int textures = 0;  // which are not shown
 };
 
 void PrintTo(const ModelFile& model, std::ostream* out) { *out << model.path; }
@@ -32,7 +33,7 @@ constexpr const char* kFolders[] = {"/usr/share/assimp/models/", "/usr/share/glm
 
 const ModelFile kModels[] = {
     {"ObjBunny", "bunny.obj", kSolid, 0.34},
-    {"ObjSpider", "OBJ/spider.obj", kSeeThrough, 0.24},
+    {"ObjSpider", "OBJ/spider.obj", kSeeThrough, 0.24, 40, 4},
     {"ObjBox", "OBJ/box.obj", kConvex, 0.55},
     {"ObjBull", "OBJ/WusonOBJ.obj", kSolid, 0.30},
     {"ObjVertexColors", "OBJ/cube_with_vertexcolors.obj", kConvex, 0.55},
@@ -46,17 +47,17 @@ const ModelFile kModels[] = {
     {"3dsHorse", "horse.3ds", kSeeThrough, 0.22},
     {"3dsAsteroid", "asteroid-low.3ds", kConvex, 0.56},
     {"3dsRock", "3DS/fels.3ds", kConvex, 0.46},
-    {"3dsCubes", "3DS/cubes_with_alpha.3DS", kSolid, 0.49},
+    {"3dsCubes", "3DS/cubes_with_alpha.3DS", kSolid, 0.49, 40, 1},
     {"OffCube", "OFF/Cube.off", kConvex, 0.55},
     {"OffBull", "OFF/Wuson.off", kSolid, 0.30},
-    {"GltfTruck", "glTF/CesiumMilkTruck/CesiumMilkTruck.gltf", kSeeThrough, 0.57},
-    {"Gltf2Box", "glTF2/BoxTextured-glTF-Binary/BoxTextured.glb", kConvex, 0.55},
+    {"GltfTruck", "glTF/CesiumMilkTruck/CesiumMilkTruck.gltf", kSeeThrough, 0.57, 40, 1},
+    {"Gltf2Box", "glTF2/BoxTextured-glTF-Binary/BoxTextured.glb", kConvex, 0.55, 40, 1},
     {"Gltf2BadNormals", "glTF2/BoxBadNormals-glTF-Binary/BoxBadNormals.glb", kConvex, 0.55, 20},
     {"Gltf2Engine", "glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb", kSolid, 0.37},
-    {"ColladaDuck", "Collada/duck.dae", kSolid, 0.42},
-    {"ColladaTeapots", "Collada/teapots.DAE", kSeeThrough, 0.41},
+    {"ColladaDuck", "Collada/duck.dae", kSolid, 0.42, 40, 1},
+    {"ColladaTeapots", "Collada/teapots.DAE", kSeeThrough, 0.41, 40, 1},
     {"XBull", "X/Testwuson.X", kSolid, 0.17},
-    {"Md2Figure", "MD2/sydney.md2", kSeeThrough, 0.09},
+    {"Md2Figure", "MD2/sydney.md2", kSeeThrough, 0.09, 40, 1},
     {"FbxHammer", "FBX/huesitos.fbx", kSolid, 0.30},
     {"BlendMonkey", "BLEND/Suzanne_248.blend", kSolid, 0.51},
 };
@@ -81,7 +82,12 @@ TEST_P(Models, ShowWholeAndWithoutHoles)
     if (!std::filesystem::exists(path)) path = kFolders[1] + std::string(model.path);
     ASSERT_TRUE(std::filesystem::exists(path))
         << model.path << " is missing: install assimp-testmodels and glmark2-data";
-    const Image image(render(path));
+    const std::string said = model.textures == 0 ? ""
+                             : model.textures == 1
+                                 ? "1 texture is not shown"
+                                 : std::to_string(model.textures) + " textures are not shown";
+    const Image image(render(path, {}, "picture.png",
+                             said.empty() ? "" : "zebview: " + path + ": " + said + '\n'));
     ASSERT_EQ(image.width, 160);
     ASSERT_EQ(image.height, 120);
     EXPECT_TRUE(image.hasAlpha);

@@ -99,7 +99,7 @@ protected:
 
     // Small and quick, and silent: the way every picture of a test is made.
     std::string render(const std::string& model, const std::vector<std::string>& options = {},
-                       const std::string& name = "picture.png") const
+                       const std::string& name = "picture.png", const std::string& said = "") const
     {
         std::vector<std::string> arguments{model, "-o", name};
         arguments.insert(arguments.end(), options.begin(), options.end());
@@ -112,7 +112,7 @@ protected:
         }
         const Outcome outcome = run(arguments);
         EXPECT_EQ(outcome.status, 0) << model;
-        EXPECT_EQ(outcome.err, "") << model;
+        EXPECT_EQ(outcome.err, said) << model;
         EXPECT_EQ(outcome.out, "") << model;
         return path(name);
     }
