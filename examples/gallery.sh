@@ -54,6 +54,6 @@ done
 [ -d "$models" ] || fail "no $models: install the package glmark2-data"
 zebview=("$build/zebview" --size 640x480 --samples 4)
 picture "$out/horse.png" "${zebview[@]}" "$models/horse.3ds" -o "$out/horse.png" \
-    --up -z --view 50,8 --surface plastic --color 0.6,0.27,0.12 --background 0.93,0.9,0.85
+    --up y --view 50,8 --surface plastic --color 0.6,0.27,0.12 --background 0.93,0.9,0.85
 picture "$out/bunny.png" "${zebview[@]}" "$models/bunny.obj" -o "$out/bunny.png" \
     --view -20,15 --surface plastic --color 0.16,0.45,0.42 --background 0.93,0.9,0.85

@@ -1,6 +1,7 @@
 #include "model.h"
 
 #include <assimp/commonMetaData.h>
+#include <assimp/config.h>
 #include <assimp/scene.h>
 
 #include <algorithm>
@@ -81,14 +82,38 @@ std::optional<T> metadata(const aiScene& scene, const char* key)
     return value;
 }
 
+// Formats that have an upward axis of their own, by the beginning of assimp's names for them.
+struct Format {
+    const char* name;
+    const char* up;
+    bool turned;  // by assimp, from z to y; then the file's own axes are brought back
+};
+
+constexpr Format kFormats[] = {{"Discreet 3DS", "z", true},
+                               {"ASE", "z", true},
+                               {"Quake II Mesh", "z", true},
+                               {"Blender", "z", false},
+                               {"Stereolithography", "z", false}};
+
+Format formatOf(const aiScene& scene)
+{
+    const auto name = metadata<aiString>(scene, AI_METADATA_SOURCE_FORMAT);
+    for (const Format& format : kFormats) {
+        if (name && std::strncmp(name->C_Str(), format.name, std::strlen(format.name)) == 0) {
+            return format;
+        }
+    }
+    return {"", "y", false};
+}
+
 std::string upAxis(const aiScene& scene, const std::string& wanted)
 {
     if (!wanted.empty()) return wanted;
-    const auto axis = metadata<std::int32_t>(scene, "UpAxis").value_or(1);
-    if (axis < 0 || axis > 2) return "y";
+    const auto axis = metadata<std::int32_t>(scene, "UpAxis");
+    if (!axis || *axis < 0 || *axis > 2) return formatOf(scene).up;
     const bool down = metadata<std::int32_t>(scene, "UpAxisSign").value_or(1) < 0;
     static constexpr const char* names[2][3] = {{"x", "y", "z"}, {"-x", "-y", "-z"}};
-    return names[down ? 1 : 0][axis];
+    return names[down ? 1 : 0][*axis];
 }
 
 // A rotation, so that nothing is mirrored. With z up the front is where y is least.
@@ -161,7 +186,8 @@ Box boundingBox(const std::vector<Placement>& meshes)
 
 std::vector<Mesh> buildMeshes(const aiScene& scene, const Settings& settings)
 {
-    const auto meshes = placements(scene, upright(upAxis(scene, settings.up)));
+    const Matrix turn = formatOf(scene).turned ? upright("z").Inverse() : Matrix();
+    const auto meshes = placements(scene, upright(upAxis(scene, settings.up)) * turn);
     checkSize(meshes);
     const Box box = boundingBox(meshes);
     const Vector center = (box.min + box.max) * 0.5;
@@ -191,6 +217,10 @@ Model loadModel(const std::string& name, const Settings& settings)
     try {
         checkFile(name);
         Assimp::Importer importer;
+        // Whoever names an axis means one of the file.
+        if (!settings.up.empty()) {
+            importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_IGNORE_UP_DIRECTION, true);
+        }
         const aiScene* scene = importer.ReadFile(name, 0);
         if (!scene) throw Failure(std::string("cannot be read: ") + importer.GetErrorString());
         Model model{buildMeshes(*scene, settings), whatIsNotShown(*scene)};

@@ -162,7 +162,9 @@ void addModelOptions(CLI::App& app, Settings& s)
         ->type_name("NAME")
         ->check(CLI::IsMember(kFits));
     app.add_option("--up", s.up,
-                   "The model's axis that points up; default y, unless the file names another")
+                   "The file's axis that points up; default what the file says, z for 3DS, ASE, "
+                   "STL, MD2 and "
+                   "Blender files, y for others")
         ->type_name("AXIS")
         ->check(CLI::IsMember({"x", "y", "z", "-x", "-y", "-z"}));
     app.add_option("--surface", s.surface,

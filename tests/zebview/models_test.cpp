@@ -23,7 +23,8 @@ struct ModelFile {
     Shape shape;
     double coverage;  // of the picture
     int contrast = 40;
-    int textures = 0;  // which are not shown
+    int textures = 0;     // which are not shown
+    const char* up = "";  // where it is not the axis that is usual for the format
 };
 
 void PrintTo(const ModelFile& model, std::ostream* out) { *out << model.path; }
@@ -41,8 +42,8 @@ const ModelFile kModels[] = {
     {"PlyCube", "PLY/cube.ply", kConvex, 0.55},
     {"PlyBinaryCube", "PLY/cube_binary.ply", kConvex, 0.55},
     {"StlSphere", "STL/sphereWithHole.stl", kConvex, 0.51},
-    {"StlBull", "STL/Wuson.stl", kSolid, 0.30},
-    {"StlSpider", "STL/Spider_binary.stl", kSeeThrough, 0.17},
+    {"StlBull", "STL/Wuson.stl", kSolid, 0.30, 40, 0, "y"},
+    {"StlSpider", "STL/Spider_binary.stl", kSeeThrough, 0.20},
     {"3dsCat", "cat.3ds", kSolid, 0.45},
     {"3dsHorse", "horse.3ds", kSeeThrough, 0.22},
     {"3dsAsteroid", "asteroid-low.3ds", kConvex, 0.56},
@@ -86,7 +87,9 @@ TEST_P(Models, ShowWholeAndWithoutHoles)
                              : model.textures == 1
                                  ? "1 texture is not shown"
                                  : std::to_string(model.textures) + " textures are not shown";
-    const Image image(render(path, {}, "picture.png",
+    std::vector<std::string> options;
+    if (*model.up) options = {"--up", model.up};
+    const Image image(render(path, options, "picture.png",
                              said.empty() ? "" : "zebview: " + path + ": " + said + '\n'));
     ASSERT_EQ(image.width, 160);
     ASSERT_EQ(image.height, 120);
