@@ -114,6 +114,18 @@ Eye sphereEye(const std::vector<Mesh>& meshes, const Slopes& slopes)
     return {0, 0, std::max(radius / sine, radius + kClosest), radius, -radius};
 }
 
+void setMatrix(const Vector& right, const Vector& up, const Vector& depth, const Vector& offset,
+               Camera& camera)
+{
+    for (unsigned axis = 0; axis < 3; ++axis) {
+        camera.toCamera[axis][0] = static_cast<float>(right[axis]);
+        camera.toCamera[axis][1] = static_cast<float>(up[axis]);
+        camera.toCamera[axis][2] = static_cast<float>(depth[axis]);
+        camera.toCamera[3][axis] = static_cast<float>(offset[axis]);
+    }
+    camera.toCamera[3][3] = 1;
+}
+
 }  // namespace
 
 Camera frameModel(const std::vector<Mesh>& meshes, double azimuth, const Settings& settings)
@@ -129,20 +141,42 @@ Camera frameModel(const std::vector<Mesh>& meshes, double azimuth, const Setting
         settings.fit == Fit::kSphere ? sphereEye(meshes, slopes) : tightEye(meshes, view, slopes);
 
     Camera camera{};
-    const Vector depth = -view.back;
-    for (unsigned axis = 0; axis < 3; ++axis) {
-        camera.toCamera[axis][0] = static_cast<float>(view.right[axis]);
-        camera.toCamera[axis][1] = static_cast<float>(view.up[axis]);
-        camera.toCamera[axis][2] = static_cast<float>(depth[axis]);
-    }
-    camera.toCamera[3][0] = static_cast<float>(-eye.x);
-    camera.toCamera[3][1] = static_cast<float>(-eye.y);
-    camera.toCamera[3][2] = static_cast<float>(eye.distance);
-    camera.toCamera[3][3] = 1;
+    setMatrix(view.right, view.up, -view.back, Vector(-eye.x, -eye.y, eye.distance), camera);
+    camera.fov = static_cast<float>(settings.fov);
     camera.halfWidth = static_cast<float>(width / shorter);
     camera.halfHeight = static_cast<float>(height / shorter);
     camera.nearest = static_cast<float>(eye.distance - eye.front - kClearance);
     camera.farthest = static_cast<float>(eye.distance - eye.rear + kClearance);
+    return camera;
+}
+
+Camera lookThrough(const FileCamera& source, double turn, const std::vector<Mesh>& meshes,
+                   const Settings& settings)
+{
+    const double a = turn * std::numbers::pi / 180;
+    const auto turned = [a](const Vector& v) {
+        return Vector(v.x * std::cos(a) + v.z * std::sin(a), v.y,
+                      v.z * std::cos(a) - v.x * std::sin(a));
+    };
+    const Vector eye = turned(source.eye), right = turned(source.right), up = turned(source.up);
+    const Vector depth = -turned(source.back);
+    Camera camera{};
+    setMatrix(right, up, depth, Vector(-(eye * right), -(eye * up), -(eye * depth)), camera);
+    double nearest = kInfinity, farthest = -kInfinity;
+    everyPoint(meshes, [&](const Vector& p) {
+        nearest = std::min(nearest, (p - eye) * depth);
+        farthest = std::max(farthest, (p - eye) * depth);
+    });
+    camera.nearest = static_cast<float>(std::max(nearest - kClearance, kClearance));
+    camera.farthest = std::max(static_cast<float>(farthest + kClearance), camera.nearest * 2);
+
+    const auto width = static_cast<double>(settings.width);
+    const auto height = static_cast<double>(settings.height);
+    const double scale = std::max(source.halfWidth / width, source.halfHeight / height);
+    // A right angle makes distances of tangents.
+    camera.fov = source.perspective ? 90 : 0;
+    camera.halfWidth = static_cast<float>(width * scale);
+    camera.halfHeight = static_cast<float>(height * scale);
     return camera;
 }
 

@@ -66,6 +66,8 @@ void complain(const std::string& text)
     std::fprintf(stderr, "zebview: %s\n", line.c_str());
 }
 
+void answer(const std::string& text) { std::printf("%s\n", oneLine(text).c_str()); }
+
 void showProgress(long percent)
 {
     if (percent == gShownPercent || !isatty(STDERR_FILENO)) return;

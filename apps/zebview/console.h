@@ -1,4 +1,4 @@
-// Everything that is written to standard error.
+// Everything that is said, most of it on standard error.
 #pragma once
 
 #include <string>
@@ -9,6 +9,9 @@ namespace zebview
 // Prints one line, "zebview: " before the text, whatever the text holds. A text that has been
 // printed before is left out.
 void complain(const std::string& text);
+
+// Prints one line to standard output.
+void answer(const std::string& text);
 
 // Draws how much is done, or draws it anew; nothing unless somebody watches a terminal.
 void showProgress(long percent);

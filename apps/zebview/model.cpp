@@ -87,13 +87,15 @@ struct Format {
     const char* name;
     const char* up;
     bool turned;  // by assimp, from z to y; then the file's own axes are brought back
+    // Of the others assimp loses where cameras and lights point to.
+    bool hasStage;
 };
 
-constexpr Format kFormats[] = {{"Discreet 3DS", "z", true},
-                               {"ASE", "z", true},
-                               {"Quake II Mesh", "z", true},
-                               {"Blender", "z", false},
-                               {"Stereolithography", "z", false}};
+constexpr Format kFormats[] = {{"Discreet 3DS", "z", true, false},
+                               {"ASE", "z", true, false},
+                               {"Quake II Mesh", "z", true, true},
+                               {"Blender", "z", false, true},
+                               {"Stereolithography", "z", false, true}};
 
 Format formatOf(const aiScene& scene)
 {
@@ -103,7 +105,7 @@ Format formatOf(const aiScene& scene)
             return format;
         }
     }
-    return {"", "y", false};
+    return {"", "y", false, true};
 }
 
 std::string upAxis(const aiScene& scene, const std::string& wanted)
@@ -184,30 +186,43 @@ Box boundingBox(const std::vector<Placement>& meshes)
     return box;
 }
 
-std::vector<Mesh> buildMeshes(const aiScene& scene, const Settings& settings)
+Model buildModel(const aiScene& scene, const Settings& settings)
 {
-    const Matrix turn = formatOf(scene).turned ? upright("z").Inverse() : Matrix();
-    const auto meshes = placements(scene, upright(upAxis(scene, settings.up)) * turn);
+    const Matrix back = formatOf(scene).turned ? upright("z").Inverse() : Matrix();
+    Place place{upright(upAxis(scene, settings.up)) * back, {}, 1};
+    const auto meshes = placements(scene, place.turn);
     checkSize(meshes);
     const Box box = boundingBox(meshes);
-    const Vector center = (box.min + box.max) * 0.5;
-    const double radius = (box.max - center).Length();
+    place.center = (box.min + box.max) * 0.5;
+    place.radius = (box.max - place.center).Length();
     const auto format = metadata<aiString>(scene, AI_METADATA_SOURCE_FORMAT);
     const bool facets = format && std::strstr(format->C_Str(), "STL");
 
-    std::vector<Mesh> result;
-    if (!(radius > 0)) return result;
-    if (!std::isfinite(radius)) throw Failure("it is too large");
+    Model model;
+    if (!(place.radius > 0)) return model;
+    if (!std::isfinite(place.radius)) throw Failure("it is too large");
     for (const auto& [source, toWorld] : meshes) {
         std::vector<Vector> points(source->mNumVertices);
         for (unsigned i = 0; i < source->mNumVertices; ++i) {
-            points[i] = (placed(source->mVertices[i], toWorld) - center) / radius;
+            points[i] = place.point(placed(source->mVertices[i], toWorld));
         }
         Mesh mesh = buildMesh(*source, points, toWorld, facets, readMaterial(scene, *source));
-        if (mesh.vertexCount() == 0) continue;
-        result.push_back(std::move(mesh));
+        if (mesh.vertexCount() > 0) model.meshes.push_back(std::move(mesh));
     }
-    return result;
+    if (formatOf(scene).hasStage) model.stage = readStage(scene, place);
+    model.notShown = whatIsNotShown(scene);
+    return model;
+}
+
+// What is asked of the file's cameras and lights must be there.
+void checkStage(const Stage& stage, const Settings& settings)
+{
+    if (settings.light == Light::kFile && stage.lamps.empty()) throw Failure("it has no lights");
+    if (settings.listsCameras()) {
+        if (stage.cameras.empty()) throw Failure("it has no cameras");
+    } else if (!settings.camera.empty()) {
+        findCamera(stage, settings.camera);
+    }
 }
 
 }  // namespace
@@ -223,8 +238,9 @@ Model loadModel(const std::string& name, const Settings& settings)
         }
         const aiScene* scene = importer.ReadFile(name, 0);
         if (!scene) throw Failure(std::string("cannot be read: ") + importer.GetErrorString());
-        Model model{buildMeshes(*scene, settings), whatIsNotShown(*scene)};
+        Model model = buildModel(*scene, settings);
         if (model.meshes.empty()) throw Failure("it has no polygons");
+        checkStage(model.stage, settings);
         return model;
     } catch (const Failure& failure) {
         throw Failure(name + ": " + failure.what());

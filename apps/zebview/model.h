@@ -6,12 +6,14 @@
 
 #include "mesh.h"
 #include "settings.h"
+#include "stage.h"
 
 namespace zebview
 {
 
 struct Model {
     std::vector<Mesh> meshes;
+    Stage stage;
     std::string notShown;  // in words, if it is anything
 };
 

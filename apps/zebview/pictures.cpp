@@ -63,9 +63,7 @@ private:
         destination.number = static_cast<long>(index) * fSettings.frames + frame;
         destination.count = fSettings.viewCount();
         destination.isModelsLast = frame + 1 == fSettings.frames;
-        const double turned =
-            fSettings.turn * static_cast<double>(frame) / static_cast<double>(fSettings.frames);
-        const Camera camera = frameModel(model.meshes, fSettings.azimuth + turned, fSettings);
+        const Camera camera = cameraFor(model, frame);
         if (fSheet) return makeCell(model, camera, destination);
         if (fSettings.toWindow() || fSettings.toExr()) {
             return renderView(model, camera, fSettings, destination);
@@ -77,6 +75,17 @@ private:
         if (!renderView(model, camera, fSettings, destination)) return false;
         picture.save();
         return true;
+    }
+
+    Camera cameraFor(const Model& model, long frame) const
+    {
+        const double turned =
+            fSettings.turn * static_cast<double>(frame) / static_cast<double>(fSettings.frames);
+        if (fSettings.camera.empty()) {
+            return frameModel(model.meshes, fSettings.azimuth + turned, fSettings);
+        }
+        const FileCamera& source = findCamera(model.stage, fSettings.camera);
+        return lookThrough(source, turned, model.meshes, fSettings);
     }
 
     bool makeCell(Model& model, const Camera& camera, Destination& destination)
@@ -93,10 +102,25 @@ private:
     std::optional<PngPicture> fSheet;
 };
 
+void listCameras(const Settings& settings)
+{
+    for (const std::string& name : settings.models) {
+        const Model model = loadModel(name, settings);
+        if (settings.models.size() > 1) answer(name + ":");
+        for (std::size_t i = 0; i < model.stage.cameras.size(); ++i) {
+            answer(std::to_string(i) + ' ' + model.stage.cameras[i].name);
+        }
+    }
+}
+
 }  // namespace
 
 bool makePictures(const Settings& settings)
 {
+    if (settings.listsCameras()) {
+        listCameras(settings);
+        return true;
+    }
     listenToStops();
     receiveReports();
     return Pictures(settings).make();

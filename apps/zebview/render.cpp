@@ -83,7 +83,11 @@ void setOptions(const Camera& camera, const Settings& settings, const Destinatio
     zebFilter(filter.id);
     zebFilterWidth(filter.width, filter.width);
 
-    zebViewPerspective(static_cast<float>(settings.fov));
+    if (camera.fov > 0) {
+        zebViewPerspective(camera.fov);
+    } else {
+        zebViewOrthographic();
+    }
     zebImageWindow(-camera.halfWidth, camera.halfWidth, -camera.halfHeight, camera.halfHeight);
     zebClip(camera.nearest, camera.farthest * (settings.background ? kBackdropRoom : 1));
     ZebMatrix toCamera;
@@ -150,7 +154,7 @@ bool renderFrame(Model& model, const Camera& camera, const Settings& settings,
         zebReset();
         return false;
     }
-    addSurroundings(camera, settings);
+    addSurroundings(model.stage, camera, settings);
     for (Mesh& mesh : model.meshes) {
         addMesh(mesh, settings);
         if (destination.isModelsLast) mesh = Mesh();

@@ -13,31 +13,77 @@ namespace
 
 const Color kDefaultColor = toLight({0.8f, 0.8f, 0.8f});
 
-void addDistantLight(float x, float y, float z, float intensity)
+void addDistantLight(const Vector& from, const Color& color)
 {
-    const ZebPoint from{x, y, z}, to{0, 0, 0};
-    zebLightSource(zebQuark("distant"), zebQuark("intensity"), &intensity, zebQuark("from"), from,
-                   zebQuark("to"), to, 0);
+    const ZebPoint start{static_cast<float>(from.x), static_cast<float>(from.y),
+                         static_cast<float>(from.z)};
+    const ZebPoint end{0, 0, 0};
+    zebLightSource(zebQuark("distant"), zebQuark("color"), color.data(), zebQuark("from"), start,
+                   zebQuark("to"), end, 0);
 }
 
-// Lights stand still as the eye goes around the model: what is seen is always well lit.
-void addLights()
+// A key light from the upper left and a fill from the right, where z points to the eye.
+void addOwnLights(double towardsEye)
 {
-    zebMatrixPush();
-    zebLoadIdentity();
-    addDistantLight(-0.8f, 1, -1, 0.95f);
-    addDistantLight(1, 0.3f, -0.7f, 0.15f);
-    const float glow = 0.04f;
-    zebLightSource(zebQuark("ambient"), zebQuark("intensity"), &glow, 0);
-    zebMatrixPop();
+    const Color key{0.95f, 0.95f, 0.95f}, fill{0.15f, 0.15f, 0.15f}, glow{0.04f, 0.04f, 0.04f};
+    addDistantLight({-0.8, 1, towardsEye}, key);
+    addDistantLight({1, 0.3, 0.7 * towardsEye}, fill);
+    zebLightSource(zebQuark("ambient"), zebQuark("color"), glow.data(), 0);
+}
+
+void addLamp(const Lamp& lamp)
+{
+    const Vector aim = lamp.from + lamp.direction;
+    const ZebPoint from{static_cast<float>(lamp.from.x), static_cast<float>(lamp.from.y),
+                        static_cast<float>(lamp.from.z)};
+    const ZebPoint to{static_cast<float>(aim.x), static_cast<float>(aim.y),
+                      static_cast<float>(aim.z)};
+    const auto cone = static_cast<float>(lamp.coneAngle);
+    const auto delta = static_cast<float>(lamp.coneDeltaAngle);
+    const float even = 0;
+    switch (lamp.kind) {
+        case Lamp::kAmbient:
+            zebLightSource(zebQuark("ambient"), zebQuark("color"), lamp.color.data(), 0);
+            break;
+        case Lamp::kDistant:
+            addDistantLight(-lamp.direction, lamp.color);
+            break;
+        case Lamp::kOmni:
+            zebLightSource(zebQuark("omni"), zebQuark("color"), lamp.color.data(), zebQuark("from"),
+                           from, 0);
+            break;
+        case Lamp::kSpot:
+            zebLightSource(zebQuark("spot"), zebQuark("color"), lamp.color.data(), zebQuark("from"),
+                           from, zebQuark("to"), to, zebQuark("coneangle"), &cone,
+                           zebQuark("conedeltaangle"), &delta, zebQuark("beamdistribution"), &even,
+                           0);
+            break;
+    }
+}
+
+// Lights of the camera stand still as the eye goes around the model: what is seen is always well
+// lit.
+void addLights(const Stage& stage, const Settings& settings)
+{
+    if (settings.lightFor(!stage.lamps.empty()) == Light::kFile) {
+        for (const Lamp& lamp : stage.lamps) addLamp(lamp);
+    } else if (settings.light == Light::kModel) {
+        addOwnLights(1);
+    } else {
+        zebMatrixPush();
+        zebLoadIdentity();
+        addOwnLights(-1);
+        zebMatrixPop();
+    }
 }
 
 // Behind everything and larger than the picture, with next to no shading to do.
 void addBackdrop(const Camera& camera, const Settings& settings)
 {
     const float z = camera.farthest * 1.05f;
-    const auto slope = static_cast<float>(std::tan(settings.fov * std::numbers::pi / 360));
-    const float x = 1.1f * z * slope * camera.halfWidth, y = 1.1f * z * slope * camera.halfHeight;
+    const auto slope = static_cast<float>(std::tan(camera.fov * std::numbers::pi / 360));
+    const float size = 1.1f * (camera.fov > 0 ? z * slope : 1);
+    const float x = size * camera.halfWidth, y = size * camera.halfHeight;
     const ZebPoint corners[4] = {{-x, -y, z}, {-x, y, z}, {x, y, z}, {x, -y, z}};
     zebAttributePush();
     zebLoadIdentity();
@@ -105,9 +151,9 @@ void addConcave(const FaceList& faces, const Parameters& list)
 
 }  // namespace
 
-void addSurroundings(const Camera& camera, const Settings& settings)
+void addSurroundings(const Stage& stage, const Camera& camera, const Settings& settings)
 {
-    addLights();
+    addLights(stage, settings);
     if (settings.background) addBackdrop(camera, settings);
 }
 

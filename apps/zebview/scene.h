@@ -9,7 +9,7 @@ namespace zebview
 {
 
 // Lights, and what lies behind the model.
-void addSurroundings(const Camera& camera, const Settings& settings);
+void addSurroundings(const Stage& stage, const Camera& camera, const Settings& settings);
 void addMesh(const Mesh& mesh, const Settings& settings);
 
 }  // namespace zebview

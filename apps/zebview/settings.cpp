@@ -24,6 +24,9 @@ constexpr long kMaxSize = 65536;
 
 const std::map<std::string, Fit> kFits{{"tight", Fit::kTight}, {"sphere", Fit::kSphere}};
 
+const std::map<std::string, Light> kLights{
+    {"camera", Light::kCamera}, {"model", Light::kModel}, {"file", Light::kFile}};
+
 const std::map<std::string, Channels> kChannels{{"rgba", Channels::kRgba},
                                                 {"rgb", Channels::kRgb},
                                                 {"alpha", Channels::kAlpha},
@@ -138,29 +141,6 @@ void addModelOptions(CLI::App& app, Settings& s)
     app.add_option("MODEL", s.models, "The models: OBJ, PLY, STL, 3DS, OFF, glTF and many more")
         ->type_name("")
         ->required();
-    app.add_option_function<std::string>(
-           "--view", [&s](const std::string& text) { parseView(text, s); },
-           "Degrees that the eye goes to the right around the model and up; default 30,20")
-        ->type_name("AZIMUTH,ELEVATION");
-    app.add_option("--frames", s.frames,
-                   "Views of each model, as the eye goes around it; default 1")
-        ->type_name("N")
-        ->check(CLI::Range(1, 100000));
-    app.add_option_function<std::string>(
-           "--turn",
-           [&s](const std::string& text) { s.turn = parseNumber("--turn", text, -1e6, 1e6); },
-           "How far the eye goes to the right in all frames; default 360")
-        ->type_name("DEGREES");
-    app.add_option_function<std::string>(
-           "--fov", [&s](const std::string& text) { s.fov = parseNumber("--fov", text, 1, 150); },
-           "Field of view across the picture's shorter side, 1 to 150; default 35")
-        ->type_name("DEGREES");
-    app.add_option_function<std::string>(
-           "--fit", [&s](const std::string& name) { s.fit = kFits.at(name); },
-           "Fits the view (tight), or a sphere around the model, which looks the same from all "
-           "sides (sphere); default tight for one frame, sphere for more")
-        ->type_name("NAME")
-        ->check(CLI::IsMember(kFits));
     app.add_option("--up", s.up,
                    "The file's axis that points up; default what the file says, z for 3DS, ASE, "
                    "STL, MD2 and "
@@ -175,6 +155,49 @@ void addModelOptions(CLI::App& app, Settings& s)
            "--color", [&s](const std::string& text) { s.color = parseColor("--color", text); },
            "Colour of the model, from 0 to 1; default its own")
         ->type_name("R,G,B");
+}
+
+void addViewOptions(CLI::App& app, Settings& s)
+{
+    CLI::Option* camera =
+        app.add_option("--camera", s.camera,
+                       "A camera of the file, by name or number from 0; list lists them")
+            ->type_name("NAME|INDEX|list")
+            ->check([](const std::string& name) {
+                return std::string(name.empty() ? "there is no camera without a name" : "");
+            });
+    app.add_option_function<std::string>(
+           "--light", [&s](const std::string& name) { s.light = kLights.at(name); },
+           "What lights go with: camera, model, or the file's own (file); default camera, with "
+           "--camera the file's own if it has any")
+        ->type_name("NAME")
+        ->check(CLI::IsMember(kLights));
+    app.add_option_function<std::string>(
+           "--view", [&s](const std::string& text) { parseView(text, s); },
+           "Degrees that the eye goes to the right around the model and up; default 30,20")
+        ->type_name("AZIMUTH,ELEVATION")
+        ->excludes(camera);
+    app.add_option("--frames", s.frames,
+                   "Views of each model, as the eye goes around it; default 1")
+        ->type_name("N")
+        ->check(CLI::Range(1, 100000));
+    app.add_option_function<std::string>(
+           "--turn",
+           [&s](const std::string& text) { s.turn = parseNumber("--turn", text, -1e6, 1e6); },
+           "How far the eye goes to the right in all frames; default 360")
+        ->type_name("DEGREES");
+    app.add_option_function<std::string>(
+           "--fov", [&s](const std::string& text) { s.fov = parseNumber("--fov", text, 1, 150); },
+           "Field of view across the picture's shorter side, 1 to 150; default 35")
+        ->type_name("DEGREES")
+        ->excludes(camera);
+    app.add_option_function<std::string>(
+           "--fit", [&s](const std::string& name) { s.fit = kFits.at(name); },
+           "Fits the view (tight), or a sphere around the model, which looks the same from all "
+           "sides (sphere); default tight for one frame, sphere for more")
+        ->type_name("NAME")
+        ->check(CLI::IsMember(kFits))
+        ->excludes(camera);
 }
 
 std::string ending(const std::string& name)
@@ -264,6 +287,11 @@ void checkOutput(const CLI::App& app, Settings& s)
 
 bool Settings::toExr() const { return ending(output.text()) == ".exr"; }
 
+Light Settings::lightFor(bool fileHasLights) const
+{
+    return light.value_or(!camera.empty() && fileHasLights ? Light::kFile : Light::kCamera);
+}
+
 std::string Settings::viewName(std::size_t model, long frame) const
 {
     const std::filesystem::path path(models[model]);
@@ -278,10 +306,11 @@ CommandLine readCommandLine(int argc, char** argv)
     CLI::App app("Renders a model file into a window, or into a picture file.", "zebview");
     app.set_version_flag("--version", version);
     addModelOptions(app, result.settings);
+    addViewOptions(app, result.settings);
     addPictureOptions(app, result.settings);
     try {
         app.parse(argc, argv);
-        checkOutput(app, result.settings);
+        if (!result.settings.listsCameras()) checkOutput(app, result.settings);
     } catch (const CLI::Success& wanted) {
         result.exitStatus = app.exit(wanted);
     } catch (const CLI::ParseError& wrong) {

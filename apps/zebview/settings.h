@@ -17,6 +17,9 @@ enum class Channels { kRgba, kRgb, kAlpha, kDepth, kRgbaz };
 // How large a model is shown.
 enum class Fit { kTight, kSphere };
 
+// Whose lights there are.
+enum class Light { kCamera, kModel, kFile };
+
 struct Sheet {
     long columns, rows;
 };
@@ -34,6 +37,8 @@ struct Settings {
     double shadingRate = 1;
     std::string filter = "gaussian";
     double azimuth = 30, elevation = 20, fov = 35;  // degrees
+    std::string camera;          // of the file; "list": none is used, they are listed
+    std::optional<Light> light;  // unset: the file's with a camera of it, if it has any
     Fit fit = Fit::kTight;
     std::string up;       // an axis such as "y" or "-z"; empty: as the file says
     std::string surface;  // empty: as the materials of the file say
@@ -41,8 +46,10 @@ struct Settings {
     std::optional<Color> color;       // unset: the model's own
     std::optional<Color> background;  // unset: transparent
 
+    bool listsCameras() const { return camera == "list"; }
     bool toWindow() const { return output.empty(); }
     bool toExr() const;
+    Light lightFor(bool fileHasLights) const;
     long viewCount() const { return static_cast<long>(models.size()) * frames; }
     // The file that gets a view, or the title of its window.
     std::string viewName(std::size_t model, long frame) const;

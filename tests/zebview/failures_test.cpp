@@ -62,6 +62,7 @@ TEST_F(Failures, WrongUsageIsStatusTwo)
         {"--view", {"30", "30,91", "30,-91", "30,20,10", "x,y", "nan,0", ","}},
         {"--fov", {"0", "180", "-10", "wide"}},
         {"--channels", {"RGB", "rgbx", "z", ""}},
+        {"--light", {"sun", "Camera", ""}},
         {"--frames", {"0", "-1", "1.5", "x", "100001"}},
         {"--turn", {"x", "inf", "nan", "9e9", ""}},
         {"--sheet", {"2", "0x2", "2x", "2x2x2", "1.5x2", "-1x1", "1001x1"}},
