@@ -42,7 +42,7 @@ Layout layoutOf(Channels channels)
 unsigned rounded(float value, float full)
 {
     if (!(value > 0)) return 0;
-    return static_cast<unsigned>(std::min(value, 1.0f) * full + 0.5f);
+    return static_cast<unsigned>(std::lround(std::min(value, 1.0f) * full));
 }
 
 void storeDepth(float depth, std::uint8_t* pixel)

@@ -88,7 +88,7 @@ private:
         return lookThrough(source, turned, model.meshes, fSettings);
     }
 
-    bool makeCell(Model& model, const Camera& camera, Destination& destination)
+    bool makeCell(Model& model, const Camera& camera, Destination destination)
     {
         const long columns = fSettings.sheet->columns;
         CanvasCell cell = fSheet->cell(destination.number % columns * fSettings.width,
