@@ -200,12 +200,20 @@ TEST_F(Stage, CamerasGoAroundTheModelInFrames)
 {
     const std::string model = withCameras({{R"("translation":[0.5,0,4])", kWide}});
     const Outcome outcome = run({model, "--camera", "0", "--size", "160x80", "--filter", "box",
-                                 "--frames", "2", "-o", "f%d.png"});
+                                 "--frames", "8", "-o", "f%d.png"});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
-    const Image behind(path("f1.png"));
     const double pixels = 40 / (4 * std::tan(0.4));
+    const Image behind(path("f4.png"));
     EXPECT_NEAR(behind.left, 80 - 1.5 * pixels, 1) << "what was on its left still is";
     EXPECT_NEAR(behind.right, 80 + 0.5 * pixels, 1);
+    // An eighth of a turn takes it to the right, where the plate's right edge is nearer.
+    const Image turned(path("f1.png"));
+    const auto height = [&](int x) {
+        int count = 0;
+        for (int y = 0; y < turned.height; ++y) count += turned.covered(x, y);
+        return count;
+    };
+    EXPECT_GT(height(turned.right - 2), height(turned.left + 2) + 4);
 }
 
 TEST_F(Stage, CamerasInsideTheModelSeeWhatIsInFrontOfThem)

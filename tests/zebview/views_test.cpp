@@ -143,6 +143,8 @@ TEST_F(Views, WhatIsFreeOnASheetIsBackground)
             ASSERT_EQ(sheet.at(x, y), (Pixel{51, 102, 255, 255})) << x << ", " << y;
         }
     }
+    expectSuccess({cube, "-o", "depth.png", "--sheet", "2x1", "--channels", "depth"});
+    EXPECT_EQ(picture("depth.png").at(60, 15), (Pixel{255, 255, 255, 255})) << "as far as can be";
 }
 
 TEST_F(Views, SheetsHoldAnyChannels)
