@@ -32,7 +32,7 @@ template <class Value>
 std::string bytesOf(const std::vector<Value>& values)
 {
     std::string bytes(values.size() * sizeof(Value), '\0');
-    std::memcpy(bytes.data(), values.data(), bytes.size());
+    if (!values.empty()) std::memcpy(bytes.data(), values.data(), bytes.size());
     return bytes;
 }
 
