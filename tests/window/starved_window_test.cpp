@@ -1,5 +1,6 @@
 // What becomes of windows when there is no memory.
 
+#include "desktop.h"
 #include "starved/starve.h"
 #include "support/scene.h"
 
@@ -10,6 +11,8 @@ namespace zebtest
 // window asks for is the library's affair.
 TEST(StarvedWindow, APictureThatGetsNoMemoryForItsWindowEndsTheProcess)
 {
+    // A server whose last client goes begins anew, and may turn away who comes meanwhile.
+    const auto client = openDesktop([] {});
     const std::string begin = "severe error: Out of memory. ", end = "free store exhausted\n";
     long times = 0;
     for (long n = 0;; ++n) {
