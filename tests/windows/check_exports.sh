@@ -14,9 +14,9 @@ system_dlls='advapi32|gdi32|kernel32|msvcrt|user32'
 
 dump=$("$2-objdump" -p "$dll")
 
-# A declaration's name is that of its label, or else the function's own.
+# A declaration's names are the function's own and that of its label, if it has one.
 declared=$(grep -v '^#' "$header" | tr '\n' ' ' | grep -oE 'ZEB_API [^;]*;' |
-    sed -E 's/.*ZEB_DECORATED\("(\w+)"\).*/\1/; t; s/^[^(]*\b(zeb\w+)\(.*/\1/' | LC_ALL=C sort)
+    sed -nE 'h; s/^[^(]*\b(zeb\w+)\(.*/\1/p; g; s/.*ZEB_DECORATED\("(\w+)"\).*/\1/p' | LC_ALL=C sort)
 exported=$(sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/p' <<<"$dump" |
     sed -nE 's/^\s*\[ *[0-9]+\] (.*)$/\1/p' | LC_ALL=C sort)
 foreign=$(sed -nE 's/^\s*DLL Name: (.*)$/\1/p' <<<"$dump" | grep -ivE "^($system_dlls)\.dll$" || true)
