@@ -188,9 +188,7 @@ TEST_F(Files, AnOpenExrHoldsTheFloats)
 TEST_F(Files, WhatCantBeWrittenIsReportedAndLeavesNothing)
 {
     const std::string longName(300, 'x');
-    const std::string names[] = {path("missing/folder/a.png"), folder + ".png/",
-                                 path((longName + ".png").c_str()), path("a.xyz"),
-                                 path("noending")};
+    const std::string names[] = {path("missing/folder/a.png"), path((longName + ".png").c_str())};
     for (const std::string& name : names) {
         reports.clear();
         render(name, ZEB_FILE_AUTO, ZEB_SAMPLES_RGB, true);
@@ -201,6 +199,34 @@ TEST_F(Files, WhatCantBeWrittenIsReportedAndLeavesNothing)
             << reports[0].message;
         EXPECT_EQ(filesLeft(), 0);
     }
+}
+
+// At once: the picture may take long.
+TEST_F(Files, AnEndingThatNamesNoFormatIsRefused)
+{
+    const std::string names[] = {path("a.xyz"), path("noending"), folder + ".png/", path("png"),
+                                 path("a.png ")};
+    for (const std::string& name : names) {
+        reports.clear();
+        zebReset();
+        raster(30, 20);
+        zebOutputFile(ZEB_FILE_AUTO, name.c_str());
+        ASSERT_EQ(reports.size(), 1u) << name;
+        EXPECT_EQ(reports[0].severity, ZEB_ERROR);
+        EXPECT_EQ(reports[0].code, 10);
+        EXPECT_EQ(reports[0].message.rfind("zebOutputFile: the ending names no format: \"", 0), 0u)
+            << reports[0].message;
+        const int before = picture.opened;
+        beginFlat();
+        zebSceneEnd();
+        EXPECT_EQ(picture.opened, before + 1) << "it goes where it went before";
+        EXPECT_EQ(filesLeft(), 0);
+    }
+    // A kind needs no ending.
+    reports.clear();
+    render(path("noending"), ZEB_FILE_PNG, ZEB_SAMPLES_RGB, true);
+    EXPECT_TRUE(reports.empty());
+    EXPECT_EQ(filesLeft(), 1);
 }
 
 TEST_F(Files, AFolderInTheNamesPlaceIsReported)

@@ -333,7 +333,8 @@ ZEB_API void zebOutputDisplay(const char *name);
  * Sends the picture to a file. It appears when the world ends, whole or not at all: whatever fails
  * is reported, code 10, and leaves the file that had the name as it was.
  *
- * @param kind ZEB_FILE_...; code 10 for any other number
+ * @param kind ZEB_FILE_...; code 10 for any other number, and where the ending shall tell and names
+ * no format
  * @param name a path, on Windows in UTF-8 or else in the system's code page; code 10 for a null or
  * empty one
  *
@@ -800,8 +801,52 @@ ZEB_API unsigned short zebDeclare(const char *name, short storage, short type);
     in an object keeps its points; filters wider than 2 pixels show no seams; an unset spot cone is
     30 and 5 degrees; where 8 bits are shown, words with a "one" above 255 are scaled and not cut. */
 ZEB_API void zebQuirks(short on);
-/** Sets how many threads render; an option. 1 (default) is the caller's alone; this version takes
-    no other: code 10. */
+/**
+ * Makes a camera: what is given after it is seen from the eye, looking at a place. Applied like the
+ * other transformations, and usually the first of them.
+ *
+ * Camera space is left-handed: x to the right, y up, z forwards. The place lies on its z axis, the
+ * way up in the half of its y-z plane where y is positive.
+ * @param eye three floats: the camera's place
+ * @param at three floats: the place looked at
+ * @param up three floats: a direction, of any length
+ *
+ * Legal wherever transformations are; elsewhere code 6. Code 10 for null or what is not finite,
+ * code 15 if the eye is at the place, or if up is 0 or leads straight towards or away from it.
+ */
+ZEB_API void zebLookAt(const float* eye, const float* at, const float* up);
+/**
+ * Makes many whole spheres at once, as for the points of a plot. Each is a primitive like those of
+ * zebSphere, whose rules hold here too.
+ * @param n how many; 0 makes none
+ * @param centers 3 n floats
+ * @param radii n floats
+ *
+ * Of every variable in the parameter list each sphere takes one value: "color" and "opacity" have
+ * 3 n floats. Code 10 for null, what is not finite, a negative n and one above 2^27.
+ */
+ZEB_API void zebSpheres(long n, const float *centers, const float *radii, ...);
+/** zebSpheres with the parameter list as arrays. */
+ZEB_API void zebSpheresV(long n, const float *centers, const float *radii, long nargs,
+                         const unsigned short *tokens, void *const *values);
+/**
+ * Gives up the picture of the world block that is open, at the next bucket, split or row of
+ * samples. The device is closed then, a picture's file does not appear, and the world block ends in
+ * order; an info with code 0 says so. Without an open world block nothing happens.
+ *
+ * Legal anywhere and at any time: in callbacks, in signal handlers, and on other threads while a
+ * call renders.
+ */
+ZEB_API void zebCancel(void);
+/** Hears how far a picture is: in percent, after each bucket that makes a difference, the last time
+    100. @return non-zero to give the picture up, as zebCancel does */
+typedef short (*ZebProgressFunction)(void* data, long percent);
+/** Calls a function of the host's while a picture is rendered; an option. Null is none, the
+   default.
+    @param data the function's first argument */
+ZEB_API void zebProgressCallback(ZebProgressFunction function, void* data);
+/** Sets how many threads render; an option. 1 (default) is the caller's alone, 0 as many as this
+    version can; it can no more than one: code 10 for any other number. */
 ZEB_API void zebThreads(long n);
 /** Handles the events of the library's windows: they repaint, and close when their user wants it.
     While it renders, the library does so by itself; before and after, a host calls this from time to

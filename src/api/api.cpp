@@ -7,6 +7,7 @@
 #include "math/spaces.h"
 #include "state/quark.h"
 #include "state/state.h"
+#include "util/cancel.h"
 #include "zebcore/zebcore.h"
 
 // The last named argument of some functions with a variable list is a float or a short, which the C
@@ -505,6 +506,21 @@ void zebQuirks(short on)
 {
     CallFrame frame("zebQuirks");
     gOption->setQuirks(on);
+}
+
+void zebLookAt(const float* eye, const float* at, const float* up)
+{
+    CallFrame frame("zebLookAt");
+    gTransform->lookAt(eye, at, up);
+}
+
+// Without a frame: signal handlers and other threads call it.
+void zebCancel(void) { gCancelled = true; }
+
+void zebProgressCallback(ZebProgressFunction function, void* data)
+{
+    CallFrame frame("zebProgressCallback");
+    gOption->progressCallback(function, data);
 }
 
 void zebThreads(long n)

@@ -182,6 +182,23 @@ void zebSphereV(float radius, float zmin, float zmax, float thetamax, long n,
     gScene->sphere(radius, zmin, zmax, thetamax, n, tokens, values);
 }
 
+void zebSpheres(long n, const float* centers, const float* radii, ...)
+{
+    CallFrame frame("zebSpheres");
+    std::va_list args;
+    va_start(args, radii);
+    const ParameterPairs list(args);
+    va_end(args);
+    gScene->spheres(n, centers, radii, list.n(), list.tokens(), list.values());
+}
+
+void zebSpheresV(long n, const float* centers, const float* radii, long nargs,
+                 const unsigned short* tokens, void* const* values)
+{
+    CallFrame frame("zebSpheresV");
+    gScene->spheres(n, centers, radii, nargs, tokens, values);
+}
+
 void zebCone(float radius, float height, float cutheight, float thetamax, ...)
 {
     CallFrame frame("zebCone");

@@ -1,8 +1,6 @@
 #include "display/file_display.h"
 
 #include <algorithm>
-#include <cctype>
-#include <cstring>
 
 #include "display/file_path.h"
 #include "util/report.h"
@@ -16,14 +14,6 @@ namespace
 // Rows are kept in memory until the picture is whole.
 constexpr double kMaxWords = 4e9;
 
-bool endsIn(const std::string& name, const char* ending)
-{
-    const std::size_t length = std::strlen(ending);
-    return name.size() >= length &&
-           std::equal(name.end() - static_cast<std::ptrdiff_t>(length), name.end(), ending,
-                      [](unsigned char a, char b) { return std::tolower(a) == b; });
-}
-
 // The reason comes first: the end of a long message is cut.
 void reportFile(const std::string& name, const char* why)
 {
@@ -34,14 +24,6 @@ void reportFile(const std::string& name, const char* why)
 
 bool FileDisplay::chooseWriter()
 {
-    if (fKind == kOutputAuto) {
-        if (endsIn(fName, ".png")) fKind = kOutputPng;
-        if (endsIn(fName, ".exr")) fKind = kOutputExr;
-        if (fKind == kOutputAuto) {
-            reportFile(fName, "the ending names no format");
-            return false;
-        }
-    }
 #if ZEB_PNG
     if (fKind == kOutputPng) fWriter = writePng;
     if (fKind == kOutputIndexed) fWriter = writeIndexedPng;

@@ -196,8 +196,16 @@ Quadric::Quadric(float thetamax, long n, const unsigned short* tokens, void* con
     if (std::fabs(thetamax) >= 360) fEdges.closeU(path());
 }
 
+Quadric::Quadric(const Point& origin, const ArgList& args)
+    : fOrigin(origin), fThetaMax(radians(360))
+{
+    fArgs.init(args);
+    fEdges.closeU(path());
+}
+
 Quadric::Quadric(const Quadric& other)
     : Primitive(other),
+      fOrigin(other.fOrigin),
       fThetaMin(other.fThetaMin),
       fThetaMax(other.fThetaMax),
       fVmin(other.fVmin),
@@ -209,6 +217,7 @@ Quadric::Quadric(const Quadric& other)
 Quadric::Quadric(float umin, float umax, float vmin, float vmax, const Quadric& parent,
                  std::uint32_t child)
     : Primitive(parent, child, true),
+      fOrigin(parent.fOrigin),
       fThetaMin(lerp(umin, parent.fThetaMin, parent.fThetaMax)),
       fThetaMax(lerp(umax, parent.fThetaMin, parent.fThetaMax)),
       fVmin(parent.curveParameter(vmin)),
@@ -232,13 +241,15 @@ Boundw Quadric::boundRevolve(const CurvePoint& a, const CurvePoint& b) const
         y = {std::min(y.min, radius * s.min), std::max(y.max, radius * s.max)};
         size = std::max({size, radius, std::fabs(p.z)});
     }
+    size = std::max({size, double{std::fabs(fOrigin.x)}, double{std::fabs(fOrigin.y)},
+                     double{std::fabs(fOrigin.z)}});
     const double room = size * kRounding;
     const Range z{std::min(a.z, b.z), std::max(a.z, b.z)};
     Bound box = Bound::empty();
     for (const double px : {x.min - room, x.max + room}) {
         for (const double py : {y.min - room, y.max + room}) {
             for (const double pz : {z.min - room, z.max + room}) {
-                box.add(rounded(Pointd(px, py, pz) * matrix()));
+                box.add(rounded((Pointd(px, py, pz) + fOrigin) * matrix()));
             }
         }
     }
@@ -253,7 +264,7 @@ Differential Quadric::revolve(double u, const CurvePoint& p) const
     const double range = fThetaMax - fThetaMin, theta = lerp(u, fThetaMin, fThetaMax);
     const double c = std::cos(theta), s = std::sin(theta), part = fVmax - fVmin;
     const double x = p.x * c - p.y * s, y = p.y * c + p.x * s;
-    return {Pointd(x, y, p.z), Pointd(-range * y, range * x, 0),
+    return {Pointd(x, y, p.z) + fOrigin, Pointd(-range * y, range * x, 0),
             Pointd(part * (p.dx * c - p.dy * s), part * (p.dy * c + p.dx * s), part * p.dz)};
 }
 

@@ -87,6 +87,8 @@ class Quadric : public Primitive
 protected:
     // Degrees: beyond a full turn is a full turn.
     Quadric(float thetamax, long n, const unsigned short* tokens, void* const* values);
+    // A whole turn about an axis through the origin given.
+    Quadric(const Point& origin, const ArgList& args);
     Quadric(const Quadric& other);
     // A part of the parent, given in its parameters.
     Quadric(float umin, float umax, float vmin, float vmax, const Quadric& parent,
@@ -97,6 +99,7 @@ protected:
     Differential revolve(double u, const CurvePoint& curve) const;
     double curveParameter(double v) const { return (1 - v) * fVmin + v * fVmax; }
 
+    Point fOrigin;
     double fThetaMin = 0, fThetaMax;
     double fVmin = 0, fVmax = 1;  // of the curve's own parameter
 };
@@ -108,6 +111,11 @@ public:
     QuadricOf(const Curve& curve, float thetamax, long n, const unsigned short* tokens,
               void* const* values)
         : Quadric(thetamax, n, tokens, values), fCurve(curve)
+    {
+        if (curve.closed()) fEdges.closeV(path());
+    }
+    QuadricOf(const Curve& curve, const Point& origin, const ArgList& args)
+        : Quadric(origin, args), fCurve(curve)
     {
         if (curve.closed()) fEdges.closeV(path());
     }

@@ -4,6 +4,7 @@
 #include "geom/grid.h"
 #include "hider/bucket.h"
 #include "state/error.h"
+#include "util/cancel.h"
 #include "util/number.h"
 
 namespace zeb
@@ -78,6 +79,7 @@ void AdaptiveBucket::collect(const Grid& grid, const Window& window, Arena& aren
 {
     const AttribNamesScope names(grid.fAttrib->object.text(), grid.fAttrib->group.text());
     GridIterator cells(grid, fBySequence);
+    checkCancelled();
     while (const MicroPolygon* cell = cells++) {
         const Bound bound = cell->bound();
         if (bound.zmax < 0 || bound.zmin > fFrame.depthScale) continue;
@@ -103,6 +105,7 @@ void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, cons
     pixel.samples = arena.array<PackedSample>(kRounds * kRoundSamples);
     for (int round = 0; round < kRounds; ++round) {
         for (int s = 0; s < kRoundSamples; ++s) {
+            checkCancelled();
             const float dx = random.unit() * 0.5f, dy = random.unit() * 0.5f;
             Sample sample;
             sample.place(left + 0.5f + (s & 1 ? -dx : dx), top + 0.5f + (s & 2 ? -dy : dy));

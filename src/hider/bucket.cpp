@@ -5,6 +5,7 @@
 #include "geom/grid.h"
 #include "math/shading_math.h"
 #include "state/callback.h"
+#include "util/cancel.h"
 #include "util/number.h"
 
 namespace zeb
@@ -93,6 +94,7 @@ void Bucket::render(Display& display, BucketScratch& scratch)
     generate(window, scratch);
     scratch.row.resize(static_cast<std::size_t>(fX1 - fX0 + 1) * fFrame.option.sampleCount);
     for (long y = fY0; y <= fY1; ++y) {
+        checkCancelled();
         if (fFilter.builtIn()) {
             renderRow(y, window, scratch.row.data());
         } else {

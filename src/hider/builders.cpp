@@ -37,8 +37,11 @@ template <class Build>
 void Scene::build(unsigned short blocks, const Build& make)
 {
     if (!verify(blocks, kPrimitiveState)) return;
-    std::unique_ptr<Primitive> primitive = make();
-    if (!primitive) return;
+    if (std::unique_ptr<Primitive> primitive = make()) keep(std::move(primitive));
+}
+
+void Scene::keep(std::unique_ptr<Primitive> primitive)
+{
     if (fDefining) {
         fDefining->add(std::move(primitive));
     } else {
@@ -145,6 +148,40 @@ void Scene::sphere(float radius, float zmin, float zmax, float thetamax, long na
             {{"radius", radius}, {"zmin", zmin}, {"zmax", zmax}},
             [&] { return SphereCurve(radius, zmin, zmax); }, thetamax, nargs, tokens, values);
     });
+}
+
+void Scene::spheres(long n, const float* centers, const float* radii, long nargs,
+                    const unsigned short* tokens, void* const* values)
+{
+    constexpr long kMost = 1L << 27;
+    if (!verify(kPrimitiveBlocks, kPrimitiveState)) return;
+    if (n < 0 || n > kMost) {
+        error(kRange, kError, "number of spheres %ld out of range", n);
+        return;
+    }
+    if (n == 0) return;
+    const auto count = static_cast<std::size_t>(n);
+    if (!centers || !radii) {
+        error(kRange, kError, "%s are null", centers ? "radii" : "centers");
+        return;
+    }
+    if (!allFinite(centers, 3 * count) || !allFinite(radii, count)) {
+        error(kRange, kError, "centers or radii are not finite");
+        return;
+    }
+    const ArgCounts counts{n, n, n};
+    if (!ArgList::usable(nargs, tokens, values, counts)) return;
+    ArgList args;
+    args.init(nargs, tokens, values, counts);
+    for (long i = 0; i < n; ++i) {
+        // A value of its own for every corner, all the same.
+        const long corners[4] = {i, i, i, i};
+        ArgList own;
+        own.split(4, corners, args, i);
+        const float* c = centers + 3 * i;
+        keep(std::make_unique<Sphere>(SphereCurve(radii[i], -radii[i], radii[i]),
+                                      Point(c[0], c[1], c[2]), own));
+    }
 }
 
 void Scene::cone(float radius, float height, float cutheight, float thetamax, long nargs,

@@ -11,6 +11,7 @@
 #include "state/callback.h"
 #include "state/error.h"
 #include "state/upcalls.h"
+#include "util/cancel.h"
 #include "util/number.h"
 
 namespace zeb
@@ -328,8 +329,23 @@ short Scene::renderBucket()
     }
     if (!fFrame) return 0;
     renderInit();
+    try {
+        renderNext();
+    } catch (const Cancelled&) {
+        flush();
+        error(kNoError, kInfo, "picture cancelled");
+    }
+    return fFrame ? 1 : 0;
+}
+
+void Scene::renderNext()
+{
+    checkCancelled();
     Bucket& current = bucketAt(fColumn, fRow);
-    while (auto primitive = current.takePrimitive()) process(std::move(primitive));
+    while (auto primitive = current.takePrimitive()) {
+        process(std::move(primitive));
+        checkCancelled();
+    }
 
     const auto row = static_cast<std::size_t>(fRow);
     std::unique_ptr<Bucket> bucket = std::move((*fBuckets[row])[static_cast<std::size_t>(fColumn)]);
@@ -345,8 +361,18 @@ short Scene::renderBucket()
     bucket.reset();
     ++fDone;
     updateWindows();
+    tellProgress();
     if (fColumn == 0) finishRow();
-    return fFrame ? 1 : 0;
+}
+
+void Scene::tellProgress()
+{
+    const Option& option = fFrame->option;
+    const auto percent = static_cast<long>(fDone * 100 / (std::int64_t{fRows} * fColumns));
+    if (!option.progress || percent == fPercent) return;
+    fPercent = percent;
+    CallbackScope scope;
+    if (option.progress(option.progressData, percent)) gCancelled = true;
 }
 
 void Scene::finishRow()
@@ -382,6 +408,7 @@ void Scene::flush()
     fScratch = {};
     fColumn = fRow = 0;
     fDone = 0;
+    fPercent = 0;
     fStarted = false;
 }
 

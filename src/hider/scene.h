@@ -53,6 +53,8 @@ public:
                   const unsigned short* tokens, void* const* values);
     void sphere(float radius, float zmin, float zmax, float thetamax, long nargs,
                 const unsigned short* tokens, void* const* values);
+    void spheres(long n, const float* centers, const float* radii, long nargs,
+                 const unsigned short* tokens, void* const* values);
     void cone(float radius, float height, float cutheight, float thetamax, long nargs,
               const unsigned short* tokens, void* const* values);
     void cylinder(float radius, float zmin, float zmax, float thetamax, long nargs,
@@ -91,6 +93,9 @@ private:
     void file(Primitive& primitive, const Boundw& raster, long& column, long& row) const;
     Bucket& bucketAt(long column, long row);
     std::unique_ptr<Bucket> makeBucket(long column, long row) const;
+    // May throw Cancelled.
+    void renderNext();
+    void tellProgress();
     void process(std::unique_ptr<Primitive> primitive);
     void finish(Primitive& primitive);
     void dice(const Primitive& primitive, const Dicing& dicing);
@@ -101,6 +106,8 @@ private:
         return static_cast<double>(fX1 - fX0 + 1) * static_cast<double>(fY1 - fY0 + 1);
     }
     void finishRow();
+    // In the object that is being defined, if there is one, or in the picture.
+    void keep(std::unique_ptr<Primitive> primitive);
     template <class Build>
     void build(unsigned short blocks, const Build& make);
 
@@ -109,6 +116,7 @@ private:
     long fColumns = 0, fRows = 0;
     long fColumn = 0, fRow = 0;  // the bucket to be rendered next
     std::int64_t fDone = 0;      // buckets; more than a long may hold
+    long fPercent = 0;           // what the host has heard of them
     long fX0 = 0, fX1 = 0, fY0 = 0, fY1 = 0;
     long fBucketWidth = 1, fBucketHeight = 1;
     float fXmin = 0, fXmax = 0, fYmin = 0, fYmax = 0;  // of all sample positions

@@ -3,6 +3,7 @@
 #include "geom/grid.h"
 #include "hider/bucket.h"
 #include "state/error.h"
+#include "util/cancel.h"
 #include "util/number.h"
 
 namespace zeb
@@ -109,7 +110,10 @@ void UniformBucket::generate(const Window& window, BucketScratch& scratch)
     // A sample serves every pixel its position is within reach of: it is resolved once.
     scratch.samples += count;
     fPacked = arena.array<PackedSample>(count);
-    for (std::size_t k = 0; k < count; ++k) fPacked[k] = fSamples[k].pack(fFrame.depthScale);
+    for (std::size_t k = 0; k < count; ++k) {
+        checkCancelled();
+        fPacked[k] = fSamples[k].pack(fFrame.depthScale);
+    }
 }
 
 void UniformBucket::sampleGrid(const Grid& grid, const Window& window, Arena& arena)
@@ -120,6 +124,7 @@ void UniformBucket::sampleGrid(const Grid& grid, const Window& window, Arena& ar
     };
     MicroPolygon cell(grid, fBySequence);
     for (int j = 0; j < grid.fVSize; ++j) {
+        checkCancelled();
         if (outside(joined(grid.rowBound(j), grid.rowBound(j + 1)))) continue;
         const int count = grid.cellCount(j);
         const Vertex *upper = &grid.vertex(0, j), *lower = &grid.vertex(0, j + 1);
@@ -146,13 +151,17 @@ void UniformBucket::closeSeams(const Window& window, Arena& arena)
     };
     Nearby* near = arena.array<Nearby>(count);
     for (const auto& grid : fGrids) {
+        checkCancelled();
         for (const Seams::Side& side : seams.sides(*grid)) {
             const Bound box = side.bound();
             if (window.misses(box)) continue;
             eachSample(box, window, [&](long k) { seams.look(side, fSamples[k], near[k].first); });
         }
     }
-    for (std::size_t k = 0; k < count; ++k) seams.close(fSamples[k], near[k].first, fGrids);
+    for (std::size_t k = 0; k < count; ++k) {
+        checkCancelled();
+        seams.close(fSamples[k], near[k].first, fGrids);
+    }
 }
 
 FilteredPixel UniformBucket::filter(float x, float y, const Window& window) const

@@ -108,6 +108,59 @@ void Transform::scale(float x, float y, float z)
     set(m);
 }
 
+namespace
+{
+
+// Three floats of the host's, if they are.
+bool usablePoint(const char* name, const float* p)
+{
+    if (p) return usable(p, 3);
+    error(kRange, kError, "%s is null", name);
+    return false;
+}
+
+// Of length 1; false if the vector has none, or next to none of another's.
+bool normalized(Pointd& v, double scale)
+{
+    const double length = std::sqrt(dot(v, v));
+    if (!(length > scale * 1e-10)) return false;
+    v = v * (1 / length);
+    return true;
+}
+
+}  // namespace
+
+void Transform::lookAt(const float* eye, const float* at, const float* up)
+{
+    if (!legal() || !usablePoint("eye", eye) || !usablePoint("place", at) ||
+        !usablePoint("up direction", up)) {
+        return;
+    }
+    const Pointd from(eye[0], eye[1], eye[2]);
+    Pointd z = Pointd(at[0], at[1], at[2]) - from, y(up[0], up[1], up[2]);
+    if (!normalized(z, 0)) {
+        error(kMath, kError, "the eye is at the place that it looks at");
+        return;
+    }
+    Pointd x;
+    if (normalized(y, 0)) x = y ^ z;
+    if (!normalized(x, 1)) {
+        error(kMath, kError, "no way up across the line of sight");
+        return;
+    }
+    y = z ^ x;
+    Matrix look;
+    const Pointd* const axes[3] = {&x, &y, &z};
+    for (int k = 0; k < 3; ++k) {
+        const Pointd& axis = *axes[k];
+        look.m[0][k] = axis.x;
+        look.m[1][k] = axis.y;
+        look.m[2][k] = axis.z;
+        look.m[3][k] = -dot(from, axis);
+    }
+    set(look * fMatrix);
+}
+
 void Transform::skew(float angle, float dx1, float dy1, float dz1, float dx2, float dy2, float dz2)
 {
     if (!legal() || !usableAll(angle, dx1, dy1, dz1, dx2, dy2, dz2)) return;

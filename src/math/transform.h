@@ -26,6 +26,7 @@ public:
     void translate(float x, float y, float z);
     void rotate(float angle, float x, float y, float z);
     void scale(float x, float y, float z);
+    void lookAt(const float* eye, const float* at, const float* up);
     void skew(float angle, float dx1, float dy1, float dz1, float dx2, float dy2, float dz2);
     // Accepted and without effect.
     void deformation(short kind, long n, const unsigned short* tokens, void* const* values);

@@ -1,6 +1,8 @@
 // Marks the time the host's own code runs inside a call.
 #pragma once
 
+#include <functional>
+
 #include "state/error.h"
 #include "state/free_store.h"
 
@@ -14,22 +16,30 @@ namespace zeb
 class CallbackScope
 {
 public:
-    CallbackScope() : fName(setErrorFuncName(nullptr)) { ++fDepth; }
+    CallbackScope() : fName(setErrorFuncName(nullptr)), fOuter(fInnermost) { fInnermost = this; }
     ~CallbackScope()
     {
-        --fDepth;
+        fInnermost = fOuter;
         setErrorFuncName(fName);
     }
     CallbackScope(const CallbackScope&) = delete;
     CallbackScope& operator=(const CallbackScope&) = delete;
 
-    static bool active() { return fDepth > 0; }
+    static bool active() { return fInnermost; }
+    // Whether a jump has left all callbacks, as a frame shows that is no deeper on the stack.
+    static bool left(const void* frame)
+    {
+        return fInnermost && std::less<const void*>()(fInnermost->fFrame, frame);
+    }
+    static void forget() { fInnermost = nullptr; }
 
 private:
     // The first to begin and the last to end: a name that goes or comes moves the guard, too.
     FreeStoreScope fHostsMemory{false};
     const char* fName;
-    static thread_local int fDepth;
+    const CallbackScope* const fOuter;
+    const void* const fFrame = __builtin_frame_address(0);
+    static thread_local const CallbackScope* fInnermost;
 };
 
 }  // namespace zeb

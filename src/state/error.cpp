@@ -25,7 +25,7 @@ std::atomic<std::new_handler> Error::fStoredNewHandler = nullptr;
 thread_local const char* Error::fFuncName = nullptr;
 thread_local const char* Error::fAttribName = nullptr;
 thread_local const char* Error::fShadingGroup = nullptr;
-thread_local int CallbackScope::fDepth = 0;
+thread_local const CallbackScope* CallbackScope::fInnermost = nullptr;
 
 namespace
 {

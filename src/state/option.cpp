@@ -1,7 +1,9 @@
 #include "state/option.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
+#include <string_view>
 #include <vector>
 
 #include "math/filter.h"
@@ -286,6 +288,23 @@ void Option::outputDisplay(const char* name)
     displayName = name;
 }
 
+namespace
+{
+
+// What the ending of a file's name says; kOutputAuto for none that is known.
+unsigned short kindOf(std::string_view name)
+{
+    const auto endsIn = [name](std::string_view ending) {
+        return name.size() >= ending.size() &&
+               std::equal(ending.rbegin(), ending.rend(), name.rbegin(), [](char a, char b) {
+                   return a == std::tolower(static_cast<unsigned char>(b));
+               });
+    };
+    return endsIn(".png") ? kOutputPng : endsIn(".exr") ? kOutputExr : kOutputAuto;
+}
+
+}  // namespace
+
 void Option::outputFile(short kind, const char* name)
 {
     if (!legal()) return;
@@ -297,7 +316,12 @@ void Option::outputFile(short kind, const char* name)
         error(kRange, kError, "file name is empty");
         return;
     }
-    outputKind = static_cast<unsigned short>(kind);
+    const auto chosen = kind == kOutputAuto ? kindOf(name) : static_cast<unsigned short>(kind);
+    if (chosen == kOutputAuto) {
+        error(kRange, kError, "the ending names no format: \"%s\"", name);
+        return;
+    }
+    outputKind = chosen;
     displayName = name;
 }
 
@@ -376,10 +400,17 @@ void Option::setQuirks(short on)
     if (legal()) quirks = on != 0;
 }
 
+void Option::progressCallback(ProgressFunction function, void* data)
+{
+    if (!legal()) return;
+    progress = function;
+    progressData = data;
+}
+
 void Option::threads(long n)
 {
     if (!legal()) return;
-    if (n != 1) error(kRange, kError, "%ld threads are not supported, using 1", n);
+    if (n != 0 && n != 1) error(kRange, kError, "%ld threads are not supported, using 1", n);
 }
 
 }  // namespace zeb

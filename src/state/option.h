@@ -12,6 +12,7 @@ namespace zeb
 {
 
 using FilterFunction = float (*)(float dx, float dy, float xwidth, float ywidth);
+using ProgressFunction = short (*)(void* data, long percent);
 
 enum : unsigned short { kHiderNull = 0, kHiderHidden = 0x400, kHiderSequence = 0x401 };
 enum OutputKind : unsigned short {
@@ -64,6 +65,8 @@ public:
     float detail = 1;
     long tuning[3] = {32, 12, 12};  // grid size; bucket width and height
     bool quirks = true;
+    ProgressFunction progress = nullptr;
+    void* progressData = nullptr;
     bool closeSeams = true;  // tests look at what pictures are without
 
     Option();
@@ -101,6 +104,7 @@ public:
     void tune(long gridSize, long width, long height);
     void imager(unsigned short name, long n, const unsigned short* tokens, void* const* values);
     void setQuirks(short on);
+    void progressCallback(ProgressFunction function, void* data);
     void threads(long n);
 };
 

@@ -4,6 +4,7 @@
 #include "state/callback.h"
 #include "state/quark.h"
 #include "state/upcalls.h"
+#include "util/cancel.h"
 #include "util/number.h"
 
 namespace zeb
@@ -75,6 +76,10 @@ void State::init()
 
 void State::reset()
 {
+    if (CallbackScope::left(__builtin_frame_address(0))) {
+        CallbackScope::forget();
+        setAttribNames(nullptr, nullptr);
+    }
     if (CallbackScope::active()) {
         error(kState, kError, nullptr);
     } else {
@@ -162,6 +167,7 @@ short State::frameEnd()
 short State::sceneBegin()
 {
     if (!open(kOutsideBlocks | kFrameBlock, kWorldBlock, true, true)) return 0;
+    gCancelled = false;
     fixCamera();
     return 1;
 }

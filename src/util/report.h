@@ -8,6 +8,7 @@ namespace zeb
 enum Severity : long { kInfo = 0xB01, kWarning = 0xB02, kError = 0xB04, kSevere = 0xB08 };
 
 enum ErrorCode : long {
+    kNoError = 0,
     kOutOfMemory = 1,
     kUnsupported = 2,
     kBug = 3,

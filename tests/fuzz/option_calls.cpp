@@ -154,6 +154,13 @@ const std::vector<Call>& optionCalls()
         },
         [](Player& p) { zebQuirks(static_cast<short>(p.in.upTo(3))); },
         [](Player& p) { zebThreads(p.in.integer()); },
+        [](Player& p) {
+            if (p.in.oneIn(8)) zebCancel();
+        },
+        [](Player& p) {
+            const bool none = p.in.oneIn(2);
+            zebProgressCallback(none ? nullptr : progressThatCalls, nullptr);
+        },
         [](Player&) { zebWindowEvents(0); },
         [](Player&) { zebVersion(); },
     };
@@ -227,6 +234,11 @@ const std::vector<Call>& attributeCalls()
         [](Player& p) { zebLoadMatrix(reinterpret_cast<float(*)[4]>(p.floatsOrNull(16))); },
         [](Player& p) { zebMultMatrix(reinterpret_cast<float(*)[4]>(p.floatsOrNull(16))); },
         [](Player& p) { zebPerspective(p.in.number() * 32); },
+        [](Player& p) {
+            const float* eye = p.floatsOrNull(3);
+            const float* at = p.floatsOrNull(3);
+            zebLookAt(eye, at, p.floatsOrNull(3));
+        },
         [](Player& p) {
             const Floats v(p);
             zebTranslate(v[0], v[1], v[2]);

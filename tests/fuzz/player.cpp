@@ -118,6 +118,12 @@ void printerThatCalls(const char* line)
     if (gPlayer) gPlayer->callBack(4);
 }
 
+short progressThatCalls(void*, long percent)
+{
+    if (gPlayer) gPlayer->callBack(20);
+    return percent > 90;
+}
+
 Player* Player::current() { return gPlayer; }
 
 void Player::callBack(unsigned chance)

@@ -85,6 +85,7 @@ float filterThatCalls(float dx, float dy, float xwidth, float ywidth);
 float filterOfHostileWeights(float dx, float dy, float xwidth, float ywidth);
 void handlerThatCalls(long code, long severity, const char* message);
 void printerThatCalls(const char* line);
+short progressThatCalls(void* data, long percent);
 
 // Plays one input from zebReset to zebReset; aborts where the library breaks a promise.
 void playInput(const std::uint8_t* data, std::size_t size);

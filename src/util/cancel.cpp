@@ -1,0 +1,8 @@
+#include "util/cancel.h"
+
+namespace zeb
+{
+
+std::atomic<bool> gCancelled{false};
+
+}  // namespace zeb
