@@ -312,7 +312,9 @@ ZEB_API void zebFilterWidth(float xwidth, float ywidth);
 
 /** Multiplies colours before gamma; default 1. */
 ZEB_API void zebColorGain(float gain);
-/** Sets the display gamma: colours are raised to 1 / gamma; default 1. Code 10 below 1e-10. */
+/** Sets the display gamma: colours, multiplied by alpha as they are, are raised to 1 / gamma; default
+    1. OpenEXR files hold light without it: code 2, a warning, says so when the world opens. Code 10
+    below 1e-10. */
 ZEB_API void zebColorGamma(float gamma);
 /** Sets the integers that colours and alpha become: round(one * value + jitter), clamped to
     min ... max; default 255, 0, 255. one = 0 passes floats, clamped to 0 ... 1. */

@@ -9,10 +9,12 @@
 namespace zeb
 {
 
-// What the words of a pixel mean, in the order red, green, blue, alpha, depth.
+// What the words of a pixel mean, in the order red, green, blue, alpha, depth. Colours have been
+// multiplied by alpha first, and raised to a power then.
 struct PixelFormat {
     bool rgb, alpha, depth;
     Quantizer color, depthQuantizer;
+    float inverseGamma;
     bool quirks;
 
     explicit PixelFormat(const Option& option)
@@ -21,6 +23,7 @@ struct PixelFormat {
           depth(option.depth),
           color(option.colorQuantizer),
           depthQuantizer(option.depthQuantizer),
+          inverseGamma(option.inverseGamma),
           quirks(option.quirks)
     {
     }
@@ -42,6 +45,8 @@ public:
     virtual void open(const char* name, long xres, long yres, long xorigin, long yorigin);
     // Whether a message of the severity shall be printed.
     virtual bool error(long) { return true; }
+    // Whether it takes light as it is: gamma is not applied then. Asked once it is open.
+    virtual bool isLinear() const { return false; }
     // The pixels x0 ... x1 of row y.
     virtual void span(long, long, long, const std::uint32_t*) {}
     // Rows y0 ... y1 are final.

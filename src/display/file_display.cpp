@@ -63,8 +63,13 @@ void FileDisplay::open(const char* name, long xres, long yres, long xorigin, lon
 // What the format has no room for.
 void FileDisplay::warnOfLoss() const
 {
-    if (fKind == kOutputExr) return;
     const PixelFormat& format = fPicture.format;
+    if (fKind == kOutputExr) {
+        if (format.rgb && format.inverseGamma != 1) {
+            zeb::error(kUnsupported, kWarning, "gamma is left out of \"%s\"", fName.c_str());
+        }
+        return;
+    }
     const bool indexed = fKind == kOutputIndexed;
     if (indexed && format.alpha && format.rgb) {
         zeb::error(kUnsupported, kWarning, "alpha is left out of \"%s\"", fName.c_str());

@@ -28,6 +28,7 @@ public:
     }
 
     void open(const char* name, long xres, long yres, long xorigin, long yorigin) override;
+    bool isLinear() const override { return fKind == kOutputExr; }
     void span(long x0, long x1, long y, const std::uint32_t* words) override;
     void flush(long y0, long y1) override;
     void close() override;
@@ -46,12 +47,12 @@ private:
     long fFinalRows = 0;
 };
 
-// PNG: 8 or 16 bits, colour divided by alpha. This writer, and the others, tell the file what
-// fails.
+// PNG: 8 or 16 bits, colour divided by alpha, as far as gamma has left it there. This writer, and
+// the others, tell the file what fails.
 void writePng(const Picture& picture, OutputFile& file);
 // PNG of at most 256 colours, as a palette screen would show the picture.
 void writeIndexedPng(const Picture& picture, OutputFile& file);
-// OpenEXR: float channels R, G, B, A, Z.
+// OpenEXR: float channels R, G, B, A, Z; colour is light multiplied by alpha.
 void writeExr(const Picture& picture, OutputFile& file);
 
 }  // namespace zeb

@@ -65,16 +65,25 @@ struct PngLayout {
         *out++ = static_cast<png_byte>(sample & 0xFF);
     }
 
+    // What colours have been multiplied by. They come as (c a)^(1 / gamma); the format wants
+    // c^(1 / gamma).
+    double weight(double alpha) const
+    {
+        return format.inverseGamma == 1 || !(alpha > 0)
+                   ? alpha
+                   : std::pow(alpha, double{format.inverseGamma});
+    }
+
     void encode(const std::uint32_t* words, long width, png_bytep out) const
     {
         const int channels = format.channels();
         for (long x = 0; x < width; ++x, words += channels) {
             if (format.rgb) {
                 const double alpha = format.alpha ? fraction(words[3], format.color) : 1;
+                const double divisor = weight(alpha);
                 for (int c = 0; c < 3; ++c) {
-                    // Colours come multiplied by their coverage; the format wants them bare.
                     const double value = fraction(words[c], format.color);
-                    store(alpha > 0 ? value / alpha : 0, out);
+                    store(divisor > 0 ? value / divisor : 0, out);
                 }
                 if (format.alpha) store(alpha, out);
             } else if (format.depth) {

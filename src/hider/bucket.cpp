@@ -65,7 +65,7 @@ Bucket::Window Bucket::sampleWindow() const
             static_cast<float>(fY0) + 0.5f - ry, static_cast<float>(fY1) + 0.5f + ry};
 }
 
-void Bucket::renderRow(long y, const Window& window, std::uint32_t* words) const
+void Bucket::renderRow(long y, const Window& window, float inverseGamma, std::uint32_t* words) const
 {
     const Option& option = fFrame.option;
     const Quantizer& color = option.colorQuantizer;
@@ -73,7 +73,7 @@ void Bucket::renderRow(long y, const Window& window, std::uint32_t* words) const
         FilteredPixel pixel =
             filter(static_cast<float>(x) + 0.5f, static_cast<float>(y) + 0.5f, window);
         if (option.rgb) {
-            expose(pixel.color, option.gain, option.inverseGamma);
+            expose(pixel.color, option.gain, inverseGamma);
             *words++ = channelWord(pixel.color.r, color, x, y, 0);
             *words++ = channelWord(pixel.color.g, color, x, y, 1);
             *words++ = channelWord(pixel.color.b, color, x, y, 2);
@@ -93,13 +93,14 @@ void Bucket::render(Display& display, BucketScratch& scratch)
     scratch.arena.reset();
     generate(window, scratch);
     scratch.row.resize(static_cast<std::size_t>(fX1 - fX0 + 1) * fFrame.option.sampleCount);
+    const float inverseGamma = display.isLinear() ? 1 : fFrame.option.inverseGamma;
     for (long y = fY0; y <= fY1; ++y) {
         checkCancelled();
         if (fFilter.builtIn()) {
-            renderRow(y, window, scratch.row.data());
+            renderRow(y, window, inverseGamma, scratch.row.data());
         } else {
             CallbackScope scope;
-            renderRow(y, window, scratch.row.data());
+            renderRow(y, window, inverseGamma, scratch.row.data());
         }
         display.span(fX0, fX1, y, scratch.row.data());
     }

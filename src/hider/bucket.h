@@ -63,7 +63,8 @@ protected:
     Grids fGrids;
 
 private:
-    void renderRow(long y, const Window& window, std::uint32_t* words) const;
+    // Colours are raised to the power inverseGamma.
+    void renderRow(long y, const Window& window, float inverseGamma, std::uint32_t* words) const;
 
     List<std::unique_ptr<Primitive>> fPrimitives;
     long fX0, fX1, fY0, fY1;
