@@ -7,7 +7,7 @@
 
 static void addPane(float z, unsigned long code)
 {
-    const float clear[3] = {0.25f, 0.25f, 0.25f};
+    const float clear[3] = {0.16f, 0.16f, 0.16f};
     float pane[4][3] = {{-9, -9, 0}, {9, -9, 0}, {9, 9, 0}, {-9, 9, 0}};
     int i;
     for (i = 0; i < 4; ++i) pane[i][2] = z;

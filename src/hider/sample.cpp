@@ -13,8 +13,8 @@ namespace
 class Composite
 {
 public:
-    Composite(float x, float y, double depthOne)
-        : fDepthOne(depthOne), fResult{x, y, gBlack, 0, depthOne}
+    Composite(float x, float y, double depthOne, bool quirks)
+        : fDepthOne(depthOne), fQuirks(quirks), fResult{x, y, gBlack, 0, depthOne}
     {
     }
     // False when nothing behind can be seen, nor give the depth: what lies beyond the far clipping
@@ -22,7 +22,8 @@ public:
     bool add(const SampleHit& hit)
     {
         if (hit.matte) return false;
-        fResult.color += fT * hit.color * hit.opacity;
+        const Color seen = fT * hit.color;
+        fResult.color += fQuirks ? seen * hit.opacity : seen;
         fT *= gWhite - hit.opacity;
         if (fResult.depth >= fDepthOne) fResult.depth = hit.order;
         return fT != gBlack || fResult.depth >= fDepthOne;
@@ -35,6 +36,7 @@ public:
 
 private:
     double fDepthOne;
+    bool fQuirks;
     PackedSample fResult;
     Color fT = gWhite;
 };
@@ -122,9 +124,9 @@ Sample::Sorted* Sample::sortDeep(int& count) const
     return sorted;
 }
 
-PackedSample Sample::pack(double depthOne) const
+PackedSample Sample::pack(double depthOne, bool quirks) const
 {
-    Composite composite(x, y, depthOne);
+    Composite composite(x, y, depthOne, quirks);
     if (fDeep) {
         int count = 0;
         const Sorted* sorted = sortDeep(count);

@@ -49,8 +49,8 @@ public:
     bool sample(const MicroPolygon& micropolygon, Arena& arena);
     void add(const SampleHit& hit, Arena& arena);
     // Composites the hits front to back. depthOne is the depth of the far clipping plane, where
-    // nothing is hit.
-    PackedSample pack(double depthOne) const;
+    // nothing is hit. The quirk: colours, which come multiplied by their opacity, are so again.
+    PackedSample pack(double depthOne, bool quirks) const;
     // The first hits, in order; where there are many, later ones are not among them.
     const SList<SampleHit>& hits() const { return fHits; }
 

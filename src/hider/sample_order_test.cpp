@@ -86,7 +86,7 @@ protected:
             hits.add(layer);
         }
         hits.resolve();
-        const PackedSample packed = sample.pack(1);
+        const PackedSample packed = sample.pack(1, true);
         const double tolerance = 1e-5 * (1 + std::fabs(hits.color));
         ASSERT_NEAR(packed.color.r, hits.color, tolerance) << layers.size();
         ASSERT_NEAR(packed.alpha, hits.alpha, 1e-5 * (1 + std::fabs(hits.alpha)));

@@ -47,7 +47,7 @@ const Color kHalf(0.5f, 0.5f, 0.5f);
 
 TEST_F(SampleTest, WithoutHitsItIsBlackAndFar)
 {
-    const PackedSample p = sample.pack(1);
+    const PackedSample p = sample.pack(1, true);
     EXPECT_EQ(p.color, gBlack);
     EXPECT_EQ(p.alpha, 0);
     EXPECT_EQ(p.depth, 1);
@@ -66,16 +66,25 @@ TEST_F(SampleTest, HitsAreCompositedFrontToBack)
 {
     EXPECT_TRUE(hit(0.75f, Color(1, 1, 1), gWhite));
     EXPECT_TRUE(hit(0.25f, Color(1, 0, 0), Color(0.5f, 0.25f, 0)));
-    const PackedSample p = sample.pack(1);
+    const PackedSample p = sample.pack(1, true);
     EXPECT_EQ(p.color, Color(1, 0.75f, 1));
     EXPECT_NEAR(p.alpha, 1, 1e-6);
     EXPECT_EQ(p.depth, 0.25);
 }
 
+TEST_F(SampleTest, ColoursAreTakenAsTheyComeWithMendedQuirks)
+{
+    hit(0.75f, Color(0, 0.25f, 1), gWhite);
+    hit(0.25f, Color(0.5f, 0.25f, 0), Color(0.5f, 0.25f, 0));
+    const PackedSample p = sample.pack(1, false);
+    EXPECT_EQ(p.color, Color(0.5f, 0.4375f, 1)) << "0.25 and three quarters of 0.25";
+    EXPECT_NEAR(p.alpha, 1, 1e-6);
+}
+
 TEST_F(SampleTest, AlphaIsTheMeanOfWhatIsHidden)
 {
     hit(0.5f, gWhite, Color(0.75f, 0.5f, 0.25f));
-    EXPECT_NEAR(sample.pack(1).alpha, 0.5, 1e-6);
+    EXPECT_NEAR(sample.pack(1, true).alpha, 0.5, 1e-6);
 }
 
 TEST_F(SampleTest, OnlyFullOpacityIsOpaque)
@@ -112,7 +121,7 @@ TEST_F(SampleTest, AMatteHitHidesWhatIsBehindAndStaysEmpty)
 {
     hit(0.75f, gWhite, gWhite);
     hit(0.5f, gWhite, gWhite, true);
-    const PackedSample p = sample.pack(1);
+    const PackedSample p = sample.pack(1, true);
     EXPECT_EQ(p.color, gBlack);
     EXPECT_EQ(p.alpha, 0);
     EXPECT_EQ(p.depth, 1);
@@ -122,7 +131,7 @@ TEST_F(SampleTest, WhatIsInFrontOfAMatteHitShows)
 {
     hit(0.5f, gWhite, gWhite, true);
     hit(0.25f, Color(0.5f, 1, 0), kHalf);
-    const PackedSample p = sample.pack(1);
+    const PackedSample p = sample.pack(1, true);
     EXPECT_EQ(p.color, Color(0.25f, 0.5f, 0));
     EXPECT_NEAR(p.alpha, 0.5, 1e-6);
     EXPECT_EQ(p.depth, 0.25);

@@ -67,7 +67,7 @@ protected:
             for (Sample& sample : samples) sample.sample(*cell, arena);
         }
         std::vector<PackedSample> packed;
-        for (const Sample& sample : samples) packed.push_back(sample.pack(frame.depthScale));
+        for (const Sample& sample : samples) packed.push_back(sample.pack(frame.depthScale, true));
         return packed;
     }
 

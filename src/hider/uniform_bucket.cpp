@@ -112,7 +112,7 @@ void UniformBucket::generate(const Window& window, BucketScratch& scratch)
     fPacked = arena.array<PackedSample>(count);
     for (std::size_t k = 0; k < count; ++k) {
         checkCancelled();
-        fPacked[k] = fSamples[k].pack(fFrame.depthScale);
+        fPacked[k] = fSamples[k].pack(fFrame.depthScale, fFrame.option.quirks);
     }
 }
 

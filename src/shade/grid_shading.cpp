@@ -22,6 +22,13 @@ T interpolated(const ArgAssoc& assoc, float u, float v, const Get& get)
     return bilerp(u, v, get(0), get(1), get(2), get(3));
 }
 
+// Opacities beyond these would make more of a surface than there is, or less than nothing.
+Color clamped(const Color& c)
+{
+    const auto clamp = [](float x) { return x > 0 ? (x < 1 ? x : 1) : 0; };
+    return {clamp(c.r), clamp(c.g), clamp(c.b)};
+}
+
 class GridShader
 {
 public:
@@ -29,6 +36,7 @@ public:
         : fGrid(grid),
           fAttrib(*grid.fAttrib),
           fPerspective(frame.option.perspective),
+          fQuirks(frame.option.quirks),
           fNormal(grid.fVertexArgs.find(kQNormal)),
           fColor(grid.fVertexArgs.find(kQColor)),
           fOpacity(grid.fVertexArgs.find(kQOpacity)),
@@ -94,12 +102,14 @@ private:
                       : p.Ng;
         p.Cs = fColor ? variable(*fColor) : fAttrib.surfaceColor;
         p.Os = fOpacity ? variable(*fOpacity) : fAttrib.surfaceOpacity;
+        if (!fQuirks) p.Os = clamped(p.Os);
         if (fVarying) fParameters.bilerp(p.u, p.v, fGrid.fOtherArgs);
         fSurface->evaluate(p);
         result.Ci = p.Ci;
         result.Oi = p.Oi;
         if (const Volume* atmosphere = fAttrib.atmosphereShader.get()) {
-            VolumePoint seen{p.P, p.I, p.Ci, p.Oi};
+            // The quirk: compositing multiplies by the opacity, the atmosphere's colour too.
+            VolumePoint seen{p.P, p.I, p.Ci, p.Oi, fQuirks ? gWhite : p.Oi};
             atmosphere->evaluate(seen);
             result.Ci = seen.Ci;
             result.Oi = seen.Oi;
@@ -134,6 +144,7 @@ private:
     Grid& fGrid;
     const Attrib& fAttrib;
     const bool fPerspective;
+    const bool fQuirks;
     const ArgAssoc *fNormal, *fColor, *fOpacity;
     const Surface* fSurface;
     std::unique_ptr<Surface> fOwn;

@@ -34,7 +34,7 @@ void DepthCueVolume::evaluate(VolumePoint& point) const
     float t = (depth(point.P) - hither) / range;
     if (t < 0) t = 0;
     if (t > 1) t = 1;
-    point.Ci = lerp(t, point.Ci, color);
+    point.Ci = lerp(t, point.Ci, point.cover * color);
 }
 
 ParmList FogVolume::parameters() { return {{kQDistance, &distance}, {kQColor, &color}}; }
@@ -43,7 +43,7 @@ void FogVolume::evaluate(VolumePoint& point) const
 {
     const float d = nearZero(distance) ? 1 : distance;
     const float t = 1 - std::exp(-length(point.I) / d);
-    point.Ci = lerp(t, point.Ci, color);
+    point.Ci = lerp(t, point.Ci, point.cover * color);
 }
 
 }  // namespace zeb

@@ -7,10 +7,13 @@
 namespace zeb
 {
 
-// A point seen through the atmosphere, in camera space: I runs from the eye to P.
+// A point seen through the atmosphere, in camera space: I runs from the eye to P. The atmosphere
+// takes the place of the surface as far as that is there: its own colour is multiplied by the
+// cover.
 struct VolumePoint {
     Point P, I;
     Color Ci, Oi;
+    Color cover = gWhite;
 };
 
 class Volume : public Shader

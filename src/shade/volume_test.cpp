@@ -49,6 +49,16 @@ TEST(DepthCue, IsLinearInCameraDepth)
     expectColor(cued(cue, at(3, {100, 100, 100})), 0.75, 0.375, 0.25);
 }
 
+TEST(DepthCue, CoversAsMuchAsTheSurface)
+{
+    DepthCueVolume cue;
+    cue.yon = 4;
+    cue.color = Color(1, 0.5f, 1);
+    VolumePoint point = at(3);
+    point.cover = Color(0.25f, 0.5f, 0);
+    expectColor(cued(cue, point), 0.25 * 1 + 0.75 * 0.25, 0.25 * 0.5 + 0.75 * 0.25, 0);
+}
+
 TEST(DepthCue, NearerThanHitherTheColourStays)
 {
     DepthCueVolume cue;
