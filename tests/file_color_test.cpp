@@ -146,4 +146,33 @@ TEST_F(FileColor, NothingIsSaidWhereGammaIsNotLeftOut)
     EXPECT_TRUE(reports.empty()) << reports[0].message;
 }
 
+// Three times as bright as white, and beyond it on both sides of the rim.
+TEST_F(FileColor, AnOpenExrHoldsWhatWasComputed)
+{
+    const auto prepare = [this] {
+        begin(ZEB_SAMPLES_RGBAZ);
+        zebColorGamma(1);
+        zebColorGain(3);
+        zebFilter(ZEB_FILTER_SINC);
+        zebFilterWidth(4, 4);
+    };
+    prepare();
+    renderSphere(1, 1, 1);
+    prepare();
+    zebOutputFile(ZEB_FILE_EXR, path("a.exr").c_str());
+    renderSphere(1, 1, 1);
+    const ExrImage image(path("a.exr"));
+    float least = 1, most = 0;
+    for (int y = 0; y < kSide; ++y) {
+        for (int x = 0; x < kSide; ++x) {
+            ASSERT_EQ(image.at("R", x, y), red(x, y));
+            ASSERT_EQ(image.at("A", x, y), alpha(x, y));
+            least = std::min(least, image.at("R", x, y));
+            most = std::max(most, image.at("R", x, y));
+        }
+    }
+    EXPECT_LT(least, 0);
+    EXPECT_GT(most, 3);
+}
+
 }  // namespace zebtest

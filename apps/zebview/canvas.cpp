@@ -72,10 +72,10 @@ Canvas::Canvas(long width, long height, Channels channels, const std::optional<C
     for (std::size_t i = 0; i < fBytes.size(); ++i) fBytes[i] = pixel[i % fPixelBytes];
 }
 
-// What the renderer sends is multiplied by alpha.
+// What the renderer sends is multiplied by alpha, both as filters have driven them beyond 1.
 void Canvas::drawColor(const float* light, bool hasAlpha, std::uint8_t* pixel) const
 {
-    const float alpha = hasAlpha ? std::clamp(light[3], 0.0f, 1.0f) : 1;
+    const float alpha = hasAlpha ? light[3] : 1;
     for (int i = 0; i < 3; ++i) {
         pixel[i] = static_cast<std::uint8_t>(
             alpha > 0 ? rounded(toShown(std::max(light[i] / alpha, 0.0f)), 255) : 0);

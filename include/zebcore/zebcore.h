@@ -317,11 +317,12 @@ ZEB_API void zebColorGain(float gain);
     below 1e-10. */
 ZEB_API void zebColorGamma(float gamma);
 /** Sets the integers that colours and alpha become: round(one * value + jitter), clamped to
-    min ... max; default 255, 0, 255. one = 0 passes floats, clamped to 0 ... 1. */
+    min ... max; default 255, 0, 255. one = 0 passes floats, clamped to 0 ... 1, or as they were
+    computed (zebQuirks). */
 ZEB_API void zebColorQuantize(long one, long min, long max);
 /** Sets the dither amplitude added before rounding, in steps; default 0.5. */
 ZEB_API void zebColorJitter(float amplitude);
-/** zebColorQuantize for depth; default 0, floats. */
+/** zebColorQuantize for depth; default 0, floats, which are always clamped to 0 ... 1. */
 ZEB_API void zebDepthQuantize(long one, long min, long max);
 /** zebColorJitter for depth; default 0. */
 ZEB_API void zebDepthJitter(float amplitude);
@@ -803,7 +804,8 @@ ZEB_API unsigned short zebDeclare(const char *name, short storage, short type);
     Mended: each instance of an object has its own attributes, transformation and order; a patch
     in an object keeps its points; filters wider than 2 pixels show no seams; an unset spot cone is
     30 and 5 degrees; where 8 bits are shown, words with a "one" above 255 are scaled and not cut;
-    surfaces are weighed by their opacity once and not twice, and opacities end at 0 and 1. */
+    surfaces are weighed by their opacity once and not twice, and opacities end at 0 and 1; float
+    words of colours and alpha pass as they were computed, below 0 and above 1 too. */
 ZEB_API void zebQuirks(short on);
 /**
  * Makes a camera: what is given after it is seen from the eye, looking at a place. Applied like the

@@ -1,6 +1,8 @@
 #include "hider/bucket.h"
 
+#include <algorithm>
 #include <cstring>
+#include <limits>
 
 #include "geom/grid.h"
 #include "math/shading_math.h"
@@ -16,23 +18,38 @@ namespace
 
 enum : std::uint32_t { kDitherDraws = 2 };
 
-std::uint32_t floatWord(double value)
+// Never the word of what is not a number.
+std::uint32_t floatWord(double value, double min, double max)
 {
-    const auto clamped = static_cast<float>(value > 0 ? (value < 1 ? value : 1) : 0);
+    const double number = value == value ? value : 0;
+    const auto clamped = static_cast<float>(std::clamp(number, min, max));
     std::uint32_t word;
     std::memcpy(&word, &clamped, sizeof word);
     return word;
 }
 
-// The word of one channel. Dither belongs to the pixel and the channel, so that the same picture
-// comes out the same.
-std::uint32_t channelWord(double value, const Quantizer& q, long x, long y, std::uint32_t channel)
+// Dither belongs to the pixel and the channel, so that the same picture comes out the same.
+std::uint32_t integerWord(double value, const Quantizer& q, long x, long y, std::uint32_t channel)
 {
-    if (q.one < 1) return floatWord(value);
     Random random(mixSeeds(mixSeeds(static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)),
                            kDitherDraws + channel));
     return static_cast<std::uint32_t>(
         quantize(static_cast<float>(value), q.one, q.min, q.max, q.dither, random));
+}
+
+// The word of a channel of colour, or of alpha. The quirk: floats end at 0 and 1 as well.
+std::uint32_t colorWord(float value, const Option& option, long x, long y, std::uint32_t channel)
+{
+    constexpr double kMost = std::numeric_limits<float>::max();
+    if (option.colorQuantizer.one >= 1) {
+        return integerWord(double{value}, option.colorQuantizer, x, y, channel);
+    }
+    return option.quirks ? floatWord(double{value}, 0, 1) : floatWord(double{value}, -kMost, kMost);
+}
+
+std::uint32_t depthWord(double value, const Quantizer& q, long x, long y)
+{
+    return q.one < 1 ? floatWord(value, 0, 1) : integerWord(value, q, x, y, 4);
 }
 
 }  // namespace
@@ -68,20 +85,19 @@ Bucket::Window Bucket::sampleWindow() const
 void Bucket::renderRow(long y, const Window& window, float inverseGamma, std::uint32_t* words) const
 {
     const Option& option = fFrame.option;
-    const Quantizer& color = option.colorQuantizer;
     for (long x = fX0; x <= fX1; ++x) {
         FilteredPixel pixel =
             filter(static_cast<float>(x) + 0.5f, static_cast<float>(y) + 0.5f, window);
         if (option.rgb) {
             expose(pixel.color, option.gain, inverseGamma);
-            *words++ = channelWord(pixel.color.r, color, x, y, 0);
-            *words++ = channelWord(pixel.color.g, color, x, y, 1);
-            *words++ = channelWord(pixel.color.b, color, x, y, 2);
+            *words++ = colorWord(pixel.color.r, option, x, y, 0);
+            *words++ = colorWord(pixel.color.g, option, x, y, 1);
+            *words++ = colorWord(pixel.color.b, option, x, y, 2);
         }
-        if (option.alpha) *words++ = channelWord(pixel.alpha, color, x, y, 3);
+        if (option.alpha) *words++ = colorWord(pixel.alpha, option, x, y, 3);
         if (option.depth) {
-            *words++ = channelWord(pixel.depth / double{fFrame.depthScale}, option.depthQuantizer,
-                                   x, y, 4);
+            *words++ =
+                depthWord(pixel.depth / double{fFrame.depthScale}, option.depthQuantizer, x, y);
         }
     }
 }

@@ -176,6 +176,14 @@ TEST_F(BucketTest, FloatsAreClamped)
     EXPECT_EQ(device.value(0, 1), 0);
 }
 
+TEST_F(BucketTest, FloatsPassWithMendedQuirks)
+{
+    option.quirks = false;
+    render(0, 0, 0, 0, {square(-5, -5, 5, 5, 0.5f, Color(3, -2, 1))});
+    EXPECT_EQ(device.value(0, 0), 3);
+    EXPECT_EQ(device.value(0, 1), -2);
+}
+
 TEST_F(BucketTest, ColoursAreExposed)
 {
     option.gain = 0.5f;
