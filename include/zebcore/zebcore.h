@@ -356,7 +356,11 @@ ZEB_API void zebOutputDisplay(const char *name);
  * is its parent's.
  */
 ZEB_API void zebOutputFile(short kind, const char *name);
-/** Chooses what each pixel holds (ZEB_SAMPLES_...). Code 10 for any other number. */
+/** Chooses what each pixel holds (ZEB_SAMPLES_...). Code 10 for any other number.
+    Colours are premultiplied. Depth is (z - near) / (far - near) of the z in camera space, linear
+    between the clipping distances (zebClip), 1 where nothing is; with zebViewIdentity it is z. It is
+    filtered as colours are: at an edge it is a mean of the surface and what lies behind, be it
+    nothing (zebDepthNearest). */
 ZEB_API void zebOutputSamples(short samples);
 /** Chooses the hider (ZEB_HIDER_...). Code 10 for any other number, taken as ZEB_HIDER_HIDDEN. */
 ZEB_API void zebHider(short type);
@@ -807,6 +811,10 @@ ZEB_API unsigned short zebDeclare(const char *name, short storage, short type);
     surfaces are weighed by their opacity once and not twice, and opacities end at 0 and 1; float
     words of colours and alpha pass as they were computed, below 0 and above 1 too. */
 ZEB_API void zebQuirks(short on);
+/** Non-zero makes the depth of a pixel the least depth among the samples inside the pixel's own
+    square, instead of the filtered mean; an option. Default 0. A filter narrower than the pixel
+    narrows the square too; if no sample lies inside, the one next to the pixel's centre counts. */
+ZEB_API void zebDepthNearest(short on);
 /**
  * Makes a camera: what is given after it is seen from the eye, looking at a place. Applied like the
  * other transformations, and usually the first of them.
@@ -820,7 +828,7 @@ ZEB_API void zebQuirks(short on);
  * Legal wherever transformations are; elsewhere code 6. Code 10 for null or what is not finite,
  * code 15 if the eye is at the place, or if up is 0 or leads straight towards or away from it.
  */
-ZEB_API void zebLookAt(const float* eye, const float* at, const float* up);
+ZEB_API void zebLookAt(const float *eye, const float *at, const float *up);
 /**
  * Makes many whole spheres at once, as for the points of a plot. Each is a primitive like those of
  * zebSphere, whose rules hold here too.
@@ -846,11 +854,10 @@ ZEB_API void zebSpheresV(long n, const float *centers, const float *radii, long 
 ZEB_API void zebCancel(void);
 /** Hears how far a picture is: in percent, after each bucket that makes a difference, the last time
     100. @return non-zero to give the picture up, as zebCancel does */
-typedef short (*ZebProgressFunction)(void* data, long percent);
-/** Calls a function of the host's while a picture is rendered; an option. Null is none, the
-   default.
+typedef short (*ZebProgressFunction)(void *data, long percent);
+/** Calls a function of the host's while a picture is rendered; an option. Null is none, the default.
     @param data the function's first argument */
-ZEB_API void zebProgressCallback(ZebProgressFunction function, void* data);
+ZEB_API void zebProgressCallback(ZebProgressFunction function, void *data);
 /** Sets how many threads render; an option. 1 (default) is the caller's alone, 0 as many as this
     version can; it can no more than one: code 10 for any other number. */
 ZEB_API void zebThreads(long n);

@@ -508,6 +508,12 @@ void zebQuirks(short on)
     gOption->setQuirks(on);
 }
 
+void zebDepthNearest(short on)
+{
+    CallFrame frame("zebDepthNearest");
+    gOption->setDepthNearest(on);
+}
+
 void zebLookAt(const float* eye, const float* at, const float* up)
 {
     CallFrame frame("zebLookAt");

@@ -162,28 +162,48 @@ void AdaptiveBucket::generate(const Window& window, BucketScratch& scratch)
     }
 }
 
-FilteredPixel AdaptiveBucket::filter(float x, float y, const Window& window) const
+// Calls visit(pixel) for every square that reaches within rx and ry of (x, y).
+template <class Visit>
+void AdaptiveBucket::eachNear(float x, float y, float rx, float ry, const Window& window,
+                              const Visit& visit) const
 {
-    const float rx = fFilter.xwidth() * 0.5f, ry = fFilter.ywidth() * 0.5f;
     const auto last = [](float to) { return static_cast<long>(double{to} - 1e-10); };
     const long i0 = std::max(static_cast<long>(x - rx - window.xmin), 0L);
     const long i1 = std::min(last(x + rx - window.xmin), fColumns - 1);
     const long j0 = std::max(static_cast<long>(y - ry - window.ymin), 0L);
     const long j1 = std::min(last(y + ry - window.ymin), fRows - 1);
-    WeightedMean total;
     for (long j = j0; j <= j1; ++j) {
-        for (long i = i0; i <= i1; ++i) {
-            const MultiSample& pixel = fPixels[j * fColumns + i];
-            WeightedMean part;
-            for (int k = 0; k < pixel.count; ++k) {
-                const PackedSample& s = pixel.samples[k];
-                part.add(fFilter(s.x - x, s.y - y), s.color, s.alpha, s.depth);
-            }
-            const FilteredPixel value = part.mean(fFrame.depthScale);
-            total.add(part.meanWeight(), value.color, value.alpha, value.depth);
-        }
+        for (long i = i0; i <= i1; ++i) visit(fPixels[j * fColumns + i]);
     }
+}
+
+FilteredPixel AdaptiveBucket::filter(float x, float y, const Window& window) const
+{
+    const float rx = fFilter.xwidth() * 0.5f, ry = fFilter.ywidth() * 0.5f;
+    WeightedMean total;
+    eachNear(x, y, rx, ry, window, [&](const MultiSample& pixel) {
+        WeightedMean part;
+        for (int k = 0; k < pixel.count; ++k) {
+            const PackedSample& s = pixel.samples[k];
+            part.add(fFilter(s.x - x, s.y - y), s.color, s.alpha, s.depth);
+        }
+        const FilteredPixel value = part.mean(fFrame.depthScale);
+        total.add(part.meanWeight(), value.color, value.alpha, value.depth);
+    });
     return total.mean(fFrame.depthScale);
+}
+
+// The squares that were sampled lie about the corners of pixels where the filter is 2 wide.
+double AdaptiveBucket::nearestDepth(float x, float y, const Window& window) const
+{
+    NearestDepth nearest(fFilter, fFrame.depthScale);
+    eachNear(x, y, 0.5f, 0.5f, window, [&](const MultiSample& pixel) {
+        for (int k = 0; k < pixel.count; ++k) {
+            const PackedSample& s = pixel.samples[k];
+            nearest.add(s.x - x, s.y - y, s.depth);
+        }
+    });
+    return nearest.depth();
 }
 
 }  // namespace zeb

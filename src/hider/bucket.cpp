@@ -86,8 +86,8 @@ void Bucket::renderRow(long y, const Window& window, float inverseGamma, std::ui
 {
     const Option& option = fFrame.option;
     for (long x = fX0; x <= fX1; ++x) {
-        FilteredPixel pixel =
-            filter(static_cast<float>(x) + 0.5f, static_cast<float>(y) + 0.5f, window);
+        const float cx = static_cast<float>(x) + 0.5f, cy = static_cast<float>(y) + 0.5f;
+        FilteredPixel pixel = filter(cx, cy, window);
         if (option.rgb) {
             expose(pixel.color, option.gain, inverseGamma);
             *words++ = colorWord(pixel.color.r, option, x, y, 0);
@@ -96,8 +96,8 @@ void Bucket::renderRow(long y, const Window& window, float inverseGamma, std::ui
         }
         if (option.alpha) *words++ = colorWord(pixel.alpha, option, x, y, 3);
         if (option.depth) {
-            *words++ =
-                depthWord(pixel.depth / double{fFrame.depthScale}, option.depthQuantizer, x, y);
+            const double depth = option.depthNearest ? nearestDepth(cx, cy, window) : pixel.depth;
+            *words++ = depthWord(depth / double{fFrame.depthScale}, option.depthQuantizer, x, y);
         }
     }
 }

@@ -51,6 +51,8 @@ protected:
     virtual void generate(const Window& window, BucketScratch& scratch) = 0;
     // The pixel centred at (x, y).
     virtual FilteredPixel filter(float x, float y, const Window& window) const = 0;
+    // Its depth by its own samples alone.
+    virtual double nearestDepth(float x, float y, const Window& window) const = 0;
 
     bool culled(const Grid& grid, double facing) const
     {
@@ -79,6 +81,7 @@ public:
 protected:
     void generate(const Window& window, BucketScratch& scratch) override;
     FilteredPixel filter(float x, float y, const Window& window) const override;
+    double nearestDepth(float x, float y, const Window& window) const override;
 
 private:
     void placeSamples(const Window& window, Arena& arena);
@@ -86,6 +89,9 @@ private:
     void closeSeams(const Window& window, Arena& arena);
     template <class Visit>
     void eachSample(const Bound& bound, const Window& window, const Visit& visit) const;
+    template <class Visit>
+    void eachNear(float x, float y, float rx, float ry, const Window& window,
+                  const Visit& visit) const;
     Sample& at(long i, long j) { return fSamples[j * fColumns + i]; }
 
     long fColumns = 0, fRows = 0;
@@ -108,6 +114,7 @@ public:
 protected:
     void generate(const Window& window, BucketScratch& scratch) override;
     FilteredPixel filter(float x, float y, const Window& window) const override;
+    double nearestDepth(float x, float y, const Window& window) const override;
 
 private:
     // A cell that may cover some of a pixel's square.
@@ -134,6 +141,9 @@ private:
 
     template <class Visit>
     void eachPixel(const Bound& bound, const Window& window, const Visit& visit);
+    template <class Visit>
+    void eachNear(float x, float y, float rx, float ry, const Window& window,
+                  const Visit& visit) const;
     void collect(const Grid& grid, const Window& window, Arena& arena);
     void samplePixel(MultiSample& pixel, float left, float top, const Seams& seams,
                      Arena& arena) const;

@@ -1,7 +1,9 @@
 // The weighted mean of samples.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "hider/sample.h"
 #include "math/filter.h"
@@ -82,6 +84,38 @@ public:
 private:
     long fCount = 0;
     double fSum = 0, fRed = 0, fGreen = 0, fBlue = 0, fAlpha = 0, fDepth = 0;
+};
+
+// The least depth among the samples in a pixel's own square, or in the filter's box where that is
+// narrower: beyond it not every pixel has samples. Jitter may leave the square empty; the sample
+// next to the centre then stands for it.
+class NearestDepth
+{
+public:
+    NearestDepth(const PixelFilter& filter, double empty)
+        : fXreach(std::min(filter.xwidth() * 0.5f, 0.5f)),
+          fYreach(std::min(filter.ywidth() * 0.5f, 0.5f)),
+          fDepth(empty)
+    {
+    }
+    // A sample so far from the pixel's centre. Squares share no border.
+    void add(float dx, float dy, double depth)
+    {
+        if (dx >= -fXreach && dx < fXreach && dy >= -fYreach && dy < fYreach) {
+            fDepth = fInside ? std::min(fDepth, depth) : depth;
+            fInside = true;
+        } else if (const float distance = dx * dx + dy * dy; !fInside && distance < fNext) {
+            fDepth = depth;
+            fNext = distance;
+        }
+    }
+    double depth() const { return fDepth; }
+
+private:
+    float fXreach, fYreach;
+    double fDepth;  // `empty` as long as there is no sample
+    bool fInside = false;
+    float fNext = std::numeric_limits<float>::infinity();  // the square of that one's distance
 };
 
 }  // namespace zeb

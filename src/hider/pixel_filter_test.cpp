@@ -73,6 +73,37 @@ TEST(PixelFilter, AMeanIsWeighted)
     EXPECT_EQ(mean.meanWeight(), 2);
 }
 
+TEST(NearestDepth, IsTheLeastInThePixelsSquare)
+{
+    NearestDepth nearest(PixelFilter(Option()), 1);
+    nearest.add(0.6f, 0, 0.1);
+    nearest.add(-0.5f, 0.49f, 0.4);
+    nearest.add(0, -0.5f, 0.3);
+    nearest.add(0.1f, 0.1f, 0.5);
+    nearest.add(0, 0.5f, 0.2);  // the next pixel's
+    EXPECT_EQ(nearest.depth(), 0.3);
+}
+
+TEST(NearestDepth, LooksNoFurtherThanANarrowFilter)
+{
+    Option option;
+    option.filterXwidth = 0.5f;
+    NearestDepth nearest(PixelFilter(option), 1);
+    nearest.add(0.3f, 0, 0.1);
+    nearest.add(0.2f, 0.45f, 0.2);
+    EXPECT_EQ(nearest.depth(), 0.2);
+}
+
+TEST(NearestDepth, WithoutSamplesInTheSquareIsThatOfTheNextOne)
+{
+    NearestDepth nearest(PixelFilter(Option()), 1);
+    EXPECT_EQ(nearest.depth(), 1);
+    nearest.add(0.9f, 0, 0.1);
+    nearest.add(0.6f, 0, 0.3);
+    nearest.add(0.6f, 0.6f, 0.2);
+    EXPECT_EQ(nearest.depth(), 0.3);
+}
+
 TEST(PixelFilter, WithoutWeightAPixelIsBlackAndFar)
 {
     WeightedMean mean;

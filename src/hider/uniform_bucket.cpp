@@ -164,10 +164,12 @@ void UniformBucket::closeSeams(const Window& window, Arena& arena)
     }
 }
 
-FilteredPixel UniformBucket::filter(float x, float y, const Window& window) const
+// Calls visit(sample) for every sample that may lie within rx and ry of (x, y), and some more.
+template <class Visit>
+void UniformBucket::eachNear(float x, float y, float rx, float ry, const Window& window,
+                             const Visit& visit) const
 {
     const float xrate = fFrame.option.xsamples, yrate = fFrame.option.ysamples;
-    const float rx = fFilter.xwidth() * 0.5f, ry = fFilter.ywidth() * 0.5f;
     const auto from = [this](float at, float rate) {
         return static_cast<long>(std::ceil((at - fJitter) * rate - 0.5f));
     };
@@ -178,14 +180,27 @@ FilteredPixel UniformBucket::filter(float x, float y, const Window& window) cons
     const long i1 = std::min(to(x + rx - window.xmin, xrate), fColumns - 1);
     const long j0 = std::max(from(y - ry - window.ymin, yrate), 0L);
     const long j1 = std::min(to(y + ry - window.ymin, yrate), fRows - 1);
-    WeightedMean mean;
     for (long j = j0; j <= j1; ++j) {
-        for (long i = i0; i <= i1; ++i) {
-            const PackedSample& s = fPacked[j * fColumns + i];
-            mean.add(fFilter(s.x - x, s.y - y), s.color, s.alpha, s.depth);
-        }
+        for (long i = i0; i <= i1; ++i) visit(fPacked[j * fColumns + i]);
     }
+}
+
+FilteredPixel UniformBucket::filter(float x, float y, const Window& window) const
+{
+    const float rx = fFilter.xwidth() * 0.5f, ry = fFilter.ywidth() * 0.5f;
+    WeightedMean mean;
+    eachNear(x, y, rx, ry, window, [&](const PackedSample& s) {
+        mean.add(fFilter(s.x - x, s.y - y), s.color, s.alpha, s.depth);
+    });
     return mean.mean(fFrame.depthScale);
+}
+
+double UniformBucket::nearestDepth(float x, float y, const Window& window) const
+{
+    NearestDepth nearest(fFilter, fFrame.depthScale);
+    eachNear(x, y, 0.5f, 0.5f, window,
+             [&](const PackedSample& s) { nearest.add(s.x - x, s.y - y, s.depth); });
+    return nearest.depth();
 }
 
 }  // namespace zeb

@@ -400,6 +400,11 @@ void Option::setQuirks(short on)
     if (legal()) quirks = on != 0;
 }
 
+void Option::setDepthNearest(short on)
+{
+    if (legal()) depthNearest = on != 0;
+}
+
 void Option::progressCallback(ProgressFunction function, void* data)
 {
     if (!legal()) return;

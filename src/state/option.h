@@ -65,6 +65,7 @@ public:
     float detail = 1;
     long tuning[3] = {32, 12, 12};  // grid size; bucket width and height
     bool quirks = true;
+    bool depthNearest = false;
     ProgressFunction progress = nullptr;
     void* progressData = nullptr;
     bool closeSeams = true;  // tests look at what pictures are without
@@ -104,6 +105,7 @@ public:
     void tune(long gridSize, long width, long height);
     void imager(unsigned short name, long n, const unsigned short* tokens, void* const* values);
     void setQuirks(short on);
+    void setDepthNearest(short on);
     void progressCallback(ProgressFunction function, void* data);
     void threads(long n);
 };

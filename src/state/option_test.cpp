@@ -417,6 +417,15 @@ TEST_F(OptionTest, QuirksAreKeptUnlessMended)
     EXPECT_FALSE(gOption->quirks);
 }
 
+TEST_F(OptionTest, DepthIsFilteredUnlessTheNearestIsWanted)
+{
+    EXPECT_FALSE(gOption->depthNearest);
+    gOption->setDepthNearest(1);
+    EXPECT_TRUE(gOption->depthNearest);
+    gOption->setDepthNearest(0);
+    EXPECT_FALSE(gOption->depthNearest);
+}
+
 TEST_F(OptionTest, SettersAreRefusedInAWorldBlock)
 {
     zebHider(0);
@@ -456,6 +465,7 @@ TEST_F(OptionTest, SettersAreRefusedInAWorldBlock)
         [] { gOption->tune(1, 1, 1); },
         [] { gOption->imager(1, 0, nullptr, nullptr); },
         [] { gOption->setQuirks(0); },
+        [] { gOption->setDepthNearest(1); },
         [] { gOption->threads(1); },
     };
     int number = 0;

@@ -153,6 +153,7 @@ const std::vector<Call>& optionCalls()
             zebDeclare(name, storage, p.in.enumerator(ZEB_TYPE_NONE, 8));
         },
         [](Player& p) { zebQuirks(static_cast<short>(p.in.upTo(3))); },
+        [](Player& p) { zebDepthNearest(static_cast<short>(p.in.upTo(2))); },
         [](Player& p) { zebThreads(p.in.integer()); },
         [](Player& p) {
             if (p.in.oneIn(8)) zebCancel();
