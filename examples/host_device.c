@@ -49,7 +49,7 @@ int main(int argc, char** argv)
     Image image = {NULL, NULL, 0, 0};
     ZebDisplay device = {NULL, openImage, keepSpan, NULL, closeImage};
     image.path = argc > 1 ? argv[1] : "host_device.ppm";
-    beginPicture(argc, argv, "host_device", 640, 480);
+    setUpPicture(argc, argv, 640, 480);
     device.data = &image;
     zebCustomDisplay(&device);
     zebViewPerspective(32);

@@ -108,7 +108,7 @@ int main(int argc, char** argv)
     Image image = {NULL, 0, 0};
     ZebDisplay device = {NULL, openImage, keepSpan, NULL, NULL};
     int failed;
-    beginPicture(argc, argv, "scatter", 800, 450);
+    setUpPicture(argc, argv, 800, 450);
     device.data = &image;
     zebCustomDisplay(&device);
     zebProgressCallback(showProgress, NULL);

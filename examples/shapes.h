@@ -16,20 +16,25 @@
 /* Sets the options of a picture: its size, a display gamma, the file named on the command line or
  * else a window of the title given, and 4 x 4 samples a pixel, or n x n if n follows the file's
  * name. Micropolygons of 2 x 2 pixels are enough where colours are interpolated. */
-static inline void beginPicture(int argc, char** argv, const char* title, long width, long height)
+static inline void setUpPicture(int argc, char** argv, long width, long height)
 {
     const float samples = argc > 2 ? (float)atof(argv[2]) : 4;
     zebQuirks(0);
     zebRasterViewport(0, width, 0, height);
     zebSampleUniform(samples, samples);
     zebColorGamma(2.2f);
+    zebShadingModel(ZEB_SMOOTH);
+    zebShadingRate(4);
+}
+
+static inline void beginPicture(int argc, char** argv, const char* title, long width, long height)
+{
+    setUpPicture(argc, argv, width, height);
     if (argc > 1) {
         zebOutputFile(ZEB_FILE_AUTO, argv[1]);
     } else {
         zebOutputDisplay(title);
     }
-    zebShadingModel(ZEB_SMOOTH);
-    zebShadingRate(4);
 }
 
 /* Keeps the window, if there is one, until its user closes it. Returns the program's exit status.

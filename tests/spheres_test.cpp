@@ -25,10 +25,11 @@ protected:
             for (int c = 0; c < 3; ++c) opacities.push_back(0.3f + 0.7f * unit(random));
         }
     }
-    void begin()
+    void begin(short quirks = 0)
     {
         zebReset();
         raster(60, 40);
+        zebQuirks(quirks);
         beginFlat();
         zebScale(1, 1, 0.05f);  // flat, so that they stay between the clipping planes
     }
@@ -112,16 +113,12 @@ TEST_F(Spheres, LookLikeAsManyOfThem)
 
 TEST_F(Spheres, CanBeKeptInAnObject)
 {
-    begin();
-    addAll();
-    zebSceneEnd();
-    const std::vector<float> direct = values();
     for (const short quirks : {0, 1}) {
-        zebReset();
-        raster(60, 40);
-        zebQuirks(quirks);
-        beginFlat();
-        zebScale(1, 1, 0.05f);
+        begin(quirks);
+        addAll();
+        zebSceneEnd();
+        const std::vector<float> direct = values();
+        begin(quirks);
         const void* object = zebObjectBegin();
         addAll();
         zebObjectEnd();
