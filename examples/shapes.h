@@ -13,9 +13,8 @@
 
 #define SHAPES_PI 3.14159265f
 
-/* Sets the options of a picture: its size, a display gamma, the file named on the command line or
- * else a window of the title given, and 4 x 4 samples a pixel, or n x n if n follows the file's
- * name. Micropolygons of 2 x 2 pixels are enough where colours are interpolated. */
+/* Sets the options of a picture: its size, a display gamma, and 4 x 4 samples a pixel, or n x n if
+ * n follows the file's name on the command line. Micropolygons of 2 x 2 pixels are enough where colours are interpolated. */
 static inline void setUpPicture(int argc, char** argv, long width, long height)
 {
     const float samples = argc > 2 ? (float)atof(argv[2]) : 4;
@@ -27,6 +26,8 @@ static inline void setUpPicture(int argc, char** argv, long width, long height)
     zebShadingRate(4);
 }
 
+/* The same, and where it goes: to the file named on the command line, or else a window of the title
+ * given. */
 static inline void beginPicture(int argc, char** argv, const char* title, long width, long height)
 {
     setUpPicture(argc, argv, width, height);
