@@ -53,10 +53,7 @@ static float number(void)
     return (float)(state >> 8) / (float)(0x7FFFFFFF >> 8);
 }
 
-static float height(float x, float y)
-{
-    return 0.8f * sinf(1.7f * x) * cosf(1.3f * y) + 0.15f * x;
-}
+static float height(float x, float y) { return 0.8f * sinf(1.7f * x) * cosf(1.3f * y) + 0.15f * x; }
 
 /* A point's colour says how far it lies above or below the surface. */
 static void addPoints(void)
@@ -84,7 +81,8 @@ static void addSheet(void)
     long i, j;
     for (j = 0; j < kSide; ++j) {
         for (i = 0; i < kSide; ++i) {
-            const float x = 4.0f * (float)i / (kSide - 1) - 2, y = 4.0f * (float)j / (kSide - 1) - 2;
+            const float x = 4.0f * (float)i / (kSide - 1) - 2,
+                        y = 4.0f * (float)j / (kSide - 1) - 2;
             float* p = points[j * kSide + i];
             p[0] = x, p[1] = y, p[2] = 1.1f * height(x, y);
         }
