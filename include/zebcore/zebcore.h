@@ -855,8 +855,9 @@ ZEB_API void zebCancel(void);
 /** Hears how far a picture is: in percent, after each bucket that makes a difference, the last time
     100. @return non-zero to give the picture up, as zebCancel does */
 typedef short (*ZebProgressFunction)(void *data, long percent);
-/** Calls a function of the host's while a picture is rendered; an option. Null is none, the default.
-    @param data the function's first argument */
+/** Calls a function of the host's while a picture is rendered; an option.
+    @param function null is none, the default
+    @param data its first argument */
 ZEB_API void zebProgressCallback(ZebProgressFunction function, void *data);
 /** Sets how many threads render; an option. 1 (default) is the caller's alone, 0 as many as this
     version can; it can no more than one: code 10 for any other number. */
