@@ -84,6 +84,16 @@ TEST(NearestDepth, IsTheLeastInThePixelsSquare)
     EXPECT_EQ(nearest.depth(), 0.3);
 }
 
+TEST(NearestDepth, TakesTheUpperAndTheLeftBorderToThePixel)
+{
+    for (const Point& border : {Point(-0.5f, 0, 0), Point(0, -0.5f, 0)}) {
+        NearestDepth nearest(PixelFilter(Option()), 1);
+        nearest.add(0, 0, 0.5);
+        nearest.add(border.x, border.y, 0.25);
+        EXPECT_EQ(nearest.depth(), 0.25);
+    }
+}
+
 TEST(NearestDepth, LooksNoFurtherThanANarrowFilter)
 {
     Option option;

@@ -75,17 +75,20 @@ TEST_F(Colors, ShadesOfGreyAreMeant)
 // holds.
 TEST_F(Colors, EdgesHaveNoFringes)
 {
-    const Image image(render(kSphere, {"--surface", "constant", "--color", "0.2,0.4,0.6"}));
-    int edges = 0;
-    for (int y = 0; y < image.height; ++y) {
-        for (int x = 0; x < image.width; ++x) {
-            const Pixel p = image.at(x, y);
-            if (p[3] == 0) continue;
-            ASSERT_EQ(p, (Pixel{51, 102, 153, p[3]})) << x << ", " << y;
-            edges += p[3] < 255;
+    for (const char* filter : {"gaussian", "sinc"}) {
+        const Image image(render(
+            kSphere, {"--surface", "constant", "--color", "0.2,0.4,0.6", "--filter", filter}));
+        int edges = 0;
+        for (int y = 0; y < image.height; ++y) {
+            for (int x = 0; x < image.width; ++x) {
+                const Pixel p = image.at(x, y);
+                if (p[3] == 0) continue;
+                ASSERT_EQ(p, (Pixel{51, 102, 153, p[3]})) << filter << ' ' << x << ", " << y;
+                edges += p[3] < 255;
+            }
         }
+        EXPECT_GT(edges, 100);
     }
-    EXPECT_GT(edges, 100);
 }
 
 TEST_F(Colors, ExrHoldsTheLightThatPngShows)
