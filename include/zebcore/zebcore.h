@@ -312,9 +312,9 @@ ZEB_API void zebFilterWidth(float xwidth, float ywidth);
 
 /** Multiplies colours before gamma; default 1. */
 ZEB_API void zebColorGain(float gain);
-/** Sets the display gamma: colours, multiplied by alpha as they are, are raised to 1 / gamma; default
-    1. OpenEXR files hold light without it: code 2, a warning, says so when the world opens. Code 10
-    below 1e-10. */
+/** Sets the display gamma: colours, multiplied by alpha as they are, are raised to 1 / gamma;
+    default 1. OpenEXR files hold light without it: code 2, a warning, says so when the world opens.
+    Code 10 below 1e-10. */
 ZEB_API void zebColorGamma(float gamma);
 /** Sets the integers that colours and alpha become: round(one * value + jitter), clamped to
     min ... max; default 255, 0, 255. one = 0 passes floats, clamped to 0 ... 1, or as they were
@@ -391,8 +391,8 @@ ZEB_API void zebAttributePush(void);
 ZEB_API void zebAttributePop(void);
 /** Sets the surface colour, as many floats as colour samples; default white. */
 ZEB_API void zebColor(const float *color);
-/** Sets the opacity, as zebColor: 1 hides what is behind, 0 shows it; default 1. A surface adds its
-    colour times the square of its opacity, or times its opacity (zebQuirks). */
+/** Sets the opacity, as zebColor: 1 hides what is behind, 0 shows it; default 1. A surface adds
+    its colour times the square of its opacity, or times its opacity (zebQuirks). */
 ZEB_API void zebOpacity(const float *opacity);
 /** Sets the area of a micropolygon in pixels, default 0.25. Code 10 below 1e-10. Below 1/256 it
     renders as 1/256. */
