@@ -17,7 +17,7 @@ std::jmp_buf gWayOut;
 void (*gLeave)();
 
 void leaveByException() { throw Thrown(); }
-void leaveByJump() { std::longjmp(gWayOut, 1); }
+[[maybe_unused]] void leaveByJump() { std::longjmp(gWayOut, 1); }
 
 const float kBox[6] = {0, 12, 0, 12, 0.25f, 0.75f};
 
@@ -118,7 +118,12 @@ TEST_F(LeftCallback, IsMendedByAReset)
              zebColor(nullptr);
          }},
     };
-    for (void (*leave)() : {leaveByException, leaveByJump}) {
+    std::vector<void (*)()> ways{leaveByException};
+#ifndef ZEB_SANITIZED
+    // What is jumped over is lost, which sanitizers would mind.
+    ways.push_back(leaveByJump);
+#endif
+    for (void (*leave)() : ways) {
         gLeave = leave;
         for (const auto& c : cases) {
             SCOPED_TRACE(c.what);
