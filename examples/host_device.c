@@ -2,29 +2,8 @@
  * it, prints a small version as text, and writes a portable pixmap when it is closed. */
 #include <stdio.h>
 
+#include "image.h"
 #include "shapes.h"
-
-typedef struct Image {
-    const char* path;
-    unsigned char* pixels;
-    long width, height;
-} Image;
-
-static void openImage(void* data, const char* name, long width, long height, long x, long y)
-{
-    Image* image = data;
-    (void)name, (void)x, (void)y;
-    image->width = width, image->height = height;
-    image->pixels = calloc((size_t)(width * height), 3);
-}
-
-static void keepSpan(void* data, long x0, long x1, long y, const unsigned int* words)
-{
-    Image* image = data;
-    unsigned char* to = image->pixels + 3 * (y * image->width + x0);
-    long i;
-    for (i = 0; i < 3 * (x1 - x0 + 1); ++i) to[i] = (unsigned char)words[i];
-}
 
 static void closeImage(void* data)
 {

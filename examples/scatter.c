@@ -4,30 +4,10 @@
 #include <signal.h>
 #include <stdio.h>
 
+#include "image.h"
 #include "shapes.h"
 
 enum { kPoints = 5000, kSide = 8 };
-
-typedef struct Image {
-    unsigned char* pixels;
-    long width, height;
-} Image;
-
-static void openImage(void* data, const char* name, long width, long height, long x, long y)
-{
-    Image* image = data;
-    (void)name, (void)x, (void)y;
-    image->width = width, image->height = height;
-    image->pixels = calloc((size_t)(width * height), 3);
-}
-
-static void keepSpan(void* data, long x0, long x1, long y, const unsigned int* words)
-{
-    Image* image = data;
-    unsigned char* to = image->pixels + 3 * (y * image->width + x0);
-    long i;
-    for (i = 0; i < 3 * (x1 - x0 + 1); ++i) to[i] = (unsigned char)words[i];
-}
 
 static volatile sig_atomic_t stopped = 0;
 
@@ -90,9 +70,9 @@ static void addSheet(void)
     zebNurbMesh(kSide, 4, knots, 0, 5, kSide, 4, knots, 0, 5, zebQuark("point"), points, 0);
 }
 
-static int writeImage(const Image* image, const char* path)
+static int writeImage(const Image* image)
 {
-    FILE* file = fopen(path, "wb");
+    FILE* file = fopen(image->path, "wb");
     if (!file) return 1;
     fprintf(file, "P6\n%ld %ld\n255\n", image->width, image->height);
     fwrite(image->pixels, 3, (size_t)(image->width * image->height), file);
@@ -102,10 +82,10 @@ static int writeImage(const Image* image, const char* path)
 int main(int argc, char** argv)
 {
     static const float eye[3] = {3.8f, -5.8f, 4.0f}, middle[3] = {0, 0, -0.25f}, up[3] = {0, 0, 1};
-    const char* path = argc > 1 ? argv[1] : "scatter.ppm";
-    Image image = {NULL, 0, 0};
+    Image image = {NULL, NULL, 0, 0};
     ZebDisplay device = {NULL, openImage, keepSpan, NULL, NULL};
     int failed;
+    image.path = argc > 1 ? argv[1] : "scatter.ppm";
     setUpPicture(argc, argv, 800, 450);
     device.data = &image;
     zebCustomDisplay(&device);
@@ -122,7 +102,7 @@ int main(int argc, char** argv)
     paint(0x7C8DA6);
     addSheet();
     zebSceneEnd();
-    failed = stopped || writeImage(&image, path);
+    failed = stopped || writeImage(&image);
     free(image.pixels);
     if (stopped) fputs("\ngiven up\n", stderr);
     return failed || endPicture();
