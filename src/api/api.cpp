@@ -1,13 +1,11 @@
 // The exported functions: each is its frame and one call. How they are grouped follows the header;
-// those that make primitives are in api_primitives.cpp.
+// those that make primitives are in api_primitives.cpp, extensions in api_extensions.cpp.
 
 #include "api/call_frame.h"
-#include "display/screen.h"
 #include "hider/scene.h"
 #include "math/spaces.h"
 #include "state/quark.h"
 #include "state/state.h"
-#include "util/cancel.h"
 #include "zebcore/zebcore.h"
 
 // The last named argument of some functions with a variable list is a float or a short, which the C
@@ -487,61 +485,6 @@ void zebCustomErrorHandler(short mask, ZebErrorFunction handler)
 long zebLastError(void) { return Error::fLastError; }
 
 void zebComment(const char*) {}
-
-// Extensions
-
-void zebCustomDisplay(const ZebDisplay* device)
-{
-    CallFrame frame("zebCustomDisplay");
-    gOption->customDisplay(device);
-}
-
-unsigned short zebDeclare(const char* name, short storage, short type)
-{
-    CallFrame frame("zebDeclare");
-    return Quark::declareTyped(name, storage, type);
-}
-
-void zebQuirks(short on)
-{
-    CallFrame frame("zebQuirks");
-    gOption->setQuirks(on);
-}
-
-void zebDepthNearest(short on)
-{
-    CallFrame frame("zebDepthNearest");
-    gOption->setDepthNearest(on);
-}
-
-void zebLookAt(const float* eye, const float* at, const float* up)
-{
-    CallFrame frame("zebLookAt");
-    gTransform->lookAt(eye, at, up);
-}
-
-// Without a frame: signal handlers and other threads call it.
-void zebCancel(void) { gCancelled = true; }
-
-void zebProgressCallback(ZebProgressFunction function, void* data)
-{
-    CallFrame frame("zebProgressCallback");
-    gOption->progressCallback(function, data);
-}
-
-void zebThreads(long n)
-{
-    CallFrame frame("zebThreads");
-    gOption->threads(n);
-}
-
-short zebWindowEvents(short wait)
-{
-    CallFrame frame("zebWindowEvents");
-    return windowEvents(wait != 0);
-}
-
-long zebVersion(void) { return ZEB_VERSION_NUMBER; }
 
 }  // extern "C"
 

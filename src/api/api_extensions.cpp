@@ -1,0 +1,68 @@
+// The exported functions of the header's last section, but for those that make primitives.
+
+#include "api/call_frame.h"
+#include "display/screen.h"
+#include "math/spaces.h"
+#include "state/quark.h"
+#include "state/state.h"
+#include "util/cancel.h"
+#include "zebcore/zebcore.h"
+
+using namespace zeb;
+
+extern "C" {
+
+void zebCustomDisplay(const ZebDisplay* device)
+{
+    CallFrame frame("zebCustomDisplay");
+    gOption->customDisplay(device);
+}
+
+unsigned short zebDeclare(const char* name, short storage, short type)
+{
+    CallFrame frame("zebDeclare");
+    return Quark::declareTyped(name, storage, type);
+}
+
+void zebQuirks(short on)
+{
+    CallFrame frame("zebQuirks");
+    gOption->setQuirks(on);
+}
+
+void zebDepthNearest(short on)
+{
+    CallFrame frame("zebDepthNearest");
+    gOption->setDepthNearest(on);
+}
+
+void zebLookAt(const float* eye, const float* at, const float* up)
+{
+    CallFrame frame("zebLookAt");
+    gTransform->lookAt(eye, at, up);
+}
+
+// Without a frame: signal handlers and other threads call it.
+void zebCancel(void) { gCancelled = true; }
+
+void zebProgressCallback(ZebProgressFunction function, void* data)
+{
+    CallFrame frame("zebProgressCallback");
+    gOption->progressCallback(function, data);
+}
+
+void zebThreads(long n)
+{
+    CallFrame frame("zebThreads");
+    gOption->threads(n);
+}
+
+short zebWindowEvents(short wait)
+{
+    CallFrame frame("zebWindowEvents");
+    return windowEvents(wait != 0);
+}
+
+long zebVersion(void) { return ZEB_VERSION_NUMBER; }
+
+}  // extern "C"
