@@ -16,7 +16,10 @@ namespace zeb
 class CallbackScope
 {
 public:
-    CallbackScope() : fName(setErrorFuncName(nullptr)), fOuter(fInnermost) { fInnermost = this; }
+    CallbackScope() : fName(setErrorFuncName(nullptr)), fOuter(fInnermost)
+    {
+        fInnermost = stackPosition();
+    }
     ~CallbackScope()
     {
         fInnermost = fOuter;
@@ -26,20 +29,25 @@ public:
     CallbackScope& operator=(const CallbackScope&) = delete;
 
     static bool active() { return fInnermost; }
-    // Whether a jump has left all callbacks, as a frame shows that is no deeper on the stack.
-    static bool left(const void* frame)
+    // Whether a jump has left all callbacks, as a caller shows that is no deeper on the stack.
+    static bool left()
     {
-        return fInnermost && std::less<const void*>()(fInnermost->fFrame, frame);
+        return fInnermost && std::less<const void*>()(fInnermost, stackPosition());
     }
     static void forget() { fInnermost = nullptr; }
 
 private:
+    // How deep the caller is; the stack grows downwards. A function of its own: where a frame's
+    // address is taken, GCC tells Windows wrongly where vector registers were saved, and exceptions
+    // spoil them.
+    static const void* stackPosition();
+
     // The first to begin and the last to end: a name that goes or comes moves the guard, too.
     FreeStoreScope fHostsMemory{false};
     const char* fName;
-    const CallbackScope* const fOuter;
-    const void* const fFrame = __builtin_frame_address(0);
-    static thread_local const CallbackScope* fInnermost;
+    const void* const fOuter;
+    // A position on the stack: what stood there may be gone.
+    static thread_local const void* fInnermost;
 };
 
 }  // namespace zeb

@@ -25,7 +25,7 @@ std::atomic<std::new_handler> Error::fStoredNewHandler = nullptr;
 thread_local const char* Error::fFuncName = nullptr;
 thread_local const char* Error::fAttribName = nullptr;
 thread_local const char* Error::fShadingGroup = nullptr;
-thread_local const CallbackScope* CallbackScope::fInnermost = nullptr;
+thread_local const void* CallbackScope::fInnermost = nullptr;
 
 namespace
 {
@@ -138,6 +138,8 @@ void printLine(std::initializer_list<std::string_view> parts)
 }
 
 }  // namespace
+
+[[gnu::noinline]] const void* CallbackScope::stackPosition() { return __builtin_frame_address(0); }
 
 void error(long code, long severity, const char* format, ...)
 {

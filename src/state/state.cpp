@@ -76,7 +76,7 @@ void State::init()
 
 void State::reset()
 {
-    if (CallbackScope::left(__builtin_frame_address(0))) {
+    if (CallbackScope::left()) {
         CallbackScope::forget();
         setAttribNames(nullptr, nullptr);
     }
