@@ -113,7 +113,9 @@ TEST_F(Output, FloatsAreNumbersWhateverTheHostMakesOfThem)
             for (long x = 0; x < 8; ++x) {
                 for (int c = 0; c < 5; ++c) EXPECT_TRUE(std::isfinite(picture.value(x, 4, c)));
             }
-            if (!filter && !quirks) EXPECT_GT(red(1, 4), 3e38f);
+            if (!filter && !quirks) {
+                EXPECT_GT(red(1, 4), 3e38f);
+            }
         }
     }
 }

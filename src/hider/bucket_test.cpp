@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "util/cancel.h"
+
 using namespace zeb;
 
 namespace
@@ -258,6 +260,25 @@ TEST_F(BucketTest, AGridGoesWithTheLastBucketThatHoldsIt)
         EXPECT_TRUE(alive.expired()) << "released as soon as it was sampled";
     }
     EXPECT_EQ(device.value(0, 0), 1);
+}
+
+// All grids come before the samples are counted: a wish that is there already is noticed in the
+// first of them, or where gaps are looked for.
+TEST_F(UniformBucketTest, IsGivenUpWhileItTakesItsSamples)
+{
+    gCancelled = true;
+    option.closeSeams = false;
+    EXPECT_THROW(render(0, 3, 0, 3, {square(0, 0, 4, 4, 0.5f, gWhite)}), Cancelled);
+    EXPECT_EQ(scratch.samples, 0u);
+    option.closeSeams = true;
+    EXPECT_THROW(render(0, 3, 0, 3), Cancelled);
+    EXPECT_EQ(scratch.samples, 0u);
+    option.closeSeams = false;
+    EXPECT_THROW(render(0, 3, 0, 3), Cancelled);
+    EXPECT_TRUE(device.spans.empty());
+    gCancelled = false;
+    render(0, 3, 0, 3);
+    EXPECT_EQ(device.spans.size(), 4u);
 }
 
 TEST_F(UniformBucketTest, HasAsManySamplesAsTheWindowHolds)
