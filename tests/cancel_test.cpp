@@ -21,6 +21,7 @@ struct Heard {
 class Cancel : public RasterTest
 {
 protected:
+    Cancel() { reports.hearInfos(); }
     // Four rows of four buckets.
     void begin()
     {

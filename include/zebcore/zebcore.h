@@ -215,7 +215,8 @@ typedef void (*ZebPrintFunction)(const char *line);
  * Names are case-sensitive. These 36 exist from the start, as tokens 1 to 36: point, height,
  * pointw, normal, plane, color, opacity; constant, diffuse, metal, plastic; ka, kd, ks, roughness,
  * specularcolor; ambient, omni, distant, spot; intensity, from, to, coneangle, conedeltaangle,
- * beamdistribution; depthcue, fog; hither, yon, distance; raster, image, eye, world, model.
+ * beamdistribution; depthcue, fog; hither, yon, distance; raster, image, eye, world, model. Two more
+ * come with a class and a type when they are first asked for: vertexcolor, vertexopacity.
  *
  * @param name  copied
  * @return the name's token, always the same; 0 for a null name and when all 65,535 are used.
@@ -565,7 +566,8 @@ ZEB_API void zebGeneralPolygonMeshV(long npolys, const long *nloops, const long 
  *
  * Code 13 without, 11 with more than one. Other primitive variables: uniform one value, for the
  * whole surface or mesh; varying four, at its corners (u, v) = (0, 0), (1, 0), (0, 1), (1, 1),
- * interpolated bilinearly; vertex one a control point, which is kept but not interpolated. Normals
+ * interpolated bilinearly; vertex one a control point, interpolated as the points are, on rational
+ * surfaces by their weights too: "vertexcolor" and "vertexopacity" are colours of this kind. Normals
  * are those of the surface, dP/du x dP/dv, if none are given. */
 /** @{ */
 
@@ -639,7 +641,7 @@ ZEB_API void zebNurbMeshV(long nu, long uorder, const float *uknot, float umin, 
  * finite; the surface is not added.
  *
  * No parameters are required. Primitive variables: uniform one value; varying and vertex four, at
- * the corners (u, v) = (0, 0), (1, 0), (0, 1), (1, 1); varying ones are interpolated bilinearly. */
+ * the corners (u, v) = (0, 0), (1, 0), (0, 1), (1, 1), interpolated bilinearly. */
 /** @{ */
 
 /** Adds a sphere about the origin, or the part of it from zmin to zmax. -radius and radius or
@@ -781,8 +783,9 @@ extern "C" {
  *
  * span delivers the pixels x0 ... x1 of row y: for each, the words of the output samples in the
  * order red, green, blue, alpha, depth; each word an integer, or the bits of a float where the
- * quantization's "one" is 0. flush says that rows y0 ... y1 are final. Spans of a row may come in
- * several pieces.
+ * quantization's "one" is 0. Colours are multiplied by alpha, and gamma is applied to the product;
+ * alpha and depth have no gamma. flush says that rows y0 ... y1 are final. Spans of a row may come
+ * in several pieces.
  */
 typedef struct ZebDisplay {
     void *data; /**< the first argument of every call */
@@ -804,6 +807,22 @@ ZEB_API void zebCustomDisplay(const ZebDisplay *device);
     values on primitives. A name that exists keeps its own. Code 10 for other numbers.
     @return the token, 0 if refused. Legal anywhere. */
 ZEB_API unsigned short zebDeclare(const char *name, short storage, short type);
+/**
+ * Says of an array that the next call is given how many elements it holds, and how far apart they
+ * lie: for wrappers, which can refuse arrays that are too short, and for arrays of structs, whose
+ * members then need no copy. One call for each such array; the others are read as ever.
+ * @param array as the next call is given it
+ * @param count its elements. Of a variable in a parameter list one is a value of its type (of
+ *   "point" three floats, of "color" as many as the colour space has samples), of the centers of
+ *   zebSpheres and the points of zebProjectPoints three floats; of all other arrays a number
+ * @param stride bytes from the start of one element to that of the next; 0 if they touch, as lists
+ *   of tokens and values and the points of zebProjectPoints must
+ *
+ * Whatever is called next forgets it, but for zebArray, zebQuark and zebDeclare. The function that
+ * reads the array reports code 11 with both numbers if it is too short, and does nothing else then.
+ * Legal anywhere. Code 10 for null and a negative count.
+ */
+ZEB_API void zebArray(const void *array, long count, long stride);
 /** Keeps (non-zero, the default) or mends some odd ways; an option.
     Mended: each instance of an object has its own attributes, transformation and order; a patch
     in an object keeps its points; filters wider than 2 pixels show no seams; an unset spot cone is

@@ -24,7 +24,7 @@ extern "C" {
 
 unsigned short zebQuark(const char* name)
 {
-    CallFrame frame("zebQuark");
+    NameFrame frame("zebQuark");
     return Quark::declare(name, kClassNone, kTypeNone);
 }
 

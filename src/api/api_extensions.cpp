@@ -20,8 +20,14 @@ void zebCustomDisplay(const ZebDisplay* device)
 
 unsigned short zebDeclare(const char* name, short storage, short type)
 {
-    CallFrame frame("zebDeclare");
+    NameFrame frame("zebDeclare");
     return Quark::declareTyped(name, storage, type);
+}
+
+void zebArray(const void* array, long count, long stride)
+{
+    NameFrame frame("zebArray");
+    HostArrays::describe(array, count, stride);
 }
 
 void zebQuirks(short on)

@@ -6,6 +6,7 @@
 
 #include "state/error.h"
 #include "util/float_environment.h"
+#include "util/host_array.h"
 
 namespace zeb
 {
@@ -13,22 +14,33 @@ namespace zeb
 // Names the function for messages, minds what becomes of running out of memory, and keeps the
 // host's floating-point modes out. A call from inside a callback gives the name of the outer one
 // back. Some functions go by no name: null.
-class CallFrame
+class NameFrame
 {
 public:
-    explicit CallFrame(const char* name) : fPrevious(setErrorFuncName(name))
+    explicit NameFrame(const char* name) : fPrevious(setErrorFuncName(name))
     {
         // A name that goes takes the guard with it.
         guardFreeStore(true);
     }
-    ~CallFrame() { setErrorFuncName(fPrevious); }
-    CallFrame(const CallFrame&) = delete;
-    CallFrame& operator=(const CallFrame&) = delete;
+    ~NameFrame() { setErrorFuncName(fPrevious); }
+    NameFrame(const NameFrame&) = delete;
+    NameFrame& operator=(const NameFrame&) = delete;
 
 private:
     FloatEnvironment fEnvironment;
     FreeStoreScope fMemory{true};
     const char* fPrevious;
+};
+
+// The same for all functions that take the arrays which the host has described: but for those that
+// prepare a call's arguments.
+class CallFrame : public NameFrame
+{
+public:
+    using NameFrame::NameFrame;
+
+private:
+    HostArrays::Call fArrays;
 };
 
 // The pairs of tokens and value pointers at the end of a call's arguments. A token comes as an

@@ -4,6 +4,7 @@
 #include <numeric>
 
 #include "geom/triangle.h"
+#include "util/host_array.h"
 #include "util/report.h"
 
 namespace zeb
@@ -90,7 +91,8 @@ bool ConvexPolygonMesh::verify(long nfaces, const long* nverts, const long* vert
     if (!verifyCount("face count", nfaces, 1)) return false;
     long total = 0;
     return verifyLoops(nfaces, nverts, total) && verifyIndices(total, verts) &&
-           verifyPolygon(vertexCount(total, verts), nfaces, nargs, tokens, values);
+           verifyPolygon(vertexCount(total, HostArrays::dense(verts)), nfaces, nargs, tokens,
+                         values);
 }
 
 ConvexPolygonMesh::ConvexPolygonMesh(long nfaces, const long* nverts, const long* verts, long nargs,

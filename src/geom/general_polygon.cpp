@@ -5,6 +5,7 @@
 
 #include "geom/convex_polygon.h"
 #include "geom/triangle.h"
+#include "util/host_array.h"
 #include "util/number.h"
 #include "util/report.h"
 
@@ -248,6 +249,8 @@ bool GeneralPolygonMesh::verify(long nfaces, const long* nloops, const long* nve
         error(kRange, kError, "loop counts are null");
         return false;
     }
+    nloops = HostArrays::read("loop counts", nloops, nfaces);
+    if (!nloops) return false;
     long loops = 0, total = 0;
     for (long i = 0; i < nfaces; ++i) {
         if (!verifyCount("loop count", nloops[i], 1)) return false;
@@ -255,7 +258,8 @@ bool GeneralPolygonMesh::verify(long nfaces, const long* nloops, const long* nve
         if (!verifyCount("total loop count", loops, 1)) return false;
     }
     return verifyLoops(loops, nverts, total) && verifyIndices(total, verts) &&
-           verifyPolygon(vertexCount(total, verts), nfaces, nargs, tokens, values);
+           verifyPolygon(vertexCount(total, HostArrays::dense(verts)), nfaces, nargs, tokens,
+                         values);
 }
 
 GeneralPolygonMesh::GeneralPolygonMesh(long nfaces, const long* nloops, const long* nverts,

@@ -13,9 +13,10 @@ ArgList inCamera(const ArgList& args, const Matrix& toCamera, bool flip, bool kn
 {
     ArgList taken;
     for (const ArgAssoc& assoc : args) {
-        // Nothing reads values of single control points.
-        if (assoc.token <= kQPointw || assoc.storage() == kVertexClass) continue;
-        if ((assoc.token <= kQOpacity) == known) taken.add(assoc);
+        const bool isColor = Quark::isVertexColor(assoc.token);
+        // Nothing reads other values of single control points.
+        if (assoc.token <= kQPointw || (assoc.storage() == kVertexClass && !isColor)) continue;
+        if ((assoc.token <= kQOpacity || isColor) == known) taken.add(assoc);
     }
     taken.project(toCamera, flip);
     return taken;

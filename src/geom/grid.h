@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "geom/control_values.h"
 #include "geom/edges.h"
 #include "math/bound.h"
 #include "math/color.h"
@@ -37,6 +38,8 @@ public:
     // The primitive's variables in camera space: those that shading knows by name, and all others.
     // Positions are in the vertices.
     const ArgList fVertexArgs, fOtherArgs;
+    // What its control points say of the surface's colours, in its own u and v.
+    PieceColors fColors;
 
     Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Attrib> attrib,
          const Transform& transform, std::uint32_t seq, bool flip, bool triangular,

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "state/quark.h"
+#include "util/host_array.h"
 #include "util/report.h"
 
 namespace zeb
@@ -50,7 +51,7 @@ namespace
 {
 
 // Whether counts, order and knots of a direction can be read.
-bool usable(const char* name, const NurbNet::Direction& d)
+bool usable(const char* name, NurbNet::Direction& d)
 {
     const auto inRange = [name](const char* what, long value, long min, long max) {
         if (value >= min && value <= max) return true;
@@ -65,6 +66,8 @@ bool usable(const char* name, const NurbNet::Direction& d)
         error(kRange, kError, "knots in %s are null", name);
         return false;
     }
+    d.knots = HostArrays::read("knots", d.knots, d.points + d.order);
+    if (!d.knots) return false;
     const float limits[] = {d.min, d.max};
     if (!allFinite(d.knots, static_cast<std::size_t>(d.points + d.order)) ||
         !allFinite(limits, 2)) {
@@ -86,7 +89,7 @@ bool inside(const NurbNet::Direction& d)
 
 }  // namespace
 
-bool NurbNet::verify(const Direction& u, const Direction& v, long n, const unsigned short* tokens,
+bool NurbNet::verify(Direction u, Direction v, long n, const unsigned short* tokens,
                      void* const* values)
 {
     if (u.points < u.order || v.points < v.order) {
@@ -152,6 +155,7 @@ NurbNet::NurbNet(const Direction& u, const Direction& v, ArgList& args)
             fPoints.push_back({double{p.x}, double{p.y}, double{p.z}, 1});
         }
     }
+    fValues = ControlValues(args, fPoints);
     fBoxes.reserve(fUSpans.size() * fVSpans.size());
     for (long j = 0; j < vspans(); ++j) {
         for (long i = 0; i < uspans(); ++i) {
@@ -163,7 +167,7 @@ NurbNet::NurbNet(const Direction& u, const Direction& v, ArgList& args)
     }
 }
 
-PowerForm NurbNet::form(long uspan, long vspan) const
+PowerForm NurbNet::form(long uspan, long vspan, const std::vector<Pointwd>& points) const
 {
     const Span& u = fUSpans[static_cast<std::size_t>(uspan)];
     const Span& v = fVSpans[static_cast<std::size_t>(vspan)];
@@ -172,8 +176,10 @@ PowerForm NurbNet::form(long uspan, long vspan) const
     std::vector<Pointwd> column(static_cast<std::size_t>(vorder));
     for (long i = 0; i < uorder; ++i) {
         for (long k = 0; k < vorder; ++k) {
+            const Pointwd* const row =
+                &points[static_cast<std::size_t>((v.first + k) * fNu + u.first)];
             column[static_cast<std::size_t>(k)] =
-                NURB::weight(uorder, u.basis, uorder - 1 - i, row(u, v, k));
+                NURB::weight(uorder, u.basis, uorder - 1 - i, row);
         }
         for (long j = 0; j < vorder; ++j) {
             result.at(static_cast<int>(i), static_cast<int>(j)) =
@@ -181,6 +187,14 @@ PowerForm NurbNet::form(long uspan, long vspan) const
         }
     }
     return result;
+}
+
+PieceForms NurbNet::forms(long uspan, long vspan) const
+{
+    const auto makeForm = [&](const std::vector<Pointwd>& points) {
+        return form(uspan, vspan, points);
+    };
+    return {makeForm(fPoints), fValues.forms(makeForm)};
 }
 
 Pointwd NurbNet::point(const SpanPlace& u, const SpanPlace& v) const
@@ -209,7 +223,9 @@ std::unique_ptr<NuPatch> NuPatch::make(const NurbNet::Direction& u, const NurbNe
     patch->fArgs.init(n, tokens, values, ArgCounts{4, 1, u.points * v.points});
     const NurbNet net(u, v, patch->fArgs);
     if (!net.uspans() || !net.vspans()) return nullptr;
-    patch->fForm = std::make_shared<const PowerForm>(net.form(0, 0));
+    PieceForms forms = net.forms(0, 0);
+    patch->fForm = std::make_shared<const PowerForm>(std::move(forms.points));
+    patch->fColors = std::move(forms.colors);
     if (const auto limits = splitLimits(net)) patch->limitSplits(*limits);
     return patch;
 }
@@ -263,7 +279,7 @@ void NuPatchMesh::split(PrimitiveSink& sink)
         if (q.u1 - q.u0 >= 2 || q.v1 - q.v0 >= 2) {
             sink.add(std::make_unique<NuPatchMesh>(*this, q));
         } else {
-            sink.add(std::make_unique<NuPatch>(*this, q.number, fNet->form(fU0 + q.u0, fV0 + q.v0),
+            sink.add(std::make_unique<NuPatch>(*this, q.number, fNet->forms(fU0 + q.u0, fV0 + q.v0),
                                                q.uv));
         }
     });

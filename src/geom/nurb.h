@@ -53,14 +53,14 @@ public:
         float min, max;
     };
 
-    static bool verify(const Direction& u, const Direction& v, long n, const unsigned short* tokens,
+    static bool verify(Direction u, Direction v, long n, const unsigned short* tokens,
                        void* const* values);
     // Takes the positions out of the list.
     NurbNet(const Direction& u, const Direction& v, ArgList& args);
 
     long uspans() const { return static_cast<long>(fUSpans.size()); }
     long vspans() const { return static_cast<long>(fVSpans.size()); }
-    PowerForm form(long uspan, long vspan) const;
+    PieceForms forms(long uspan, long vspan) const;
     Pointwd point(const SpanPlace& u, const SpanPlace& v) const;
     // The largest weight in terms of the smallest one; neither is 0.
     double weightRange() const { return fWeightRange; }
@@ -76,14 +76,13 @@ private:
         NURB::Basis basis;
     };
     static std::vector<Span> spans(const Direction& d);
-    const Pointwd* row(const Span& u, const Span& v, long k) const
-    {
-        return &fPoints[static_cast<std::size_t>((v.first + k) * fNu + u.first)];
-    }
+    PowerForm form(long uspan, long vspan) const { return form(uspan, vspan, fPoints); }
+    PowerForm form(long uspan, long vspan, const std::vector<Pointwd>& points) const;
 
     long fNu;
     std::vector<Span> fUSpans, fVSpans;
     std::vector<Pointwd> fPoints;
+    ControlValues<Pointwd> fValues;
     std::vector<Boundw> fBoxes;
     double fWeightRange = 1;
 };
@@ -95,8 +94,8 @@ public:
     // null if nothing of the span lies within the limits.
     static std::unique_ptr<NuPatch> make(const NurbNet::Direction& u, const NurbNet::Direction& v,
                                          long n, const unsigned short* tokens, void* const* values);
-    NuPatch(const Patch& mesh, std::uint32_t child, PowerForm form, const float (&range)[4])
-        : PolynomialPatch(mesh, child, std::move(form), range)
+    NuPatch(const Patch& mesh, std::uint32_t child, PieceForms forms, const float (&range)[4])
+        : PolynomialPatch(mesh, child, std::move(forms), range)
     {
     }
     NuPatch(const NuPatch& other) = default;

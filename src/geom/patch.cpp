@@ -164,6 +164,7 @@ void Patch::findSeams()
 PolynomialPatch::PolynomialPatch(const PolynomialPatch& other)
     : Patch(other),
       fForm(other.fForm),
+      fColors(other.fColors),
       fUmin(other.fUmin),
       fUmax(other.fUmax),
       fVmin(other.fVmin),
@@ -172,9 +173,11 @@ PolynomialPatch::PolynomialPatch(const PolynomialPatch& other)
     fArgs.init(other.fArgs);
 }
 
-PolynomialPatch::PolynomialPatch(const Patch& mesh, std::uint32_t child, PowerForm form,
+PolynomialPatch::PolynomialPatch(const Patch& mesh, std::uint32_t child, PieceForms forms,
                                  const float (&range)[4])
-    : Patch(mesh, child, false), fForm(std::make_shared<const PowerForm>(std::move(form)))
+    : Patch(mesh, child, false),
+      fForm(std::make_shared<const PowerForm>(std::move(forms.points))),
+      fColors(std::move(forms.colors))
 {
     fArgs.split(range[0], range[1], range[2], range[3], mesh.args());
     takeEdges(mesh, range[0], range[1], range[2], range[3]);
@@ -184,6 +187,7 @@ PolynomialPatch::PolynomialPatch(float umin, float umax, float vmin, float vmax,
                                  const PolynomialPatch& parent, std::uint32_t child)
     : Patch(parent, child, true),
       fForm(parent.form()),
+      fColors(parent.fColors),
       fUmin(parent.uAt(umin)),
       fUmax(parent.uAt(umax)),
       fVmin(parent.vAt(vmin)),
@@ -197,6 +201,13 @@ void PolynomialPatch::split(PrimitiveSink& sink)
 {
     findSeams();
     addQuarters(sink);
+}
+
+std::unique_ptr<Grid> PolynomialPatch::dice(const Dicing& dicing) const
+{
+    auto grid = Patch::dice(dicing);
+    grid->fColors = colors();
+    return grid;
 }
 
 Pointwd PolynomialPatch::pointAt(float u, float v) const { return form()->point(uAt(u), vAt(v)); }
@@ -219,11 +230,13 @@ bool BilinearPatch::verify(long n, const unsigned short* tokens, void* const* va
 BilinearPatch::BilinearPatch(long n, const unsigned short* tokens, void* const* values)
 {
     fArgs.init(n, tokens, values, ArgCounts{4, 1, 4});
-    const std::vector<Point> p = extractPoints(fArgs, 2, 2);
-    fForm = std::make_shared<const PowerForm>(powerForm({p[0], p[1], p[2], p[3]}));
+    const auto makeForm = [](const std::vector<Point>& p) { return powerForm(p.data()); };
+    const std::vector<Point> points = extractPoints(fArgs, 2, 2);
+    fForm = std::make_shared<const PowerForm>(makeForm(points));
+    fColors = ControlValues(fArgs, points).forms(makeForm);
 }
 
-PowerForm BilinearPatch::powerForm(const Point (&corners)[4])
+PowerForm BilinearPatch::powerForm(const Point* corners)
 {
     const Pointwd a = exact(corners[0]), b = exact(corners[1]), c = exact(corners[2]),
                   d = exact(corners[3]);
@@ -250,14 +263,18 @@ BicubicPatch::BicubicPatch(long n, const unsigned short* tokens, void* const* va
 {
     fArgs.init(n, tokens, values, ArgCounts{4, 1, 16});
     fPoints = extractPoints(fArgs, 4, 4);
+    fValues = ControlValues(fArgs, fPoints);
 }
 
 const std::shared_ptr<const PowerForm>& BicubicPatch::form() const
 {
     if (!fPoints.empty() && fFormAttrib != fCommon->fAttrib) {
         fFormAttrib = fCommon->fAttrib;
-        fForm = std::make_shared<const PowerForm>(
-            powerForm(fPoints.data(), attrib().ubasis, attrib().vbasis));
+        const auto makeForm = [this](const std::vector<Point>& points) {
+            return powerForm(points.data(), attrib().ubasis, attrib().vbasis);
+        };
+        fForm = std::make_shared<const PowerForm>(makeForm(fPoints));
+        fColors = fValues.forms(makeForm);
     }
     return fForm;
 }
@@ -328,6 +345,7 @@ std::unique_ptr<Grid> BicubicPatch::dice(const Dicing& dicing) const
         }
     }
     mendDerivatives(*grid);
+    grid->fColors = colors();
     return grid;
 }
 

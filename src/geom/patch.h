@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "geom/control_values.h"
 #include "geom/power_form.h"
 #include "geom/primitive.h"
 #include "util/number.h"
@@ -40,6 +41,12 @@ protected:
     void findSeams();
 };
 
+// A polynomial piece: its points, and its colours if it has any of its own.
+struct PieceForms {
+    PowerForm points;
+    std::shared_ptr<const ColorForms> colors;
+};
+
 // One polynomial piece, or a part of it. All parts share the coefficients and evaluate them at the
 // parameters of the whole: they agree on common edges to the last bit.
 class PolynomialPatch : public Patch
@@ -50,6 +57,7 @@ public:
     {
         addHalves(sink, frame);
     }
+    std::unique_ptr<Grid> dice(const Dicing& dicing) const override;
     Differential evaluate(float u, float v) const override;
     Pointwd pointAt(float u, float v) const override;
     Pointw evalP(float u, float v) const override { return rounded(pointAt(u, v)); }
@@ -60,7 +68,7 @@ protected:
     PolynomialPatch() = default;
     PolynomialPatch(const PolynomialPatch& other);
     // A piece of a mesh, over a rectangle (u and v from, to) of the mesh's parameters.
-    PolynomialPatch(const Patch& mesh, std::uint32_t child, PowerForm form,
+    PolynomialPatch(const Patch& mesh, std::uint32_t child, PieceForms forms,
                     const float (&range)[4]);
     // A part of the parent, given in its parameters.
     PolynomialPatch(float umin, float umax, float vmin, float vmax, const PolynomialPatch& parent,
@@ -70,8 +78,10 @@ protected:
     // The coefficients of this part alone.
     PowerForm ownForm() const { return form()->part(fUmin, fUmax, fVmin, fVmax); }
     void addHull(Boundw& box) const override;
+    PieceColors colors() const { return {fColors, fUmin, fUmax, fVmin, fVmax}; }
 
     mutable std::shared_ptr<const PowerForm> fForm;
+    mutable std::shared_ptr<const ColorForms> fColors;
 
 private:
     // Exact at both ends, where pieces meet.
@@ -87,8 +97,8 @@ class BilinearPatch final : public PolynomialPatch
 public:
     static bool verify(long n, const unsigned short* tokens, void* const* values);
     BilinearPatch(long n, const unsigned short* tokens, void* const* values);
-    BilinearPatch(const Patch& mesh, std::uint32_t child, PowerForm form, const float (&range)[4])
-        : PolynomialPatch(mesh, child, std::move(form), range)
+    BilinearPatch(const Patch& mesh, std::uint32_t child, PieceForms forms, const float (&range)[4])
+        : PolynomialPatch(mesh, child, std::move(forms), range)
     {
     }
     BilinearPatch(const BilinearPatch& other) = default;
@@ -102,7 +112,7 @@ public:
     Boundw bound() const override { return hull(); }
     std::unique_ptr<Primitive> copy(bool quirks) const override;
 
-    static PowerForm powerForm(const Point (&corners)[4]);
+    static PowerForm powerForm(const Point* corners);
 
 protected:
     std::unique_ptr<Primitive> part(float umin, float umax, float vmin, float vmax,
@@ -119,8 +129,8 @@ class BicubicPatch final : public PolynomialPatch
 public:
     static bool verify(long n, const unsigned short* tokens, void* const* values);
     BicubicPatch(long n, const unsigned short* tokens, void* const* values);
-    BicubicPatch(const Patch& mesh, std::uint32_t child, PowerForm form, const float (&range)[4])
-        : PolynomialPatch(mesh, child, std::move(form), range)
+    BicubicPatch(const Patch& mesh, std::uint32_t child, PieceForms forms, const float (&range)[4])
+        : PolynomialPatch(mesh, child, std::move(forms), range)
     {
     }
     BicubicPatch(const BicubicPatch& other) = default;
@@ -147,6 +157,7 @@ protected:
 
 private:
     std::vector<Point> fPoints;                         // empty in pieces
+    ControlValues<Point> fValues;                       // likewise
     mutable std::shared_ptr<const Attrib> fFormAttrib;  // whose bases made the coefficients
 };
 

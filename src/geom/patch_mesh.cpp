@@ -51,6 +51,7 @@ struct PatchMesh::Net {
     short kind, uwrap, vwrap;
     long nu, nv;
     std::vector<Point> points;
+    ControlValues<Point> values;
 };
 
 // What that means under the bases of an attribute record.
@@ -78,17 +79,25 @@ struct PatchMesh::Layout {
         }
     }
 
-    PowerForm form(long i, long j) const
+    PowerForm form(long i, long j) const { return form(i, j, net->points); }
+    // Of what the control points have besides, likewise.
+    PowerForm form(long i, long j, const std::vector<Point>& points) const
     {
-        const auto point = [&](long k, long l) {
-            return net->points[static_cast<std::size_t>(v.index(j, l) * net->nu + u.index(i, k))];
-        };
-        if (net->kind == kBilinear) {
-            return BilinearPatch::powerForm({point(0, 0), point(1, 0), point(0, 1), point(1, 1)});
+        const long side = net->kind == kBilinear ? 2 : 4;
+        Point own[16];
+        for (long k = 0; k < side * side; ++k) {
+            const long row = v.index(j, k / side), column = u.index(i, k % side);
+            own[k] = points[static_cast<std::size_t>(row * net->nu + column)];
         }
-        Point points[16];
-        for (long k = 0; k < 16; ++k) points[k] = point(k % 4, k / 4);
-        return BicubicPatch::powerForm(points, attrib->ubasis, attrib->vbasis);
+        return net->kind == kBilinear
+                   ? BilinearPatch::powerForm(own)
+                   : BicubicPatch::powerForm(own, attrib->ubasis, attrib->vbasis);
+    }
+    PieceForms forms(long i, long j) const
+    {
+        return {form(i, j), net->values.forms([&](const std::vector<Point>& values) {
+                    return form(i, j, values);
+                })};
     }
 };
 
@@ -122,8 +131,10 @@ PatchMesh::PatchMesh(short type, long nu, short uwrap, long nv, short vwrap, lon
                      const unsigned short* tokens, void* const* values)
 {
     fArgs.init(n, tokens, values, ArgCounts{4, 1, nu * nv});
-    fNet =
-        std::make_shared<const Net>(Net{type, uwrap, vwrap, nu, nv, extractPoints(fArgs, nu, nv)});
+    std::vector<Point> points = extractPoints(fArgs, nu, nv);
+    ControlValues own(fArgs, points);
+    fNet = std::make_shared<const Net>(
+        Net{type, uwrap, vwrap, nu, nv, std::move(points), std::move(own)});
     if (layout().u.hasExtra(type)) {
         error(kRange, kError, "extra control points in u will be ignored");
     }
@@ -190,11 +201,11 @@ void PatchMesh::split(PrimitiveSink& sink)
             sink.add(std::make_unique<PatchMesh>(*this, q));
             return;
         }
-        PowerForm form = l.form(r.u0 + q.u0, r.v0 + q.v0);
+        PieceForms forms = l.forms(r.u0 + q.u0, r.v0 + q.v0);
         if (l.net->kind == kBilinear) {
-            sink.add(std::make_unique<BilinearPatch>(*this, q.number, std::move(form), q.uv));
+            sink.add(std::make_unique<BilinearPatch>(*this, q.number, std::move(forms), q.uv));
         } else {
-            sink.add(std::make_unique<BicubicPatch>(*this, q.number, std::move(form), q.uv));
+            sink.add(std::make_unique<BicubicPatch>(*this, q.number, std::move(forms), q.uv));
         }
     });
 }

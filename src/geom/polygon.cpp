@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "state/quark.h"
+#include "util/host_array.h"
 #include "util/report.h"
 
 namespace zeb
@@ -98,6 +99,8 @@ bool verifyLoops(long n, const long* sizes, long& total)
         error(kRange, kError, "vertex counts are null");
         return false;
     }
+    sizes = HostArrays::read("vertex counts", sizes, n);
+    if (!sizes) return false;
     for (long i = 0; i < n; ++i) {
         if (!verifyCount("vertex count", sizes[i], 3)) return false;
         total += sizes[i];
@@ -112,8 +115,9 @@ bool verifyIndices(long n, const long* indices)
         error(kRange, kError, "vertex indices are null");
         return false;
     }
-    return std::all_of(indices, indices + n,
-                       [](long index) { return verifyCount("vertex index", index, 0); });
+    indices = HostArrays::read("vertex indices", indices, n);
+    return indices && std::all_of(indices, indices + n,
+                                  [](long index) { return verifyCount("vertex index", index, 0); });
 }
 
 long vertexCount(long n, const long* indices)

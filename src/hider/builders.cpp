@@ -7,7 +7,10 @@
 #include "geom/quadric.h"
 #include "hider/scene.h"
 #include "state/error.h"
+#include "state/quark.h"
 #include "state/state.h"
+#include "state/upcalls.h"
+#include "util/host_array.h"
 #include "util/number.h"
 
 namespace zeb
@@ -34,10 +37,33 @@ std::unique_ptr<Primitive> makeQuadric(std::initializer_list<NamedValue> measure
 
 // make() answers a primitive, or null if the arguments don't give one.
 template <class Build>
-void Scene::build(unsigned short blocks, const Build& make)
+void Scene::build(unsigned short blocks, long nargs, const unsigned short* tokens,
+                  const Build& make)
 {
     if (!verify(blocks, kPrimitiveState)) return;
-    if (std::unique_ptr<Primitive> primitive = make()) keep(std::move(primitive));
+    std::unique_ptr<Primitive> primitive = make();
+    if (!primitive) return;
+    const bool quadric = primitive->type() >= kSphere && primitive->type() <= kTorus;
+    keep(std::move(primitive));
+    tellUnread(!quadric, nargs, tokens);
+}
+
+// Objects are drawn under attributes that are not known yet.
+void Scene::tellUnread(bool positioned, long nargs, const unsigned short* tokens)
+{
+    if (nargs == 0 || fDefining || !infosHeard()) return;
+    const std::shared_ptr<const Surface> surface = gAttrib->surfaceShader;
+    const auto read = [&](unsigned short token) {
+        if (token <= kQPointw) return positioned;
+        return token == kQNormal || token == kQColor || token == kQOpacity ||
+               Quark::isVertexColor(token) || upcall::surfaceReads(*surface, token);
+    };
+    const char* const shader = upcall::surfaceName(*surface);
+    for (long i = 0; i < nargs; ++i) {
+        const char* const name = Quark::getString(tokens[i]);
+        if (!name || read(tokens[i]) || !fUnread.insert({shader, tokens[i]}).second) continue;
+        error(kRange, kInfo, "\"%s\" does not read \"%s\"", shader, name);
+    }
 }
 
 void Scene::keep(std::unique_ptr<Primitive> primitive)
@@ -51,7 +77,7 @@ void Scene::keep(std::unique_ptr<Primitive> primitive)
 
 void Scene::polygon(long n, long nargs, const unsigned short* tokens, void* const* values)
 {
-    build(kPrimitiveBlocks, [&]() -> std::unique_ptr<Primitive> {
+    build(kPrimitiveBlocks, nargs, tokens, [&]() -> std::unique_ptr<Primitive> {
         if (!ConvexPolygon::verify(n, nargs, tokens, values)) return nullptr;
         return std::make_unique<ConvexPolygon>(n, nargs, tokens, values);
     });
@@ -60,20 +86,22 @@ void Scene::polygon(long n, long nargs, const unsigned short* tokens, void* cons
 void Scene::generalPolygon(long nloops, const long* nverts, long nargs,
                            const unsigned short* tokens, void* const* values)
 {
-    build(kPrimitiveBlocks, [&]() -> std::unique_ptr<Primitive> {
+    build(kPrimitiveBlocks, nargs, tokens, [&]() -> std::unique_ptr<Primitive> {
         if (!GeneralPolygon::verify(nloops, nverts, nargs, tokens, values)) return nullptr;
-        return std::make_unique<GeneralPolygon>(nloops, nverts, nargs, tokens, values);
+        return std::make_unique<GeneralPolygon>(nloops, HostArrays::dense(nverts), nargs, tokens,
+                                                values);
     });
 }
 
 void Scene::polygonMesh(long npolys, const long* nverts, const long* verts, long nargs,
                         const unsigned short* tokens, void* const* values)
 {
-    build(kPrimitiveBlocks, [&]() -> std::unique_ptr<Primitive> {
+    build(kPrimitiveBlocks, nargs, tokens, [&]() -> std::unique_ptr<Primitive> {
         if (!ConvexPolygonMesh::verify(npolys, nverts, verts, nargs, tokens, values)) {
             return nullptr;
         }
-        return std::make_unique<ConvexPolygonMesh>(npolys, nverts, verts, nargs, tokens, values);
+        return std::make_unique<ConvexPolygonMesh>(npolys, HostArrays::dense(nverts),
+                                                   HostArrays::dense(verts), nargs, tokens, values);
     });
 }
 
@@ -81,18 +109,19 @@ void Scene::generalPolygonMesh(long npolys, const long* nloops, const long* nver
                                const long* verts, long nargs, const unsigned short* tokens,
                                void* const* values)
 {
-    build(kPrimitiveBlocks, [&]() -> std::unique_ptr<Primitive> {
+    build(kPrimitiveBlocks, nargs, tokens, [&]() -> std::unique_ptr<Primitive> {
         if (!GeneralPolygonMesh::verify(npolys, nloops, nverts, verts, nargs, tokens, values)) {
             return nullptr;
         }
-        return std::make_unique<GeneralPolygonMesh>(npolys, nloops, nverts, verts, nargs, tokens,
-                                                    values);
+        return std::make_unique<GeneralPolygonMesh>(
+            npolys, HostArrays::dense(nloops), HostArrays::dense(nverts), HostArrays::dense(verts),
+            nargs, tokens, values);
     });
 }
 
 void Scene::patch(short type, long nargs, const unsigned short* tokens, void* const* values)
 {
-    build(kPrimitiveBlocks, [&]() -> std::unique_ptr<Primitive> {
+    build(kPrimitiveBlocks, nargs, tokens, [&]() -> std::unique_ptr<Primitive> {
         switch (type) {
             case Patch::kBilinear:
                 if (!BilinearPatch::verify(nargs, tokens, values)) return nullptr;
@@ -110,7 +139,7 @@ void Scene::patch(short type, long nargs, const unsigned short* tokens, void* co
 void Scene::patchMesh(short type, long nu, short uwrap, long nv, short vwrap, long nargs,
                       const unsigned short* tokens, void* const* values)
 {
-    build(kPrimitiveBlocks, [&]() -> std::unique_ptr<Primitive> {
+    build(kPrimitiveBlocks, nargs, tokens, [&]() -> std::unique_ptr<Primitive> {
         if (!PatchMesh::verify(type, nu, uwrap, nv, vwrap, nargs, tokens, values)) return nullptr;
         return std::make_unique<PatchMesh>(type, nu, uwrap, nv, vwrap, nargs, tokens, values);
     });
@@ -120,9 +149,11 @@ void Scene::nurb(long nu, const float* uknot, float umin, float umax, long nv, c
                  float vmin, float vmax, long nargs, const unsigned short* tokens,
                  void* const* values)
 {
-    build(kPrimitiveBlocks, [&]() -> std::unique_ptr<Primitive> {
-        const NurbNet::Direction u{nu, nu, uknot, umin, umax}, v{nv, nv, vknot, vmin, vmax};
+    build(kPrimitiveBlocks, nargs, tokens, [&]() -> std::unique_ptr<Primitive> {
+        NurbNet::Direction u{nu, nu, uknot, umin, umax}, v{nv, nv, vknot, vmin, vmax};
         if (!NurbNet::verify(u, v, nargs, tokens, values)) return nullptr;
+        u.knots = HostArrays::dense(uknot);
+        v.knots = HostArrays::dense(vknot);
         return NuPatch::make(u, v, nargs, tokens, values);
     });
 }
@@ -131,10 +162,12 @@ void Scene::nurbMesh(long nu, long uorder, const float* uknot, float umin, float
                      long vorder, const float* vknot, float vmin, float vmax, long nargs,
                      const unsigned short* tokens, void* const* values)
 {
-    build(kPrimitiveBlocks, [&]() -> std::unique_ptr<Primitive> {
-        const NurbNet::Direction u{nu, uorder, uknot, umin, umax};
-        const NurbNet::Direction v{nv, vorder, vknot, vmin, vmax};
+    build(kPrimitiveBlocks, nargs, tokens, [&]() -> std::unique_ptr<Primitive> {
+        NurbNet::Direction u{nu, uorder, uknot, umin, umax};
+        NurbNet::Direction v{nv, vorder, vknot, vmin, vmax};
         if (!NurbNet::verify(u, v, nargs, tokens, values)) return nullptr;
+        u.knots = HostArrays::dense(uknot);
+        v.knots = HostArrays::dense(vknot);
         auto mesh = std::make_unique<NuPatchMesh>(u, v, nargs, tokens, values);
         return mesh->empty() ? nullptr : std::move(mesh);
     });
@@ -143,7 +176,7 @@ void Scene::nurbMesh(long nu, long uorder, const float* uknot, float umin, float
 void Scene::sphere(float radius, float zmin, float zmax, float thetamax, long nargs,
                    const unsigned short* tokens, void* const* values)
 {
-    build(kPrimitiveBlocks, [&] {
+    build(kPrimitiveBlocks, nargs, tokens, [&] {
         return makeQuadric<Sphere>(
             {{"radius", radius}, {"zmin", zmin}, {"zmax", zmax}},
             [&] { return SphereCurve(radius, zmin, zmax); }, thetamax, nargs, tokens, values);
@@ -165,6 +198,9 @@ void Scene::spheres(long n, const float* centers, const float* radii, long nargs
         error(kRange, kError, "%s are null", centers ? "radii" : "centers");
         return;
     }
+    centers = HostArrays::read("centers", centers, n, 3);
+    radii = centers ? HostArrays::read("radii", radii, n) : nullptr;
+    if (!radii) return;
     if (!allFinite(centers, 3 * count) || !allFinite(radii, count)) {
         error(kRange, kError, "centers or radii are not finite");
         return;
@@ -182,12 +218,13 @@ void Scene::spheres(long n, const float* centers, const float* radii, long nargs
         keep(std::make_unique<Sphere>(SphereCurve(radii[i], -radii[i], radii[i]),
                                       Point(c[0], c[1], c[2]), own));
     }
+    tellUnread(false, nargs, tokens);
 }
 
 void Scene::cone(float radius, float height, float cutheight, float thetamax, long nargs,
                  const unsigned short* tokens, void* const* values)
 {
-    build(kPrimitiveBlocks, [&] {
+    build(kPrimitiveBlocks, nargs, tokens, [&] {
         return makeQuadric<Cone>(
             {{"radius", radius}, {"height", height}, {"cut height", cutheight}},
             [&] { return ConeCurve(radius, height, cutheight); }, thetamax, nargs, tokens, values);
@@ -197,7 +234,7 @@ void Scene::cone(float radius, float height, float cutheight, float thetamax, lo
 void Scene::cylinder(float radius, float zmin, float zmax, float thetamax, long nargs,
                      const unsigned short* tokens, void* const* values)
 {
-    build(kPrimitiveBlocks, [&] {
+    build(kPrimitiveBlocks, nargs, tokens, [&] {
         return makeQuadric<Cylinder>(
             {{"radius", radius}, {"zmin", zmin}, {"zmax", zmax}},
             [&] { return CylinderCurve(radius, zmin, zmax); }, thetamax, nargs, tokens, values);
@@ -207,12 +244,14 @@ void Scene::cylinder(float radius, float zmin, float zmax, float thetamax, long 
 void Scene::hyperboloid(const float* point1, const float* point2, float thetamax, long nargs,
                         const unsigned short* tokens, void* const* values)
 {
-    build(kPrimitiveBlocks, [&]() -> std::unique_ptr<Primitive> {
+    build(kPrimitiveBlocks, nargs, tokens, [&]() -> std::unique_ptr<Primitive> {
         if (!point1 || !point2) {
             error(kRange, kError, "point is null");
             return nullptr;
         }
-        const auto &p = point1, &q = point2;
+        const float* const p = HostArrays::read("point 1", point1, 3);
+        const float* const q = p ? HostArrays::read("point 2", point2, 3) : nullptr;
+        if (!q) return nullptr;
         return makeQuadric<Hyperboloid>(
             {{"x of point 1", p[0]},
              {"y of point 1", p[1]},
@@ -227,7 +266,7 @@ void Scene::hyperboloid(const float* point1, const float* point2, float thetamax
 void Scene::paraboloid(float rmax, float zmin, float zmax, float thetamax, long nargs,
                        const unsigned short* tokens, void* const* values)
 {
-    build(kPrimitiveBlocks, [&]() -> std::unique_ptr<Primitive> {
+    build(kPrimitiveBlocks, nargs, tokens, [&]() -> std::unique_ptr<Primitive> {
         if (nearZero(double{zmax})) {
             error(kRange, kError, "zmax may not equal 0");
             return nullptr;
@@ -245,7 +284,7 @@ void Scene::paraboloid(float rmax, float zmin, float zmax, float thetamax, long 
 void Scene::disk(float innerradius, float radius, float thetamax, long nargs,
                  const unsigned short* tokens, void* const* values)
 {
-    build(kPrimitiveBlocks, [&] {
+    build(kPrimitiveBlocks, nargs, tokens, [&] {
         return makeQuadric<Disk>(
             {{"inner radius", innerradius}, {"radius", radius}},
             [&] { return DiskCurve(innerradius, radius); }, thetamax, nargs, tokens, values);
@@ -255,7 +294,7 @@ void Scene::disk(float innerradius, float radius, float thetamax, long nargs,
 void Scene::torus(float majorradius, float minorradius, float phimin, float phimax, float thetamax,
                   long nargs, const unsigned short* tokens, void* const* values)
 {
-    build(kPrimitiveBlocks, [&] {
+    build(kPrimitiveBlocks, nargs, tokens, [&] {
         return makeQuadric<Torus>(
             {{"major radius", majorradius},
              {"minor radius", minorradius},
@@ -271,15 +310,17 @@ void Scene::procedural(void* data, const float* bound, SubdivideFunction subdivi
 {
     // Released at the end of the call if nothing takes it over.
     auto shared = std::make_shared<Procedural::Data>(data, release);
-    build(kProceduralBlocks, [&]() -> std::unique_ptr<Primitive> {
-        if (!bound || !allFinite(bound, 6) || !subdivide) {
+    build(kProceduralBlocks, 0, nullptr, [&]() -> std::unique_ptr<Primitive> {
+        const float* const box = bound ? HostArrays::read("bound", bound, 6) : nullptr;
+        if (bound && !box) return nullptr;
+        if (!box || !allFinite(box, 6) || !subdivide) {
             error(kRange, kError,
                   !subdivide ? "subdivide function is null"
-                  : bound    ? "bound is not finite"
+                  : box      ? "bound is not finite"
                              : "bound is null");
             return nullptr;
         }
-        return std::make_unique<Procedural>(std::move(shared), bound, subdivide);
+        return std::make_unique<Procedural>(std::move(shared), box, subdivide);
     });
 }
 

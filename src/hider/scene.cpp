@@ -410,6 +410,7 @@ void Scene::flush()
     fDone = 0;
     fPercent = 0;
     fStarted = false;
+    fUnread.clear();
 }
 
 }  // namespace zeb

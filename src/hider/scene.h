@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <set>
+#include <utility>
 #include <vector>
 
 #include "geom/object.h"
@@ -109,7 +111,10 @@ private:
     // In the object that is being defined, if there is one, or in the picture.
     void keep(std::unique_ptr<Primitive> primitive);
     template <class Build>
-    void build(unsigned short blocks, const Build& make);
+    void build(unsigned short blocks, long nargs, const unsigned short* tokens, const Build& make);
+    // An info for each of the variables that the surface in force reads nothing from, once a
+    // picture.
+    void tellUnread(bool positioned, long nargs, const unsigned short* tokens);
 
     std::unique_ptr<RenderFrame> fFrame;
     std::vector<std::unique_ptr<Row>> fBuckets;  // rows and buckets are made when first needed
@@ -122,6 +127,7 @@ private:
     float fXmin = 0, fXmax = 0, fYmin = 0, fYmax = 0;  // of all sample positions
     bool fStarted = false;
     Object* fDefining = nullptr;
+    std::set<std::pair<const char*, unsigned short>> fUnread;  // surfaces and variables told of
     BucketScratch fScratch;
     Counts fCounts;
 };

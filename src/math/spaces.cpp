@@ -1,6 +1,7 @@
 #include "math/spaces.h"
 
 #include "util/hash.h"
+#include "util/host_array.h"
 #include "util/number.h"
 #include "util/report.h"
 
@@ -115,6 +116,7 @@ float (*projectPoints(unsigned short from, unsigned short to, long n, float (*po
         error(kRange, kError, "%ld points cannot be projected", n);
         return nullptr;
     }
+    if (!HostArrays::readInPlace("points", points, n, sizeof *points)) return nullptr;
     if (n > 0 && !allFinite(&points[0][0], 3 * static_cast<std::size_t>(n))) {
         error(kRange, kError, "a point to be projected is not finite");
         return nullptr;

@@ -1,6 +1,7 @@
 #include "math/transform.h"
 
 #include "math/spaces.h"
+#include "util/host_array.h"
 #include "util/number.h"
 #include "util/report.h"
 
@@ -34,7 +35,8 @@ const float (*hostMatrix(const float (*m)[4]))[4]
         error(kRange, kError, "matrix is null");
         return nullptr;
     }
-    return usable(&m[0][0], 16) ? m : nullptr;
+    const float* const values = HostArrays::read("matrix", &m[0][0], 16);
+    return values && usable(values, 16) ? reinterpret_cast<const float(*)[4]>(values) : nullptr;
 }
 
 template <class... Floats>
@@ -111,12 +113,15 @@ void Transform::scale(float x, float y, float z)
 namespace
 {
 
-// Three floats of the host's, if they are.
-bool usablePoint(const char* name, const float* p)
+// Finds three floats of the host's, if they are.
+bool usablePoint(const char* name, const float*& p)
 {
-    if (p) return usable(p, 3);
-    error(kRange, kError, "%s is null", name);
-    return false;
+    if (!p) {
+        error(kRange, kError, "%s is null", name);
+        return false;
+    }
+    p = HostArrays::read(name, p, 3);
+    return p && usable(p, 3);
 }
 
 // Of length 1; false if the vector has none, or next to none of another's.

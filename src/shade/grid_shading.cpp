@@ -38,8 +38,8 @@ public:
           fPerspective(frame.option.perspective),
           fQuirks(frame.option.quirks),
           fNormal(grid.fVertexArgs.find(kQNormal)),
-          fColor(grid.fVertexArgs.find(kQColor)),
-          fOpacity(grid.fVertexArgs.find(kQOpacity)),
+          fColor(firstOf({Quark::fVertexColor, kQColor})),
+          fOpacity(firstOf({Quark::fVertexOpacity, kQOpacity})),
           fSurface(fAttrib.surfaceShader.get())
     {
         fPoint.lights = &fAttrib.lights;
@@ -85,6 +85,14 @@ public:
     }
 
 private:
+    const ArgAssoc* firstOf(std::initializer_list<unsigned short> tokens) const
+    {
+        for (const unsigned short token : tokens) {
+            if (const ArgAssoc* assoc = fGrid.fVertexArgs.find(token)) return assoc;
+        }
+        return nullptr;
+    }
+
     void shade(const Point& P, const Point& dPdu, const Point& dPdv, float column, float row,
                Vertex& result)
     {
@@ -100,8 +108,12 @@ private:
         p.N = fNormal ? interpolated<Point>(*fNormal, p.u, p.v,
                                             [&](long k) { return fNormal->point(k); })
                       : p.Ng;
-        p.Cs = fColor ? variable(*fColor) : fAttrib.surfaceColor;
-        p.Os = fOpacity ? variable(*fOpacity) : fAttrib.surfaceOpacity;
+        p.Cs = fGrid.fColors.hasColor() ? fGrid.fColors.color(p.u, p.v)
+               : fColor                 ? variable(*fColor)
+                                        : fAttrib.surfaceColor;
+        p.Os = fGrid.fColors.hasOpacity() ? fGrid.fColors.opacity(p.u, p.v)
+               : fOpacity                 ? variable(*fOpacity)
+                                          : fAttrib.surfaceOpacity;
         if (!fQuirks) p.Os = clamped(p.Os);
         if (fVarying) fParameters.bilerp(p.u, p.v, fGrid.fOtherArgs);
         fSurface->evaluate(p);

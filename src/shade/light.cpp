@@ -51,7 +51,7 @@ std::shared_ptr<Light> upcall::makeLight(unsigned short name,
         default:
             return nullptr;
     }
-    light->declaredIn(std::move(transform));
+    light->declare(name, std::move(transform));
     light->instance(args);
     return light;
 }

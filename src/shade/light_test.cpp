@@ -37,7 +37,7 @@ protected:
         for (auto& values : stored) pointers.push_back(values->data());
         ArgList args;
         args.init(static_cast<long>(tokens.size()), tokens.data(), pointers.data(), {});
-        light.declaredIn(std::make_shared<const Transform>(toCamera));
+        light.declare(kQDistant, std::make_shared<const Transform>(toCamera));
         light.instance(args);
     }
     void expectPoint(const Point& p, float x, float y, float z, float tolerance = 1e-6f)

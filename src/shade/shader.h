@@ -5,6 +5,7 @@
 
 #include "math/transform.h"
 #include "state/args.h"
+#include "state/quark.h"
 
 namespace zeb
 {
@@ -21,16 +22,19 @@ public:
     // The parameters by name.
     virtual ParmList parameters() { return {}; }
 
-    void declaredIn(std::shared_ptr<const Transform> transform)
+    void declare(unsigned short name, std::shared_ptr<const Transform> transform)
     {
+        fName = name;
         fTransform = std::move(transform);
     }
+    const char* name() const { return Quark::getString(fName); }
 
 protected:
     // Shader to camera space.
     const Matrix& toCamera() const { return fTransform ? fTransform->matrix() : gIdentity; }
 
 private:
+    unsigned short fName = 0;
     std::shared_ptr<const Transform> fTransform;
 };
 

@@ -43,9 +43,10 @@ std::shared_ptr<Surface> upcall::makeSurface(unsigned short name,
             surface = std::make_shared<MetalSurface>();
             break;
         default:
+            name = kQPlastic;
             surface = std::make_shared<PlasticSurface>();
     }
-    surface->declaredIn(std::move(transform));
+    surface->declare(name, std::move(transform));
     surface->instance(args);
     return surface;
 }

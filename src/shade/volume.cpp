@@ -17,7 +17,7 @@ std::shared_ptr<Volume> upcall::makeVolume(unsigned short name,
     if (name == kQDepthCue) volume = std::make_shared<DepthCueVolume>();
     if (name == kQFog) volume = std::make_shared<FogVolume>();
     if (!volume) return nullptr;
-    volume->declaredIn(std::move(transform));
+    volume->declare(name, std::move(transform));
     volume->instance(args);
     return volume;
 }

@@ -1,10 +1,12 @@
 #include "state/args.h"
 
 #include <cstring>
+#include <string>
 
 #include "math/shading_math.h"
 #include "state/error.h"
 #include "state/quark.h"
+#include "util/host_array.h"
 #include "util/number.h"
 
 namespace zeb
@@ -56,6 +58,12 @@ long hostWords(short type)
 
 bool interpolates(short type) { return type != kInteger && type != kString; }
 
+// Colours of control points are those of corners, where a surface has not taken them to its own.
+bool isAtCorners(const ArgAssoc& assoc)
+{
+    return assoc.storage() == kVarying || Quark::isVertexColor(assoc.token);
+}
+
 bool isNormal(unsigned short token) { return token == kQNormal || token == kQPlane; }
 
 }  // namespace
@@ -72,11 +80,12 @@ ArgAssoc::ArgAssoc(unsigned short name, const void* value, const ArgCounts& coun
     if (!fWidth) return;
     fCount = static_cast<unsigned>(countOf(Quark::getClass(token), counts));
     fWords.reset(new float[fCount * std::size_t{fWidth}]);
+    const float* const samples =
+        HostArrays::dense(static_cast<const float*>(value), hostWords(type));
     if (type != kColorType) {
-        std::memcpy(fWords.get(), value, fCount * std::size_t{fWidth} * sizeof(float));
+        std::memcpy(fWords.get(), samples, fCount * std::size_t{fWidth} * sizeof(float));
         return;
     }
-    const float* samples = static_cast<const float*>(value);
     const long step = hostWords(type);
     for (unsigned i = 0; i < fCount; ++i) {
         const Color c(samples + i * step);
@@ -186,6 +195,10 @@ bool ArgList::usable(long n, const unsigned short* tokens, void* const* values,
         error(kRange, kError, "a list of %ld parameters cannot be read", n);
         return false;
     }
+    if (!HostArrays::readInPlace("tokens", tokens, n, sizeof *tokens) ||
+        !HostArrays::readInPlace("values", values, n, sizeof *values)) {
+        return false;
+    }
     for (long i = 0; i < n; ++i) {
         const short type = Quark::getType(tokens[i]);
         if (type == kTypeNone || type == kString) continue;
@@ -193,10 +206,11 @@ bool ArgList::usable(long n, const unsigned short* tokens, void* const* values,
             error(kRange, kError, "\"%s\" has no values", Quark::getString(tokens[i]));
             return false;
         }
-        if (type == kInteger) continue;
-        const long words = countOf(Quark::getClass(tokens[i]), counts) * hostWords(type);
-        const float* v = static_cast<const float*>(values[i]);
-        if (allFinite(v, static_cast<std::size_t>(words))) continue;
+        const long count = countOf(Quark::getClass(tokens[i]), counts), width = hostWords(type);
+        const float* v = HostArrays::read(Quark::getString(tokens[i]),
+                                          static_cast<const float*>(values[i]), count, width);
+        if (!v) return false;
+        if (type == kInteger || allFinite(v, static_cast<std::size_t>(count * width))) continue;
         while (isFinite(*v)) ++v;
         error(kRange, kError, "\"%s\" has the value %g", Quark::getString(tokens[i]),
               static_cast<double>(*v));
@@ -223,7 +237,7 @@ void ArgList::project(const Matrix& matrix, bool flip)
 void ArgList::split(float umin, float umax, float vmin, float vmax, const ArgList& from)
 {
     for (const ArgAssoc& assoc : from) {
-        fList.add(assoc.storage() == kVarying ? ArgAssoc(umin, umax, vmin, vmax, assoc) : assoc);
+        fList.add(isAtCorners(assoc) ? ArgAssoc(umin, umax, vmin, vmax, assoc) : assoc);
     }
 }
 
@@ -331,10 +345,27 @@ void ParmList::bilerp(float u, float v, const ArgList& prim)
 bool ParmList::names(const ArgList& prim) const
 {
     for (const ArgAssoc& assoc : prim) {
-        if (fList.find({assoc.token, nullptr})) return true;
+        if (has(assoc.token)) return true;
     }
     return false;
 }
+
+namespace
+{
+
+void tellMissing(std::initializer_list<unsigned short> required)
+{
+    std::string names;
+    for (const unsigned short token : required) {
+        names += names.empty() ? "\"" : ", \"";
+        names += Quark::getString(token);
+        names += '"';
+    }
+    error(kMissing, kInfo, required.size() == 1 ? "%s is not given" : "none of %s is given",
+          names.c_str());
+}
+
+}  // namespace
 
 short verify(long n, const unsigned short* tokens, std::initializer_list<unsigned short> required)
 {
@@ -342,7 +373,10 @@ short verify(long n, const unsigned short* tokens, std::initializer_list<unsigne
     for (long i = 0; i < n; ++i) {
         for (const unsigned short token : required) count += tokens[i] == token;
     }
-    if (count == 0) error(kMissing, kError, "required argument missing");
+    if (count == 0) {
+        if (infosHeard()) tellMissing(required);
+        error(kMissing, kError, "required argument missing");
+    }
     if (count > 1) error(kInconsistent, kError, "required argument specified %u times", count);
     return count == 1;
 }

@@ -121,6 +121,7 @@ public:
     // Interpolates varying variables into the parameters of the same name.
     void bilerp(float u, float v, const ArgList& prim);
     bool names(const ArgList& prim) const;
+    bool has(unsigned short token) const { return fList.find({token, nullptr}); }
 
 private:
     ParmAssoc* find(unsigned short token) { return fList.find({token, nullptr}); }

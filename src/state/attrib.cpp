@@ -6,6 +6,7 @@
 #include "state/quark.h"
 #include "state/state.h"
 #include "state/upcalls.h"
+#include "util/host_array.h"
 #include "util/number.h"
 
 namespace zeb
@@ -23,12 +24,27 @@ bool legal() { return verify(kAttribBlocks, kAttribState) != 0; }
 // A colour of the host's, if it is one.
 bool readColor(const float* samples, Color& color)
 {
-    if (!samples || !allFinite(samples, static_cast<std::size_t>(gOption->colorSpace.samples))) {
+    const long count = gOption->colorSpace.samples;
+    if (samples && !(samples = HostArrays::read("color", samples, count))) return false;
+    if (!samples || !allFinite(samples, static_cast<std::size_t>(count))) {
         error(kRange, kError, samples ? "color is not finite" : "color is null");
         return false;
     }
     color = Color(samples);
     return true;
+}
+
+// Sixteen floats of the host's, wherever they lie.
+const float (*hostMatrix(const float (*m)[4]))[4]
+{
+    return reinterpret_cast<const float(*)[4]>(HostArrays::read("matrix", &m[0][0], 16));
+}
+
+// Numbers in reports say little to those who think in names.
+void tellUnknown(unsigned short token, const char* what)
+{
+    const char* const name = Quark::getString(token);
+    if (name && infosHeard()) error(kRange, kInfo, "\"%s\" is not %s", name, what);
 }
 
 // The parameter list of a shader, where every class has one value.
@@ -94,12 +110,14 @@ const void* Attrib::lightSource(unsigned short name, long n, const unsigned shor
     std::shared_ptr<Light> light =
         upcall::makeLight(name, gTransform->snapshot(), args, gOption->quirks);
     if (!light) {
+        tellUnknown(name, "a light source");
         error(kRange, kError, "unknown light source %ld", static_cast<long>(name));
         return nullptr;
     }
     gState->own(light);
     lights.add(light);
     fChanged = true;
+    if (infosHeard()) upcall::tellUnread(*light, args);
     return light.get();
 }
 
@@ -129,8 +147,13 @@ void Attrib::surface(unsigned short name, long n, const unsigned short* tokens, 
 {
     ArgList args;
     if (!legal() || !readArgs(n, tokens, values, args)) return;
-    surfaceShader = upcall::makeSurface(name, gTransform->snapshot(), args);
+    const std::shared_ptr<Surface> surface =
+        upcall::makeSurface(name, gTransform->snapshot(), args);
+    surfaceShader = surface;
     fChanged = true;
+    if (!infosHeard()) return;
+    if (name != Quark::find(upcall::surfaceName(*surface))) tellUnknown(name, "a surface");
+    upcall::tellUnread(*surface, args);
 }
 
 void Attrib::atmosphere(unsigned short name, long n, const unsigned short* tokens,
@@ -139,10 +162,14 @@ void Attrib::atmosphere(unsigned short name, long n, const unsigned short* token
     ArgList args;
     if (!legal() || !readArgs(n, tokens, values, args)) return;
     std::shared_ptr<Volume> volume = upcall::makeVolume(name, gTransform->snapshot(), args);
-    const bool known = volume != nullptr;
-    atmosphereShader = std::move(volume);
+    atmosphereShader = volume;
     fChanged = true;
-    if (!known) error(kRange, kError, "unknown atmosphere %ld", static_cast<long>(name));
+    if (!volume) {
+        tellUnknown(name, "an atmosphere");
+        error(kRange, kError, "unknown atmosphere %ld", static_cast<long>(name));
+    } else if (infosHeard()) {
+        upcall::tellUnread(*volume, args);
+    }
 }
 
 void Attrib::interior(unsigned short, long, const unsigned short*, void* const*) { legal(); }
@@ -182,6 +209,7 @@ void Attrib::matteObject(short on)
 void Attrib::bound(const float* b)
 {
     if (!legal()) return;
+    if (b && !(b = HostArrays::read("bound", b, 6))) return;
     if (!b || !allFinite(b, 6)) {
         error(kRange, kError, b ? "bound is not finite" : "bound is null");
         return;
@@ -299,6 +327,7 @@ void Attrib::basis(short basis, short application)
 void Attrib::customBasis(short application, const float (*m)[4], long step)
 {
     if (!legal()) return;
+    if (m && !(m = hostMatrix(m))) return;
     if (!m || !Matrix(m).finite()) {
         error(kRange, kError, m ? "basis matrix is not finite" : "basis matrix is null");
         return;

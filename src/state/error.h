@@ -46,6 +46,9 @@ void zebErrorPrint(long code, long severity, const char* message);
 // Aborts the process after printing, but for an info.
 void zebErrorAbort(long code, long severity, const char* message);
 
+// Whether anybody hears infos. Those that take some looking for are not made otherwise.
+inline bool infosHeard() { return Error::fInfoHandler && Error::fInfoHandler != zebErrorIgnore; }
+
 // Names the object being rendered for the messages of a scope. Empty names count as none.
 class AttribNamesScope
 {

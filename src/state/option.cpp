@@ -11,6 +11,7 @@
 #include "math/transform.h"
 #include "state/error.h"
 #include "state/state.h"
+#include "util/host_array.h"
 #include "util/number.h"
 
 namespace zeb
@@ -364,6 +365,9 @@ void Option::setColorSpace(long n, const float* toRgb, const float* fromRgb)
         error(kRange, kError, "color space of %ld samples cannot be used", n);
         return;
     }
+    toRgb = HostArrays::read("ntorgb", toRgb, 3 * n);
+    fromRgb = toRgb ? HostArrays::read("rgbton", fromRgb, 3 * n) : nullptr;
+    if (!fromRgb) return;
     const auto size = static_cast<std::size_t>(3 * n);
     if (!allFinite(toRgb, size) || !allFinite(fromRgb, size)) {
         error(kRange, kError, "color space matrix is not finite");

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "util/report.h"
 
@@ -14,6 +15,8 @@ std::uint32_t Quark::fZero = 0;
 std::uint32_t* Quark::fTable = &Quark::fZero;
 char*** Quark::fStringTable = nullptr;
 unsigned short Quark::fRehash = 0;
+unsigned short Quark::fVertexColor = 0;
+unsigned short Quark::fVertexOpacity = 0;
 
 namespace
 {
@@ -138,6 +141,13 @@ unsigned short Quark::declare(const char* name, short storage, short type)
         const int page = token / kPageSize;
         if (page % kDirectoryStep == 0) growDirectory(page);
         fStringTable[page] = new char*[kPageSize]();
+    }
+    for (const auto& [known, place] :
+         {std::pair{"vertexcolor", &fVertexColor}, std::pair{"vertexopacity", &fVertexOpacity}}) {
+        if (std::strcmp(name, known) != 0) continue;
+        *place = token;
+        storage = kVertexClass;
+        type = kColorType;
     }
     const std::size_t size = std::strlen(name) + 1;
     nameOf(token) = static_cast<char*>(std::memcpy(new char[size], name, size));

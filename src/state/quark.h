@@ -67,6 +67,13 @@ struct Quark {
     static std::uint32_t* fTable;
     static char*** fStringTable;  // page p holds the names of tokens 256 p ... 256 p + 255
     static unsigned short fRehash;
+    // The tokens of "vertexcolor" and "vertexopacity": names that come with a class and a type, but
+    // not before somebody asks for them, so that they have no number of their own. 0 until then.
+    static unsigned short fVertexColor, fVertexOpacity;
+    static bool isVertexColor(unsigned short token)
+    {
+        return token && (token == fVertexColor || token == fVertexOpacity);
+    }
 
     // Interns a name; a known one keeps its class and type. 0 for null and when the table is full.
     static unsigned short declare(const char* name, short storage, short type);

@@ -48,6 +48,13 @@ std::shared_ptr<Surface> makeSurface(unsigned short name,
                                      const ArgList& args);
 std::shared_ptr<Volume> makeVolume(unsigned short name, std::shared_ptr<const Transform> transform,
                                    const ArgList& args);
+// An info for each of the arguments that is no parameter of the shader.
+void tellUnread(Surface& surface, const ArgList& args);
+void tellUnread(Light& light, const ArgList& args);
+void tellUnread(Volume& volume, const ArgList& args);
+const char* surfaceName(const Surface& surface);
+// Whether a variable of a primitive can be one of the surface's parameters.
+bool surfaceReads(const Surface& surface, unsigned short token);
 
 }  // namespace upcall
 }  // namespace zeb

@@ -15,16 +15,15 @@ struct Report {
     bool operator==(const Report&) const = default;
 };
 
-// While it lives, every report lands in the list instead of on standard error.
+// While it lives, every report lands in the list instead of on standard error; infos are dropped as
+// ever until they are asked for.
 class Reports
 {
 public:
     Reports()
     {
         list().clear();
-        zebCustomErrorHandler(ZEB_ALL, [](long code, long severity, const char* message) {
-            list().push_back({code, severity, message ? message : "(null)"});
-        });
+        zebCustomErrorHandler(kAllButInfos, keep);
     }
     ~Reports()
     {
@@ -35,6 +34,7 @@ public:
     Reports(const Reports&) = delete;
     Reports& operator=(const Reports&) = delete;
 
+    void hearInfos() { zebCustomErrorHandler(ZEB_INFO, keep); }
     std::size_t size() const { return list().size(); }
     bool empty() const { return list().empty(); }
     const Report& operator[](std::size_t i) const { return list()[i]; }
@@ -42,6 +42,11 @@ public:
     void clear() { list().clear(); }
 
 private:
+    static constexpr short kAllButInfos = 0xB0E;
+    static void keep(long code, long severity, const char* message)
+    {
+        list().push_back({code, severity, message ? message : "(null)"});
+    }
     static std::vector<Report>& list()
     {
         static std::vector<Report> reports;
