@@ -34,7 +34,9 @@ std::string oneLine(std::string text)
 // stands before the text, or alone.
 std::string describe(long code, long severity, const char* message)
 {
-    const std::string prefix = severity == ZEB_WARNING ? "warning: " : "";
+    const std::string prefix = severity == ZEB_INFO      ? "info: "
+                               : severity == ZEB_WARNING ? "warning: "
+                                                         : "";
     const std::string text = message ? message : "";
     const std::size_t colon = text.find(": ");
     if (text.rfind("zeb", 0) != 0 && !text.empty()) return prefix + text;
@@ -44,8 +46,7 @@ std::string describe(long code, long severity, const char* message)
 
 void receive(long code, long severity, const char* message)
 {
-    if (severity == ZEB_INFO) return;
-    if (severity != ZEB_WARNING) gErrorReported = true;
+    if (severity == ZEB_ERROR || severity == ZEB_SEVERE) gErrorReported = true;
     try {
         complain(describe(code, severity, message));
     } catch (...) {
@@ -86,7 +87,12 @@ void clearProgress()
     std::fflush(stderr);
 }
 
-void receiveReports() { zebCustomErrorHandler(static_cast<short>(ZEB_ALL), receive); }
+void receiveReports(bool all)
+{
+    // Infos that nobody wants are not even looked for.
+    zebCustomErrorHandler(static_cast<short>(ZEB_ALL), receive);
+    if (!all) zebErrorHandler(static_cast<short>(ZEB_INFO), ZEB_ERROR_IGNORE);
+}
 
 bool errorReported() { return gErrorReported; }
 

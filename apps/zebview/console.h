@@ -18,8 +18,8 @@ void showProgress(long percent);
 // Takes the progress bar off the screen.
 void clearProgress();
 
-// Sends the library's reports to complain() from now on.
-void receiveReports();
+// Sends the library's reports to complain() from now on, infos as well if `all` is set.
+void receiveReports(bool all);
 // Whether the library has reported an error, which is more than a warning.
 bool errorReported();
 

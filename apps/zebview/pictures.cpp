@@ -32,6 +32,24 @@ private:
     Canvas fCanvas;
 };
 
+std::string whatThereIs(const Model& model)
+{
+    std::size_t vertices = 0, faces = 0;
+    for (const Mesh& mesh : model.meshes) {
+        vertices += mesh.vertexCount();
+        for (const FaceList* list : {&mesh.convex, &mesh.concave, &mesh.flatConcave}) {
+            faces += list->sizes.size();
+        }
+    }
+    const auto counted = [](std::size_t n, const char* one, const char* many) {
+        return std::to_string(n) + ' ' + (n == 1 ? one : many);
+    };
+    return counted(model.meshes.size(), "mesh", "meshes") + ", " +
+           counted(vertices, "vertex", "vertices") + ", " + counted(faces, "face", "faces") + ", " +
+           counted(model.stage.cameras.size(), "camera", "cameras") + ", " +
+           counted(model.stage.lamps.size(), "light", "lights");
+}
+
 class Pictures
 {
 public:
@@ -44,9 +62,9 @@ public:
     {
         for (std::size_t i = 0; i < fSettings.models.size(); ++i) {
             Model model = loadModel(fSettings.models[i], fSettings);
-            if (!model.notShown.empty()) {
-                complain(fSettings.models[i] + ": " + model.notShown);
-            }
+            const std::string& name = fSettings.models[i];
+            if (fSettings.verbose) complain(name + ": " + whatThereIs(model));
+            if (!model.notShown.empty()) complain(name + ": " + model.notShown);
             for (long frame = 0; frame < fSettings.frames; ++frame) {
                 if (!makeView(model, i, frame)) return false;
             }
@@ -122,7 +140,7 @@ bool makePictures(const Settings& settings)
         return true;
     }
     listenToStops();
-    receiveReports();
+    receiveReports(settings.verbose);
     return Pictures(settings).make();
 }
 

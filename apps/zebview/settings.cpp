@@ -308,6 +308,8 @@ CommandLine readCommandLine(int argc, char** argv)
     addModelOptions(app, result.settings);
     addViewOptions(app, result.settings);
     addPictureOptions(app, result.settings);
+    app.add_flag("-v,--verbose", result.settings.verbose,
+                 "Tells what the models hold, and shows what the library reports as infos");
     try {
         app.parse(argc, argv);
         if (!result.settings.listsCameras()) checkOutput(app, result.settings);

@@ -46,6 +46,8 @@ struct Settings {
     std::optional<Color> color;       // unset: the model's own
     std::optional<Color> background;  // unset: transparent
 
+    bool verbose = false;  // infos are shown
+
     bool listsCameras() const { return camera == "list"; }
     bool toWindow() const { return output.empty(); }
     bool toExr() const;
