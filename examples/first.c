@@ -9,6 +9,7 @@ int main(int argc, char** argv)
     const float to[3] = {1, -1, 1}, intensity = 1.2f, glow = 0.2f;
     float angle;
 
+    zebErrorHandler(ZEB_ALL, ZEB_ERROR_PRINT); /* infos too: of misspelt names, for instance */
     zebQuirks(0);
     zebRasterViewport(0, 640, 0, 480);
     zebSampleUniform(4, 4);
