@@ -181,7 +181,7 @@ unsigned short Player::token()
     if (kind < 160) return static_cast<unsigned short>(kind % 40);
     if (kind >= 250) return static_cast<unsigned short>(kind << 8 | in.byte());
     static const std::vector<unsigned short> declared = [] {
-        std::vector<unsigned short> tokens;
+        std::vector<unsigned short> tokens{zebQuark("vertexcolor"), zebQuark("vertexopacity")};
         for (short storage = ZEB_CLASS_NONE; storage <= ZEB_VERTEX; ++storage) {
             for (short type = ZEB_TYPE_NONE; type <= ZEB_COLOR; ++type) {
                 const std::string unique = "declared" + std::to_string(storage * 65536 + type);

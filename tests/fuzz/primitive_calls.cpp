@@ -8,10 +8,19 @@ namespace zebfuzz
 namespace
 {
 
+// Now and then the first array of a list is said to be as short, or as spread out, as it may be.
+void describe(Player& p, const Player::List& list)
+{
+    if (!p.in.oneIn(4)) return;
+    const long count = p.in.upTo(40), stride = p.in.upTo(24);
+    zebArray(list.values[0], count, stride);
+}
+
 void polygon(Player& p)
 {
     const long n = p.in.oneIn(4) ? p.in.count() : 3 + static_cast<long>(p.in.upTo(4));
     const Player::List list = p.list(true);
+    describe(p, list);
     if (p.in.oneIn(2)) {
         list.spread([&](auto... pairs) { zebPolygon(n, pairs...); });
     } else {
@@ -36,6 +45,7 @@ void generalPolygon(Player& p)
     const std::vector<long> sizes = p.longs(false);
     const long* counts = p.in.oneIn(16) ? nullptr : sizes.data();
     const Player::List list = p.list(true);
+    describe(p, list);
     if (p.in.oneIn(2)) {
         list.spread([&](auto... pairs) { zebGeneralPolygon(n, counts, pairs...); });
     } else {
@@ -50,6 +60,7 @@ void polygonMesh(Player& p)
     const long* counts = p.in.oneIn(16) ? nullptr : sizes.data();
     const long* vertices = p.in.oneIn(16) ? nullptr : indices.data();
     const Player::List list = p.list(true);
+    describe(p, list);
     if (p.in.oneIn(2)) {
         list.spread([&](auto... pairs) { zebPolygonMesh(n, counts, vertices, pairs...); });
     } else {
@@ -65,6 +76,7 @@ void generalPolygonMesh(Player& p)
     const long* counts = p.in.oneIn(16) ? nullptr : sizes.data();
     const long* vertices = p.in.oneIn(16) ? nullptr : indices.data();
     const Player::List list = p.list(true);
+    describe(p, list);
     if (p.in.oneIn(2)) {
         list.spread([&](auto... pairs) {
             zebGeneralPolygonMesh(n, loopCounts, counts, vertices, pairs...);
@@ -80,6 +92,7 @@ template <class Spread, class Arrays>
 void either(Player& p, const Spread& spread, const Arrays& arrays)
 {
     const Player::List list = p.list(true);
+    describe(p, list);
     if (p.in.oneIn(2)) {
         list.spread(spread);
     } else {
@@ -125,6 +138,16 @@ void nurb(Player& p)
                 zebNurbMeshV(nu, uorder, uknot, u0, u1, nv, vorder, vknot, v0, v1, list...);
             });
     }
+}
+
+void spheres(Player& p)
+{
+    const long n = p.in.count();
+    const float* centers = p.floatsOrNull(16);
+    const float* radii = p.floatsOrNull(8);
+    either(
+        p, [&](auto... list) { zebSpheres(n, centers, radii, list...); },
+        [&](auto... list) { zebSpheresV(n, centers, radii, list...); });
 }
 
 void quadric(Player& p)
@@ -188,6 +211,7 @@ const std::vector<Call>& primitiveCalls()
         patch,
         patchMesh,
         nurb,
+        spheres,
         quadric,
         [](Player& p) { p.procedural(); },
         [](Player& p) { p.procedural(); },
