@@ -13,9 +13,9 @@
 
 #define SHAPES_PI 3.14159265f
 
-/* Has infos printed, and sets the options of a picture: its size, a display gamma, and 4 x 4 samples a pixel, or n x n if
- * n follows the file's name on the command line. Micropolygons of 2 x 2 pixels are enough where
- * colours are interpolated. */
+/* Has infos printed, and sets the options of a picture: its size, a display gamma, and 4 x 4
+ * samples a pixel, or n x n if n follows the file's name on the command line. Micropolygons of 2 x
+ * 2 pixels are enough where colours are interpolated. */
 static inline void setUpPicture(int argc, char** argv, long width, long height)
 {
     const float samples = argc > 2 ? (float)atof(argv[2]) : 4;
