@@ -226,21 +226,24 @@ TEST_F(Arrays, OfNumbersMayLieApartToo)
 
 TEST_F(Arrays, OneArrayServesReadersOfSeveralLengths)
 {
-    // Twice the same knots: the second direction reads more of them.
-    const std::vector<float> knots{0, 0, 0.5f, 1, 1};
+    // Twice the same knots: linear in u, quadratic in v, which reads more of them.
+    const std::vector<float> knots{0, 0, 0.4f, 1, 1.3f, 1.7f};
     const std::vector<float> far = spread<1>(knots, 2);
     std::vector<float> net;
     for (int j = 0; j < 3; ++j) {
         for (int i = 0; i < 2; ++i) {
-            for (const float x : {2.0f + 14 * i, 2.0f + 7 * j, 0.5f}) net.push_back(x);
+            for (const float x : {2.0f + 14 * i, 22.0f * j - 10, 0.5f}) net.push_back(x);
         }
     }
+    const auto draw = [&](const float* k) {
+        zebNurbMesh(2, 2, k, 0, 0.4f, 3, 3, k, 0.4f, 1, point, net.data(), 0);
+    };
     begin();
-    zebNurbMesh(2, 2, knots.data(), 0, 0.5f, 3, 2, knots.data(), 0, 1, point, net.data(), 0);
+    draw(knots.data());
     const auto dense = words();
     begin();
-    zebArray(far.data(), 5, 2 * sizeof(float));
-    zebNurbMesh(2, 2, far.data(), 0, 0.5f, 3, 2, far.data(), 0, 1, point, net.data(), 0);
+    zebArray(far.data(), 6, 2 * sizeof(float));
+    draw(far.data());
     EXPECT_EQ(words(), dense);
 }
 

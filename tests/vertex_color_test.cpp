@@ -163,6 +163,27 @@ TEST_F(VertexColor, ComesWithInstancesUnderTheirOwnBases)
     expectColorsOfPlaces();
 }
 
+TEST_F(VertexColor, ComesWithInstancesOfSinglePatches)
+{
+    const std::vector<float> knots{0, 0, 0, 1, 1, 1};
+    for (const int n : {2, 3, 4}) {
+        SCOPED_TRACE(n);
+        makeNet(n, n, n == 3);
+        begin();
+        const void* const object = zebObjectBegin();
+        if (n == 3) {
+            zebNurb(3, knots.data(), 0, 1, 3, knots.data(), 0, 1, pointw, points.data(),
+                    vertexColor, colors.data(), 0);
+        } else {
+            zebPatch(n == 2 ? ZEB_BILINEAR : ZEB_BICUBIC, point, points.data(), vertexColor,
+                     colors.data(), 0);
+        }
+        zebObjectEnd();
+        zebObjectCall(object);
+        expectColorsOfPlaces();
+    }
+}
+
 TEST_F(VertexColor, GoesBeforeColorAndTheAttribute)
 {
     makeNet(4, 4, false);
