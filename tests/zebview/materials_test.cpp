@@ -6,10 +6,12 @@
 #include "gltf.h"
 #include "image.h"
 #include "process.h"
+#include "shapes.h"
 
 namespace
 {
 
+using zebtest::cubeObj;
 using zebtest::ExrImage;
 using zebtest::gltfColor;
 using zebtest::GltfPlate;
@@ -157,6 +159,25 @@ TEST_F(Materials, WhatIsNotShownIsCounted)
               "zebview: plate.obj: 2 textures and 1 transparency map are not shown\n");
     EXPECT_EQ(said("map_Kd a.png\nmap_Ks a.png\n"), "zebview: plate.obj: 1 texture is not shown\n");
     EXPECT_EQ(said("Kd 1 0 0\n\nnewmtl unused\nmap_Kd a.png\n"), "");
+}
+
+TEST_F(Materials, WhatThereIsIsToldIfAsked)
+{
+    const Words small{"-o", "picture.png", "--size", "16x12", "--samples", "1"};
+    const auto said = [&](Words arguments) {
+        arguments.insert(arguments.end(), small.begin(), small.end());
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.status, 0);
+        return outcome.err;
+    };
+    const std::string cube = write("cube.obj", cubeObj());
+    const std::string plate = obj("Kd 1 0 0\n");
+    EXPECT_EQ(said({cube}), "");
+    EXPECT_EQ(said({cube, "--verbose"}),
+              "zebview: cube.obj: 1 mesh, 24 vertices, 6 faces, 0 cameras, 0 lights\n");
+    EXPECT_EQ(said({plate, cube, "-v"}),
+              "zebview: plate.obj: 1 mesh, 4 vertices, 1 face, 0 cameras, 0 lights\n"
+              "zebview: cube.obj: 1 mesh, 24 vertices, 6 faces, 0 cameras, 0 lights\n");
 }
 
 }  // namespace
