@@ -434,7 +434,8 @@ ZEB_API void zebLightSwitch(const void *light, short on);
  * | metal    | ka 1, ks 1, roughness 0.1 | C (ka ambient + ks specular) |
  * | plastic  | ka 1, kd 0.5, ks 0.5, roughness 0.1, specularcolor white | both; the default |
  *
- * Any other name gives plastic.
+ * Any other name gives plastic. That, and variables which the shader does not read, here and in the
+ * other parameter lists, are infos (code 10).
  */
 ZEB_API void zebSurface(unsigned short name, ...);
 /** zebSurface with the parameter list as arrays. */

@@ -1,6 +1,7 @@
 """A plot of points and a surface, through the library's own functions and nothing but Python's.
 
-scatter.py LIBRARY PICTURE: renders into memory and writes the picture as a portable pixmap.
+scatter.py LIBRARY PICTURE [PERCENT]: renders into memory and writes the picture as a portable
+pixmap; or gives it up when so much of it is done.
 """
 import ctypes as c
 import math
@@ -11,7 +12,8 @@ zeb = c.CDLL(sys.argv[1])
 zeb.zebQuark.restype = c.c_ushort
 zeb.zebLastError.restype = c.c_long
 
-WIDTH, HEIGHT, COUNT = 320, 240, 2000
+WIDTH, HEIGHT, COUNT = 320, 240, 5000
+STOP = int(sys.argv[3]) if len(sys.argv) > 3 else 101
 pixels = bytearray(3 * WIDTH * HEIGHT)
 heard = []
 
@@ -36,7 +38,7 @@ def span(_, x0, x1, y, words):
 @PROGRESS
 def progress(_, percent):
     heard.append(percent)
-    return 0
+    return percent >= STOP
 
 
 def floats(values):
@@ -68,14 +70,19 @@ def main():
     places = [(rng.uniform(-2, 2), rng.uniform(-2, 2), rng.gauss(0, 0.3)) for _ in range(COUNT)]
     centers = floats(v for x, y, off in places for v in (x, y, height(x, y) + off))
     colors = floats(v for _, _, off in places for v in ((1, 0.3, 0.1) if off > 0 else (0.1, 0.4, 1)))
-    zeb.zebSpheres(c.c_long(COUNT), centers, floats([0.04] * COUNT), token("color"), colors, c.c_int(0))
+    zeb.zebSpheres(c.c_long(COUNT), centers, floats([0.03] * COUNT), token("color"), colors, c.c_int(0))
     zeb.zebColor(floats((0.6, 0.65, 0.7)))
     side = range(13)
-    points = floats(v for j in side for i in side for x, y in [(i / 3 - 2, j / 3 - 2)] for v in (x, y, height(x, y)))
-    zeb.zebPatchMesh(c.c_short(0x701), c.c_long(13), c.c_short(0xA01), c.c_long(13), c.c_short(0xA01),
-                     token("point"), points, c.c_int(0))
+    places = [(i / 3 - 2, j / 3 - 2) for j in side for i in side]
+    points = floats(v for x, y in places for v in (x, y, height(x, y)))
+    knots = floats([0] * 3 + list(range(11)) + [10] * 3)
+    axis = (knots, c.c_float(0), c.c_float(10))
+    zeb.zebArray(points, c.c_long(13 * 13), c.c_long(0))  # one that is too short would be refused
+    zeb.zebNurbMesh(c.c_long(13), c.c_long(4), *axis, c.c_long(13), c.c_long(4), *axis,
+                    token("point"), points, c.c_int(0))
     zeb.zebSceneEnd()
-    if zeb.zebLastError() or heard[-1] != 100 or heard != sorted(set(heard)):
+    given_up = STOP <= heard[-1] < 100
+    if zeb.zebLastError() or given_up != (STOP <= 100) or heard != sorted(set(heard)):
         sys.exit(f"code {zeb.zebLastError()}, progress {heard}")
     with open(sys.argv[2], "wb") as file:
         file.write(b"P6 %d %d 255\n" % (WIDTH, HEIGHT) + pixels)
