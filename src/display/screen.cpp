@@ -135,7 +135,11 @@ struct Desktop {
 class Busy
 {
 public:
-    explicit Busy(Desktop& desktop) : fDesktop(desktop) { ++fDesktop.busy; }
+    explicit Busy(Desktop& desktop) : fDesktop(desktop)
+    {
+        ++fDesktop.busy;
+        setErrorFuncName(fScope.callersName());
+    }
     ~Busy() { --fDesktop.busy; }
     Busy(const Busy&) = delete;
     Busy& operator=(const Busy&) = delete;

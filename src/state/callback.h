@@ -28,6 +28,8 @@ public:
     CallbackScope(const CallbackScope&) = delete;
     CallbackScope& operator=(const CallbackScope&) = delete;
 
+    // Null if none was named.
+    const char* callersName() const { return fName; }
     static bool active() { return fInnermost; }
     // Whether a jump has left all callbacks, as a caller shows that is no deeper on the stack.
     static bool left()
