@@ -1,6 +1,7 @@
 // Memory that is taken piece by piece and given back all at once.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <new>
@@ -10,8 +11,9 @@
 namespace zeb
 {
 
-// Hands out memory from large blocks. reset() makes all of it available again and keeps the blocks,
-// so that a bucket's worth of hits costs no allocation once the first bucket has been rendered.
+// Hands out memory from blocks, each new one as large as all before it. reset() makes all of it
+// available again and keeps the blocks, so that a bucket's worth of hits costs no allocation once
+// the first bucket has been rendered.
 class Arena
 {
 public:
@@ -38,29 +40,40 @@ public:
     }
 
 private:
-    static constexpr std::size_t kBlockSize = 256 * 1024;
+    static constexpr std::size_t kLeast = 256 * 1024, kMost = 32 * 1024 * 1024;
 
-    struct Block {
-        std::unique_ptr<std::byte[]> bytes;
-        std::size_t size;
+    class Block
+    {
+    public:
+        explicit Block(std::size_t bytes);
+        std::size_t size() const { return fSize; }
+        std::byte* bytes() const { return fBytes.get(); }
+
+    private:
+        struct Free {
+            void operator()(std::byte* bytes) const;
+        };
+        std::size_t fSize;
+        std::unique_ptr<std::byte, Free> fBytes;
     };
 
     void* take(std::size_t size, std::size_t alignment)
     {
         for (; fCurrent < fBlocks.size(); ++fCurrent, fUsed = 0) {
             const std::size_t start = (fUsed + alignment - 1) & ~(alignment - 1);
-            if (start + size <= fBlocks[fCurrent].size) {
+            if (start + size <= fBlocks[fCurrent].size()) {
                 fUsed = start + size;
-                return fBlocks[fCurrent].bytes.get() + start;
+                return fBlocks[fCurrent].bytes() + start;
             }
         }
-        const std::size_t blockSize = size > kBlockSize ? size : kBlockSize;
-        fBlocks.push_back({std::unique_ptr<std::byte[]>(new std::byte[blockSize]), blockSize});
+        fBlocks.emplace_back(std::max(size, std::clamp(fSize, kLeast, kMost)));
+        fSize += fBlocks.back().size();
         fUsed = size;
-        return fBlocks.back().bytes.get();
+        return fBlocks.back().bytes();
     }
 
     std::vector<Block> fBlocks;
+    std::size_t fSize = 0;
     std::size_t fCurrent = 0;
     std::size_t fUsed = 0;
 };

@@ -11,6 +11,7 @@ extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* memory, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
 }
 
 namespace
@@ -72,11 +73,15 @@ void* realloc(void* memory, std::size_t size)
 
 }  // extern "C"
 
-// As the language wants it, with the memory from above.
-void* operator new(std::size_t size)
+namespace
+{
+
+// As the language wants operator new.
+template <class Take>
+void* takeOrHandle(Take take)
 {
     for (;;) {
-        void* memory = gRefusals.newRefused() ? nullptr : __libc_malloc(size ? size : 1);
+        void* memory = gRefusals.newRefused() ? nullptr : take();
         if (memory) return memory;
         const std::new_handler handler = std::get_new_handler();
         if (!handler) throw std::bad_alloc();
@@ -84,5 +89,19 @@ void* operator new(std::size_t size)
     }
 }
 
+}  // namespace
+
+void* operator new(std::size_t size)
+{
+    return takeOrHandle([&] { return __libc_malloc(size ? size : 1); });
+}
+
+void* operator new(std::size_t size, std::align_val_t alignment)
+{
+    return takeOrHandle([&] { return __libc_memalign(static_cast<std::size_t>(alignment), size); });
+}
+
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory, std::align_val_t) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
