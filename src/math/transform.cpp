@@ -35,8 +35,8 @@ const float (*hostMatrix(const float (*m)[4]))[4]
         error(kRange, kError, "matrix is null");
         return nullptr;
     }
-    const float* const values = HostArrays::read("matrix", &m[0][0], 16);
-    return values && usable(values, 16) ? reinterpret_cast<const float(*)[4]>(values) : nullptr;
+    m = HostArrays::readMatrix(m);
+    return m && usable(&m[0][0], 16) ? m : nullptr;
 }
 
 template <class... Floats>

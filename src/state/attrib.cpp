@@ -34,12 +34,6 @@ bool readColor(const float* samples, Color& color)
     return true;
 }
 
-// Sixteen floats of the host's, wherever they lie.
-const float (*hostMatrix(const float (*m)[4]))[4]
-{
-    return reinterpret_cast<const float(*)[4]>(HostArrays::read("matrix", &m[0][0], 16));
-}
-
 // Numbers in reports say little to those who think in names.
 void tellUnknown(unsigned short token, const char* what)
 {
@@ -327,7 +321,7 @@ void Attrib::basis(short basis, short application)
 void Attrib::customBasis(short application, const float (*m)[4], long step)
 {
     if (!legal()) return;
-    if (m && !(m = hostMatrix(m))) return;
+    if (m && !(m = HostArrays::readMatrix(m))) return;
     if (!m || !Matrix(m).finite()) {
         error(kRange, kError, m ? "basis matrix is not finite" : "basis matrix is null");
         return;

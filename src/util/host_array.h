@@ -23,6 +23,11 @@ public:
     {
         return static_cast<const T*>(gather(name, array, count, sizeof(T) * width));
     }
+    // Sixteen floats, wherever they lie.
+    static auto readMatrix(const float (*m)[4]) -> const float (*)[4]
+    {
+        return reinterpret_cast<const float(*)[4]>(read("matrix", &m[0][0], 16));
+    }
     // The same for arrays that are not copied: they have to lie that way.
     static bool readInPlace(const char* name, const void* array, long count, std::size_t size);
     // What read() answered for an array.
