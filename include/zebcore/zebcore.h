@@ -819,8 +819,9 @@ ZEB_API unsigned short zebDeclare(const char *name, short storage, short type);
  * @param stride bytes from the start of one element to that of the next; 0 if they touch, as lists
  *   of tokens and values and the points of zebProjectPoints must
  *
- * Whatever is called next forgets it, but for zebArray, zebQuark and zebDeclare. The function that
- * reads the array reports code 11 with both numbers if it is too short, and does nothing else then.
+ * Whatever is called next forgets it, but for zebArray itself, zebQuark, zebDeclare, zebComment,
+ * zebCancel, zebLastError and zebVersion. The function that reads the array reports code 11 with
+ * both numbers if it is too short, and does nothing else then.
  * Legal anywhere. Code 10 for null and a negative count.
  */
 ZEB_API void zebArray(const void *array, long count, long stride);
