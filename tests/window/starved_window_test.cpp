@@ -11,8 +11,7 @@ TEST(StarvedWindow, APictureThatGetsNoMemoryForItsWindowEndsTheProcess)
 {
     // A server whose last client goes begins anew, and may turn away who comes meanwhile.
     const auto client = openDesktop([] {});
-    const std::string words =
-        "severe error: Out of memory. zebSceneBegin: free store exhausted\n";
+    const std::string words = "severe error: Out of memory. zebSceneBegin: free store exhausted\n";
     long times = 0;
     for (long n = 0;; ++n) {
         const End process = endOf([n] {
