@@ -15,6 +15,14 @@ namespace
 
 float clampedAcos(float x) { return std::acos(std::fmin(1.0f, std::fmax(-1.0f, x))); }
 
+// Of the half-angle of a cone; surfaces ask for the half-space.
+float coneCosine(float angle)
+{
+    constexpr float kHalfSpace = kPi * 0.5f;
+    static const float cosine = std::cos(kHalfSpace);
+    return angle == kHalfSpace ? cosine : std::cos(angle);
+}
+
 // Parameters are found by name, so a light may list fields of a record that it shares with others.
 ParmList colorParms(LightParms& p) { return {{kQIntensity, &p.intensity}, {kQColor, &p.color}}; }
 
@@ -133,16 +141,24 @@ ParmList DistantLight::parameters()
             {kQTo, &fParms.to}};
 }
 
+void DistantLight::setAxis(const Point& axis)
+{
+    fAxis = axis;
+    fToLight = normalize(scaled(-axis));
+}
+
 void DistantLight::instance(const ArgList& args)
 {
     Light::instance(args);
-    fAxis = aim(fParms, toCamera());
+    setAxis(aim(fParms, toCamera()));
 }
 
-float DistantLight::illuminates(const Point& P, const Point& N, float angle, long n,
+// As solar() without a spread.
+float DistantLight::illuminates(const Point&, const Point& N, float angle, long,
                                 LightSample& sample) const
 {
-    return solar(P, N, angle, fAxis, 0, n, sample);
+    sample.L = fAxis;
+    return angle >= kPi || dot(normalize(N), fToLight) >= coneCosine(angle) ? 1.0f : 0.0f;
 }
 
 void DistantLight::evaluate(LightSample& sample) const

@@ -62,9 +62,9 @@ private:
 class DistantLight : public Light
 {
 public:
-    explicit DistantLight(const LightParms& parms = {})
-        : fParms(parms), fAxis(parms.to - parms.from)
+    explicit DistantLight(const LightParms& parms = {}) : fParms(parms)
     {
+        setAxis(parms.to - parms.from);
     }
     ParmList parameters() override;
     void instance(const ArgList& args) override;
@@ -73,8 +73,11 @@ public:
     void evaluate(LightSample& sample) const override;
 
 private:
+    void setAxis(const Point& axis);
+
     LightParms fParms;
-    Point fAxis;  // the way light travels
+    Point fAxis;     // the way light travels
+    Point fToLight;  // the other way, of length 1
 };
 
 class PointLight : public Light
