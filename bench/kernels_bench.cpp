@@ -103,7 +103,8 @@ void shade(benchmark::State& state)
     kernel.polygon->common().inherit(0);
     const std::unique_ptr<Grid> grid = kernel.grid();
     for (auto _ : state) {
-        grid->shade(*kernel.frame);
+        grid->shadeOnDemand(*kernel.frame);
+        grid->shade();
         benchmark::ClobberMemory();
     }
     perCell(state, *grid);
@@ -117,11 +118,10 @@ void micropolygonTest(benchmark::State& state)
     MicroPolygon cell(*grid);
     const Bound box = cell.bound();
     const float x = (box.xmin + box.xmax) / 2, y = (box.ymin + box.ymax) / 2;
-    SampleOrder order = 0;
-    Color color, opacity;
+    float s, t;
     for (auto _ : state) {
         cell.place(0, 0);
-        benchmark::DoNotOptimize(cell.sample(x, y, order, color, opacity));
+        benchmark::DoNotOptimize(cell.locate(x, y, s, t));
     }
     state.counters["tests/s"] =
         benchmark::Counter(1, benchmark::Counter::kIsIterationInvariantRate);

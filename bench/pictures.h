@@ -34,7 +34,7 @@ template <class Build>
 void picture(benchmark::State& state, long width, long height, const Build& build)
 {
     resetPeak();
-    zeb::Scene::Counts counts;
+    zeb::Counts counts;
     for (auto _ : state) {
         begin(width, height);
         build();
@@ -43,7 +43,13 @@ void picture(benchmark::State& state, long width, long height, const Build& buil
     }
     using benchmark::Counter;
     const auto micropolygons = static_cast<double>(counts.micropolygons);
-    state.counters["Mmp"] = micropolygons / 1e6;
+    const auto millions = [](std::uint64_t count) { return static_cast<double>(count) / 1e6; };
+    state.counters["kpieces"] = static_cast<double>(counts.pieces) / 1e3;
+    state.counters["kgrids"] = static_cast<double>(counts.grids) / 1e3;
+    state.counters["Mmp"] = millions(counts.micropolygons);
+    state.counters["Mshaded"] = millions(counts.shaded);
+    state.counters["Mtests"] = millions(counts.tests);
+    state.counters["Mhits"] = millions(counts.hits);
     state.counters["mp/s"] = Counter(micropolygons, Counter::kIsIterationInvariantRate);
     state.counters["samples/s"] =
         Counter(static_cast<double>(counts.samples), Counter::kIsIterationInvariantRate);

@@ -62,7 +62,7 @@ void wideCrop(benchmark::State& state)
 {
     const long height = state.range(0);
     resetPeak();
-    zeb::Scene::Counts counts;
+    zeb::Counts counts;
     for (auto _ : state) {
         zebReset();
         zebRasterViewport(0, 16384, 0, height);

@@ -33,6 +33,8 @@ Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Att
       fSeq(seq),
       fFlip(flip),
       fTriangular(triangular),
+      fSmooth(fAttrib->interpolation == kSmoothShading),
+      fMatte(fAttrib->matte),
       fTransposed(transposed),
       fEdges(edges),
       fVertexArgs(inCamera(args, transform.matrix(), flip, true)),
@@ -47,15 +49,67 @@ Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Att
     fVertices.reset(new Vertex[count]);
 }
 
+void Grid::shade() const
+{
+    VertexShader* const asked = shader();
+    if (fColors.complete || !asked) return;
+    for (int j = 0; j < fVSize + fSmooth; ++j) {
+        const int count = fSmooth ? vertexCount(j) : cellCount(j);
+        for (int i = 0; i < count; ++i) {
+            const std::size_t k = at(i, j);
+            if (!fColors.knows(k)) set(fColors, k, ask(*asked, &VertexShader::color, i, j));
+            if (fOpacityVaries && !fOpacities.knows(k)) {
+                set(fOpacities, k, asked->opacity(i, j));
+            }
+        }
+    }
+    fColors.complete = true;
+    fOpacities.complete = fOpacityVaries;
+}
+
+void Grid::know(ColorPlane& plane, Find find, int i, int j) const
+{
+    const std::size_t k = at(i, j);
+    if (plane.knows(k)) return;
+    if (VertexShader* const asked = shader()) set(plane, k, ask(*asked, find, i, j));
+}
+
+Color Grid::ask(VertexShader& shader, Find find, int i, int j) const
+{
+    if (fShaded && find == &VertexShader::color) ++*fShaded;
+    return (shader.*find)(i, j);
+}
+
+void Grid::knowCell(ColorPlane& plane, Find find, int i, int j) const
+{
+    know(plane, find, i, j);
+    if (!fSmooth) return;
+    know(plane, find, i + 1, j);
+    know(plane, find, i, j + 1);
+    know(plane, find, i + 1, j + 1);
+}
+
+void Grid::set(ColorPlane& plane, std::size_t k, const Color& color) const
+{
+    if (!plane.known) {
+        plane.values.reset(new Color[vertexCount()]);
+        plane.known.reset(new bool[vertexCount()]());
+    }
+    plane.values[k] = color;
+    plane.known[k] = true;
+}
+
 void Grid::project(const RenderFrame& frame)
 {
+    fRaster.reset(new Point[vertexCount()]);
     fRowBounds.reset(new Bound[fVSize + 1u]);
     fBound = Bound::empty();
     for (int j = 0; j <= fVSize; ++j) {
         Bound bound = Bound::empty();
         const int count = vertexCount(j);
         for (int i = 0; i < count; ++i) {
-            Point& P = vertex(i, j).P;
+            Point& P = fRaster[at(i, j)];
+            P = vertex(i, j).P;
             const float z = frame.hiderDepth(P.z);
             P *= frame.cameraToRaster;
             P.z = z;

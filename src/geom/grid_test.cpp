@@ -7,6 +7,7 @@
 
 #include "hider/micropolygon.h"
 #include "state/quark.h"
+#include "support/grids.h"
 #include "support/reports.h"
 
 using namespace zeb;
@@ -39,6 +40,7 @@ protected:
             for (int i = 0; i < grid.vertexCount(j); ++i)
                 grid.vertex(i, j).P = Point(static_cast<float>(i), static_cast<float>(j), 0.5f);
         }
+        zebtest::projectAsTheyAre(grid);
         return grid;
     }
     // The lower left corner of a cell whose vertices are numbered.
@@ -189,7 +191,8 @@ TEST_F(GridTest, UnderTheIdentityProjectionDepthIsCameraZ)
     Grid grid = make(1, 1);
     grid.vertex(1, 1).P = Point(1, 1, 0.625f);
     grid.project(RenderFrame(option, toRaster));
-    EXPECT_EQ(grid.vertex(1, 1).P, Point(2, 3, 0.625f));
+    EXPECT_EQ(grid.raster(1, 1), Point(2, 3, 0.625f));
+    EXPECT_EQ(grid.vertex(1, 1).P, Point(1, 1, 0.625f)) << "stays in camera space";
 }
 
 TEST_F(GridTest, UnderAProjectionDepthIsTheShareOfTheClippingRange)
@@ -203,9 +206,9 @@ TEST_F(GridTest, UnderAProjectionDepthIsTheShareOfTheClippingRange)
     grid.vertex(1, 0).P = Point(0, 0, 4);
     grid.vertex(0, 1).P = Point(0, 0, 10);
     grid.project(frame);
-    EXPECT_EQ(grid.vertex(0, 0).P.z / frame.depthScale, 0);
-    EXPECT_EQ(grid.vertex(1, 0).P.z / frame.depthScale, 0.25f);
-    EXPECT_EQ(grid.vertex(0, 1).P.z / frame.depthScale, 1);
+    EXPECT_EQ(grid.raster(0, 0).z / frame.depthScale, 0);
+    EXPECT_EQ(grid.raster(1, 0).z / frame.depthScale, 0.25f);
+    EXPECT_EQ(grid.raster(0, 1).z / frame.depthScale, 1);
 }
 
 TEST_F(GridTest, ProjectionDividesByWAndLeavesTheDerivatives)
@@ -219,13 +222,13 @@ TEST_F(GridTest, ProjectionDividesByWAndLeavesTheDerivatives)
     grid.vertex(1, 0).P = Point(8, 12, 4);
     grid.vertex(1, 0).dPdu = Point(1, 2, 3);
     grid.vertex(1, 0).dPdv = Point(4, 5, 6);
-    grid.vertex(1, 0).Ci = Color(0.1f, 0.2f, 0.3f);
+    grid.setColor(1, 0, Color(0.1f, 0.2f, 0.3f));
     for (auto [i, j] : {std::pair(0, 0), {0, 1}, {1, 1}}) grid.vertex(i, j).P = Point(0, 0, 1);
     grid.project(RenderFrame(option, toRaster));
-    EXPECT_EQ(grid.vertex(1, 0).P, Point(2, 3, 4));
+    EXPECT_EQ(grid.raster(1, 0), Point(2, 3, 4));
     EXPECT_EQ(grid.vertex(1, 0).dPdu, Point(1, 2, 3));
     EXPECT_EQ(grid.vertex(1, 0).dPdv, Point(4, 5, 6));
-    EXPECT_EQ(grid.vertex(1, 0).Ci, Color(0.1f, 0.2f, 0.3f));
+    EXPECT_EQ(grid.color(1, 0), Color(0.1f, 0.2f, 0.3f));
 }
 
 TEST_F(GridTest, RowBoundsHoldTheVerticesOfTheirRow)

@@ -206,7 +206,7 @@ void PolynomialPatch::split(PrimitiveSink& sink)
 std::unique_ptr<Grid> PolynomialPatch::dice(const Dicing& dicing) const
 {
     auto grid = Patch::dice(dicing);
-    grid->fColors = colors();
+    grid->fPieceColors = colors();
     return grid;
 }
 
@@ -345,7 +345,7 @@ std::unique_ptr<Grid> BicubicPatch::dice(const Dicing& dicing) const
         }
     }
     mendDerivatives(*grid);
-    grid->fColors = colors();
+    grid->fPieceColors = colors();
     return grid;
 }
 

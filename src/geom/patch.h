@@ -58,6 +58,11 @@ public:
         addHalves(sink, frame);
     }
     std::unique_ptr<Grid> dice(const Dicing& dicing) const override;
+    bool hasOpacities() const override
+    {
+        form();
+        return Patch::hasOpacities() || colors().hasOpacity();
+    }
     Differential evaluate(float u, float v) const override;
     Pointwd pointAt(float u, float v) const override;
     Pointw evalP(float u, float v) const override { return rounded(pointAt(u, v)); }

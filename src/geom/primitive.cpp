@@ -1,8 +1,10 @@
 #include "geom/primitive.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "geom/grid.h"
+#include "state/quark.h"
 #include "state/state.h"
 #include "util/number.h"
 
@@ -79,6 +81,11 @@ Primitive::~Primitive() = default;
 std::unique_ptr<Primitive> Primitive::copy(bool) const
 {
     return std::make_unique<Primitive>(*this);
+}
+
+bool Primitive::hasOpacities() const
+{
+    return fArgs.find(kQOpacity) || fArgs.find(Quark::fVertexOpacity);
 }
 
 Random Primitive::random(std::uint32_t purpose) const
@@ -167,7 +174,7 @@ bool Primitive::diceable(Dicing& dicing, float maxSize) const
     const Matrix toRaster = matrix() * dicing.frame.cameraToRaster;
     Random draws = random(kDicingDraws);
     return measure(dicing, dicingLimit(dicing.frame, maxSize), toRaster, draws) &&
-           flatten(dicing, toRaster, draws);
+           (isFlat(dicing, toRaster) || flatten(dicing, toRaster, draws));
 }
 
 // Finds the step counts from the longest derivatives seen; false if the primitive is too large on
@@ -203,6 +210,31 @@ bool Primitive::measure(Dicing& dicing, float maxSize, const Matrix& toRaster, R
     return !(dicing.even && maxArea > 2.0 * minArea && dicing.fUSteps * dicing.fVSteps >= 17);
 }
 
+// Whether no chord over a micropolygon can stray too far: then there is no need to look. From a
+// point at (x, y) on the screen, a way of length d in object space leads no further there than
+// d (|X| + |x| |W|) / (w - d |W|) along x, where X and W are the columns of the matrix that give
+// raster x and w; y likewise.
+bool Primitive::isFlat(const Dicing& dicing, const Matrix& toRaster) const
+{
+    constexpr double kSurely = 0.9;  // of the flatness, with room for rounding
+    if (!fFront || dicing.frame.plain || attrib().objectBound.finite) return false;
+    const auto column = [&toRaster](int k) {
+        return std::hypot(double{toRaster.m[0][k]}, double{toRaster.m[1][k]},
+                          double{toRaster.m[2][k]});
+    };
+    const auto widest = [](float min, float max) {
+        return std::max(std::fabs(double{min}), std::fabs(double{max}));
+    };
+    const double W = column(3);
+    const double x = column(0) + widest(fScreen.xmin, fScreen.xmax) * W;
+    const double y = column(1) + widest(fScreen.ymin, fScreen.ymax) * W;
+    const auto flat = [&](double sag) {
+        const double w = double{fLeastW} - sag * W;
+        return w > 0 && std::hypot(sag * x, sag * y) <= kSurely * w * attrib().flatnessLimit;
+    };
+    return flat(sagAlongU(0.5 / dicing.fUSteps)) && flat(sagAlongV(0.5 / dicing.fVSteps));
+}
+
 // Raises the step counts until the chord over a micropolygon stays within the flatness of the
 // surface; false if that takes more steps than a grid may have.
 bool Primitive::flatten(Dicing& dicing, const Matrix& toRaster, Random& draws) const
@@ -224,11 +256,11 @@ bool Primitive::flatten(Dicing& dicing, const Matrix& toRaster, Random& draws) c
     });
 }
 
-// Of the vertex that lies at (u, v): position and derivatives in camera space.
-void Primitive::place(Vertex& vertex, float u, float v) const
+// Position and derivatives in camera space.
+void Primitive::place(Vertex& vertex, const Differential& at) const
 {
     const Matrix& toCamera = matrix();
-    const auto [p, du, dv] = evaluate(u, v);
+    const auto& [p, du, dv] = at;
     Pointd dPdu = rational() ? chord(p, du) : homogenized(du);
     Pointd dPdv = rational() ? chord(p, dv) : homogenized(dv);
     vtransform(dPdu, toCamera);
@@ -263,7 +295,7 @@ void Primitive::mendDerivatives(Grid& grid) const
             float v = static_cast<float>(j) / static_cast<float>(grid.fVSize);
             if (grid.fTransposed) std::swap(u, v);
             Vertex aside;
-            place(aside, inwards(u), inwards(v));
+            place(aside, evaluate(inwards(u), inwards(v)));
             vertex.dPdu = aside.dPdu;
             vertex.dPdv = aside.dPdv;
         }
@@ -275,11 +307,15 @@ std::unique_ptr<Grid> Primitive::dice(const Dicing& dicing) const
     const int usteps = dicing.fUSteps, vsteps = dicing.fVSteps;
     auto grid = std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib,
                                        transform(), fCommon->fSeq, flipped(), false, fArgs, fEdges);
+    Columns columns;
+    for (int i = 0; i <= usteps; ++i) {
+        columns.u.push_back(static_cast<float>(i) / static_cast<float>(usteps));
+    }
+    std::vector<Differential> row(columns.u.size());
     for (int j = 0; j <= vsteps; ++j) {
-        const float v = static_cast<float>(j) / static_cast<float>(vsteps);
+        evaluateRow(columns, static_cast<float>(j) / static_cast<float>(vsteps), row.data());
         for (int i = 0; i <= usteps; ++i) {
-            const float u = static_cast<float>(i) / static_cast<float>(usteps);
-            place(grid->vertex(i, j), u, v);
+            place(grid->vertex(i, j), row[static_cast<std::size_t>(i)]);
         }
     }
     mendDerivatives(*grid);

@@ -3,7 +3,9 @@
 
 #include <atomic>
 #include <cstdint>
+#include <limits>
 #include <memory>
+#include <vector>
 
 #include "geom/edges.h"
 #include "math/bound.h"
@@ -81,6 +83,12 @@ struct Differential {
     Pointwd P, dPdu, dPdv;
 };
 
+// The columns of a grid, and what a family keeps of them from one row to the next.
+struct Columns {
+    std::vector<float> u;
+    std::vector<double> kept;
+};
+
 class Primitive
 {
 public:
@@ -130,6 +138,15 @@ public:
     {
         return {evalP(u, v), evaldPdu(u, v), evaldPdv(u, v)};
     }
+    // The same for a row of a grid.
+    virtual void evaluateRow(Columns& columns, float v, Differential* row) const
+    {
+        for (const float u : columns.u) *row++ = evaluate(u, v);
+    }
+    // How far the middle of a chord over 2 h of u, or of v, is from the surface at most, in object
+    // space: infinite where that is not known.
+    virtual double sagAlongU(double) const { return std::numeric_limits<double>::infinity(); }
+    virtual double sagAlongV(double) const { return std::numeric_limits<double>::infinity(); }
     // For an instance of the object that holds this primitive. The quirk: a single patch is copied
     // without its points.
     virtual std::unique_ptr<Primitive> copy(bool quirks) const;
@@ -138,20 +155,27 @@ public:
     const Transform& transform() const { return *fCommon->fTransform; }
     const Matrix& matrix() const { return transform().matrix(); }
     PrimitiveCommon& common() const { return *fCommon; }
+    std::shared_ptr<PrimitiveCommon> shareCommon() const { return fCommon; }
     // Leaves the common record of the object that this is a copy from.
     void detachCommon(std::shared_ptr<PrimitiveCommon> own) { fCommon = std::move(own); }
     const ArgList& args() const { return fArgs; }
+    // Whether it has opacities of its own.
+    virtual bool hasOpacities() const;
     const Edges& edges() const { return fEdges; }
 
     // What the scene found when it filed the primitive: whether it lies wholly in front of the eye,
-    // and the last bucket it reaches.
-    void setFiled(bool front, long lastBucketX, long lastBucketY)
+    // if so where on the screen, with the depths that hits are ordered by, and the last bucket it
+    // reaches.
+    void setFiled(bool front, const Bound& screen, float leastW, long lastBucketX, long lastBucketY)
     {
         fFront = front;
+        fScreen = screen;
+        fLeastW = leastW;
         fLastBucketX = lastBucketX;
         fLastBucketY = lastBucketY;
     }
     bool front() const { return fFront; }
+    const Bound& screen() const { return fScreen; }
     long lastBucketX() const { return fLastBucketX; }
     long lastBucketY() const { return fLastBucketY; }
 
@@ -208,10 +232,13 @@ protected:
 
 private:
     bool measure(Dicing& dicing, float maxSize, const Matrix& toRaster, Random& random) const;
+    bool isFlat(const Dicing& dicing, const Matrix& toRaster) const;
     bool flatten(Dicing& dicing, const Matrix& toRaster, Random& random) const;
-    void place(Vertex& vertex, float u, float v) const;
+    void place(Vertex& vertex, const Differential& at) const;
 
     bool fFront = false;
+    Bound fScreen;
+    float fLeastW = 0;  // of its points in raster space, before these are divided by it
     long fLastBucketX = 0, fLastBucketY = 0;
     std::uint32_t fPath = 0;
     int fDepth = 0;

@@ -73,6 +73,11 @@ void SphereCurve::corners(double v0, double v1, CurvePoint& a, CurvePoint& b) co
     b = corner(radius * x.max, radius * z.max);
 }
 
+double SphereCurve::sag(double h) const
+{
+    return std::fabs(radius) * (1 - std::cos(h * (phimax - phimin)));
+}
+
 // A cut on the far side of the base leaves nothing, one beyond the tip everything. Cones that point
 // down are not cut.
 ConeCurve::ConeCurve(float r, float h, float cutheight) : radius(r), height(h), extent(1)
@@ -189,6 +194,11 @@ void TorusCurve::corners(double v0, double v1, CurvePoint& a, CurvePoint& b) con
     b = corner(major + minor * x.max, minor * z.max);
 }
 
+double TorusCurve::sag(double h) const
+{
+    return std::fabs(minor) * (1 - std::cos(h * (phimax - phimin)));
+}
+
 Quadric::Quadric(float thetamax, long n, const unsigned short* tokens, void* const* values)
     : fThetaMax(radians(thetamax))
 {
@@ -259,13 +269,47 @@ Boundw Quadric::boundRevolve(const CurvePoint& a, const CurvePoint& b) const
     return result;
 }
 
+namespace
+{
+
+// A curve's point, turned about the axis by an angle of cosine c and sine s.
+Differential turned(const CurvePoint& p, double c, double s, double range, double part,
+                    const Point& origin)
+{
+    const double x = p.x * c - p.y * s, y = p.y * c + p.x * s;
+    return {Pointd(x, y, p.z) + origin, Pointd(-range * y, range * x, 0),
+            Pointd(part * (p.dx * c - p.dy * s), part * (p.dy * c + p.dx * s), part * p.dz)};
+}
+
+}  // namespace
+
 Differential Quadric::revolve(double u, const CurvePoint& p) const
 {
-    const double range = fThetaMax - fThetaMin, theta = lerp(u, fThetaMin, fThetaMax);
-    const double c = std::cos(theta), s = std::sin(theta), part = fVmax - fVmin;
-    const double x = p.x * c - p.y * s, y = p.y * c + p.x * s;
-    return {Pointd(x, y, p.z) + fOrigin, Pointd(-range * y, range * x, 0),
-            Pointd(part * (p.dx * c - p.dy * s), part * (p.dy * c + p.dx * s), part * p.dz)};
+    const double theta = lerp(u, fThetaMin, fThetaMax);
+    return turned(p, std::cos(theta), std::sin(theta), fThetaMax - fThetaMin, fVmax - fVmin,
+                  fOrigin);
+}
+
+// The angles of the columns are those of all rows.
+void Quadric::revolveRow(Columns& columns, const CurvePoint& p, Differential* row) const
+{
+    if (columns.kept.empty()) {
+        for (const float u : columns.u) {
+            const double theta = lerp(double{u}, fThetaMin, fThetaMax);
+            columns.kept.push_back(std::cos(theta));
+            columns.kept.push_back(std::sin(theta));
+        }
+    }
+    for (std::size_t k = 0; k < columns.kept.size(); k += 2) {
+        *row++ = turned(p, columns.kept[k], columns.kept[k + 1], fThetaMax - fThetaMin,
+                        fVmax - fVmin, fOrigin);
+    }
+}
+
+double Quadric::sagOfSweep(double h, const CurvePoint& a, const CurvePoint& b) const
+{
+    return std::max(std::hypot(a.x, a.y), std::hypot(b.x, b.y)) *
+           (1 - std::cos(h * (fThetaMax - fThetaMin)));
 }
 
 }  // namespace zeb

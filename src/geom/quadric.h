@@ -1,6 +1,8 @@
 // The quadrics: surfaces that a curve sweeps about the z axis.
 #pragma once
 
+#include <limits>
+
 #include "geom/primitive.h"
 
 namespace zeb
@@ -13,12 +15,15 @@ struct CurvePoint {
 };
 
 // The curve of each quadric over 0 ... 1. Its box is given by two opposite corners; curves off the
-// xz plane are straight, and their ends are the corners. A closed curve ends where it begins.
+// xz plane are straight, and their ends are the corners. sag() is how far the middle of a chord
+// over 2 h is from the curve at most, infinite where that is not known. A closed curve ends where
+// it begins.
 struct SphereCurve {
     double radius, phimin, phimax;
     SphereCurve(float radius, float zmin, float zmax);
     CurvePoint at(double v) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+    double sag(double h) const;
     bool closed() const { return false; }
 };
 
@@ -28,6 +33,7 @@ struct ConeCurve {
     ConeCurve(float radius, float height, float cutheight);
     CurvePoint at(double v) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+    double sag(double) const { return 0; }
     bool closed() const { return false; }
 };
 
@@ -36,6 +42,7 @@ struct CylinderCurve {
     CylinderCurve(float radius, float zmin, float zmax);
     CurvePoint at(double v) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+    double sag(double) const { return 0; }
     bool closed() const { return false; }
 };
 
@@ -44,6 +51,7 @@ struct HyperboloidCurve {
     HyperboloidCurve(const float* point1, const float* point2);
     CurvePoint at(double v) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+    double sag(double) const { return 0; }
     bool closed() const { return false; }
 };
 
@@ -53,6 +61,7 @@ struct ParaboloidCurve {
     ParaboloidCurve(float rmax, float zmin, float zmax);
     CurvePoint at(double v) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+    double sag(double) const { return std::numeric_limits<double>::infinity(); }
     bool closed() const { return false; }
 
 private:
@@ -66,6 +75,7 @@ struct DiskCurve {
     DiskCurve(float inner, float radius);
     CurvePoint at(double v) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+    double sag(double) const { return 0; }
     bool closed() const { return false; }
 };
 
@@ -74,6 +84,7 @@ struct TorusCurve {
     TorusCurve(float major, float minor, float phimin, float phimax);
     CurvePoint at(double v) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
+    double sag(double h) const;
     bool closed() const { return fClosed; }
 
 private:
@@ -97,6 +108,9 @@ protected:
     // Of the surface between two opposite corners of the curve's box.
     Boundw boundRevolve(const CurvePoint& a, const CurvePoint& b) const;
     Differential revolve(double u, const CurvePoint& curve) const;
+    void revolveRow(Columns& columns, const CurvePoint& curve, Differential* row) const;
+    // Of the sweep of a box's corners.
+    double sagOfSweep(double h, const CurvePoint& a, const CurvePoint& b) const;
     double curveParameter(double v) const { return (1 - v) * fVmin + v * fVmax; }
 
     Point fOrigin;
@@ -144,6 +158,17 @@ public:
     {
         return revolve(u, fCurve.at(curveParameter(v)));
     }
+    void evaluateRow(Columns& columns, float v, Differential* row) const override
+    {
+        revolveRow(columns, fCurve.at(curveParameter(v)), row);
+    }
+    double sagAlongU(double h) const override
+    {
+        CurvePoint a, b;
+        fCurve.corners(fVmin, fVmax, a, b);
+        return sagOfSweep(h, a, b);
+    }
+    double sagAlongV(double h) const override { return fCurve.sag(h * (fVmax - fVmin)); }
     Pointwd pointAt(float u, float v) const override { return evaluate(u, v).P; }
     Pointw evalP(float u, float v) const override { return rounded(evaluate(u, v).P); }
     Pointw evaldPdu(float u, float v) const override { return rounded(evaluate(u, v).dPdu); }

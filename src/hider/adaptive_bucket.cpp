@@ -17,6 +17,9 @@ constexpr int kRoundSamples = 8;
 
 enum : std::uint32_t { kRoundDraws = 3 };
 
+// After all grids.
+constexpr std::uint32_t kLast = 0xFFFFFFFF;
+
 // Lower 1% quantiles of the chi-square distribution with 8 k - 1 degrees of freedom.
 constexpr float kChiSquare[AdaptiveBucket::kRounds] = {1.239f,   5.229f,   10.196f,  15.678f,
                                                        21.4386f, 27.4208f, 33.5693f, 39.8488f,
@@ -75,7 +78,8 @@ void AdaptiveBucket::eachPixel(const Bound& bound, const Window& window, const V
 // Files every cell under the pixels whose square its bound touches, in the order of the grids: each
 // round of each pixel looks at those alone. Cells seen edge-on are kept, unlike in the uniform
 // bucket.
-void AdaptiveBucket::collect(const Grid& grid, const Window& window, Arena& arena)
+void AdaptiveBucket::collect(const Grid& grid, std::uint32_t rank, const Window& window,
+                             Arena& arena)
 {
     const AttribNamesScope names(grid.fAttrib->object.text(), grid.fAttrib->group.text());
     GridIterator cells(grid, fBySequence);
@@ -86,7 +90,7 @@ void AdaptiveBucket::collect(const Grid& grid, const Window& window, Arena& aren
         if (culled(grid, cell->znormal())) continue;
         const Candidate* candidate = nullptr;
         eachPixel(bound, window, [&](MultiSample& pixel) {
-            if (!candidate) candidate = arena.make<Candidate>(*cell, bound);
+            if (!candidate) candidate = arena.make<Candidate>(*cell, bound, rank);
             Reference* reference = arena.make<Reference>(candidate, nullptr);
             (pixel.last ? pixel.last->next : pixel.first) = reference;
             pixel.last = reference;
@@ -94,8 +98,8 @@ void AdaptiveBucket::collect(const Grid& grid, const Window& window, Arena& aren
     }
 }
 
-void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, const Seams& seams,
-                                 Arena& arena) const
+void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, const Pieces& pieces,
+                                 const Seams& seams, const Hits& hits, Arena& arena) const
 {
     const auto place = [](float v) {
         return static_cast<std::uint32_t>(static_cast<std::int64_t>(std::floor(v * 1024.0 + 0.5)));
@@ -107,20 +111,27 @@ void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, cons
         for (int s = 0; s < kRoundSamples; ++s) {
             checkCancelled();
             const float dx = random.unit() * 0.5f, dy = random.unit() * 0.5f;
-            Sample sample;
-            sample.place(left + 0.5f + (s & 1 ? -dx : dx), top + 0.5f + (s & 2 ? -dy : dy));
+            SamplePoint point;
+            point.x = left + 0.5f + (s & 1 ? -dx : dx);
+            point.y = top + 0.5f + (s & 2 ? -dy : dy);
             for (const Reference* r = pixel.first; r; r = r->next) {
-                const Bound& b = r->candidate->bound;
-                const bool apart = sample.x < b.xmin || sample.x > b.xmax || sample.y < b.ymin ||
-                                   sample.y > b.ymax;
-                if (!apart) sample.sample(r->candidate->cell, arena);
+                const auto& [cell, b, rank] = *r->candidate;
+                const bool apart =
+                    point.x < b.xmin || point.x > b.xmax || point.y < b.ymin || point.y > b.ymax;
+                float u, v;
+                if (!apart && cell.locate(point.x, point.y, u, v)) {
+                    hits.add(point, cell, u, v, rank);
+                }
             }
             Seams::Near* near = nullptr;
             for (const SideReference* r = pixel.sides; r; r = r->next) {
-                seams.look(*r->side, sample, near);
+                seams.look(*r->side, point.x, point.y, near);
             }
-            seams.close(sample, near, fGrids);
-            const PackedSample packed = sample.pack(fFrame.depthScale, fFrame.option.quirks);
+            seams.close(point.x, point.y, near, pieces,
+                        [&](const MicroPolygon& cell, float u, float v) {
+                            hits.add(point, cell, u, v, kLast);
+                        });
+            const PackedSample packed = hits.resolve(point);
             quadrants[s % 4].add(packed.color);
             pixel.samples[pixel.count++] = packed;
         }
@@ -135,17 +146,20 @@ void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, cons
     }
 }
 
-void AdaptiveBucket::generate(const Window& window, BucketScratch& scratch)
+void AdaptiveBucket::generate(const Pieces& pieces, const Window& window, BucketScratch& scratch)
 {
     Arena& arena = scratch.arena;
     fColumns = static_cast<long>(std::ceil(window.xmax - window.xmin));
     fRows = static_cast<long>(std::ceil(window.ymax - window.ymin));
     fPixels = arena.array<MultiSample>(static_cast<std::size_t>(fColumns * fRows));
     Seams seams(fBySequence, fFrame.depthScale, arena);
-    for (const auto& grid : fGrids) {
-        collect(*grid, window, arena);
+    const Hits hits = this->hits(pieces, arena);
+    std::uint32_t rank = 0;
+    for (Piece* piece : pieces) {
+        const Grid& grid = piece->dice(scratch.counts);
+        collect(grid, rank++, window, arena);
         if (!fFrame.option.closeSeams) continue;
-        for (const Seams::Side& side : seams.sides(*grid)) {
+        for (const Seams::Side& side : seams.sides(grid)) {
             const Seams::Side* kept = nullptr;
             eachPixel(side.bound(), window, [&](MultiSample& pixel) {
                 if (!kept) kept = arena.make<Seams::Side>(side);
@@ -156,8 +170,8 @@ void AdaptiveBucket::generate(const Window& window, BucketScratch& scratch)
     for (long j = 0; j < fRows; ++j) {
         for (long i = 0; i < fColumns; ++i) {
             samplePixel(at(i, j), static_cast<float>(i) + window.xmin,
-                        static_cast<float>(j) + window.ymin, seams, arena);
-            scratch.samples += static_cast<std::uint64_t>(at(i, j).count);
+                        static_cast<float>(j) + window.ymin, pieces, seams, hits, arena);
+            scratch.counts.samples += static_cast<std::uint64_t>(at(i, j).count);
         }
     }
 }

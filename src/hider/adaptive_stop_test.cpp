@@ -65,7 +65,7 @@ protected:
         gPositions.clear();
         const RenderFrame frame(option, Matrix());
         AdaptiveBucket bucket(frame, 0, 0, 0, 0);
-        for (const auto& g : grids) bucket.add(g);
+        for (const auto& g : grids) bucket.add(std::make_shared<Piece>(g));
         bucket.render(device, scratch);
     }
 
@@ -85,12 +85,11 @@ protected:
         const auto cell = grid(1, -1, 2);
         for (const int j : {0, 1}) {
             for (const int i : {0, 1}) {
-                Vertex& vertex = cell->vertex(i, j);
+                const Point& P = cell->vertex(i, j).P;
                 const auto value = [&](int k) {
-                    return static_cast<float>(
-                        channel(s, k, double{vertex.P.x}, double{vertex.P.y}));
+                    return static_cast<float>(channel(s, k, double{P.x}, double{P.y}));
                 };
-                vertex.Ci = Color(value(0), value(1), value(2));
+                cell->setColor(i, j, Color(value(0), value(1), value(2)));
             }
         }
         render({cell});
@@ -154,9 +153,9 @@ TEST_F(AdaptiveStop, APixelWeighsTheMeanOfItsSamples)
     option.adaptiveThreshold = 1e-6f;
     attrib->interpolation = kConstantShading;
     const auto white = grid(1, -3, 0.5f), noise = grid(60, 0.5f, 3.5f);
-    white->vertex(0, 0).Ci = gWhite;
+    white->setColor(0, 0, gWhite);
     for (int j = 0; j < 60; ++j) {
-        for (int i = 0; i < 60; ++i) noise->vertex(i, j).Ci = (i + j) % 2 ? gWhite : gBlack;
+        for (int i = 0; i < 60; ++i) noise->setColor(i, j, (i + j) % 2 ? gWhite : gBlack);
     }
     render({white, noise});
     ASSERT_EQ(gPositions.size(), 8u + 96u);

@@ -65,11 +65,6 @@ Bucket::Bucket(const RenderFrame& frame, long x0, long x1, long y0, long y1)
 {
 }
 
-void Bucket::add(std::shared_ptr<const Grid> grid)
-{
-    if (grid) fGrids.add(std::move(grid));
-}
-
 std::unique_ptr<Primitive> Bucket::takePrimitive()
 {
     return fPrimitives.empty() ? nullptr : fPrimitives.takeHead();
@@ -80,6 +75,15 @@ Bucket::Window Bucket::sampleWindow() const
     const float rx = fFilter.xwidth() * 0.5f, ry = fFilter.ywidth() * 0.5f;
     return {static_cast<float>(fX0) + 0.5f - rx, static_cast<float>(fX1) + 0.5f + rx,
             static_cast<float>(fY0) + 0.5f - ry, static_cast<float>(fY1) + 0.5f + ry};
+}
+
+Hits Bucket::hits(const Pieces& pieces, Arena& arena) const
+{
+    const auto moreThanOpaque = [](const Piece* piece) { return piece->mayBeMoreThanOpaque(); };
+    const bool inOrder =
+        fFrame.plain ||
+        (fFrame.option.quirks && std::any_of(pieces.begin(), pieces.end(), moreThanOpaque));
+    return {fFrame, inOrder, arena};
 }
 
 void Bucket::renderRow(long y, const Window& window, float inverseGamma, std::uint32_t* words) const
@@ -107,7 +111,10 @@ void Bucket::render(Display& display, BucketScratch& scratch)
     if (fX1 < fX0 || fY1 < fY0) return;
     const Window window = sampleWindow();
     scratch.arena.reset();
-    generate(window, scratch);
+    Pieces pieces;
+    for (const auto& piece : fPieces) pieces.push_back(piece.get());
+    generate(pieces, window, scratch);
+    fPieces.flush();
     scratch.row.resize(static_cast<std::size_t>(fX1 - fX0 + 1) * fFrame.option.sampleCount);
     const float inverseGamma = display.isLinear() ? 1 : fFrame.option.inverseGamma;
     for (long y = fY0; y <= fY1; ++y) {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "display/display.h"
-#include "geom/primitive.h"
+#include "hider/hits.h"
 #include "hider/pixel_filter.h"
 #include "hider/seams.h"
 #include "util/arena.h"
@@ -18,7 +18,7 @@ namespace zeb
 struct BucketScratch {
     Arena arena;  // samples and hits of the bucket under way
     std::vector<std::uint32_t> row;
-    std::uint64_t samples = 0;  // placed so far
+    Counts counts;
 };
 
 class Bucket
@@ -31,7 +31,7 @@ public:
     Bucket& operator=(const Bucket&) = delete;
 
     void add(std::unique_ptr<Primitive> primitive) { fPrimitives.add(std::move(primitive)); }
-    void add(std::shared_ptr<const Grid> grid);
+    void add(std::shared_ptr<Piece> piece) { fPieces.add(std::move(piece)); }
     // The primitive added last; null if there is none left.
     std::unique_ptr<Primitive> takePrimitive();
     void render(Display& display, BucketScratch& scratch);
@@ -48,7 +48,7 @@ public:
 
 protected:
     // Places and evaluates the samples of the window.
-    virtual void generate(const Window& window, BucketScratch& scratch) = 0;
+    virtual void generate(const Pieces& pieces, const Window& window, BucketScratch& scratch) = 0;
     // The pixel centred at (x, y).
     virtual FilteredPixel filter(float x, float y, const Window& window) const = 0;
     // Its depth by its own samples alone.
@@ -58,17 +58,18 @@ protected:
     {
         return facing > 0 && grid.fAttrib->sides <= 1;
     }
+    Hits hits(const Pieces& pieces, Arena& arena) const;
 
     const RenderFrame& fFrame;
     const PixelFilter fFilter;
     const bool fBySequence;
-    Grids fGrids;
 
 private:
     // Colours are raised to the power inverseGamma.
     void renderRow(long y, const Window& window, float inverseGamma, std::uint32_t* words) const;
 
     List<std::unique_ptr<Primitive>> fPrimitives;
+    List<std::shared_ptr<Piece>> fPieces;  // one goes with the last bucket that it was handed to
     long fX0, fX1, fY0, fY1;
 };
 
@@ -79,24 +80,52 @@ public:
     using Bucket::Bucket;
 
 protected:
-    void generate(const Window& window, BucketScratch& scratch) override;
+    void generate(const Pieces& pieces, const Window& window, BucketScratch& scratch) override;
     FilteredPixel filter(float x, float y, const Window& window) const override;
     double nearestDepth(float x, float y, const Window& window) const override;
 
 private:
+    // Samples are looked at by squares of so many a side.
+    static constexpr long kTile = 4;
+    struct Tile {
+        SampleOrder most = std::numeric_limits<SampleOrder>::infinity();  // of its covers
+        bool known = true;
+    };
+    // The samples of a box: columns i0 ... i1 of rows j0 ... j1.
+    struct Range {
+        long i0, i1, j0, j1;
+    };
+
     void placeSamples(const Window& window, Arena& arena);
-    void sampleGrid(const Grid& grid, const Window& window, Arena& arena);
-    void closeSeams(const Window& window, Arena& arena);
+    void hide(const Pieces& pieces, const Hits& hits, const Window& window, Counts& counts);
+    void hideGrid(const Grid& grid, std::uint32_t rank, const Hits& hits, const Window& window,
+                  Counts& counts);
+    void hideCell(MicroPolygon& cell, const Bound& bound, std::uint32_t rank, const Hits& hits,
+                  const Window& window, Counts& counts);
+    void closeSeams(const Pieces& pieces, const Hits& hits, const Window& window,
+                    BucketScratch& scratch);
+    std::vector<bool> openSamples(const Pieces& pieces, Seams& seams, const Window& window) const;
+    bool settled(const SamplePoint& point, const Seams::Near& near) const;
+
+    Range samplesIn(const Bound& box, const Window& window) const;
+    // Whether all samples of a box are covered by what is nearer than this.
+    bool hidden(const Bound& box, SampleOrder least, const Window& window);
     template <class Visit>
-    void eachSample(const Bound& bound, const Window& window, const Visit& visit) const;
+    void eachSample(const Bound& box, const Window& window, const Visit& visit) const;
     template <class Visit>
     void eachNear(float x, float y, float rx, float ry, const Window& window,
                   const Visit& visit) const;
-    Sample& at(long i, long j) { return fSamples[j * fColumns + i]; }
+    SamplePoint& at(long i, long j) const { return fSamples[j * fColumns + i]; }
+    Tile& tileOf(long k) const
+    {
+        return fTiles[k / fColumns / kTile * fTileColumns + k % fColumns / kTile];
+    }
 
-    long fColumns = 0, fRows = 0;
-    float fJitter = 0;  // half the width a sample strays in
-    Sample* fSamples = nullptr;
+    long fColumns = 0, fRows = 0, fTileColumns = 0;
+    float fJitter = 0;      // half the width a sample strays in
+    bool fCovered = false;  // some sample is
+    SamplePoint* fSamples = nullptr;
+    Tile* fTiles = nullptr;
     PackedSample* fPacked = nullptr;
 };
 
@@ -112,7 +141,7 @@ public:
     static void maxVariance(float v, float (&chiSquare)[kRounds]);
 
 protected:
-    void generate(const Window& window, BucketScratch& scratch) override;
+    void generate(const Pieces& pieces, const Window& window, BucketScratch& scratch) override;
     FilteredPixel filter(float x, float y, const Window& window) const override;
     double nearestDepth(float x, float y, const Window& window) const override;
 
@@ -121,6 +150,7 @@ private:
     struct Candidate {
         MicroPolygon cell;
         Bound bound;
+        std::uint32_t rank;
     };
     struct Reference {
         const Candidate* candidate;
@@ -144,9 +174,9 @@ private:
     template <class Visit>
     void eachNear(float x, float y, float rx, float ry, const Window& window,
                   const Visit& visit) const;
-    void collect(const Grid& grid, const Window& window, Arena& arena);
-    void samplePixel(MultiSample& pixel, float left, float top, const Seams& seams,
-                     Arena& arena) const;
+    void collect(const Grid& grid, std::uint32_t rank, const Window& window, Arena& arena);
+    void samplePixel(MultiSample& pixel, float left, float top, const Pieces& pieces,
+                     const Seams& seams, const Hits& hits, Arena& arena) const;
     MultiSample& at(long i, long j) { return fPixels[j * fColumns + i]; }
 
     float fChiSquare[kRounds];

@@ -12,7 +12,7 @@ namespace zeb
 Bound MicroPolygon::bound() const
 {
     Bound box = Bound::empty();
-    for (const Vertex* v : {f00, f10, f11, f01}) box.add(v->P);
+    for (const Point* p : {f00, f10, f11, f01}) box.add(*p);
     return box;
 }
 
@@ -21,8 +21,8 @@ double MicroPolygon::znormal() const
     const auto trapezoid = [](const Point& a, const Point& b) {
         return (double{b.x} - double{a.x}) * (double{b.y} + double{a.y});
     };
-    const double sum = trapezoid(f00->P, f10->P) + trapezoid(f10->P, f11->P) +
-                       trapezoid(f11->P, f01->P) + trapezoid(f01->P, f00->P);
+    const double sum = trapezoid(*f00, *f10) + trapezoid(*f10, *f11) + trapezoid(*f11, *f01) +
+                       trapezoid(*f01, *f00);
     return fGrid->fFlip != fGrid->fTransposed ? -sum : sum;
 }
 
@@ -32,11 +32,11 @@ double MicroPolygon::znormal() const
 void MicroPolygon::prepare() const
 {
     const auto difference = [](float a, float b) { return double{a} - double{b}; };
-    e1x = difference(f10->P.x, f00->P.x);
-    e1y = difference(f10->P.y, f00->P.y);
-    e2x = difference(f01->P.x, f00->P.x);
-    e2y = difference(f01->P.y, f00->P.y);
-    const double e3x = difference(f11->P.x, f01->P.x), e3y = difference(f11->P.y, f01->P.y);
+    e1x = difference(f10->x, f00->x);
+    e1y = difference(f10->y, f00->y);
+    e2x = difference(f01->x, f00->x);
+    e2y = difference(f01->y, f00->y);
+    const double e3x = difference(f11->x, f01->x), e3y = difference(f11->y, f01->y);
     dx = e3x - e1x;
     dy = e3y - e1y;
     A = e3x * e1y - e1x * e3y;
@@ -57,7 +57,7 @@ bool MicroPolygon::inside(double s, double px, double py, double& t) const
 bool MicroPolygon::locate(float x, float y, float& fs, float& ft) const
 {
     if (!fReady) prepare();
-    const double px = double{x} - double{f00->P.x}, py = double{y} - double{f00->P.y};
+    const double px = double{x} - double{f00->x}, py = double{y} - double{f00->y};
     const double B = px * dy - py * dx + B0;
     const double C = px * e2y - e2x * py;
     double s, t = 0;
@@ -91,7 +91,7 @@ bool MicroPolygon::locate(float x, float y, float& fs, float& ft) const
 
 double MicroPolygon::depthAt(float s, float t) const
 {
-    return bilerp(s, t, f00->P.z, f10->P.z, f01->P.z, f11->P.z);
+    return bilerp(s, t, f00->z, f10->z, f01->z, f11->z);
 }
 
 SampleOrder MicroPolygon::orderAt(float s, float t) const
@@ -99,26 +99,11 @@ SampleOrder MicroPolygon::orderAt(float s, float t) const
     return fBySequence ? -static_cast<double>(fGrid->fSeq) : depthAt(s, t);
 }
 
-Color MicroPolygon::colorAt(float s, float t) const
-{
-    if (fGrid->fAttrib->interpolation != kSmoothShading) return f00->Ci;
-    return bilerp(s, t, f00->Ci, f10->Ci, f01->Ci, f11->Ci);
-}
+Color MicroPolygon::colorAt(float s, float t) const { return fGrid->colorAt(fColumn, fRow, s, t); }
 
 Color MicroPolygon::opacityAt(float s, float t) const
 {
-    if (fGrid->fAttrib->interpolation != kSmoothShading) return f00->Oi;
-    return bilerp(s, t, f00->Oi, f10->Oi, f01->Oi, f11->Oi);
-}
-
-bool MicroPolygon::sample(float x, float y, SampleOrder& order, Color& color, Color& opacity) const
-{
-    float s, t;
-    if (!locate(x, y, s, t)) return false;
-    order = orderAt(s, t);
-    color = colorAt(s, t);
-    opacity = opacityAt(s, t);
-    return true;
+    return fGrid->opacityAt(fColumn, fRow, s, t);
 }
 
 void GridIterator::restart()

@@ -2,13 +2,10 @@
 #pragma once
 
 #include "geom/grid.h"
+#include "hider/sample.h"
 
 namespace zeb
 {
-
-// What orders the hits of a sample, the least in front: depth, or the negated sequence number. A
-// double holds either exactly.
-using SampleOrder = double;
 
 // A cursor onto the bilinear cell between the vertices (u, v), (u + 1, v), (u + 1, v + 1) and
 // (u, v + 1). It owns nothing.
@@ -23,14 +20,19 @@ public:
 
     void place(int u, int v)
     {
-        f00 = &fGrid->vertex(u, v);
+        fColumn = u;
+        fRow = v;
+        f00 = &fGrid->raster(u, v);
         f10 = f00 + 1;
-        f01 = &fGrid->vertex(u, v + 1);
+        f01 = &fGrid->raster(u, v + 1);
         f11 = f01 + 1;
         fReady = false;
     }
 
     const Grid& grid() const { return *fGrid; }
+    bool bySequence() const { return fBySequence; }
+    int column() const { return fColumn; }
+    int row() const { return fRow; }
     Bound bound() const;
     // Positive: faces away; negative: faces the viewer; near zero: edge-on.
     double znormal() const;
@@ -41,8 +43,6 @@ public:
     SampleOrder orderAt(float s, float t) const;
     Color colorAt(float s, float t) const;
     Color opacityAt(float s, float t) const;
-    // All in one: false outside.
-    bool sample(float x, float y, SampleOrder& order, Color& color, Color& opacity) const;
 
 private:
     void prepare() const;
@@ -50,7 +50,8 @@ private:
 
     const Grid* fGrid;
     bool fBySequence;
-    const Vertex *f00 = nullptr, *f10 = nullptr, *f11 = nullptr, *f01 = nullptr;
+    int fColumn = 0, fRow = 0;
+    const Point *f00 = nullptr, *f10 = nullptr, *f11 = nullptr, *f01 = nullptr;
 
     // The coefficients of the quadratic in s that do not depend on the position; found when the
     // first sample is tested. In double: products of differences of floats are exact there, so a

@@ -5,6 +5,8 @@
 #include <array>
 #include <memory>
 
+#include "support/grids.h"
+
 using namespace zeb;
 
 namespace
@@ -23,17 +25,23 @@ protected:
         grid->vertex(1, 0).P = p[1];
         grid->vertex(1, 1).P = p[2];
         grid->vertex(0, 1).P = p[3];
-        grid->vertex(0, 0).Ci = Color(1, 0, 0);
-        grid->vertex(1, 0).Ci = Color(0, 1, 0);
-        grid->vertex(1, 1).Ci = Color(0, 0, 1);
-        grid->vertex(0, 1).Ci = Color(1, 1, 1);
-        grid->vertex(0, 0).Oi = Color(1, 1, 1);
-        grid->vertex(1, 0).Oi = grid->vertex(1, 1).Oi = grid->vertex(0, 1).Oi = Color(0, 0, 0);
+        zebtest::projectAsTheyAre(*grid);
+        const Color colors[4] = {Color(1, 0, 0), Color(0, 1, 0), Color(1, 1, 1), Color(0, 0, 1)};
+        for (const int k : {0, 1, 2, 3}) {
+            grid->setColor(k % 2, k / 2, colors[k]);
+            grid->setOpacity(k % 2, k / 2, k == 0 ? gWhite : gBlack);
+        }
         return *grid;
     }
     bool sample(float x, float y, bool bySequence = false)
     {
-        return MicroPolygon(*grid, bySequence).sample(x, y, order, color, opacity);
+        const MicroPolygon cell(*grid, bySequence);
+        float s, t;
+        if (!cell.locate(x, y, s, t)) return false;
+        order = cell.orderAt(s, t);
+        color = cell.colorAt(s, t);
+        opacity = cell.opacityAt(s, t);
+        return true;
     }
 
     std::shared_ptr<Attrib> attrib = std::make_shared<Attrib>();
@@ -122,12 +130,14 @@ TEST_F(MicroPolygonTest, ASharedEdgeBelongsToBothCells)
     for (int j = 0; j < 2; ++j) {
         for (int i = 0; i < 3; ++i) two.vertex(i, j).P = Point(x[j][i], y[j][i], 0);
     }
+    zebtest::projectAsTheyAre(two);
     // The end points of the edge between them.
     for (const auto& [px, py] : {std::pair(1.1f, 0.1f), {1.7f, 2.0f}}) {
         MicroPolygon left(two), right(two);
         right.place(1, 0);
-        EXPECT_TRUE(left.sample(px, py, order, color, opacity));
-        EXPECT_TRUE(right.sample(px, py, order, color, opacity));
+        float s, t;
+        EXPECT_TRUE(left.locate(px, py, s, t));
+        EXPECT_TRUE(right.locate(px, py, s, t));
     }
 }
 

@@ -6,50 +6,20 @@
 namespace zeb
 {
 
-namespace
+bool Composite::add(const SampleHit& hit)
 {
+    if (hit.matte) return false;
+    const Color seen = fT * hit.color;
+    fResult.color += fQuirks ? seen * hit.opacity : seen;
+    fT *= gWhite - hit.opacity;
+    if (fResult.depth >= fDepthOne) fResult.depth = hit.order;
+    return fT != gBlack || fResult.depth >= fDepthOne;
+}
 
-// Composites hits front to back.
-class Composite
+PackedSample Composite::result()
 {
-public:
-    Composite(float x, float y, double depthOne, bool quirks)
-        : fDepthOne(depthOne), fQuirks(quirks), fResult{x, y, gBlack, 0, depthOne}
-    {
-    }
-    // False when nothing behind can be seen, nor give the depth: what lies beyond the far clipping
-    // plane leaves that to hits behind it.
-    bool add(const SampleHit& hit)
-    {
-        if (hit.matte) return false;
-        const Color seen = fT * hit.color;
-        fResult.color += fQuirks ? seen * hit.opacity : seen;
-        fT *= gWhite - hit.opacity;
-        if (fResult.depth >= fDepthOne) fResult.depth = hit.order;
-        return fT != gBlack || fResult.depth >= fDepthOne;
-    }
-    PackedSample result()
-    {
-        fResult.alpha = static_cast<float>(0.3333333333333333 * (3.0 - fT.r - fT.g - fT.b));
-        return fResult;
-    }
-
-private:
-    double fDepthOne;
-    bool fQuirks;
-    PackedSample fResult;
-    Color fT = gWhite;
-};
-
-}  // namespace
-
-bool Sample::sample(const MicroPolygon& micropolygon, Arena& arena)
-{
-    SampleOrder order = 0;
-    Color color, opacity;
-    if (!micropolygon.sample(x, y, order, color, opacity)) return false;
-    add(SampleHit(order, color, opacity, micropolygon.grid().fAttrib->matte), arena);
-    return true;
+    fResult.alpha = static_cast<float>(0.3333333333333333 * (3.0 - fT.r - fT.g - fT.b));
+    return fResult;
 }
 
 void Sample::add(const SampleHit& hit, Arena& arena)

@@ -1,12 +1,15 @@
-// Sample positions, what is hit there, and what comes of it.
+// What comes of the surfaces at a sample's position.
 #pragma once
 
-#include "hider/micropolygon.h"
 #include "math/color.h"
 #include "util/slist.h"
 
 namespace zeb
 {
+
+// What orders the hits of a sample, the least in front: depth, or the negated sequence number. A
+// double holds either exactly.
+using SampleOrder = double;
 
 // One surface at a sample's position.
 struct SampleHit {
@@ -35,6 +38,29 @@ struct PackedSample {
     double depth;
 };
 
+// Composites hits front to back. depthOne is the depth of the far clipping plane, where nothing is
+// hit. The quirk: colours, which come multiplied by their opacity, are so again.
+class Composite
+{
+public:
+    Composite(float x, float y, double depthOne, bool quirks)
+        : fDepthOne(depthOne), fQuirks(quirks), fResult{x, y, gBlack, 0, depthOne}
+    {
+    }
+    // False when nothing behind can be seen, nor give the depth: what lies beyond the far clipping
+    // plane leaves that to hits behind it.
+    bool add(const SampleHit& hit);
+    PackedSample result();
+
+private:
+    double fDepthOne;
+    bool fQuirks;
+    PackedSample fResult;
+    Color fT = gWhite;
+};
+
+// Takes the hits of one position one after the other, in the order in which surfaces are filed:
+// where depths are equal, or opacities beyond 1, it decides what is seen.
 class Sample
 {
 public:
@@ -45,11 +71,7 @@ public:
         x = px;
         y = py;
     }
-    // Whether the micropolygon covers the position.
-    bool sample(const MicroPolygon& micropolygon, Arena& arena);
     void add(const SampleHit& hit, Arena& arena);
-    // Composites the hits front to back. depthOne is the depth of the far clipping plane, where
-    // nothing is hit. The quirk: colours, which come multiplied by their opacity, are so again.
     PackedSample pack(double depthOne, bool quirks) const;
     // The first hits, in order; where there are many, later ones are not among them.
     const SList<SampleHit>& hits() const { return fHits; }

@@ -3,12 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <random>
 #include <vector>
 
-#include "hider/sample.h"
+#include "hider/hits.h"
+#include "support/grids.h"
+#include "zebcore/zebcore.h"
 
 using namespace zeb;
 
@@ -24,7 +27,7 @@ struct Layer {
 };
 
 // The hits of a sample as a list, and what they resolve to.
-class Hits
+class List
 {
 public:
     void add(const Layer& layer)
@@ -64,33 +67,61 @@ class SampleOrderTest : public testing::Test
 protected:
     SampleOrderTest()
     {
+        zebReset();
+        option.projection = false;
         for (auto* attrib : {&fPlain, &fMatte}) *attrib = std::make_shared<Attrib>();
         fMatte->matte = true;
     }
+    ~SampleOrderTest() override { zebReset(); }
 
+    std::unique_ptr<Grid> grid(const Layer& layer) const
+    {
+        auto made = std::make_unique<Grid>(
+            static_cast<unsigned short>(1), static_cast<unsigned short>(1),
+            layer.matte ? fMatte : fPlain, Transform(), 1u, false, false, ArgList());
+        for (const int k : {0, 1, 2, 3}) {
+            const int i = k % 2, j = k / 2;
+            made->vertex(i, j).P = Point(static_cast<float>(i), static_cast<float>(j), layer.depth);
+            made->setColor(i, j, Color(layer.color, layer.color, layer.color));
+            made->setOpacity(i, j, Color(layer.opacity, layer.opacity, layer.opacity));
+        }
+        zebtest::projectAsTheyAre(*made);
+        return made;
+    }
+
+    // Taken one after the other, and in any order with their ranks.
     void expectAsListed(const std::vector<Layer>& layers)
     {
+        const RenderFrame frame(option, Matrix());
         Arena arena;
         Sample sample;
-        sample.place(0.5f, 0.5f);
-        Hits hits;
+        List list;
+        std::vector<std::unique_ptr<Grid>> grids;
+        std::vector<std::uint32_t> order;
         for (const Layer& layer : layers) {
-            Grid grid(1, 1, layer.matte ? fMatte : fPlain, Transform(), 1, false, false, {});
-            for (const int k : {0, 1, 2, 3}) {
-                Vertex& vertex = grid.vertex(k % 2, k / 2);
-                vertex.P = Point(static_cast<float>(k % 2), static_cast<float>(k / 2), layer.depth);
-                vertex.Ci = Color(layer.color, layer.color, layer.color);
-                vertex.Oi = Color(layer.opacity, layer.opacity, layer.opacity);
-            }
-            ASSERT_TRUE(sample.sample(MicroPolygon(grid), arena));
-            hits.add(layer);
+            sample.add(SampleHit(double{layer.depth}, Color(layer.color, layer.color, layer.color),
+                                 Color(layer.opacity, layer.opacity, layer.opacity), layer.matte),
+                       arena);
+            list.add(layer);
+            order.push_back(static_cast<std::uint32_t>(grids.size()));
+            grids.push_back(grid(layer));
         }
-        hits.resolve();
+        list.resolve();
         const PackedSample packed = sample.pack(1, true);
-        const double tolerance = 1e-5 * (1 + std::fabs(hits.color));
-        ASSERT_NEAR(packed.color.r, hits.color, tolerance) << layers.size();
-        ASSERT_NEAR(packed.alpha, hits.alpha, 1e-5 * (1 + std::fabs(hits.alpha)));
-        ASSERT_EQ(packed.depth, hits.depth);
+        const double tolerance = 1e-5 * (1 + std::fabs(list.color));
+        ASSERT_NEAR(packed.color.r, list.color, tolerance) << layers.size();
+        ASSERT_NEAR(packed.alpha, list.alpha, 1e-5 * (1 + std::fabs(list.alpha)));
+        ASSERT_EQ(packed.depth, list.depth);
+
+        std::shuffle(order.begin(), order.end(), fRandom);
+        const auto isMoreThanOpaque = [](const Layer& layer) { return layer.opacity > 1; };
+        const Hits hits(frame, std::any_of(layers.begin(), layers.end(), isMoreThanOpaque), arena);
+        SamplePoint point;
+        for (const std::uint32_t k : order) hits.add(point, MicroPolygon(*grids[k]), 0, 0, k);
+        const PackedSample resolved = hits.resolve(point);
+        ASSERT_EQ(resolved.color, packed.color) << layers.size();
+        ASSERT_EQ(resolved.alpha, packed.alpha) << layers.size();
+        ASSERT_EQ(resolved.depth, packed.depth) << layers.size();
     }
 
     // Stacks of up to 60 layers; a share of them are mattes, and a share as opaque as said.
@@ -119,6 +150,8 @@ protected:
     }
 
 private:
+    Option option;
+    std::mt19937 fRandom{1};
     std::shared_ptr<Attrib> fPlain, fMatte;
 };
 

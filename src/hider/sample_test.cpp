@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <vector>
 
 using namespace zeb;
@@ -13,20 +12,9 @@ namespace
 class SampleTest : public testing::Test
 {
 protected:
-    // Adds a surface that covers the sample.
-    bool hit(float z, const Color& color, const Color& opacity, bool matte = false)
+    void hit(float z, const Color& color, const Color& opacity, bool matte = false)
     {
-        auto attrib = std::make_shared<Attrib>();
-        attrib->matte = matte;
-        Grid grid(1, 1, attrib, Transform(), 1, false, false, ArgList());
-        for (int j = 0; j < 2; ++j) {
-            for (int i = 0; i < 2; ++i) {
-                grid.vertex(i, j).P = Point(static_cast<float>(i), static_cast<float>(j), z);
-                grid.vertex(i, j).Ci = color;
-                grid.vertex(i, j).Oi = opacity;
-            }
-        }
-        return sample.sample(MicroPolygon(grid), arena);
+        sample.add(SampleHit(double{z}, color, opacity, matte), arena);
     }
     std::vector<float> reds() const
     {
@@ -55,17 +43,10 @@ TEST_F(SampleTest, WithoutHitsItIsBlackAndFar)
     EXPECT_EQ(p.y, 0.5f);
 }
 
-TEST_F(SampleTest, AMissLeavesTheSampleAlone)
-{
-    sample.place(2, 2);
-    EXPECT_FALSE(hit(0.5f, gWhite, gWhite));
-    EXPECT_EQ(sample.hits().head(), nullptr);
-}
-
 TEST_F(SampleTest, HitsAreCompositedFrontToBack)
 {
-    EXPECT_TRUE(hit(0.75f, Color(1, 1, 1), gWhite));
-    EXPECT_TRUE(hit(0.25f, Color(1, 0, 0), Color(0.5f, 0.25f, 0)));
+    hit(0.75f, Color(1, 1, 1), gWhite);
+    hit(0.25f, Color(1, 0, 0), Color(0.5f, 0.25f, 0));
     const PackedSample p = sample.pack(1, true);
     EXPECT_EQ(p.color, Color(1, 0.75f, 1));
     EXPECT_NEAR(p.alpha, 1, 1e-6);

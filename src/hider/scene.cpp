@@ -191,9 +191,27 @@ bool Scene::culled(const Boundw& camera) const
            beyond(1, fYmin, -1);
 }
 
+// On the screen, with depths of the hider.
+Bound Scene::screenBound(const Boundw& camera, Boundw raster) const
+{
+    // So near the eye nothing is known of it.
+    if (raster.wmin < kEpsilon) return {};
+    raster.homogenize();
+    raster.zmin = -kInfinity;
+    raster.zmax = kInfinity;
+    if (!(camera.wmin > 0)) return raster;
+    const float zmin = camera.zmin / (camera.zmin > 0 ? camera.wmax : camera.wmin);
+    const float zmax = camera.zmax / (camera.zmax > 0 ? camera.wmin : camera.wmax);
+    const double room = depthRounding(zmin, zmax);
+    raster.zmin = fFrame->hiderDepth(static_cast<float>(double{zmin} - room));
+    raster.zmax = fFrame->hiderDepth(static_cast<float>(double{zmax} + room));
+    return raster;
+}
+
 // The first bucket counts from the centre of the first pixel, the last one from the edge of the
 // sample window: a primitive is filed where a filter of up to two pixels first needs it.
-void Scene::file(Primitive& primitive, const Boundw& raster, long& column, long& row) const
+void Scene::file(Primitive& primitive, const Boundw& camera, const Boundw& raster, long& column,
+                 long& row) const
 {
     const Option& option = fFrame->option;
     const float w1 = raster.wmin, w2 = raster.wmax;
@@ -209,7 +227,8 @@ void Scene::file(Primitive& primitive, const Boundw& raster, long& column, long&
     };
     column = first(raster.xmin, fXmin, option.filterXwidth, fBucketWidth, fColumn, fColumns);
     row = first(raster.ymin, fYmin, option.filterYwidth, fBucketHeight, fRow, fRows);
-    primitive.setFiled(w1 > 0 && raster.homogenizable(),
+    const bool front = w1 > 0 && raster.homogenizable();
+    primitive.setFiled(front, front ? screenBound(camera, raster) : Bound(), w1,
                        last(raster.xmax, fXmin, fBucketWidth, fColumns),
                        last(raster.ymax, fYmin, fBucketHeight, fRows));
 }
@@ -228,7 +247,7 @@ void Scene::add(std::unique_ptr<Primitive> primitive)
         return;
     }
     long column, row;
-    file(*primitive, raster, column, row);
+    file(*primitive, camera, raster, column, row);
     bucketAt(column, row).add(std::move(primitive));
 }
 
@@ -238,74 +257,72 @@ void Scene::giveUp(const Primitive& primitive)
     error(kRange, kWarning, "surface takes too many splits, parts are coarse or missing");
 }
 
-void Scene::dice(const Primitive& primitive, const Dicing& dicing)
+// The column starts at the current one in later rows too: work only moves forward.
+void Scene::dice(std::unique_ptr<Primitive> primitive, const Dicing& dicing)
 {
-    const std::shared_ptr<Grid> grid = primitive.dice(dicing);
+    const long lastX = primitive->lastBucketX(), lastY = primitive->lastBucketY();
+    const bool bounded = primitive->attrib().objectBound.finite;
+    const auto piece = std::make_shared<Piece>(std::move(primitive), dicing);
+    ++fScratch.counts.pieces;
+    // What the host says of an object's size may be wrong: only the grid tells where it is.
+    if (fFrame->plain || bounded) piece->dice(fScratch.counts);
+    if (fFrame->plain) piece->grid()->shade();
     const Option& option = fFrame->option;
-    const bool depthOnly = option.depth && !option.rgb && !option.alpha;
-    if (!depthOnly && !grid->fAttrib->matte) grid->shade(*fFrame);
-    grid->project(*fFrame);
-    ++fCounts.grids;
-    for (int j = 0; j < grid->fVSize; ++j) {
-        fCounts.micropolygons += static_cast<std::uint64_t>(grid->cellCount(j));
-    }
-    // The column starts at the current one in later rows too: work only moves forward. Buckets that
-    // the grid itself does not reach, unlike the primitive's bound, are spared it.
-    const Bound& box = grid->bound();
-    const float room = Seams::reach(*grid) + 1;
-    const auto first = [room](float min, float windowMin, float width, long size, long current) {
-        return std::max(bucketOf(min - room, windowMin + width, size) - 1, current);
+    const Bound& box = piece->box();
+    const auto first = [](float min, float windowMin, float width, long size, long current) {
+        return std::max(bucketOf(min, windowMin + width, size) - 1, current);
     };
-    const auto last = [room](float max, float windowMin, long size, long bound) {
-        return std::min(bucketOf(max + room, windowMin, size) + 1, bound);
+    const auto last = [](float max, float windowMin, long size, long bound) {
+        return std::min(bucketOf(max, windowMin, size) + 1, bound);
     };
     const long column0 = first(box.xmin, fXmin, option.filterXwidth, fBucketWidth, fColumn);
     const long row0 = first(box.ymin, fYmin, option.filterYwidth, fBucketHeight, fRow);
-    const long column1 = last(box.xmax, fXmin, fBucketWidth, primitive.lastBucketX());
-    const long row1 = last(box.ymax, fYmin, fBucketHeight, primitive.lastBucketY());
+    const long column1 = last(box.xmax, fXmin, fBucketWidth, lastX);
+    const long row1 = last(box.ymax, fYmin, fBucketHeight, lastY);
     for (long row = row0; row <= row1; ++row) {
         for (long column = column0; column <= column1; ++column) {
-            bucketAt(column, row).add(grid);
+            bucketAt(column, row).add(piece);
         }
     }
 }
 
 void Scene::process(std::unique_ptr<Primitive> primitive)
 {
-    const AttribNamesScope names(primitive->attrib().object.text(),
-                                 primitive->attrib().group.text());
+    const std::shared_ptr<PrimitiveCommon> common = primitive->shareCommon();
+    const Attrib& attrib = *common->fAttrib;
+    const AttribNamesScope names(attrib.object.text(), attrib.group.text());
     Dicing dicing{*fFrame};
     if (primitive->front() && primitive->diceable(dicing)) {
-        dice(*primitive, dicing);
+        dice(std::move(primitive), dicing);
     } else if (!primitive->canSplit()) {
         giveUp(*primitive);
     } else if (primitive->mayStillSplit(*fFrame, pixels())) {
         primitive->split(*this);
     } else {
-        finish(*primitive);
+        finish(std::move(primitive));
     }
 }
 
 // Of a surface that has taken many splits. At the edge of a very wide view or near a pole these
 // leave slivers: how even their grids are matters no more, and they are split across.
-void Scene::finish(Primitive& primitive)
+void Scene::finish(std::unique_ptr<Primitive> primitive)
 {
     Dicing dicing{*fFrame};
     dicing.even = false;
-    const float size = kLarge * primitive.dicingLimit(*fFrame, -1);
-    if (!primitive.keepsRest()) {
-        giveUp(primitive);
-    } else if (primitive.front() && primitive.diceable(dicing, size)) {
-        dice(primitive, dicing);
-    } else if (primitive.mayStillSplitAcross()) {
-        if (primitive.front()) {
-            primitive.splitAcross(*this, *fFrame);
+    const float size = kLarge * primitive->dicingLimit(*fFrame, -1);
+    if (!primitive->keepsRest()) {
+        giveUp(*primitive);
+    } else if (primitive->front() && primitive->diceable(dicing, size)) {
+        dice(std::move(primitive), dicing);
+    } else if (primitive->mayStillSplitAcross()) {
+        if (primitive->front()) {
+            primitive->splitAcross(*this, *fFrame);
         } else {
-            primitive.split(*this);
+            primitive->split(*this);
         }
     } else {
-        giveUp(primitive);
-        if (primitive.front()) dice(primitive, Dicing{*fFrame, kCoarse, kCoarse});
+        giveUp(*primitive);
+        if (primitive->front()) dice(std::move(primitive), Dicing{*fFrame, kCoarse, kCoarse});
     }
 }
 
@@ -357,7 +374,7 @@ void Scene::renderNext()
         ++fRow;
     }
     bucket->render(*gDisplay, fScratch);
-    fCounts.samples = fScratch.samples;
+    fCounts = fScratch.counts;
     bucket.reset();
     ++fDone;
     updateWindows();

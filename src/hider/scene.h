@@ -75,9 +75,6 @@ public:
 
     void define(Object* object) { fDefining = object; }
     // What the picture has taken so far; kept until the next one begins.
-    struct Counts {
-        std::uint64_t grids = 0, micropolygons = 0, samples = 0;
-    };
     const Counts& counts() const { return fCounts; }
 
     // What the buckets are laid out for; null without buckets.
@@ -92,15 +89,18 @@ private:
     // than there may be.
     void limitSamples(Option& option);
     bool culled(const Boundw& camera) const;
-    void file(Primitive& primitive, const Boundw& raster, long& column, long& row) const;
+    void file(Primitive& primitive, const Boundw& camera, const Boundw& raster, long& column,
+              long& row) const;
+    Bound screenBound(const Boundw& camera, Boundw raster) const;
     Bucket& bucketAt(long column, long row);
     std::unique_ptr<Bucket> makeBucket(long column, long row) const;
     // May throw Cancelled.
     void renderNext();
     void tellProgress();
     void process(std::unique_ptr<Primitive> primitive);
-    void finish(Primitive& primitive);
-    void dice(const Primitive& primitive, const Dicing& dicing);
+    void finish(std::unique_ptr<Primitive> primitive);
+    // Files what becomes one grid.
+    void dice(std::unique_ptr<Primitive> primitive, const Dicing& dicing);
     void giveUp(const Primitive& primitive);
     // Of the crop window.
     double pixels() const

@@ -21,9 +21,9 @@ constexpr float kRounding = 1.0f / 64;
 
 double depthRoom(const Bound& bound) { return double{bound.zmax} - double{bound.zmin}; }
 
-float longestSide(const Grid& grid)
+float longestSide(const Attrib& attrib)
 {
-    return std::max(grid.fAttrib->micropolygonSide, Primitive::kMinSide);
+    return std::max(attrib.micropolygonSide, Primitive::kMinSide);
 }
 
 // How far gaps reach from a side of n steps from the vertex (i, j): as far as its chords, and
@@ -31,13 +31,13 @@ float longestSide(const Grid& grid)
 // Where a side is a single chord nothing is known of its curve but what it was diced for.
 float reachOf(const Grid& grid, int i, int j, int di, int dj, int n)
 {
-    const float longest = longestSide(grid), most = Seams::reach(grid);
+    const float longest = longestSide(*grid.fAttrib), most = Seams::reach(*grid.fAttrib);
     if (n < 2) return most;
     float bend = 0, shortest = kInfinity;  // squared
     for (int k = 1; k < n; ++k) {
-        const Point& p = grid.vertex(i + (k - 1) * di, j + (k - 1) * dj).P;
-        const Point& q = grid.vertex(i + k * di, j + k * dj).P;
-        const Point& r = grid.vertex(i + (k + 1) * di, j + (k + 1) * dj).P;
+        const Point& p = grid.raster(i + (k - 1) * di, j + (k - 1) * dj);
+        const Point& q = grid.raster(i + k * di, j + k * dj);
+        const Point& r = grid.raster(i + (k + 1) * di, j + (k + 1) * dj);
         const float x = p.x - 2 * q.x + r.x, y = p.y - 2 * q.y + r.y;
         bend = std::max(bend, x * x + y * y);
         for (const Point* end : {&p, &r}) {
@@ -59,15 +59,15 @@ bool positive(const Grid& grid, double facing)
 
 }  // namespace
 
-float Seams::reach(const Grid& grid)
+float Seams::reach(const Attrib& attrib)
 {
-    return std::min(0.5f * longestSide(grid), 2 * grid.fAttrib->flatnessLimit) + kRounding;
+    return std::min(0.5f * longestSide(attrib), 2 * attrib.flatnessLimit) + kRounding;
 }
 
 Bound Seams::Side::bound() const
 {
-    const auto [x0, x1] = std::minmax(a->P.x, b->P.x);
-    const auto [y0, y1] = std::minmax(a->P.y, b->P.y);
+    const auto [x0, x1] = std::minmax(a->x, b->x);
+    const auto [y0, y1] = std::minmax(a->y, b->y);
     return {x0 - reach, x1 + reach, y0 - reach, y1 + reach, 0, 0};
 }
 
@@ -119,37 +119,39 @@ void Seams::addSide(const Grid& grid, int edge, int i, int j, int first, std::ui
                     float reach)
 {
     const int second = (first + 1) % 4;
-    fSides.push_back({&grid, edge, i, j, first, &grid.vertex(i + kAcross[first], j + kDown[first]),
-                      &grid.vertex(i + kAcross[second], j + kDown[second]), reach, line});
+    fSides.push_back({&grid, edge, i, j, first, &grid.raster(i + kAcross[first], j + kDown[first]),
+                      &grid.raster(i + kAcross[second], j + kDown[second]), reach, line});
 }
 
-void Seams::look(const Side& side, const Sample& sample, Near*& list) const
+bool Seams::look(const Side& side, float x, float y, Near& near) const
 {
-    const Point &a = side.a->P, &b = side.b->P;
+    const Point &a = *side.a, &b = *side.b;
     const double ex = double{b.x} - double{a.x}, ey = double{b.y} - double{a.y};
-    const double px = double{sample.x} - double{a.x}, py = double{sample.y} - double{a.y};
+    const double px = double{x} - double{a.x}, py = double{y} - double{a.y};
     const double cross = ex * py - ey * px, squared = ex * ex + ey * ey;
     const double reach = side.reach;
-    if (cross * cross > reach * reach * squared || squared == 0) return;
+    if (cross * cross > reach * reach * squared || squared == 0) return false;
     const double place = (ex * px + ey * py) / squared, along = std::clamp(place, 0.0, 1.0);
     const double distance = std::hypot(px - along * ex, py - along * ey);
-    if (distance > reach) return;
+    if (distance > reach) return false;
     MicroPolygon cell(*side.grid);
     cell.place(side.i, side.j);
     const Bound bound = cell.bound();
     const double facing = cell.znormal();
-    if (bound.zmax < 0 || double{bound.zmin} > fDepthOne || nearZero(facing)) return;
-    if (facing > 0 && side.grid->fAttrib->sides <= 1) return;
+    if (bound.zmax < 0 || double{bound.zmin} > fDepthOne || nearZero(facing)) return false;
+    if (facing > 0 && side.grid->fAttrib->sides <= 1) return false;
     // The cell lies to the left of the way round it where its trapezoids sum up to less than 0.
     const double sign = positive(*side.grid, facing) ? -1 : 1;
-    const Vertex* end = place < 0 ? side.a : place > 1 ? side.b : nullptr;
+    const Point* end = place < 0 ? side.a : place > 1 ? side.b : nullptr;
     const auto between = [along](double from, double to) { return from + along * (to - from); };
     const int first = side.first, second = (first + 1) % 4;
     const bool outside = cross * sign<0, away = facing> 0;
     const auto s = static_cast<float>(between(kAcross[first], kAcross[second]));
     const auto t = static_cast<float>(between(kDown[first], kDown[second]));
-    list = fArena.make<Near>(side, outside, end, ex * sign, ey * sign, distance, s, t,
-                             between(a.z, b.z), depthRoom(bound), away, list);
+    near = {side,     outside,  end, ex * sign,         ey * sign,
+            distance, s,        t,   between(a.z, b.z), depthRoom(bound),
+            away,     near.next};
+    return true;
 }
 
 namespace
@@ -207,7 +209,7 @@ bool isEnd(const Grid& grid, int edge, const Point& place)
     const auto isCorner = [&](int corner) {
         // The third corner of a triangle stands for two of a rectangle.
         const bool across = grid.fTriangular ? corner == 1 : kAcross[corner] != 0;
-        return samePlace(grid.vertex(across ? grid.fUSize : 0, kDown[corner] ? grid.fVSize : 0).P,
+        return samePlace(grid.raster(across ? grid.fUSize : 0, kDown[corner] ? grid.fVSize : 0),
                          place);
     };
     return isCorner(edge) || isCorner((edge + 1) % 4);
@@ -220,7 +222,7 @@ void dropLoneEnds(Seams::Near*& list)
     const auto goesOn = [&list](const Seams::Near& near) {
         for (const Seams::Near* other = list; other; other = other->next) {
             if (other != &near && other->end && other->side.line == near.side.line &&
-                samePlace(other->end->P, near.end->P)) {
+                samePlace(*other->end, *near.end)) {
                 return true;
             }
         }
@@ -229,7 +231,7 @@ void dropLoneEnds(Seams::Near*& list)
     // What goes is nothing that another goes on with: it would go on with that one, too.
     for (Seams::Near** place = &list; *place;) {
         const Seams::Near& near = **place;
-        if (near.end && isEnd(*near.side.grid, near.side.edge, near.end->P) && !goesOn(near)) {
+        if (near.end && isEnd(*near.side.grid, near.side.edge, *near.end) && !goesOn(near)) {
             *place = near.next;
         } else {
             place = &(*place)->next;
@@ -243,24 +245,30 @@ bool match(const Seams::Near& a, const Seams::Near& b)
     // Beyond ends of both lies what an outline turns round. Grids that only end together have the
     // line in common, but no part of it.
     if (a.end && b.end) return false;
-    if (a.end && isEnd(*b.side.grid, b.side.edge, a.end->P)) return false;
-    if (b.end && isEnd(*a.side.grid, a.side.edge, b.end->P)) return false;
+    if (a.end && isEnd(*b.side.grid, b.side.edge, *a.end)) return false;
+    if (b.end && isEnd(*a.side.grid, a.side.edge, *b.end)) return false;
     return a.side.line == b.side.line && a.dx * b.dx + a.dy * b.dy < 0 &&
            sameLayer(a, b, a.room + b.room);
 }
 
 }  // namespace
 
-// Whether the sample hits the layer that a gap is in.
-bool Seams::covered(const Sample& sample, const Near& near, double room, const Grids& grids) const
+bool Seams::covers(const MicroPolygon& cell, float s, float t, const Near& near, double room)
 {
-    for (const auto& grid : grids) {
-        if (grid->fSeq != near.side.grid->fSeq) continue;
+    const double apart = std::fabs(cell.depthAt(s, t) - near.depth);
+    return apart <= room + depthRoom(cell.bound());
+}
+
+// Whether the sample hits the layer that a gap is in.
+bool Seams::covered(float x, float y, const Near& near, double room, const Pieces& pieces)
+{
+    for (const Piece* piece : pieces) {
+        const Grid* const grid = piece->grid();
+        if (!grid || grid->fSeq != near.side.grid->fSeq) continue;
         MicroPolygon cell(*grid);
         for (int j = 0; j < grid->fVSize; ++j) {
             const Bound &upper = grid->rowBound(j), &lower = grid->rowBound(j + 1);
-            if (sample.y < std::min(upper.ymin, lower.ymin) ||
-                sample.y > std::max(upper.ymax, lower.ymax)) {
+            if (y < std::min(upper.ymin, lower.ymin) || y > std::max(upper.ymax, lower.ymax)) {
                 continue;
             }
             for (int i = 0; i < grid->cellCount(j); ++i) {
@@ -268,28 +276,29 @@ bool Seams::covered(const Sample& sample, const Near& near, double room, const G
                 const double facing = cell.znormal();
                 float s, t;
                 if (nearZero(facing) || (facing > 0) != near.away) continue;
-                if (!cell.locate(sample.x, sample.y, s, t)) continue;
-                const double apart = std::fabs(cell.depthAt(s, t) - near.depth);
-                if (apart <= room + depthRoom(cell.bound())) return true;
+                if (cell.locate(x, y, s, t) && covers(cell, s, t, near, room)) return true;
             }
         }
     }
     return false;
 }
 
-void Seams::close(Sample& sample, Near* list, const Grids& grids) const
+Seams::Near* Seams::candidates(Near* list)
 {
-    if (!list || !list->next) return;
     // Surfaces that had to be given up pile up sides; pairing them would take forever.
     constexpr int kMostSides = 64;
     int count = 0;
-    for (const Near* near = list; near; near = near->next) {
-        if (++count > kMostSides) return;
-    }
+    for (const Near* near = list; near; near = near->next) ++count;
+    if (count < 2 || count > kMostSides) return nullptr;
     list = outsideOnly(list);
     dropLoneEnds(list);
-    // Of all pairs, the one with the nearest side; then those of other layers.
+    return list;
+}
+
+const Seams::Near* Seams::nextGap(float x, float y, Near*& list, const Pieces& pieces)
+{
     while (list && list->next) {
+        // Of all pairs, the one with the nearest side.
         const Near *nearer = nullptr, *other = nullptr;
         for (const Near* a = list; a; a = a->next) {
             if (nearer && nearer->distance <= a->distance) continue;
@@ -299,25 +308,18 @@ void Seams::close(Sample& sample, Near* list, const Grids& grids) const
                 other = b;
             }
         }
-        if (!nearer) return;
+        if (!nearer) return nullptr;
         const double room = nearer->room + other->room;
-        if (!covered(sample, *nearer, room, grids)) {
-            MicroPolygon cell(*nearer->side.grid, fBySequence);
-            cell.place(nearer->side.i, nearer->side.j);
-            const float s = nearer->s, t = nearer->t;
-            sample.add(SampleHit(cell.orderAt(s, t), cell.colorAt(s, t), cell.opacityAt(s, t),
-                                 cell.grid().fAttrib->matte),
-                       fArena);
-        }
-        const Near layer = *nearer;
         for (Near** place = &list; *place;) {
-            if (sameLayer(layer, **place, room + (*place)->room)) {
+            if (sameLayer(*nearer, **place, room + (*place)->room)) {
                 *place = (*place)->next;
             } else {
                 place = &(*place)->next;
             }
         }
+        if (!covered(x, y, *nearer, room, pieces)) return nearer;
     }
+    return nullptr;
 }
 
 }  // namespace zeb

@@ -1,17 +1,17 @@
 // Closes the gaps between the grids of one surface.
 #pragma once
 
-#include <memory>
 #include <vector>
 
-#include "hider/sample.h"
-#include "util/list.h"
+#include "hider/micropolygon.h"
+#include "hider/piece.h"
+#include "util/arena.h"
 
 namespace zeb
 {
 
-// Of one bucket. A grid goes with the last bucket that it was handed to.
-using Grids = List<std::shared_ptr<const Grid>>;
+// Of one bucket, in the order that decides among surfaces of equal depth.
+using Pieces = std::vector<Piece*>;
 
 // Two grids that meet along a line follow it with chords of their own, as long as their
 // micropolygons are; where these differ, samples between them would see through the surface. Such a
@@ -32,7 +32,7 @@ public:
         int edge;   // of the grid
         int i, j;   // the cell
         int first;  // its corner where the side begins, counted round the cell
-        const Vertex *a, *b;
+        const Point *a, *b;
         float reach;  // in pixels: how far from the side gaps can be
         std::uint32_t line;
 
@@ -42,9 +42,9 @@ public:
     // That a sample lies by a side.
     struct Near {
         Side side;
-        bool outside;       // of the surface there
-        const Vertex* end;  // that the sample lies beyond, if it does
-        double dx, dy;      // the way along the side that has the cell to its left
+        bool outside;      // of the surface there
+        const Point* end;  // that the sample lies beyond, if it does
+        double dx, dy;     // the way along the side that has the cell to its left
         double distance;
         float s, t;    // the place of the side nearest to the sample, in the cell
         double depth;  // there
@@ -54,20 +54,42 @@ public:
     };
 
     // In pixels: how far from a grid gaps can be.
-    static float reach(const Grid& grid);
+    static float reach(const Attrib& attrib);
     // Valid until the next call.
     const std::vector<Side>& sides(const Grid& grid);
-    // Adds to the list if the sample lies by the side.
-    void look(const Side& side, const Sample& sample, Near*& list) const;
-    // Adds a hit for every layer in a gap of which the sample lies, as its list tells.
-    void close(Sample& sample, Near* list, const Grids& grids) const;
+    // Whether the sample at (x, y) lies by the side; if so, how.
+    bool look(const Side& side, float x, float y, Near& near) const;
+    // Adds it to the list if so.
+    void look(const Side& side, float x, float y, Near*& list) const
+    {
+        Near near;
+        near.next = list;
+        if (look(side, x, y, near)) list = fArena.make<Near>(near);
+    }
+    // Whether a cell that the sample hits at (s, t) is of the layer that a gap there would be in.
+    static bool covers(const MicroPolygon& cell, float s, float t, const Near& near, double room);
+    // Calls add(cell, s, t) for every layer in a gap of which the sample lies, as its list tells.
+    template <class Add>
+    void close(float x, float y, Near* list, const Pieces& pieces, const Add& add) const
+    {
+        list = candidates(list);
+        while (const Near* gap = nextGap(x, y, list, pieces)) {
+            MicroPolygon cell(*gap->side.grid, fBySequence);
+            cell.place(gap->side.i, gap->side.j);
+            add(cell, gap->s, gap->t);
+        }
+    }
 
 private:
     void addSides(const Grid& grid);
     void addTriangleSides(const Grid& grid);
     void addSide(const Grid& grid, int edge, int i, int j, int first, std::uint32_t line,
                  float reach);
-    bool covered(const Sample& sample, const Near& near, double room, const Grids& grids) const;
+    // Those of a list that may lie by a gap.
+    static Near* candidates(Near* list);
+    // Takes the nearest gap that is still open out of a list, with all of its layer.
+    static const Near* nextGap(float x, float y, Near*& list, const Pieces& pieces);
+    static bool covered(float x, float y, const Near& near, double room, const Pieces& pieces);
 
     const bool fBySequence;
     const double fDepthOne;

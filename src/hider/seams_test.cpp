@@ -264,13 +264,14 @@ protected:
         for (int i = 0; i <= size; ++i) {
             const auto place = [&](int j, const zeb::Point& P) {
                 grid->vertex(i, j).P = P;
-                grid->vertex(i, j).Oi = zeb::Color(0.5f, 0.5f, 0.5f);
+                grid->setOpacity(i, j, zeb::Color(0.5f, 0.5f, 0.5f));
             };
             place(0, top[static_cast<std::size_t>(i)]);
             place(1, bottom[static_cast<std::size_t>(i)]);
         }
         grid->project(zeb::RenderFrame(option, zeb::Matrix()));
-        grids.add(grid);
+        owned.push_back(std::make_unique<zeb::Piece>(grid));
+        pieces.insert(pieces.begin(), owned.back().get());
         return *grid;
     }
     // Two squares that are half a pixel apart, with a line between them.
@@ -285,23 +286,22 @@ protected:
     {
         zeb::Arena arena;
         zeb::Seams seams(false, 1, arena);
-        zeb::Sample sample;
-        sample.place(x, y);
         zeb::Seams::Near* near = nullptr;
-        for (const auto& grid : grids) {
-            for (const zeb::Seams::Side& side : seams.sides(*grid)) {
-                for (int k = 0; k < times; ++k) seams.look(side, sample, near);
+        for (const zeb::Piece* piece : pieces) {
+            for (const zeb::Seams::Side& side : seams.sides(*piece->grid())) {
+                for (int k = 0; k < times; ++k) seams.look(side, x, y, near);
             }
         }
-        seams.close(sample, near, grids);
         int count = 0;
-        for (const auto* node = sample.hits().head(); node; node = node->next) ++count;
+        seams.close(x, y, near, pieces,
+                    [&count](const zeb::MicroPolygon&, float, float) { ++count; });
         return count;
     }
 
     std::shared_ptr<zeb::Attrib> attrib = std::make_shared<zeb::Attrib>();
     zeb::Option option;
-    zeb::Grids grids;
+    std::vector<std::unique_ptr<zeb::Piece>> owned;
+    zeb::Pieces pieces;
 };
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include <thread>
 #include <vector>
 
-#include "hider/sample.h"
+#include "hider/hits.h"
 #include "shade/surface.h"
 #include "shade/volume.h"
 #include "state/quark.h"
@@ -55,19 +55,24 @@ protected:
     std::vector<PackedSample> render(float z, const RenderFrame& frame) const
     {
         const auto grid = make(z);
-        grid->shade(frame);
         grid->project(frame);
+        grid->shadeOnDemand(frame);
         Arena arena;
-        std::vector<Sample> samples(64);
+        const Hits hits(frame, false, arena);
+        std::vector<SamplePoint> samples(64);
         for (std::size_t k = 0; k < samples.size(); ++k) {
-            samples[k].place(static_cast<float>(k % 8) + 0.5f, static_cast<float>(k / 8) + 0.5f);
+            samples[k].x = static_cast<float>(k % 8) + 0.5f;
+            samples[k].y = static_cast<float>(k / 8) + 0.5f;
         }
         GridIterator cells(*grid);
         while (const MicroPolygon* cell = cells++) {
-            for (Sample& sample : samples) sample.sample(*cell, arena);
+            for (SamplePoint& sample : samples) {
+                float s, t;
+                if (cell->locate(sample.x, sample.y, s, t)) hits.add(sample, *cell, s, t, 0);
+            }
         }
         std::vector<PackedSample> packed;
-        for (const Sample& sample : samples) packed.push_back(sample.pack(frame.depthScale, true));
+        for (const SamplePoint& sample : samples) packed.push_back(hits.resolve(sample));
         return packed;
     }
 

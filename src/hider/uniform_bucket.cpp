@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 
 #include "geom/grid.h"
@@ -40,6 +41,13 @@ Bound edgeBound(const Point& a, const Point& b)
             most(a.y, b.y),  least(a.z, b.z), most(a.z, b.z)};
 }
 
+// What orders the hits of cells within a box is at least this.
+SampleOrder leastOf(const Bound& box, const MicroPolygon& cell)
+{
+    if (cell.bySequence()) return cell.orderAt(0, 0);
+    return double{box.zmin} - depthRounding(box.zmin, box.zmax);
+}
+
 // The first index at or after a place, and the last at or before it, as far as there are any. Every
 // cell asks four times: the library's own rounding would take a tenth of the picture.
 long first(float place, long count)
@@ -66,7 +74,10 @@ void UniformBucket::placeSamples(const Window& window, Arena& arena)
     fJitter = option.jitter / option.xsamples * 0.5f;
     fColumns = static_cast<long>(std::ceil((window.xmax - window.xmin) * option.xsamples));
     fRows = static_cast<long>(std::ceil((window.ymax - window.ymin) * option.ysamples));
-    fSamples = arena.array<Sample>(static_cast<std::size_t>(fColumns * fRows));
+    fSamples = arena.array<SamplePoint>(static_cast<std::size_t>(fColumns * fRows));
+    fTileColumns = (fColumns + kTile - 1) / kTile;
+    fTiles =
+        arena.array<Tile>(static_cast<std::size_t>(fTileColumns * ((fRows + kTile - 1) / kTile)));
     for (long j = 0; j < fRows; ++j) {
         const double y = (static_cast<double>(j) + 0.5) / yrate + double{window.ymin};
         for (long i = 0; i < fColumns; ++i) {
@@ -74,94 +85,238 @@ void UniformBucket::placeSamples(const Window& window, Arena& arena)
             Random random(placeSeed(x, y));
             const double dx = (random.unit() - 0.5) * fJitter;
             const double dy = (random.unit() - 0.5) * fJitter;
-            at(i, j).place(static_cast<float>(x + dx), static_cast<float>(y + dy));
+            at(i, j).x = static_cast<float>(x + dx);
+            at(i, j).y = static_cast<float>(y + dy);
         }
     }
 }
 
-// Calls visit(index) for every sample in the box.
-template <class Visit>
-void UniformBucket::eachSample(const Bound& bound, const Window& window, const Visit& visit) const
+UniformBucket::Range UniformBucket::samplesIn(const Bound& box, const Window& window) const
 {
     const float xrate = fFrame.option.xsamples, yrate = fFrame.option.ysamples;
-    const long i0 = first((bound.xmin - window.xmin - fJitter) * xrate - 0.5f, fColumns);
-    const long i1 = last((bound.xmax - window.xmin + fJitter) * xrate - 0.5f, fColumns);
-    const long j0 = first((bound.ymin - window.ymin - fJitter) * yrate - 0.5f, fRows);
-    const long j1 = last((bound.ymax - window.ymin + fJitter) * yrate - 0.5f, fRows);
-    for (long j = j0; j <= j1; ++j) {
-        for (long i = i0; i <= i1; ++i) {
+    return {first((box.xmin - window.xmin - fJitter) * xrate - 0.5f, fColumns),
+            last((box.xmax - window.xmin + fJitter) * xrate - 0.5f, fColumns),
+            first((box.ymin - window.ymin - fJitter) * yrate - 0.5f, fRows),
+            last((box.ymax - window.ymin + fJitter) * yrate - 0.5f, fRows)};
+}
+
+// Calls visit(index) for every sample in the box.
+template <class Visit>
+void UniformBucket::eachSample(const Bound& box, const Window& window, const Visit& visit) const
+{
+    const Range range = samplesIn(box, window);
+    for (long j = range.j0; j <= range.j1; ++j) {
+        for (long i = range.i0; i <= range.i1; ++i) {
             const long k = j * fColumns + i;
-            const Sample& sample = fSamples[k];
-            const bool apart = sample.x < bound.xmin || sample.x > bound.xmax ||
-                               sample.y < bound.ymin || sample.y > bound.ymax;
+            const SamplePoint& sample = fSamples[k];
+            const bool apart = sample.x < box.xmin || sample.x > box.xmax || sample.y < box.ymin ||
+                               sample.y > box.ymax;
             if (!apart) visit(k);
         }
     }
 }
 
-void UniformBucket::generate(const Window& window, BucketScratch& scratch)
+bool UniformBucket::hidden(const Bound& box, SampleOrder least, const Window& window)
+{
+    if (!fCovered) return false;
+    const Range range = samplesIn(box, window);
+    for (long tj = range.j0 / kTile; tj * kTile <= range.j1; ++tj) {
+        for (long ti = range.i0 / kTile; ti * kTile <= range.i1; ++ti) {
+            Tile& tile = fTiles[tj * fTileColumns + ti];
+            if (!tile.known) {
+                tile = {-std::numeric_limits<SampleOrder>::infinity(), true};
+                const long i1 = std::min((ti + 1) * kTile, fColumns);
+                const long j1 = std::min((tj + 1) * kTile, fRows);
+                for (long j = tj * kTile; j < j1; ++j) {
+                    for (long i = ti * kTile; i < i1; ++i) {
+                        tile.most = std::max(tile.most, at(i, j).cover);
+                    }
+                }
+            }
+            if (!(tile.most < least)) return false;
+        }
+    }
+    return true;
+}
+
+void UniformBucket::generate(const Pieces& pieces, const Window& window, BucketScratch& scratch)
 {
     Arena& arena = scratch.arena;
     placeSamples(window, arena);
     const auto count = static_cast<std::size_t>(fColumns * fRows);
-    for (const auto& grid : fGrids) sampleGrid(*grid, window, arena);
-    if (fFrame.option.closeSeams) closeSeams(window, arena);
-    fGrids.flush();
+    const Hits hits = this->hits(pieces, arena);
+    hide(pieces, hits, window, scratch.counts);
+    if (fFrame.option.closeSeams) closeSeams(pieces, hits, window, scratch);
     // A sample serves every pixel its position is within reach of: it is resolved once.
-    scratch.samples += count;
+    scratch.counts.samples += count;
     fPacked = arena.array<PackedSample>(count);
     for (std::size_t k = 0; k < count; ++k) {
         checkCancelled();
-        fPacked[k] = fSamples[k].pack(fFrame.depthScale, fFrame.option.quirks);
+        fPacked[k] = hits.resolve(fSamples[k]);
     }
 }
 
-void UniformBucket::sampleGrid(const Grid& grid, const Window& window, Arena& arena)
+// The nearest first: what they hide is not diced.
+void UniformBucket::hide(const Pieces& pieces, const Hits& hits, const Window& window,
+                         Counts& counts)
+{
+    struct Entry {
+        SampleOrder least;
+        std::uint32_t rank;
+    };
+    std::vector<Entry> order;
+    order.reserve(pieces.size());
+    for (std::uint32_t k = 0; k < pieces.size(); ++k) {
+        const Bound& box = pieces[k]->box();
+        const bool beside = window.misses(box) && !fFrame.plain;
+        if (!beside) order.push_back({pieces[k]->least(fFrame), k});
+    }
+    std::sort(order.begin(), order.end(), [](const Entry& a, const Entry& b) {
+        return a.least != b.least ? a.least < b.least : a.rank < b.rank;
+    });
+    for (const Entry& entry : order) {
+        checkCancelled();
+        Piece& piece = *pieces[entry.rank];
+        if (!hidden(piece.box(), entry.least, window)) {
+            hideGrid(piece.dice(counts), entry.rank, hits, window, counts);
+        }
+    }
+}
+
+void UniformBucket::hideGrid(const Grid& grid, std::uint32_t rank, const Hits& hits,
+                             const Window& window, Counts& counts)
 {
     const AttribNamesScope names(grid.fAttrib->object.text(), grid.fAttrib->group.text());
     const auto outside = [&](const Bound& b) {
         return window.misses(b) || b.zmax < 0 || b.zmin > fFrame.depthScale;
     };
+    // Most of what is transparent is seen, and at hand now.
+    const Color* const opacity = grid.uniformOpacity();
+    if (!opacity || *opacity != gWhite) grid.shade();
     MicroPolygon cell(grid, fBySequence);
     for (int j = 0; j < grid.fVSize; ++j) {
         checkCancelled();
-        if (outside(joined(grid.rowBound(j), grid.rowBound(j + 1)))) continue;
+        const Bound row = joined(grid.rowBound(j), grid.rowBound(j + 1));
+        if (outside(row) || hidden(row, leastOf(row, cell), window)) continue;
         const int count = grid.cellCount(j);
-        const Vertex *upper = &grid.vertex(0, j), *lower = &grid.vertex(0, j + 1);
-        Bound left = edgeBound(upper[0].P, lower[0].P);
+        const Point *upper = &grid.raster(0, j), *lower = &grid.raster(0, j + 1);
+        Bound left = edgeBound(upper[0], lower[0]);
         for (int i = 0; i < count; ++i) {
-            const Bound right = edgeBound(upper[i + 1].P, lower[i + 1].P);
+            const Bound right = edgeBound(upper[i + 1], lower[i + 1]);
             const Bound bound = joined(left, right);
             left = right;
             if (outside(bound)) continue;
             cell.place(i, j);
-            const double facing = cell.znormal();
-            if (nearZero(facing) || culled(grid, facing)) continue;
-            eachSample(bound, window, [&](long k) { fSamples[k].sample(cell, arena); });
+            hideCell(cell, bound, rank, hits, window, counts);
         }
     }
 }
 
-void UniformBucket::closeSeams(const Window& window, Arena& arena)
+void UniformBucket::hideCell(MicroPolygon& cell, const Bound& bound, std::uint32_t rank,
+                             const Hits& hits, const Window& window, Counts& counts)
 {
-    const auto count = static_cast<std::size_t>(fColumns * fRows);
+    const SampleOrder least = leastOf(bound, cell);
+    enum { kUnknown, kSeen, kTurnedAway } side = kUnknown;
+    eachSample(bound, window, [&](long k) {
+        SamplePoint& point = fSamples[k];
+        if (point.cover < least || side == kTurnedAway) return;
+        if (side == kUnknown) {
+            const double facing = cell.znormal();
+            side = nearZero(facing) || culled(cell.grid(), facing) ? kTurnedAway : kSeen;
+            if (side == kTurnedAway) return;
+        }
+        float s, t;
+        ++counts.tests;
+        if (!cell.locate(point.x, point.y, s, t)) return;
+        ++counts.hits;
+        const SampleOrder cover = point.cover;
+        hits.add(point, cell, s, t, rank);
+        if (point.cover < cover) {
+            tileOf(k).known = false;
+            fCovered = true;
+        }
+    });
+}
+
+// Only samples that may lie in a gap are looked at closely, and only there do hidden pieces count,
+// which may be on its other side.
+void UniformBucket::closeSeams(const Pieces& pieces, const Hits& hits, const Window& window,
+                               BucketScratch& scratch)
+{
+    checkCancelled();
+    Arena& arena = scratch.arena;
     Seams seams(fBySequence, fFrame.depthScale, arena);
-    struct Nearby {
-        Seams::Near* first = nullptr;
+    const std::vector<bool> open = openSamples(pieces, seams, window);
+    const auto isOpen = [&open](long k) { return open[static_cast<std::size_t>(k)]; };
+    const auto anyOpen = [&](const Range& range) {
+        for (long j = range.j0; j <= range.j1; ++j) {
+            for (long i = range.i0; i <= range.i1; ++i) {
+                if (isOpen(j * fColumns + i)) return true;
+            }
+        }
+        return false;
     };
-    Nearby* near = arena.array<Nearby>(count);
-    for (const auto& grid : fGrids) {
+    if (!anyOpen({0, fColumns - 1, 0, fRows - 1})) return;
+    auto* const near = arena.array<Seams::Near*>(open.size());
+    for (Piece* piece : pieces) {
         checkCancelled();
-        for (const Seams::Side& side : seams.sides(*grid)) {
-            const Bound box = side.bound();
-            if (window.misses(box)) continue;
-            eachSample(box, window, [&](long k) { seams.look(side, fSamples[k], near[k].first); });
+        if (!anyOpen(samplesIn(piece->box(), window))) continue;
+        for (const Seams::Side& side : seams.sides(piece->dice(scratch.counts))) {
+            eachSample(side.bound(), window, [&](long k) {
+                if (isOpen(k)) seams.look(side, fSamples[k].x, fSamples[k].y, near[k]);
+            });
         }
     }
-    for (std::size_t k = 0; k < count; ++k) {
+    constexpr std::uint32_t kLast = 0xFFFFFFFF;  // after all grids
+    for (long k = 0; k < fColumns * fRows; ++k) {
+        if (!near[k]) continue;
         checkCancelled();
-        seams.close(fSamples[k], near[k].first, fGrids);
+        SamplePoint& point = fSamples[k];
+        seams.close(point.x, point.y, near[k], pieces,
+                    [&](const MicroPolygon& cell, float s, float t) {
+                        hits.add(point, cell, s, t, kLast);
+                    });
     }
+}
+
+// Samples by a side that would be seen there, and hit nothing of its layer.
+std::vector<bool> UniformBucket::openSamples(const Pieces& pieces, Seams& seams,
+                                             const Window& window) const
+{
+    std::vector<bool> open(static_cast<std::size_t>(fColumns * fRows));
+    for (const Piece* piece : pieces) {
+        checkCancelled();
+        if (!piece->grid() || window.misses(piece->box())) continue;
+        for (const Seams::Side& side : seams.sides(*piece->grid())) {
+            const Bound box = side.bound();
+            if (window.misses(box)) continue;
+            eachSample(box, window, [&](long k) {
+                const auto n = static_cast<std::size_t>(k);
+                const SamplePoint& point = fSamples[k];
+                Seams::Near near;
+                if (open[n] || !seams.look(side, point.x, point.y, near)) return;
+                open[n] = fFrame.plain || (near.outside && !settled(point, near));
+            });
+        }
+    }
+    return open;
+}
+
+bool UniformBucket::settled(const SamplePoint& point, const Seams::Near& near) const
+{
+    MicroPolygon by(*near.side.grid, fBySequence);
+    by.place(near.side.i, near.side.j);
+    if (by.orderAt(near.s, near.t) > point.cover) return true;
+    for (const Hit* hit = point.latest; hit; hit = hit->earlier) {
+        if (hit->grid->fSeq != near.side.grid->fSeq) continue;
+        MicroPolygon cell(*hit->grid);
+        cell.place(hit->column, hit->row);
+        if ((cell.znormal() > 0) == near.away &&
+            Seams::covers(cell, hit->s, hit->t, near, near.room)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 // Calls visit(sample) for every sample that may lie within rx and ry of (x, y), and some more.

@@ -103,12 +103,6 @@ void expose(Color& c, float gain, float gamma)
     }
 }
 
-Color bilerp(float u, float v, const Color& a, const Color& b, const Color& c, const Color& d)
-{
-    return {bilerp(u, v, a.r, b.r, c.r, d.r), bilerp(u, v, a.g, b.g, c.g, d.g),
-            bilerp(u, v, a.b, b.b, c.b, d.b)};
-}
-
 Color barylerp(float u, float v, const Color& a, const Color& b, const Color& c)
 {
     return bilerp(u, v, a, b, c, c + b - a);

@@ -91,7 +91,11 @@ std::ostream& operator<<(std::ostream& stream, const Color& c);
 void expose(Color& c, float gain, float gamma);
 
 inline Color lerp(float t, const Color& a, const Color& b) { return (b - a) * t + a; }
-Color bilerp(float u, float v, const Color& a, const Color& b, const Color& c, const Color& d);
+inline Color bilerp(float u, float v, const Color& a, const Color& b, const Color& c,
+                    const Color& d)
+{
+    return lerp(v, lerp(u, a, b), lerp(u, c, d));
+}
 Color barylerp(float u, float v, const Color& a, const Color& b, const Color& c);
 Color trilerp(float u, float v, float w, const Color (&corners)[8]);
 Color spline(float t, long n, const Color* knots);

@@ -1,10 +1,11 @@
-// The pipeline that colours a grid: shading happens at its vertices or, under constant
-// interpolation, once a micropolygon.
+// Colours a grid: shading happens at its vertices or, under constant interpolation, once a
+// micropolygon.
 
 #include "geom/grid.h"
 #include "math/shading_math.h"
 #include "shade/surface.h"
 #include "shade/volume.h"
+#include "state/error.h"
 #include "state/quark.h"
 
 namespace zeb
@@ -29,17 +30,31 @@ Color clamped(const Color& c)
     return {clamp(c.r), clamp(c.g), clamp(c.b)};
 }
 
-class GridShader
+const ArgAssoc* firstOf(const ArgList& args, std::initializer_list<unsigned short> tokens)
+{
+    for (const unsigned short token : tokens) {
+        if (const ArgAssoc* assoc = args.find(token)) return assoc;
+    }
+    return nullptr;
+}
+
+const ArgAssoc* opacities(const Grid& grid)
+{
+    return firstOf(grid.fVertexArgs, {Quark::fVertexOpacity, kQOpacity});
+}
+
+class GridShader : public VertexShader
 {
 public:
-    GridShader(Grid& grid, const RenderFrame& frame)
+    GridShader(const Grid& grid, const RenderFrame& frame)
         : fGrid(grid),
           fAttrib(*grid.fAttrib),
+          fConstant(!grid.fSmooth),
           fPerspective(frame.option.perspective),
           fQuirks(frame.option.quirks),
           fNormal(grid.fVertexArgs.find(kQNormal)),
-          fColor(firstOf({Quark::fVertexColor, kQColor})),
-          fOpacity(firstOf({Quark::fVertexOpacity, kQOpacity})),
+          fColor(firstOf(grid.fVertexArgs, {Quark::fVertexColor, kQColor})),
+          fOpacity(opacities(grid)),
           fSurface(fAttrib.surfaceShader.get())
     {
         fPoint.lights = &fAttrib.lights;
@@ -54,53 +69,34 @@ public:
         fSurface = fOwn.get();
     }
 
-    void shadeVertices()
+    // Under constant shading derivatives are the sum of the corners', four times their mean:
+    // shaders are tuned to that scale.
+    Color color(int i, int j) override
     {
-        for (int j = 0; j <= fGrid.fVSize; ++j) {
-            const int count = fGrid.vertexCount(j);
-            for (int i = 0; i < count; ++i) {
-                Vertex& vertex = fGrid.vertex(i, j);
-                shade(vertex.P, vertex.dPdu, vertex.dPdv, static_cast<float>(i),
-                      static_cast<float>(j), vertex);
-            }
-        }
+        const AttribNamesScope names(fAttrib.object.text(), fAttrib.group.text());
+        place(i, j);
+        const Vertex& a = fGrid.vertex(i, j);
+        if (!fConstant) return shade(a.P, a.dPdu, a.dPdv);
+        const Vertex &b = fGrid.vertex(i + 1, j), &c = fGrid.vertex(i, j + 1),
+                     &d = fGrid.vertex(i + 1, j + 1);
+        return shade((a.P + b.P + c.P + d.P) * 0.25f, a.dPdu + b.dPdu + c.dPdu + d.dPdu,
+                     a.dPdv + b.dPdv + c.dPdv + d.dPdv);
     }
 
-    // The result goes to the micropolygon's first corner, where sampling looks for it. Derivatives
-    // are the sum of the corners', four times their mean: shaders are tuned to that scale.
-    void shadeCells()
+    Color opacity(int i, int j) override
     {
-        for (int j = 0; j < fGrid.fVSize; ++j) {
-            const int count = fGrid.cellCount(j);
-            for (int i = 0; i < count; ++i) {
-                Vertex& a = fGrid.vertex(i, j);
-                const Vertex& b = fGrid.vertex(i + 1, j);
-                const Vertex& c = fGrid.vertex(i, j + 1);
-                const Vertex& d = fGrid.vertex(i + 1, j + 1);
-                shade((a.P + b.P + c.P + d.P) * 0.25f, a.dPdu + b.dPdu + c.dPdu + d.dPdu,
-                      a.dPdv + b.dPdv + c.dPdv + d.dPdv, static_cast<float>(i) + 0.5f,
-                      static_cast<float>(j) + 0.5f, a);
-            }
-        }
+        place(i, j);
+        return opacity();
     }
 
 private:
-    const ArgAssoc* firstOf(std::initializer_list<unsigned short> tokens) const
-    {
-        for (const unsigned short token : tokens) {
-            if (const ArgAssoc* assoc = fGrid.fVertexArgs.find(token)) return assoc;
-        }
-        return nullptr;
-    }
-
-    void shade(const Point& P, const Point& dPdu, const Point& dPdv, float column, float row,
-               Vertex& result)
+    // At the parameters that place() set.
+    Color shade(const Point& P, const Point& dPdu, const Point& dPdv)
     {
         SurfacePoint& p = fPoint;
         p.P = P;
         p.dPdu = dPdu;
         p.dPdv = dPdv;
-        place(column, row);
         p.E = fPerspective ? gOrigin : Point(P.x, P.y, 0);
         p.I = P - p.E;
         p.Ng = rounded(Pointd(dPdu) ^ Pointd(dPdv));
@@ -108,32 +104,37 @@ private:
         p.N = fNormal ? interpolated<Point>(*fNormal, p.u, p.v,
                                             [&](long k) { return fNormal->point(k); })
                       : p.Ng;
-        p.Cs = fGrid.fColors.hasColor() ? fGrid.fColors.color(p.u, p.v)
-               : fColor                 ? variable(*fColor)
-                                        : fAttrib.surfaceColor;
-        p.Os = fGrid.fColors.hasOpacity() ? fGrid.fColors.opacity(p.u, p.v)
-               : fOpacity                 ? variable(*fOpacity)
-                                          : fAttrib.surfaceOpacity;
-        if (!fQuirks) p.Os = clamped(p.Os);
+        p.Cs = fGrid.fPieceColors.hasColor() ? fGrid.fPieceColors.color(p.u, p.v)
+               : fColor                      ? variable(*fColor)
+                                             : fAttrib.surfaceColor;
+        p.Os = opacity();
         if (fVarying) fParameters.bilerp(p.u, p.v, fGrid.fOtherArgs);
         fSurface->evaluate(p);
-        result.Ci = p.Ci;
-        result.Oi = p.Oi;
-        if (const Volume* atmosphere = fAttrib.atmosphereShader.get()) {
-            // The quirk: compositing multiplies by the opacity, the atmosphere's colour too.
-            VolumePoint seen{p.P, p.I, p.Ci, p.Oi, fQuirks ? gWhite : p.Oi};
-            atmosphere->evaluate(seen);
-            result.Ci = seen.Ci;
-            result.Oi = seen.Oi;
-        }
+        const Volume* atmosphere = fAttrib.atmosphereShader.get();
+        if (!atmosphere) return p.Ci;
+        // The quirk: compositing multiplies by the opacity, the atmosphere's colour too.
+        VolumePoint seen{p.P, p.I, p.Ci, p.Oi, fQuirks ? gWhite : p.Oi};
+        atmosphere->evaluate(seen);
+        return seen.Ci;
     }
 
-    // Sets the parameters of the point; those beyond a triangle's long side are folded back.
-    void place(float column, float row)
+    Color opacity() const
+    {
+        const SurfacePoint& p = fPoint;
+        const Color opacity = fGrid.fPieceColors.hasOpacity() ? fGrid.fPieceColors.opacity(p.u, p.v)
+                              : fOpacity                      ? variable(*fOpacity)
+                                                              : fAttrib.surfaceOpacity;
+        return fQuirks ? opacity : clamped(opacity);
+    }
+
+    // Sets the parameters of the point: of a vertex, or of the middle of the micropolygon that
+    // begins there. Those beyond a triangle's long side are folded back.
+    void place(int i, int j)
     {
         SurfacePoint& p = fPoint;
-        p.u = column / static_cast<float>(fGrid.fUSize);
-        p.v = row / static_cast<float>(fGrid.fVSize);
+        const float middle = fConstant ? 0.5f : 0;
+        p.u = (static_cast<float>(i) + middle) / static_cast<float>(fGrid.fUSize);
+        p.v = (static_cast<float>(j) + middle) / static_cast<float>(fGrid.fVSize);
         if (fGrid.fTransposed) std::swap(p.u, p.v);
         if (fGrid.fTriangular && p.u + p.v > 1) {
             if (fGrid.fVSize <= fGrid.fUSize) {
@@ -153,8 +154,9 @@ private:
                                    [&](long k) { return assoc.color(k); });
     }
 
-    Grid& fGrid;
+    const Grid& fGrid;
     const Attrib& fAttrib;
+    const bool fConstant;
     const bool fPerspective;
     const bool fQuirks;
     const ArgAssoc *fNormal, *fColor, *fOpacity;
@@ -167,14 +169,23 @@ private:
 
 }  // namespace
 
-void Grid::shade(const RenderFrame& frame)
+// Surfaces pass the opacity on that they are given, and atmospheres leave it alone: it is known
+// before anything is shaded.
+void Grid::shadeOnDemand(const RenderFrame& frame, std::uint64_t* shaded)
 {
-    GridShader shader(*this, frame);
-    if (fAttrib->interpolation == kConstantShading) {
-        shader.shadeCells();
-    } else {
-        shader.shadeVertices();
-    }
+    fFrame = &frame;
+    fShaded = shaded;
+    fShader.reset();
+    fColors = {};
+    fOpacities = {};
+    fOpacityVaries = fPieceColors.hasOpacity() || opacities(*this);
+    fOpacity = frame.option.quirks ? fAttrib->surfaceOpacity : clamped(fAttrib->surfaceOpacity);
+}
+
+VertexShader* Grid::shader() const
+{
+    if (!fShader && fFrame) fShader = std::make_unique<GridShader>(*this, *fFrame);
+    return fShader.get();
 }
 
 }  // namespace zeb

@@ -83,7 +83,12 @@ protected:
         }
         return *grid;
     }
-    void shade() { grid->shade(RenderFrame(option, Matrix())); }
+    void shade()
+    {
+        frame = std::make_unique<RenderFrame>(option, Matrix());
+        grid->shadeOnDemand(*frame);
+        grid->shade();
+    }
     template <std::size_t N>
     void give(unsigned short token, const float (&values)[N], const ArgCounts& counts)
     {
@@ -95,6 +100,7 @@ protected:
     std::shared_ptr<ProbeSurface> surface;
     std::shared_ptr<Attrib> attrib;
     Option option;
+    std::unique_ptr<RenderFrame> frame;
     ArgList args;
     std::unique_ptr<Grid> grid;
     zebtest::Reports reports;
@@ -110,8 +116,7 @@ TEST_F(GridShading, SmoothShadesEveryVertexRowByRow)
     EXPECT_EQ(seen[4].P, Point(1, 1, 10));
     EXPECT_EQ(seen[4].u, 0.5f);
     EXPECT_EQ(seen[4].v, 0.25f);
-    EXPECT_EQ(grid->vertex(1, 1).Ci, Color(5, 0.5f, 0.25f));
-    EXPECT_EQ(grid->vertex(1, 1).Oi, Color(0.5f, 0.25f, 0.125f));
+    EXPECT_EQ(grid->color(1, 1), Color(5, 0.5f, 0.25f));
 }
 
 TEST_F(GridShading, SurfaceColourAndOpacityComeFromTheAttributes)
@@ -275,8 +280,7 @@ TEST_F(GridShading, TheAtmosphereSeesTheSurfacesResult)
     EXPECT_EQ(fogged[1].I, Point(1, 0, 10));
     EXPECT_EQ(fogged[1].Ci, Color(2, 1, 0));
     EXPECT_EQ(fogged[1].Oi, Color(0.5f, 0.25f, 0.125f));
-    EXPECT_EQ(grid->vertex(1, 0).Ci, Color(7, 8, 9));
-    EXPECT_EQ(grid->vertex(1, 0).Oi, Color(0.5f, 0.25f, 0.125f));
+    EXPECT_EQ(grid->color(1, 0), Color(7, 8, 9));
 }
 
 TEST_F(GridShading, ConstantShadesEachMicropolygonOnceAtItsMiddle)
@@ -289,8 +293,7 @@ TEST_F(GridShading, ConstantShadesEachMicropolygonOnceAtItsMiddle)
     EXPECT_EQ(seen[3].u, 0.75f);
     EXPECT_EQ(seen[3].v, 0.375f);
     EXPECT_EQ(seen[3].I, Point(1.5f, 1.5f, 10));
-    EXPECT_EQ(grid->vertex(1, 1).Ci, Color(4, 0.75f, 0.375f));
-    EXPECT_EQ(grid->vertex(1, 1).Oi, Color(0.5f, 0.25f, 0.125f));
+    EXPECT_EQ(grid->color(1, 1), Color(4, 0.75f, 0.375f));
 }
 
 TEST_F(GridShading, ConstantShadingSeesFourTimesTheDerivatives)
@@ -359,7 +362,7 @@ TEST_F(GridShading, ConstantShadingWithAnAtmosphereStoresItsColour)
     EXPECT_EQ(fogged[0].P, Point(0.5f, 0.5f, 10));
     EXPECT_EQ(fogged[0].I, Point(0.5f, 0.5f, 10));
     EXPECT_EQ(fogged[0].Ci, Color(1, 0.5f, 0.5f));
-    EXPECT_EQ(grid->vertex(0, 0).Ci, Color(7, 8, 9));
+    EXPECT_EQ(grid->color(0, 0), Color(7, 8, 9));
 }
 
 TEST_F(GridShading, ConstantShadingTakesTextureCoordinatesAtTheMiddle)
@@ -390,17 +393,33 @@ TEST_F(GridShading, ConstantShadingLooksAtTheMiddleFromTheEye)
     }
 }
 
-TEST_F(GridShading, TheAtmospheresOpacityIsStored)
+// So that hits can be found first, and colours for what is seen of them.
+TEST_F(GridShading, OpacityIsKnownBeforeAnythingIsShaded)
 {
-    const auto probe = std::make_shared<ProbeVolume>(&fogged);
-    probe->opacity = Color(1, 0.5f, 2);
-    attrib->atmosphereShader = probe;
-    for (const unsigned short interpolation : {kSmoothShading, kConstantShading}) {
-        attrib->interpolation = interpolation;
-        make(1, 1);
-        shade();
-        EXPECT_EQ(grid->vertex(0, 0).Oi, Color(0.5f, 0.125f, 0.25f));
-    }
+    attrib->surfaceOpacity = Color(0.5f, 0.125f, 0.25f);
+    const RenderFrame unshaded(option, Matrix());
+    make(1, 1).shadeOnDemand(unshaded);
+    EXPECT_EQ(grid->opacity(1, 1), attrib->surfaceOpacity);
+    ASSERT_NE(grid->uniformOpacity(), nullptr);
+    EXPECT_EQ(*grid->uniformOpacity(), attrib->surfaceOpacity);
+
+    give(kQOpacity, {0, 0, 0, 1, 1, 1, 0, 0, 0, 1, 1, 1}, ArgCounts{4, 1, 4});
+    make(2, 1).shadeOnDemand(unshaded);
+    EXPECT_EQ(grid->uniformOpacity(), nullptr);
+    EXPECT_EQ(grid->opacity(1, 0), Color(0.5f, 0.5f, 0.5f));
+    attrib->interpolation = kConstantShading;
+    make(2, 1).shadeOnDemand(unshaded);
+    EXPECT_EQ(grid->opacity(1, 0), Color(0.75f, 0.75f, 0.75f)) << "of the micropolygon's middle";
+    EXPECT_TRUE(seen.empty());
+}
+
+TEST_F(GridShading, OnlyWhatIsAskedForIsShaded)
+{
+    const RenderFrame unshaded(option, Matrix());
+    make(2, 2).shadeOnDemand(unshaded);
+    EXPECT_EQ(grid->color(1, 0), Color(1, 0.5f, 0));
+    EXPECT_EQ(grid->color(1, 0), Color(1, 0.5f, 0));
+    EXPECT_EQ(seen.size(), 1u);
 }
 
 TEST_F(GridShading, PositionsStay)

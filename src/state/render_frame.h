@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cmath>
+#include <cstdlib>
 
 #include "math/matrix.h"
 #include "state/option.h"
@@ -20,6 +21,9 @@ struct RenderFrame {
     // clipping range the quotient itself lies among the denormal floats, which are short of digits
     // and slow; a power of two changes no digit.
     const float depthScale;
+    // Everything is diced and shaded, and nothing left out because it is hidden: the pictures are
+    // the same, and slower made. For tests, which set ZEBCORE_PLAIN.
+    const bool plain = std::getenv("ZEBCORE_PLAIN") != nullptr;
 
     RenderFrame(const Option& options, const Matrix& toRaster)
         : option(options),

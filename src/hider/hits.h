@@ -1,0 +1,69 @@
+// The surfaces at the positions of samples: which of them are seen, and what comes of them.
+#pragma once
+
+#include <limits>
+
+#include "hider/micropolygon.h"
+#include "state/render_frame.h"
+
+namespace zeb
+{
+
+// A place of a micropolygon that lies at a sample's position.
+struct Hit {
+    SampleOrder order;
+    const Grid* grid;
+    // Of the grid, among those of the bucket: decides among hits of equal order.
+    std::uint32_t rank;
+    std::uint16_t column, row;
+    float s, t;
+    const Hit* earlier;  // at this position
+    // Of what is opaque found only if it is seen; of what is not while it is at hand.
+    Color color;
+    bool colored;
+};
+
+struct SamplePoint {
+    float x = 0, y = 0;
+    // What lies behind this is not seen.
+    SampleOrder cover = std::numeric_limits<SampleOrder>::infinity();
+    const Hit* latest = nullptr;
+    int count = 0;  // of hits
+    // Whether the order in which surfaces were filed may decide what is seen, even where no two
+    // are equally deep.
+    bool byRank = false;
+};
+
+// Grids may come in any order: what is seen is what taking them by their ranks would give. Where
+// some are more than opaque, what hides them from others is only known in the end: then nothing
+// covers anything before, and `inOrder` says so.
+class Hits
+{
+public:
+    Hits(const RenderFrame& frame, bool inOrder, Arena& arena)
+        : fFrame(frame), fInOrder(inOrder), fArena(arena)
+    {
+    }
+
+    // A grid's hits come in the order of its micropolygons.
+    void add(SamplePoint& point, const MicroPolygon& cell, float s, float t,
+             std::uint32_t rank) const;
+    PackedSample resolve(const SamplePoint& point) const;
+
+private:
+    // A hit and its place among those of its sample.
+    struct Entry {
+        SampleOrder order;
+        const Hit* hit;
+        int index;
+    };
+
+    SampleHit seen(const Hit& hit) const;
+    PackedSample resolveByRank(const SamplePoint& point, Entry* entries, int count) const;
+
+    const RenderFrame& fFrame;
+    const bool fInOrder;
+    Arena& fArena;
+};
+
+}  // namespace zeb
