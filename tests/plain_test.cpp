@@ -69,6 +69,7 @@ private:
         if (oneIn(3)) zebSampleJitter(0);
         if (oneIn(3)) zebFilterWidth(between(1, 4), between(1, 4));
         if (oneIn(4)) zebDepthNearest(1);
+        if (oneIn(3)) zebFilter(static_cast<short>(0x100 + draw(5)));
         zebTranslate(0, 0, oneIn(6) ? between(-0.5f, 1) : between(2, 5));
     }
 
@@ -151,7 +152,7 @@ private:
 unsigned sceneCount()
 {
     const char* const count = std::getenv("ZEB_TEST_SCENES");
-    return count ? static_cast<unsigned>(std::atol(count)) : 200;
+    return count ? static_cast<unsigned>(std::atol(count)) : 400;
 }
 
 }  // namespace

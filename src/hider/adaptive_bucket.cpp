@@ -75,7 +75,7 @@ void AdaptiveBucket::eachPixel(const Bound& bound, const Window& window, const V
     }
 }
 
-// Files every cell under the pixels whose square its bound touches, in the order of the grids: each
+// Files every cell under the pixels whose square its bound touches, the nearest grids first: each
 // round of each pixel looks at those alone. Cells seen edge-on are kept, unlike in the uniform
 // bucket.
 void AdaptiveBucket::collect(const Grid& grid, std::uint32_t rank, const Window& window,
@@ -90,7 +90,8 @@ void AdaptiveBucket::collect(const Grid& grid, std::uint32_t rank, const Window&
         if (culled(grid, cell->znormal())) continue;
         const Candidate* candidate = nullptr;
         eachPixel(bound, window, [&](MultiSample& pixel) {
-            if (!candidate) candidate = arena.make<Candidate>(*cell, bound, rank);
+            if (!candidate)
+                candidate = arena.make<Candidate>(*cell, bound, leastOf(bound, *cell), rank);
             Reference* reference = arena.make<Reference>(candidate, nullptr);
             (pixel.last ? pixel.last->next : pixel.first) = reference;
             pixel.last = reference;
@@ -115,11 +116,11 @@ void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, cons
             point.x = left + 0.5f + (s & 1 ? -dx : dx);
             point.y = top + 0.5f + (s & 2 ? -dy : dy);
             for (const Reference* r = pixel.first; r; r = r->next) {
-                const auto& [cell, b, rank] = *r->candidate;
+                const auto& [cell, b, least, rank] = *r->candidate;
                 const bool apart =
                     point.x < b.xmin || point.x > b.xmax || point.y < b.ymin || point.y > b.ymax;
                 float u, v;
-                if (!apart && cell.locate(point.x, point.y, u, v)) {
+                if (!apart && least <= point.cover && cell.locate(point.x, point.y, u, v)) {
                     hits.add(point, cell, u, v, rank);
                 }
             }
@@ -154,12 +155,15 @@ void AdaptiveBucket::generate(const Pieces& pieces, const Window& window, Bucket
     fPixels = arena.array<MultiSample>(static_cast<std::size_t>(fColumns * fRows));
     Seams seams(fBySequence, fFrame.depthScale, arena);
     const Hits hits = this->hits(pieces, arena);
-    std::uint32_t rank = 0;
-    for (Piece* piece : pieces) {
-        const Grid& grid = piece->dice(scratch.counts);
-        collect(grid, rank++, window, arena);
-        if (!fFrame.option.closeSeams) continue;
-        for (const Seams::Side& side : seams.sides(grid)) {
+    // Whole squares are sampled, also those that reach beyond the window.
+    const Window squares{window.xmin, window.xmin + static_cast<float>(fColumns), window.ymin,
+                         window.ymin + static_cast<float>(fRows)};
+    for (const Ranked& ranked : nearestFirst(pieces, squares)) {
+        collect(pieces[ranked.rank]->dice(scratch.counts), ranked.rank, window, arena);
+    }
+    for (const Piece* piece : pieces) {
+        if (!fFrame.option.closeSeams || !piece->grid()) continue;
+        for (const Seams::Side& side : seams.sides(*piece->grid())) {
             const Seams::Side* kept = nullptr;
             eachPixel(side.bound(), window, [&](MultiSample& pixel) {
                 if (!kept) kept = arena.make<Seams::Side>(side);

@@ -86,6 +86,21 @@ Hits Bucket::hits(const Pieces& pieces, Arena& arena) const
     return {fFrame, inOrder, arena};
 }
 
+std::vector<Bucket::Ranked> Bucket::nearestFirst(const Pieces& pieces, const Window& window) const
+{
+    std::vector<Ranked> order;
+    order.reserve(pieces.size());
+    for (std::uint32_t k = 0; k < pieces.size(); ++k) {
+        if (fFrame.plain || !window.misses(pieces[k]->box())) {
+            order.push_back({pieces[k]->least(fFrame), k});
+        }
+    }
+    std::sort(order.begin(), order.end(), [](const Ranked& a, const Ranked& b) {
+        return a.least != b.least ? a.least < b.least : a.rank < b.rank;
+    });
+    return order;
+}
+
 void Bucket::renderRow(long y, const Window& window, float inverseGamma, std::uint32_t* words) const
 {
     const Option& option = fFrame.option;

@@ -59,6 +59,19 @@ protected:
         return facing > 0 && grid.fAttrib->sides <= 1;
     }
     Hits hits(const Pieces& pieces, Arena& arena) const;
+    // A piece, and what orders its hits at least.
+    struct Ranked {
+        SampleOrder least;
+        std::uint32_t rank;
+    };
+    // Those that may be seen in the window.
+    std::vector<Ranked> nearestFirst(const Pieces& pieces, const Window& window) const;
+    // What orders the hits of a cell, or of all within a box, is at least this.
+    static SampleOrder leastOf(const Bound& box, const MicroPolygon& cell)
+    {
+        if (cell.bySequence()) return cell.orderAt(0, 0);
+        return double{box.zmin} - depthRounding(box.zmin, box.zmax);
+    }
 
     const RenderFrame& fFrame;
     const PixelFilter fFilter;
@@ -122,7 +135,10 @@ private:
     }
 
     long fColumns = 0, fRows = 0, fTileColumns = 0;
-    float fJitter = 0;      // half the width a sample strays in
+    float fJitter = 0;  // half the width a sample strays in
+    // Without pieces no sample is placed: what a filter of ours makes of them is nothing, as deep
+    // as the far clipping plane, to the last bit.
+    bool fEmpty = false;
     bool fCovered = false;  // some sample is
     SamplePoint* fSamples = nullptr;
     Tile* fTiles = nullptr;
@@ -150,6 +166,7 @@ private:
     struct Candidate {
         MicroPolygon cell;
         Bound bound;
+        SampleOrder least;  // what orders its hits is not less
         std::uint32_t rank;
     };
     struct Reference {

@@ -41,13 +41,6 @@ Bound edgeBound(const Point& a, const Point& b)
             most(a.y, b.y),  least(a.z, b.z), most(a.z, b.z)};
 }
 
-// What orders the hits of cells within a box is at least this.
-SampleOrder leastOf(const Bound& box, const MicroPolygon& cell)
-{
-    if (cell.bySequence()) return cell.orderAt(0, 0);
-    return double{box.zmin} - depthRounding(box.zmin, box.zmax);
-}
-
 // The first index at or after a place, and the last at or before it, as far as there are any. Every
 // cell asks four times: the library's own rounding would take a tenth of the picture.
 long first(float place, long count)
@@ -72,8 +65,6 @@ void UniformBucket::placeSamples(const Window& window, Arena& arena)
     const double xrate = option.xsamples, yrate = option.ysamples;
     // The x rate serves both axes: the jitter is as wide as it is high.
     fJitter = option.jitter / option.xsamples * 0.5f;
-    fColumns = static_cast<long>(std::ceil((window.xmax - window.xmin) * option.xsamples));
-    fRows = static_cast<long>(std::ceil((window.ymax - window.ymin) * option.ysamples));
     fSamples = arena.array<SamplePoint>(static_cast<std::size_t>(fColumns * fRows));
     fTileColumns = (fColumns + kTile - 1) / kTile;
     fTiles =
@@ -141,9 +132,18 @@ bool UniformBucket::hidden(const Bound& box, SampleOrder least, const Window& wi
 
 void UniformBucket::generate(const Pieces& pieces, const Window& window, BucketScratch& scratch)
 {
+    checkCancelled();
     Arena& arena = scratch.arena;
-    placeSamples(window, arena);
+    const Option& option = fFrame.option;
+    fColumns = static_cast<long>(std::ceil((window.xmax - window.xmin) * option.xsamples));
+    fRows = static_cast<long>(std::ceil((window.ymax - window.ymin) * option.ysamples));
     const auto count = static_cast<std::size_t>(fColumns * fRows);
+    fEmpty = pieces.empty() && fFilter.builtIn() && !fFrame.plain;
+    if (fEmpty) {
+        scratch.counts.samples += count;
+        return;
+    }
+    placeSamples(window, arena);
     const Hits hits = this->hits(pieces, arena);
     hide(pieces, hits, window, scratch.counts);
     if (fFrame.option.closeSeams) closeSeams(pieces, hits, window, scratch);
@@ -156,29 +156,14 @@ void UniformBucket::generate(const Pieces& pieces, const Window& window, BucketS
     }
 }
 
-// The nearest first: what they hide is not diced.
 void UniformBucket::hide(const Pieces& pieces, const Hits& hits, const Window& window,
                          Counts& counts)
 {
-    struct Entry {
-        SampleOrder least;
-        std::uint32_t rank;
-    };
-    std::vector<Entry> order;
-    order.reserve(pieces.size());
-    for (std::uint32_t k = 0; k < pieces.size(); ++k) {
-        const Bound& box = pieces[k]->box();
-        const bool beside = window.misses(box) && !fFrame.plain;
-        if (!beside) order.push_back({pieces[k]->least(fFrame), k});
-    }
-    std::sort(order.begin(), order.end(), [](const Entry& a, const Entry& b) {
-        return a.least != b.least ? a.least < b.least : a.rank < b.rank;
-    });
-    for (const Entry& entry : order) {
+    for (const Ranked& ranked : nearestFirst(pieces, window)) {
         checkCancelled();
-        Piece& piece = *pieces[entry.rank];
-        if (!hidden(piece.box(), entry.least, window)) {
-            hideGrid(piece.dice(counts), entry.rank, hits, window, counts);
+        Piece& piece = *pieces[ranked.rank];
+        if (!hidden(piece.box(), ranked.least, window)) {
+            hideGrid(piece.dice(counts), ranked.rank, hits, window, counts);
         }
     }
 }
@@ -342,6 +327,7 @@ void UniformBucket::eachNear(float x, float y, float rx, float ry, const Window&
 
 FilteredPixel UniformBucket::filter(float x, float y, const Window& window) const
 {
+    if (fEmpty) return {gBlack, 0, double{fFrame.depthScale}};
     const float rx = fFilter.xwidth() * 0.5f, ry = fFilter.ywidth() * 0.5f;
     WeightedMean mean;
     eachNear(x, y, rx, ry, window, [&](const PackedSample& s) {
@@ -352,6 +338,7 @@ FilteredPixel UniformBucket::filter(float x, float y, const Window& window) cons
 
 double UniformBucket::nearestDepth(float x, float y, const Window& window) const
 {
+    if (fEmpty) return double{fFrame.depthScale};
     NearestDepth nearest(fFilter, fFrame.depthScale);
     eachNear(x, y, 0.5f, 0.5f, window,
              [&](const PackedSample& s) { nearest.add(s.x - x, s.y - y, s.depth); });
