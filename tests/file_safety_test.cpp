@@ -148,6 +148,9 @@ TEST_F(FileSafety, ProcessesThatWriteOneFileWriteWholePictures)
             for (int time = 0; time < 30; ++time) {
                 render(folder / "a", kind, static_cast<float>(k));
             }
+            for (std::size_t r = 0; r < reports.size(); ++r) {
+                std::fprintf(stderr, "%s\n", reports[r].message.c_str());
+            }
             _exit(reports.empty() ? 0 : 1);
         }
         // Whoever looks meanwhile sees a whole picture too.

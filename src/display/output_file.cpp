@@ -113,9 +113,11 @@ bool OutputFile::open(const fs::path& path, std::uint64_t (*random)())
     }
     const bool replaces = fs::exists(status);
     // A host may change its folder meanwhile.
-    fPath = followed(fs::absolute(path, unknown));
-    // The system itself has links that look as if they led somewhere else.
-    const bool same = !replaces || fs::equivalent(path, fPath, unknown);
+    const fs::path named = fs::absolute(path, unknown);
+    fPath = followed(named);
+    // The system itself has links that look as if they led somewhere else. What is no link is not
+    // looked at twice: meanwhile another process may have replaced it.
+    const bool same = !replaces || fPath == named || fs::equivalent(path, fPath, unknown);
     if (same && openBeside(random, replaces)) return true;
     const int why = same ? errno : EACCES;
     if (!replaces || !isRefusal(why)) return failed();
