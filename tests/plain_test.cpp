@@ -151,7 +151,7 @@ private:
 
 unsigned sceneCount()
 {
-    const char* const count = std::getenv("ZEB_TEST_SCENES");
+    const char* const count = std::getenv("PLAIN_SCENES");
     return count ? static_cast<unsigned>(std::atol(count)) : 400;
 }
 
