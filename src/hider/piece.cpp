@@ -78,6 +78,15 @@ const Grid& Piece::dice(Counts& counts)
     return *fGrid;
 }
 
+// Micropolygons are about as large as they should be: so many of them reach no farther than this.
+bool Piece::isLoose() const
+{
+    if (fGrid) return false;
+    const float side = std::max(fPrimitive->attrib().micropolygonSide, Primitive::kMinSide);
+    const float reach = 2 * (static_cast<float>(fUSteps + fVSteps) * side + 4);
+    return !(fBox.xmax - fBox.xmin <= reach && fBox.ymax - fBox.ymin <= reach);
+}
+
 SampleOrder Piece::least(const RenderFrame& frame) const
 {
     if (frame.option.hiderType == kHiderSequence) {

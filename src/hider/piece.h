@@ -35,6 +35,8 @@ public:
     const Grid& dice(Counts& counts);
     // In raster space, x and y alone: where samples may see it, or what closes its gaps.
     const Bound& box() const { return fBox; }
+    // Whether the box is much larger than what will be diced.
+    bool isLoose() const;
     // What orders its hits is at least this.
     SampleOrder least(const RenderFrame& frame) const;
     // Whether opacities beyond 1 are possible.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 
 #include "hider/scene.h"
 #include "support/plain.h"
@@ -109,6 +110,21 @@ TEST_F(PieceTest, MattesAreNotShaded)
     });
     EXPECT_GT(taken.hits, 0u);
     EXPECT_EQ(taken.shaded, 0u);
+}
+
+// 12 micropolygons of half a pixel reach 6 pixels; there is room for 20, of which gaps take 2.5.
+TEST_F(PieceTest, ABoxMuchLargerThanWhatIsDicedIsLoose)
+{
+    const RenderFrame frame(*gOption, Matrix());
+    const auto isLoose = [&frame](float width, float height) {
+        auto primitive = std::make_unique<Primitive>();
+        primitive->setFiled(true, Bound(0, width, 0, height, 0, 1), 1, 0, 0);
+        return Piece(std::move(primitive), Dicing{frame, 8, 4}).isLoose();
+    };
+    EXPECT_FALSE(isLoose(17, 17));
+    EXPECT_TRUE(isLoose(18, 1));
+    EXPECT_TRUE(isLoose(1, 18));
+    EXPECT_TRUE(isLoose(1, std::numeric_limits<float>::quiet_NaN()));
 }
 
 // The second covers all that the first says it takes; but that is wrong.

@@ -264,8 +264,9 @@ void Scene::dice(std::unique_ptr<Primitive> primitive, const Dicing& dicing)
     const bool bounded = primitive->attrib().objectBound.finite;
     const auto piece = std::make_shared<Piece>(std::move(primitive), dicing);
     ++fScratch.counts.pieces;
-    // What the host says of an object's size may be wrong: only the grid tells where it is.
-    if (fFrame->plain || bounded) piece->dice(fScratch.counts);
+    // What the host says of an object's size may be wrong: only the grid tells where it is. And
+    // boxes much larger than the surface would be filed under many buckets for nothing.
+    if (fFrame->plain || bounded || piece->isLoose()) piece->dice(fScratch.counts);
     if (fFrame->plain) piece->grid()->shade();
     const Option& option = fFrame->option;
     const Bound& box = piece->box();
