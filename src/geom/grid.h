@@ -99,10 +99,13 @@ public:
     void setOpacity(int i, int j, const Color& opacity)
     {
         fOpacityVaries = true;
+        fOpaque = false;
         set(fOpacities, at(i, j), opacity);
     }
     // The opacity of all vertices; null where they differ.
     const Color* uniformOpacity() const { return fOpacityVaries ? nullptr : &fOpacity; }
+    // Whether all is opaque, neither more nor less.
+    bool isOpaque() const { return fOpaque; }
 
 private:
     // Colours of vertices, as far as they are known; what is unknown is black.
@@ -152,7 +155,7 @@ private:
     const RenderFrame* fFrame = nullptr;  // that colours are found under
     std::uint64_t* fShaded = nullptr;
     Color fOpacity = gWhite;
-    bool fOpacityVaries = false;
+    bool fOpacityVaries = false, fOpaque = true;
     // Found when first asked for.
     mutable std::unique_ptr<VertexShader> fShader;
     mutable ColorPlane fColors, fOpacities;

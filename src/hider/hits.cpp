@@ -23,12 +23,11 @@ void Hits::add(SamplePoint& point, const MicroPolygon& cell, float s, float t,
                          static_cast<std::uint16_t>(cell.row()), s, t, point.latest, gBlack, false);
     point.latest = hit;
     ++point.count;
-    if (fInOrder) {
-        point.byRank = true;
-    } else if (!grid.fMatte && cell.opacityAt(s, t) != gWhite) {
+    const bool opaque = grid.fMatte || grid.isOpaque() || cell.opacityAt(s, t) == gWhite;
+    if (!fInOrder && !opaque) {
         hit->color = cell.colorAt(s, t);
         hit->colored = true;
-    } else if (order < double{fFrame.depthScale}) {
+    } else if (!fInOrder && order < double{fFrame.depthScale}) {
         point.cover = order;
     } else {
         // Beyond the far clipping plane, what is opaque leaves the depth to what is behind it.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "math/shading_math.h"
 #include "util/number.h"
 
 namespace zeb
@@ -87,23 +86,6 @@ bool MicroPolygon::locate(float x, float y, float& fs, float& ft) const
     fs = static_cast<float>(s);
     ft = static_cast<float>(t);
     return true;
-}
-
-double MicroPolygon::depthAt(float s, float t) const
-{
-    return bilerp(s, t, f00->z, f10->z, f01->z, f11->z);
-}
-
-SampleOrder MicroPolygon::orderAt(float s, float t) const
-{
-    return fBySequence ? -static_cast<double>(fGrid->fSeq) : depthAt(s, t);
-}
-
-Color MicroPolygon::colorAt(float s, float t) const { return fGrid->colorAt(fColumn, fRow, s, t); }
-
-Color MicroPolygon::opacityAt(float s, float t) const
-{
-    return fGrid->opacityAt(fColumn, fRow, s, t);
 }
 
 void GridIterator::restart()

@@ -3,6 +3,7 @@
 
 #include "geom/grid.h"
 #include "hider/sample.h"
+#include "math/shading_math.h"
 
 namespace zeb
 {
@@ -39,10 +40,16 @@ public:
     // Whether (x, y) lies in the cell, its edges included; if so, where.
     bool locate(float x, float y, float& s, float& t) const;
     // What is seen at a place of the cell.
-    double depthAt(float s, float t) const;
-    SampleOrder orderAt(float s, float t) const;
-    Color colorAt(float s, float t) const;
-    Color opacityAt(float s, float t) const;
+    double depthAt(float s, float t) const
+    {
+        return double{bilerp(s, t, f00->z, f10->z, f01->z, f11->z)};
+    }
+    SampleOrder orderAt(float s, float t) const
+    {
+        return fBySequence ? -static_cast<double>(fGrid->fSeq) : depthAt(s, t);
+    }
+    Color colorAt(float s, float t) const { return fGrid->colorAt(fColumn, fRow, s, t); }
+    Color opacityAt(float s, float t) const { return fGrid->opacityAt(fColumn, fRow, s, t); }
 
 private:
     void prepare() const;

@@ -176,8 +176,7 @@ void UniformBucket::hideGrid(const Grid& grid, std::uint32_t rank, const Hits& h
         return window.misses(b) || b.zmax < 0 || b.zmin > fFrame.depthScale;
     };
     // Most of what is transparent is seen, and at hand now.
-    const Color* const opacity = grid.uniformOpacity();
-    if (!opacity || *opacity != gWhite) grid.shade();
+    if (!grid.isOpaque()) grid.shade();
     MicroPolygon cell(grid, fBySequence);
     for (int j = 0; j < grid.fVSize; ++j) {
         checkCancelled();
@@ -242,22 +241,25 @@ void UniformBucket::closeSeams(const Pieces& pieces, const Hits& hits, const Win
         return false;
     };
     if (!anyOpen({0, fColumns - 1, 0, fRows - 1})) return;
-    auto* const near = arena.array<Seams::Near*>(open.size());
+    struct Nearby {
+        Seams::Near* first = nullptr;
+    };
+    auto* const near = arena.array<Nearby>(open.size());
     for (Piece* piece : pieces) {
         checkCancelled();
         if (!anyOpen(samplesIn(piece->box(), window))) continue;
         for (const Seams::Side& side : seams.sides(piece->dice(scratch.counts))) {
             eachSample(side.bound(), window, [&](long k) {
-                if (isOpen(k)) seams.look(side, fSamples[k].x, fSamples[k].y, near[k]);
+                if (isOpen(k)) seams.look(side, fSamples[k].x, fSamples[k].y, near[k].first);
             });
         }
     }
     constexpr std::uint32_t kLast = 0xFFFFFFFF;  // after all grids
     for (long k = 0; k < fColumns * fRows; ++k) {
-        if (!near[k]) continue;
+        if (!near[k].first) continue;
         checkCancelled();
         SamplePoint& point = fSamples[k];
-        seams.close(point.x, point.y, near[k], pieces,
+        seams.close(point.x, point.y, near[k].first, pieces,
                     [&](const MicroPolygon& cell, float s, float t) {
                         hits.add(point, cell, s, t, kLast);
                     });

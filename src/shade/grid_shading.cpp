@@ -180,6 +180,7 @@ void Grid::shadeOnDemand(const RenderFrame& frame, std::uint64_t* shaded)
     fOpacities = {};
     fOpacityVaries = fPieceColors.hasOpacity() || opacities(*this);
     fOpacity = frame.option.quirks ? fAttrib->surfaceOpacity : clamped(fAttrib->surfaceOpacity);
+    fOpaque = !fOpacityVaries && fOpacity == gWhite;
 }
 
 VertexShader* Grid::shader() const
