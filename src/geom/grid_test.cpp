@@ -23,8 +23,10 @@ protected:
 
     Grid make(int u, int v, bool triangular = false, const Matrix& m = gIdentity)
     {
-        return Grid(static_cast<unsigned short>(u), static_cast<unsigned short>(v),
-                    std::make_shared<const Attrib>(), Transform(m), 5, false, triangular, args);
+        Grid grid(static_cast<unsigned short>(u), static_cast<unsigned short>(v),
+                  std::make_shared<const Attrib>(), Transform(m), 5, false, triangular, args);
+        zebtest::projectAsTheyAre(grid);
+        return grid;
     }
     static int walk(const Grid& grid)
     {
