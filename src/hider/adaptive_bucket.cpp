@@ -17,9 +17,6 @@ constexpr int kRoundSamples = 8;
 
 enum : std::uint32_t { kRoundDraws = 3 };
 
-// After all grids.
-constexpr std::uint32_t kLast = 0xFFFFFFFF;
-
 // Lower 1% quantiles of the chi-square distribution with 8 k - 1 degrees of freedom.
 constexpr float kChiSquare[AdaptiveBucket::kRounds] = {1.239f,   5.229f,   10.196f,  15.678f,
                                                        21.4386f, 27.4208f, 33.5693f, 39.8488f,
@@ -130,7 +127,7 @@ void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, cons
             }
             seams.close(point.x, point.y, near, pieces,
                         [&](const MicroPolygon& cell, float u, float v) {
-                            hits.add(point, cell, u, v, kLast);
+                            hits.add(point, cell, u, v, Hits::kLast);
                         });
             const PackedSample packed = hits.resolve(point);
             quadrants[s % 4].add(packed.color);

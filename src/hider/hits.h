@@ -45,6 +45,9 @@ public:
     {
     }
 
+    // The rank of what closes gaps: after all grids.
+    static constexpr std::uint32_t kLast = 0xFFFFFFFF;
+
     // A grid's hits come in the order of its micropolygons.
     void add(SamplePoint& point, const MicroPolygon& cell, float s, float t,
              std::uint32_t rank) const;

@@ -254,14 +254,13 @@ void UniformBucket::closeSeams(const Pieces& pieces, const Hits& hits, const Win
             });
         }
     }
-    constexpr std::uint32_t kLast = 0xFFFFFFFF;  // after all grids
     for (long k = 0; k < fColumns * fRows; ++k) {
         if (!near[k].first) continue;
         checkCancelled();
         SamplePoint& point = fSamples[k];
         seams.close(point.x, point.y, near[k].first, pieces,
                     [&](const MicroPolygon& cell, float s, float t) {
-                        hits.add(point, cell, s, t, kLast);
+                        hits.add(point, cell, s, t, Hits::kLast);
                     });
     }
 }
