@@ -17,9 +17,12 @@ namespace
 {
 
 constexpr long kBarLength = 50;
+// The library's code for what can't be had here: a window, a file format.
+constexpr long kUnsupported = 2;
 
 // The library's handlers carry no data of the host.
 bool gErrorReported = false;
+bool gFeatureMissing = false;
 long gShownPercent = -1;
 
 std::string oneLine(std::string text)
@@ -47,6 +50,7 @@ std::string describe(long code, long severity, const char* message)
 void receive(long code, long severity, const char* message)
 {
     if (severity == ZEB_ERROR || severity == ZEB_SEVERE) gErrorReported = true;
+    if (code == kUnsupported) gFeatureMissing = true;
     try {
         complain(describe(code, severity, message));
     } catch (...) {
@@ -95,5 +99,6 @@ void receiveReports(bool all)
 }
 
 bool errorReported() { return gErrorReported; }
+bool featureMissing() { return gFeatureMissing; }
 
 }  // namespace zebview

@@ -150,9 +150,11 @@ bool renderFrame(Model& model, const Camera& camera, const Settings& settings,
     zebSceneBegin();
     if (givenUp()) return false;
     if (windowClosed(settings)) {
-        complain("without a screen the picture needs a file: -o FILE");
+        // There was none, or its user has been quick.
+        const bool missing = featureMissing();
+        if (missing) complain("without a screen the picture needs a file: -o FILE");
         zebReset();
-        return false;
+        return !missing;
     }
     addSurroundings(model.stage, camera, settings);
     for (Mesh& mesh : model.meshes) {

@@ -12,12 +12,14 @@ namespace
 class ZebviewWindow : public Zebview
 {
 protected:
-    Desktop::Window waitFor(const std::string& title)
+    Desktop::Window waitFor(const std::string& title,
+                            std::chrono::microseconds pause = std::chrono::milliseconds(10))
     {
-        for (int i = 0; i < 1000; ++i) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (std::chrono::steady_clock::now() < end) {
             const auto found = desktop->find(title);
             if (!found.empty()) return found[0];
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            std::this_thread::sleep_for(pause);
         }
         ADD_FAILURE() << "no window " << title;
         return 0;
@@ -63,6 +65,22 @@ TEST_F(ZebviewWindow, ClosedWhileItRendersEndsTheRendering)
     const Outcome outcome = finish(pid);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
+}
+
+TEST_F(ZebviewWindow, MayBeClosedAtFirstSight)
+{
+    const std::string triangle = write("triangle.obj", kTriangle);
+    for (int i = 0; i < 10; ++i) {
+        const pid_t pid = start({triangle, "--size", "200x100"});
+        // Stopped, it finds the wish when it first looks at what happened to the window.
+        const auto window = waitFor("triangle.obj", std::chrono::microseconds(0));
+        kill(pid, SIGSTOP);
+        desktop->close(window);
+        kill(pid, SIGCONT);
+        const Outcome outcome = finish(pid);
+        EXPECT_EQ(outcome.status, 0);
+        EXPECT_EQ(outcome.err, "");
+    }
 }
 
 TEST_F(ZebviewWindow, EndsWhenItIsToldTo)
