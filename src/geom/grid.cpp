@@ -38,21 +38,28 @@ Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Att
       fTransposed(transposed),
       fEdges(edges),
       fVertexArgs(inCamera(args, transform.matrix(), flip, true)),
-      fOtherArgs(inCamera(args, transform.matrix(), flip, false)),
-      fRowStarts(new std::uint32_t[vsize + 1u])
+      fOtherArgs(inCamera(args, transform.matrix(), flip, false))
 {
-    std::uint32_t count = 0;
+    std::size_t count = 0;
+    for (int j = 0; j <= fVSize; ++j) count += static_cast<std::size_t>(vertexCount(j));
+    const std::size_t rows = fVSize + 1u;
+    fLasting.reset(new std::byte[rows * (sizeof(std::uint32_t) + sizeof(Bound)) +
+                                 count * sizeof(Point)]);
+    fRowStarts = new (fLasting.get()) std::uint32_t[rows];
+    fRowBounds = new (fRowStarts + rows) Bound[rows];
+    fRaster = new (fRowBounds + rows) Point[count];
+    std::uint32_t start = 0;
     for (int j = 0; j <= fVSize; ++j) {
-        fRowStarts[j] = count;
-        count += static_cast<std::uint32_t>(vertexCount(j));
+        fRowStarts[j] = start;
+        start += static_cast<std::uint32_t>(vertexCount(j));
     }
     fVertices.reset(new Vertex[count]);
 }
 
 void Grid::shade() const
 {
-    VertexShader* const asked = shader();
-    if (fColors.complete || !asked) return;
+    VertexShader* const asked = fColors.complete ? nullptr : shader();
+    if (!asked) return;
     for (int j = 0; j < fVSize + fSmooth; ++j) {
         const int count = fSmooth ? vertexCount(j) : cellCount(j);
         for (int i = 0; i < count; ++i) {
@@ -65,6 +72,10 @@ void Grid::shade() const
     }
     fColors.complete = true;
     fOpacities.complete = fOpacityVaries;
+    fColors.known.reset();
+    fOpacities.known.reset();
+    fVertices.reset();
+    fShader.reset();
 }
 
 void Grid::know(ColorPlane& plane, Find find, int i, int j) const
@@ -101,8 +112,6 @@ void Grid::set(ColorPlane& plane, std::size_t k, const Color& color) const
 
 void Grid::project(const RenderFrame& frame)
 {
-    fRaster.reset(new Point[vertexCount()]);
-    fRowBounds.reset(new Bound[fVSize + 1u]);
     fBound = Bound::empty();
     for (int j = 0; j <= fVSize; ++j) {
         Bound bound = Bound::empty();

@@ -92,7 +92,7 @@ public:
         if (!fOpacityVaries) return fOpacity;
         return within(fOpacities, &VertexShader::opacity, i, j, s, t);
     }
-    // Finds all colours and opacities now.
+    // Finds all colours and opacities now. The vertices are given back then: nothing else reads them.
     void shade() const;
     // Of a vertex that needs no shader.
     void setColor(int i, int j, const Color& color) { set(fColors, at(i, j), color); }
@@ -111,10 +111,10 @@ private:
     // Colours of vertices, as far as they are known; what is unknown is black.
     struct ColorPlane {
         std::unique_ptr<Color[]> values;
-        std::unique_ptr<bool[]> known;
+        std::unique_ptr<bool[]> known;  // null before the first is, and once all are
         bool complete = false;
 
-        bool knows(std::size_t k) const { return known && known[k]; }
+        bool knows(std::size_t k) const { return complete || (known && known[k]); }
         Color at(std::size_t k) const { return values ? values[k] : gBlack; }
     };
     using Find = Color (VertexShader::*)(int i, int j);
@@ -124,8 +124,7 @@ private:
         const std::size_t k = at(i, j);
         const std::size_t l = fSmooth ? at(i, j + 1) : k;
         const std::size_t next = fSmooth ? 1 : 0;
-        if (!plane.complete &&
-            !(plane.knows(k) && plane.known[k + next] && plane.known[l] && plane.known[l + next])) {
+        if (!(plane.knows(k) && plane.knows(k + next) && plane.knows(l) && plane.knows(l + next))) {
             knowCell(plane, find, i, j);
             if (!plane.values) return gBlack;
         }
@@ -146,10 +145,12 @@ private:
         return static_cast<std::size_t>(fRowStarts[j]) + static_cast<std::size_t>(i);
     }
 
-    std::unique_ptr<std::uint32_t[]> fRowStarts;
-    std::unique_ptr<Vertex[]> fVertices;
-    std::unique_ptr<Point[]> fRaster;
-    std::unique_ptr<Bound[]> fRowBounds;
+    // What lasts as long as the grid, in one allocation: there are many small grids.
+    std::unique_ptr<std::byte[]> fLasting;
+    std::uint32_t* fRowStarts = nullptr;
+    Bound* fRowBounds = nullptr;
+    Point* fRaster = nullptr;
+    mutable std::unique_ptr<Vertex[]> fVertices;  // null when all is shaded
     Bound fBound;
 
     const RenderFrame* fFrame = nullptr;  // that colours are found under
