@@ -1,5 +1,7 @@
 #include "geom/grid.h"
 
+#include <algorithm>
+
 #include "state/quark.h"
 
 namespace zeb
@@ -43,8 +45,8 @@ Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Att
     std::size_t count = 0;
     for (int j = 0; j <= fVSize; ++j) count += static_cast<std::size_t>(vertexCount(j));
     const std::size_t rows = fVSize + 1u;
-    fLasting.reset(new std::byte[rows * (sizeof(std::uint32_t) + sizeof(Bound)) +
-                                 count * sizeof(Point)]);
+    fLasting.reset(
+        new std::byte[rows * (sizeof(std::uint32_t) + sizeof(Bound)) + count * sizeof(Point)]);
     fRowStarts = new (fLasting.get()) std::uint32_t[rows];
     fRowBounds = new (fRowStarts + rows) Bound[rows];
     fRaster = new (fRowBounds + rows) Point[count];
@@ -58,56 +60,42 @@ Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Att
 
 void Grid::shade() const
 {
-    VertexShader* const asked = fColors.complete ? nullptr : shader();
-    if (!asked) return;
+    if (fColors.complete || !fFrame) return;
     for (int j = 0; j < fVSize + fSmooth; ++j) {
         const int count = fSmooth ? vertexCount(j) : cellCount(j);
         for (int i = 0; i < count; ++i) {
-            const std::size_t k = at(i, j);
-            if (!fColors.knows(k)) set(fColors, k, ask(*asked, &VertexShader::color, i, j));
-            if (fOpacityVaries && !fOpacities.knows(k)) {
-                set(fOpacities, k, asked->opacity(i, j));
-            }
+            wantVertex(i, j);
+            if (fOpacityVaries) knowOpacity(i, j);
         }
     }
-    fColors.complete = true;
-    fOpacities.complete = fOpacityVaries;
-    fColors.known.reset();
-    fOpacities.known.reset();
+    shadeWanted();
+    fColors.isComplete();
+    if (fOpacityVaries) fOpacities.isComplete();
     fVertices.reset();
     fShader.reset();
 }
 
-void Grid::know(ColorPlane& plane, Find find, int i, int j) const
+void Grid::shadeWanted() const
+{
+    constexpr std::size_t kMost = 64;
+    Color found[kMost];
+    for (std::size_t done = 0; done < fWanted.size();) {
+        const VertexPlace* const places = fWanted.data() + done;
+        const std::size_t count = std::min(fWanted.size() - done, kMost);
+        shader().colors(places, count, found);
+        for (std::size_t k = 0; k < count; ++k) {
+            fColors.values[at(places[k].i, places[k].j)] = found[k];
+        }
+        done += count;
+    }
+    if (fShaded) *fShaded += fWanted.size();
+    fWanted.clear();
+}
+
+void Grid::knowOpacity(int i, int j) const
 {
     const std::size_t k = at(i, j);
-    if (plane.knows(k)) return;
-    if (VertexShader* const asked = shader()) set(plane, k, ask(*asked, find, i, j));
-}
-
-Color Grid::ask(VertexShader& shader, Find find, int i, int j) const
-{
-    if (fShaded && find == &VertexShader::color) ++*fShaded;
-    return (shader.*find)(i, j);
-}
-
-void Grid::knowCell(ColorPlane& plane, Find find, int i, int j) const
-{
-    know(plane, find, i, j);
-    if (!fSmooth) return;
-    know(plane, find, i + 1, j);
-    know(plane, find, i, j + 1);
-    know(plane, find, i + 1, j + 1);
-}
-
-void Grid::set(ColorPlane& plane, std::size_t k, const Color& color) const
-{
-    if (!plane.known) {
-        plane.values.reset(new Color[vertexCount()]);
-        plane.known.reset(new bool[vertexCount()]());
-    }
-    plane.values[k] = color;
-    plane.known[k] = true;
+    if (fFrame && fOpacities.take(k, vertexCount())) fOpacities.values[k] = shader().opacity(i, j);
 }
 
 void Grid::project(const RenderFrame& frame)

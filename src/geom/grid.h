@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "geom/control_values.h"
 #include "geom/edges.h"
@@ -21,13 +23,19 @@ struct Vertex {
     Point P, dPdu, dPdv;
 };
 
+// Column i of vertex row j.
+struct VertexPlace {
+    std::uint16_t i, j;
+};
+
 // Finds the colours of a grid's vertices. Where its shading is constant, those of the micropolygons
 // that begin there.
 class VertexShader
 {
 public:
     virtual ~VertexShader() = default;
-    virtual Color color(int i, int j) = 0;
+    // As many at once as there are: that is several times as fast as one after the other.
+    virtual void colors(const VertexPlace* places, std::size_t count, Color* colors) = 0;
     virtual Color opacity(int i, int j) = 0;
 };
 
@@ -73,34 +81,54 @@ public:
     void shadeOnDemand(const RenderFrame& frame, std::uint64_t* shaded = nullptr);
     Color color(int i, int j) const
     {
-        know(fColors, &VertexShader::color, i, j);
+        if (wantVertex(i, j)) shadeWanted();
         return fColors.at(at(i, j));
     }
     Color opacity(int i, int j) const
     {
         if (!fOpacityVaries) return fOpacity;
-        know(fOpacities, &VertexShader::opacity, i, j);
+        knowOpacity(i, j);
         return fOpacities.at(at(i, j));
     }
     // At a place of the micropolygon that begins at vertex (i, j).
     Color colorAt(int i, int j, float s, float t) const
     {
-        return within(fColors, &VertexShader::color, i, j, s, t);
+        if (want(i, j)) shadeWanted();
+        return within(fColors, i, j, s, t);
     }
     Color opacityAt(int i, int j, float s, float t) const
     {
         if (!fOpacityVaries) return fOpacity;
-        return within(fOpacities, &VertexShader::opacity, i, j, s, t);
+        for (const int v : {j, j + fSmooth}) {
+            for (const int u : {i, i + fSmooth}) knowOpacity(u, v);
+        }
+        return within(fOpacities, i, j, s, t);
     }
-    // Finds all colours and opacities now. The vertices are given back then: nothing else reads them.
+    // Says that the colours of the micropolygon that begins at (i, j) will be asked for, so that
+    // many are found at once. Whether any of those that were wanted are unknown.
+    bool want(int i, int j) const
+    {
+        if (fColors.complete || !fFrame) return false;
+        wantVertex(i, j);
+        if (fSmooth) {
+            wantVertex(i + 1, j);
+            wantVertex(i, j + 1);
+            wantVertex(i + 1, j + 1);
+        }
+        return !fWanted.empty();
+    }
+    bool wantsAny() const { return !fWanted.empty(); }
+    void shadeWanted() const;
+    // Finds all colours and opacities now. The vertices are given back then: nothing else reads
+    // them.
     void shade() const;
     // Of a vertex that needs no shader.
-    void setColor(int i, int j, const Color& color) { set(fColors, at(i, j), color); }
+    void setColor(int i, int j, const Color& color) { fColors.set(at(i, j), vertexCount(), color); }
     void setOpacity(int i, int j, const Color& opacity)
     {
         fOpacityVaries = true;
         fOpaque = false;
-        set(fOpacities, at(i, j), opacity);
+        fOpacities.set(at(i, j), vertexCount(), opacity);
     }
     // The opacity of all vertices; null where they differ.
     const Color* uniformOpacity() const { return fOpacityVaries ? nullptr : &fOpacity; }
@@ -108,37 +136,53 @@ public:
     bool isOpaque() const { return fOpaque; }
 
 private:
-    // Colours of vertices, as far as they are known; what is unknown is black.
+    // Colours of vertices, as far as they are known or wanted; others are black.
     struct ColorPlane {
         std::unique_ptr<Color[]> values;
-        std::unique_ptr<bool[]> known;  // null before the first is, and once all are
+        std::unique_ptr<bool[]> taken;  // null before the first is, and once all are known
         bool complete = false;
 
-        bool knows(std::size_t k) const { return complete || (known && known[k]); }
-        Color at(std::size_t k) const { return values ? values[k] : gBlack; }
-    };
-    using Find = Color (VertexShader::*)(int i, int j);
-
-    Color within(ColorPlane& plane, Find find, int i, int j, float s, float t) const
-    {
-        const std::size_t k = at(i, j);
-        const std::size_t l = fSmooth ? at(i, j + 1) : k;
-        const std::size_t next = fSmooth ? 1 : 0;
-        if (!(plane.knows(k) && plane.knows(k + next) && plane.knows(l) && plane.knows(l + next))) {
-            knowCell(plane, find, i, j);
-            if (!plane.values) return gBlack;
+        // Whether this makes it so.
+        bool take(std::size_t k, std::size_t count)
+        {
+            if (complete) return false;
+            if (!taken) {
+                values.reset(new Color[count]);
+                taken.reset(new bool[count]());
+            }
+            return !std::exchange(taken[k], true);
         }
+        Color at(std::size_t k) const { return values ? values[k] : gBlack; }
+        void set(std::size_t k, std::size_t count, const Color& color)
+        {
+            take(k, count);
+            values[k] = color;
+        }
+        void isComplete()
+        {
+            taken.reset();
+            complete = true;
+        }
+    };
+
+    Color within(const ColorPlane& plane, int i, int j, float s, float t) const
+    {
         const Color* const values = plane.values.get();
-        if (!fSmooth) return values[k];
-        return bilerp(s, t, values[k], values[k + 1], values[l], values[l + 1]);
+        if (!values) return gBlack;
+        const Color* const upper = values + at(i, j);
+        if (!fSmooth) return *upper;
+        const Color* const lower = values + at(i, j + 1);
+        return bilerp(s, t, upper[0], upper[1], lower[0], lower[1]);
     }
-    // Asks the shader for what is not known yet.
-    void know(ColorPlane& plane, Find find, int i, int j) const;
-    void knowCell(ColorPlane& plane, Find find, int i, int j) const;
-    Color ask(VertexShader& shader, Find find, int i, int j) const;
-    void set(ColorPlane& plane, std::size_t k, const Color& color) const;
+    bool wantVertex(int i, int j) const
+    {
+        if (!fFrame || !fColors.take(at(i, j), vertexCount())) return false;
+        fWanted.push_back({static_cast<std::uint16_t>(i), static_cast<std::uint16_t>(j)});
+        return true;
+    }
+    void knowOpacity(int i, int j) const;
     std::size_t vertexCount() const { return at(vertexCount(fVSize) - 1, fVSize) + 1; }
-    VertexShader* shader() const;
+    VertexShader& shader() const;
     // Rows lie one behind the other, each as long as it is used.
     std::size_t at(int i, int j) const
     {
@@ -160,6 +204,7 @@ private:
     // Found when first asked for.
     mutable std::unique_ptr<VertexShader> fShader;
     mutable ColorPlane fColors, fOpacities;
+    mutable std::vector<VertexPlace> fWanted;
 };
 
 }  // namespace zeb

@@ -111,6 +111,7 @@ private:
 
     void placeSamples(const Window& window, Arena& arena);
     void hide(const Pieces& pieces, const Hits& hits, const Window& window, Counts& counts);
+    void shade(const Hits& hits) const;
     void hideGrid(const Grid& grid, std::uint32_t rank, const Hits& hits, const Window& window,
                   Counts& counts);
     void hideCell(MicroPolygon& cell, const Bound& bound, std::uint32_t rank, const Hits& hits,

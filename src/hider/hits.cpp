@@ -35,6 +35,15 @@ void Hits::add(SamplePoint& point, const MicroPolygon& cell, float s, float t,
     }
 }
 
+void Hits::want(const SamplePoint& point, std::vector<const Grid*>& grids) const
+{
+    for (const Hit* hit = point.latest; hit; hit = hit->earlier) {
+        if (hit->colored || hit->order > point.cover) continue;
+        const bool wanted = hit->grid->wantsAny();
+        if (hit->grid->want(hit->column, hit->row) && !wanted) grids.push_back(hit->grid);
+    }
+}
+
 SampleHit Hits::seen(const Hit& hit) const
 {
     const Grid& grid = *hit.grid;

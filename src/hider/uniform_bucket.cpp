@@ -147,12 +147,25 @@ void UniformBucket::generate(const Pieces& pieces, const Window& window, BucketS
     const Hits hits = this->hits(pieces, arena);
     hide(pieces, hits, window, scratch.counts);
     if (fFrame.option.closeSeams) closeSeams(pieces, hits, window, scratch);
+    shade(hits);
     // A sample serves every pixel its position is within reach of: it is resolved once.
     scratch.counts.samples += count;
     fPacked = arena.array<PackedSample>(count);
     for (std::size_t k = 0; k < count; ++k) {
         checkCancelled();
         fPacked[k] = hits.resolve(fSamples[k]);
+    }
+}
+
+// Finds the colours of all that is seen: many of a grid at once are found faster.
+void UniformBucket::shade(const Hits& hits) const
+{
+    if (fFrame.plain) return;
+    std::vector<const Grid*> grids;
+    for (long k = 0; k < fColumns * fRows; ++k) hits.want(fSamples[k], grids);
+    for (const Grid* grid : grids) {
+        checkCancelled();
+        grid->shadeWanted();
     }
 }
 

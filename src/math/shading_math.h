@@ -20,6 +20,11 @@ float noise(float x);
 float noise(float u, float v);
 float noise(const Point& p);
 
+// x to the power y, and e to the power x, within one unit in the last place; the same bits on every
+// machine. Zeros and infinities below zero count as above.
+float power(float x, float y);
+float exponential(float x);
+
 inline float lerp(float t, float a, float b) { return (b - a) * t + a; }
 
 // (u, v) over the corners a (0, 0), b (1, 0), c (0, 1), d (1, 1).

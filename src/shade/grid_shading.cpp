@@ -58,29 +58,15 @@ public:
           fSurface(fAttrib.surfaceShader.get())
     {
         fPoint.lights = &fAttrib.lights;
-        if (grid.fOtherArgs.empty() || !fSurface->clone()->parameters().names(grid.fOtherArgs)) {
-            return;
-        }
-        // The primitive has parameters of its own for the shader, which others share.
-        fOwn = fSurface->clone();
-        fParameters = fOwn->parameters();
-        fParameters.override(grid.fOtherArgs);
-        for (const ArgAssoc& assoc : grid.fOtherArgs) fVarying |= assoc.storage() == kVarying;
-        fSurface = fOwn.get();
+        takeParameters();
+        if (!frame.plain) describe();
     }
 
-    // Under constant shading derivatives are the sum of the corners', four times their mean:
-    // shaders are tuned to that scale.
-    Color color(int i, int j) override
+    void colors(const VertexPlace* places, std::size_t count, Color* colors) override
     {
         const AttribNamesScope names(fAttrib.object.text(), fAttrib.group.text());
-        place(i, j);
-        const Vertex& a = fGrid.vertex(i, j);
-        if (!fConstant) return shade(a.P, a.dPdu, a.dPdv);
-        const Vertex &b = fGrid.vertex(i + 1, j), &c = fGrid.vertex(i, j + 1),
-                     &d = fGrid.vertex(i + 1, j + 1);
-        return shade((a.P + b.P + c.P + d.P) * 0.25f, a.dPdu + b.dPdu + c.dPdu + d.dPdu,
-                     a.dPdv + b.dPdv + c.dPdv + d.dPdv);
+        if (fKernel && colorsByKernel(places, count, colors)) return;
+        for (std::size_t k = 0; k < count; ++k) colors[k] = shade(places[k]);
     }
 
     Color opacity(int i, int j) override
@@ -90,16 +76,90 @@ public:
     }
 
 private:
-    // At the parameters that place() set.
-    Color shade(const Point& P, const Point& dPdu, const Point& dPdv)
+    // The primitive may have parameters of its own for the shader, which others share.
+    void takeParameters()
     {
+        const ArgList& args = fGrid.fOtherArgs;
+        if (args.empty() || !fSurface->clone()->parameters().names(args)) return;
+        fOwn = fSurface->clone();
+        fParameters = fOwn->parameters();
+        fParameters.override(args);
+        for (const ArgAssoc& assoc : args) fVarying |= assoc.storage() == kVarying;
+        fSurface = fOwn.get();
+    }
+
+    // What the kernels know of the surface and of all that lights it; without a kernel if it is
+    // more than they know.
+    void describe()
+    {
+        if (fVarying || !fSurface->describe(fSurfaceRecord)) return;
+        for (const auto& light : fAttrib.lights) {
+            if (!light->describe(fLights.emplace_back())) return;
+        }
+        const Volume* const atmosphere = fAttrib.atmosphereShader.get();
+        if (atmosphere && !atmosphere->describe(fVolumeRecord)) return;
+        fVolumeRecord.coversAll = fQuirks;
+        fKernel = shadingKernel();
+    }
+
+    bool colorsByKernel(const VertexPlace* places, std::size_t count, Color* colors)
+    {
+        ShadingBlock block;
+        for (std::size_t done = 0; done < count; done += ShadingBlock::kMost) {
+            block.count = static_cast<int>(std::min<std::size_t>(count - done, block.kMost));
+            for (int k = 0; k < block.count; ++k) {
+                find(places[done + static_cast<std::size_t>(k)]);
+                put(block, k);
+            }
+            // The last point, as often as it takes.
+            for (int k = block.count; k % ShadingBlock::kMultiple != 0; ++k) put(block, k);
+            if (!fKernel(fSurfaceRecord, fLights.data(), static_cast<int>(fLights.size()),
+                         fVolumeRecord, block)) {
+                return false;
+            }
+            for (int k = 0; k < block.count; ++k) {
+                *colors++ = Color(block.Ci[0][k], block.Ci[1][k], block.Ci[2][k]);
+            }
+        }
+        return true;
+    }
+
+    void put(ShadingBlock& block, int k) const
+    {
+        const auto set = [k](float(&planes)[3][ShadingBlock::kMost], float x, float y, float z) {
+            planes[0][k] = x;
+            planes[1][k] = y;
+            planes[2][k] = z;
+        };
+        const SurfacePoint& p = fPoint;
+        set(block.P, p.P.x, p.P.y, p.P.z);
+        set(block.N, p.N.x, p.N.y, p.N.z);
+        set(block.Ng, p.Ng.x, p.Ng.y, p.Ng.z);
+        set(block.I, p.I.x, p.I.y, p.I.z);
+        set(block.Cs, p.Cs.r, p.Cs.g, p.Cs.b);
+        set(block.Os, p.Os.r, p.Os.g, p.Os.b);
+    }
+
+    // All that the surface asks of a point. Under constant shading derivatives are the sum of the
+    // corners', four times their mean: shaders are tuned to that scale.
+    void find(VertexPlace at)
+    {
+        place(at.i, at.j);
         SurfacePoint& p = fPoint;
-        p.P = P;
-        p.dPdu = dPdu;
-        p.dPdv = dPdv;
-        p.E = fPerspective ? gOrigin : Point(P.x, P.y, 0);
-        p.I = P - p.E;
-        p.Ng = rounded(Pointd(dPdu) ^ Pointd(dPdv));
+        const Vertex& a = fGrid.vertex(at.i, at.j);
+        p.P = a.P;
+        p.dPdu = a.dPdu;
+        p.dPdv = a.dPdv;
+        if (fConstant) {
+            const Vertex &b = fGrid.vertex(at.i + 1, at.j), &c = fGrid.vertex(at.i, at.j + 1),
+                         &d = fGrid.vertex(at.i + 1, at.j + 1);
+            p.P = (a.P + b.P + c.P + d.P) * 0.25f;
+            p.dPdu = a.dPdu + b.dPdu + c.dPdu + d.dPdu;
+            p.dPdv = a.dPdv + b.dPdv + c.dPdv + d.dPdv;
+        }
+        p.E = fPerspective ? gOrigin : Point(p.P.x, p.P.y, 0);
+        p.I = p.P - p.E;
+        p.Ng = rounded(Pointd(p.dPdu) ^ Pointd(p.dPdv));
         if (fGrid.fFlip) p.Ng = -p.Ng;
         p.N = fNormal ? interpolated<Point>(*fNormal, p.u, p.v,
                                             [&](long k) { return fNormal->point(k); })
@@ -108,6 +168,15 @@ private:
                : fColor                      ? variable(*fColor)
                                              : fAttrib.surfaceColor;
         p.Os = opacity();
+    }
+
+    Color shade(VertexPlace at)
+    {
+        find(at);
+        SurfacePoint& p = fPoint;
+        const float *s = fAttrib.textureS, *t = fAttrib.textureT;
+        p.s = bilerp(p.u, p.v, s[0], s[1], s[2], s[3]);
+        p.t = bilerp(p.u, p.v, t[0], t[1], t[2], t[3]);
         if (fVarying) fParameters.bilerp(p.u, p.v, fGrid.fOtherArgs);
         fSurface->evaluate(p);
         const Volume* atmosphere = fAttrib.atmosphereShader.get();
@@ -143,9 +212,6 @@ private:
                 p.u = 1 - p.v;
             }
         }
-        const float *s = fAttrib.textureS, *t = fAttrib.textureT;
-        p.s = bilerp(p.u, p.v, s[0], s[1], s[2], s[3]);
-        p.t = bilerp(p.u, p.v, t[0], t[1], t[2], t[3]);
     }
 
     Color variable(const ArgAssoc& assoc) const
@@ -165,6 +231,10 @@ private:
     ParmList fParameters = {};  // of fOwn; listed once, not for every point
     bool fVarying = false;
     SurfacePoint fPoint;
+    SurfaceRecord fSurfaceRecord;
+    std::vector<LightRecord> fLights;
+    VolumeRecord fVolumeRecord;
+    ShadingKernel fKernel = nullptr;
 };
 
 }  // namespace
@@ -178,15 +248,16 @@ void Grid::shadeOnDemand(const RenderFrame& frame, std::uint64_t* shaded)
     fShader.reset();
     fColors = {};
     fOpacities = {};
+    fWanted.clear();
     fOpacityVaries = fPieceColors.hasOpacity() || opacities(*this);
     fOpacity = frame.option.quirks ? fAttrib->surfaceOpacity : clamped(fAttrib->surfaceOpacity);
     fOpaque = !fOpacityVaries && fOpacity == gWhite;
 }
 
-VertexShader* Grid::shader() const
+VertexShader& Grid::shader() const
 {
-    if (!fShader && fFrame) fShader = std::make_unique<GridShader>(*this, *fFrame);
-    return fShader.get();
+    if (!fShader) fShader = std::make_unique<GridShader>(*this, *fFrame);
+    return *fShader;
 }
 
 }  // namespace zeb

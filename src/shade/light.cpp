@@ -1,6 +1,9 @@
 #include "shade/light.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
+#include <tuple>
 
 #include "math/matrix.h"
 #include "math/shading_math.h"
@@ -25,6 +28,23 @@ float coneCosine(float angle)
 
 // Parameters are found by name, so a light may list fields of a record that it shares with others.
 ParmList colorParms(LightParms& p) { return {{kQIntensity, &p.intensity}, {kQColor, &p.color}}; }
+
+void assign(float (&to)[3], const Point& p)
+{
+    to[0] = p.x;
+    to[1] = p.y;
+    to[2] = p.z;
+}
+
+LightRecord recordOf(LightRecord::Kind kind, const LightParms& parms)
+{
+    LightRecord record;
+    record.kind = kind;
+    record.intensity = parms.intensity;
+    assign(record.color, Point(parms.color.r, parms.color.g, parms.color.b));
+    assign(record.from, parms.from);
+    return record;
+}
 
 // Brings both ends of a light to camera space; answers the way from one to the other, which keeps
 // its digits however far away they lie.
@@ -133,6 +153,12 @@ void AmbientLight::evaluate(LightSample& sample) const
     sample.Cl = fParms.intensity * fParms.color;
 }
 
+bool AmbientLight::describe(LightRecord& record) const
+{
+    record = recordOf(LightRecord::kAmbient, fParms);
+    return true;
+}
+
 ParmList DistantLight::parameters()
 {
     return {{kQIntensity, &fParms.intensity},
@@ -166,6 +192,13 @@ void DistantLight::evaluate(LightSample& sample) const
     sample.Cl = fParms.intensity * fParms.color;
 }
 
+bool DistantLight::describe(LightRecord& record) const
+{
+    record = recordOf(LightRecord::kDistant, fParms);
+    assign(record.toLight, fToLight);
+    return true;
+}
+
 ParmList PointLight::parameters()
 {
     return {{kQIntensity, &fParms.intensity}, {kQColor, &fParms.color}, {kQFrom, &fParms.from}};
@@ -186,6 +219,12 @@ float PointLight::illuminates(const Point& P, const Point& N, float angle, long,
 void PointLight::evaluate(LightSample& sample) const
 {
     sample.Cl = (fParms.intensity * fParms.color) / dot(sample.L, sample.L);
+}
+
+bool PointLight::describe(LightRecord& record) const
+{
+    record = recordOf(LightRecord::kOmni, fParms);
+    return true;
 }
 
 SpotLight SpotLight::inDegrees()
@@ -227,9 +266,21 @@ void SpotLight::evaluate(LightSample& sample) const
 {
     const Point L = scaled(sample.L);
     const float d = dot(L, fAxis) / length(L);
-    const float falloff = std::pow(d, fParms.beamdistribution) / dot(sample.L, sample.L);
+    const float falloff = power(d, fParms.beamdistribution) / dot(sample.L, sample.L);
     const float a = falloff * smoothstep(fCosOutside, fCosInside, d);
     sample.Cl = (a * fParms.intensity) * fParms.color;
+}
+
+bool SpotLight::describe(LightRecord& record) const
+{
+    record = recordOf(LightRecord::kSpot, fParms);
+    assign(record.axis, fAxis);
+    assign(record.cone, normalize(scaled(fAxis)));
+    constexpr float kEverywhere = -std::numeric_limits<float>::infinity();
+    record.coscone = fParms.coneangle < kPi ? std::cos(fParms.coneangle) : kEverywhere;
+    std::tie(record.edge[0], record.edge[1]) = std::minmax(fCosOutside, fCosInside);
+    record.beamdistribution = fParms.beamdistribution;
+    return true;
 }
 
 }  // namespace zeb

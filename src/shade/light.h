@@ -3,6 +3,7 @@
 
 #include "math/color.h"
 #include "shade/shader.h"
+#include "shade/shading_kernel.h"
 #include "util/number.h"
 #include "util/random.h"
 
@@ -26,6 +27,8 @@ public:
                               LightSample& sample) const;
     // Sets Cl from L.
     virtual void evaluate(LightSample& sample) const;
+    // For the kernels; false of a light that they do not know.
+    virtual bool describe(LightRecord&) const { return false; }
 
     static void defaultOutputs(LightSample& sample)
     {
@@ -54,6 +57,7 @@ public:
     ParmList parameters() override;
     bool isambient() const override { return true; }
     void evaluate(LightSample& sample) const override;
+    bool describe(LightRecord& record) const override;
 
 private:
     LightParms fParms;
@@ -71,6 +75,7 @@ public:
     float illuminates(const Point& P, const Point& N, float angle, long n,
                       LightSample& sample) const override;
     void evaluate(LightSample& sample) const override;
+    bool describe(LightRecord& record) const override;
 
 private:
     void setAxis(const Point& axis);
@@ -89,6 +94,7 @@ public:
     float illuminates(const Point& P, const Point& N, float angle, long n,
                       LightSample& sample) const override;
     void evaluate(LightSample& sample) const override;
+    bool describe(LightRecord& record) const override;
 
 private:
     LightParms fParms;
@@ -113,6 +119,7 @@ public:
     float illuminates(const Point& P, const Point& N, float angle, long n,
                       LightSample& sample) const override;
     void evaluate(LightSample& sample) const override;
+    bool describe(LightRecord& record) const override;
 
     float cosoutside() const { return fCosOutside; }
     float cosinside() const { return fCosInside; }

@@ -1,8 +1,8 @@
 #include "shade/surface.h"
 
 #include <algorithm>
-#include <cmath>
 
+#include "math/shading_math.h"
 #include "state/quark.h"
 #include "state/upcalls.h"
 
@@ -109,7 +109,7 @@ Color Surface::specular(SurfacePoint& point, const Point& N, Point& V, float rou
     Color sum = gBlack;
     for (Illuminance lights(point, point.P, Nn, kHalfPi, kLightSamples); ++lights;) {
         const Point H = normalize(normalize(scaled(point.L)) + V);
-        sum += point.Cl * std::pow(std::max(0.0f, dot(Nn, H)), 1 / roughness);
+        sum += point.Cl * power(std::max(0.0f, dot(Nn, H)), 1 / roughness);
     }
     return sum;
 }
@@ -120,7 +120,7 @@ Color Surface::phong(SurfacePoint& point, const Point& N, const Point& V, float 
     const Point R = reflect(-normalize(V), Nn);
     Color sum = gBlack;
     for (Illuminance lights(point, point.P, Nn, kHalfPi, kLightSamples); ++lights;) {
-        sum += point.Cl * std::pow(std::max(0.0f, dot(R, normalize(scaled(point.L)))), size);
+        sum += point.Cl * power(std::max(0.0f, dot(R, normalize(scaled(point.L)))), size);
     }
     return sum;
 }
@@ -129,6 +129,12 @@ void ConstantSurface::evaluate(SurfacePoint& point) const
 {
     point.Oi = point.Os;
     point.Ci = point.Os * point.Cs;
+}
+
+bool ConstantSurface::describe(SurfaceRecord& record) const
+{
+    record.kind = SurfaceRecord::kConstant;
+    return true;
 }
 
 std::unique_ptr<Surface> ConstantSurface::clone() const
@@ -143,6 +149,14 @@ void MatteSurface::evaluate(SurfacePoint& point) const
     point.Oi = point.Os;
     const Point Nf = facingNormal(point);
     point.Ci = (point.Os * point.Cs) * (ka * ambient(point) + kd * diffuse(point, Nf));
+}
+
+bool MatteSurface::describe(SurfaceRecord& record) const
+{
+    record.kind = SurfaceRecord::kMatte;
+    record.ka = ka;
+    record.kd = kd;
+    return true;
 }
 
 std::unique_ptr<Surface> MatteSurface::clone() const
@@ -162,6 +176,15 @@ void MetalSurface::evaluate(SurfacePoint& point) const
     Point V = viewDirection(point);
     const Color shine = ks * specular(point, Nf, V, roughness);
     point.Ci = (point.Os * point.Cs) * (ka * ambient(point) + shine);
+}
+
+bool MetalSurface::describe(SurfaceRecord& record) const
+{
+    record.kind = SurfaceRecord::kMetal;
+    record.ka = ka;
+    record.ks = ks;
+    record.roughness = roughness;
+    return true;
 }
 
 std::unique_ptr<Surface> MetalSurface::clone() const
@@ -186,6 +209,18 @@ void PlasticSurface::evaluate(SurfacePoint& point) const
     const Color shine = (specularcolor * ks) * specular(point, Nf, V, roughness);
     const Color body = kd * diffuse(point, Nf);
     point.Ci = point.Os * (point.Cs * (ka * ambient(point) + body) + shine);
+}
+
+bool PlasticSurface::describe(SurfaceRecord& record) const
+{
+    record.kind = SurfaceRecord::kPlastic;
+    record.ka = ka;
+    record.kd = kd;
+    record.ks = ks;
+    record.roughness = roughness;
+    const float color[3] = {specularcolor.r, specularcolor.g, specularcolor.b};
+    std::copy(color, color + 3, record.specularcolor);
+    return true;
 }
 
 std::unique_ptr<Surface> PlasticSurface::clone() const

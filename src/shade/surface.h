@@ -4,6 +4,7 @@
 #include "math/color.h"
 #include "shade/light.h"
 #include "shade/shader.h"
+#include "shade/shading_kernel.h"
 #include "util/list.h"
 
 namespace zeb
@@ -56,6 +57,9 @@ public:
     // Sets Ci and Oi.
     virtual void evaluate(SurfacePoint& point) const = 0;
     virtual std::unique_ptr<Surface> clone() const = 0;
+    // For the kernels, which shade many points at once to the bits that evaluate() gives; false of
+    // a surface that they do not know.
+    virtual bool describe(SurfaceRecord&) const { return false; }
 
     // What the lights give at a point.
     static Color ambient(const SurfacePoint& point);
@@ -74,6 +78,7 @@ class ConstantSurface : public Surface
 public:
     void evaluate(SurfacePoint& point) const override;
     std::unique_ptr<Surface> clone() const override;
+    bool describe(SurfaceRecord& record) const override;
 };
 
 class MatteSurface : public Surface
@@ -84,6 +89,7 @@ public:
     ParmList parameters() override;
     void evaluate(SurfacePoint& point) const override;
     std::unique_ptr<Surface> clone() const override;
+    bool describe(SurfaceRecord& record) const override;
 };
 
 class MetalSurface : public Surface
@@ -94,6 +100,7 @@ public:
     ParmList parameters() override;
     void evaluate(SurfacePoint& point) const override;
     std::unique_ptr<Surface> clone() const override;
+    bool describe(SurfaceRecord& record) const override;
 };
 
 class PlasticSurface : public Surface
@@ -105,6 +112,7 @@ public:
     ParmList parameters() override;
     void evaluate(SurfacePoint& point) const override;
     std::unique_ptr<Surface> clone() const override;
+    bool describe(SurfaceRecord& record) const override;
 };
 
 }  // namespace zeb

@@ -1,13 +1,30 @@
 #include "shade/volume.h"
 
-#include <cmath>
-
+#include "math/shading_math.h"
 #include "state/quark.h"
 #include "state/upcalls.h"
 #include "util/number.h"
 
 namespace zeb
 {
+
+namespace
+{
+
+// What a length that is nothing counts as.
+float orOne(float divisor) { return nearZero(double{divisor}) ? 1 : divisor; }
+
+VolumeRecord recordOf(VolumeRecord::Kind kind, const Color& color)
+{
+    VolumeRecord record;
+    record.kind = kind;
+    record.color[0] = color.r;
+    record.color[1] = color.g;
+    record.color[2] = color.b;
+    return record;
+}
+
+}  // namespace
 
 std::shared_ptr<Volume> upcall::makeVolume(unsigned short name,
                                            std::shared_ptr<const Transform> transform,
@@ -29,21 +46,33 @@ ParmList DepthCueVolume::parameters()
 
 void DepthCueVolume::evaluate(VolumePoint& point) const
 {
-    const float difference = yon - hither;
-    const float range = nearZero(difference) ? 1 : difference;
-    float t = (depth(point.P) - hither) / range;
+    float t = (depth(point.P) - hither) / orOne(yon - hither);
     if (t < 0) t = 0;
     if (t > 1) t = 1;
     point.Ci = lerp(t, point.Ci, point.cover * color);
+}
+
+bool DepthCueVolume::describe(VolumeRecord& record) const
+{
+    record = recordOf(VolumeRecord::kDepthCue, color);
+    record.hither = hither;
+    record.range = orOne(yon - hither);
+    return true;
 }
 
 ParmList FogVolume::parameters() { return {{kQDistance, &distance}, {kQColor, &color}}; }
 
 void FogVolume::evaluate(VolumePoint& point) const
 {
-    const float d = nearZero(distance) ? 1 : distance;
-    const float t = 1 - std::exp(-length(point.I) / d);
+    const float t = 1 - exponential(-length(point.I) / orOne(distance));
     point.Ci = lerp(t, point.Ci, point.cover * color);
+}
+
+bool FogVolume::describe(VolumeRecord& record) const
+{
+    record = recordOf(VolumeRecord::kFog, color);
+    record.distance = orOne(distance);
+    return true;
 }
 
 }  // namespace zeb

@@ -3,6 +3,7 @@
 
 #include "math/color.h"
 #include "shade/shader.h"
+#include "shade/shading_kernel.h"
 
 namespace zeb
 {
@@ -21,6 +22,8 @@ class Volume : public Shader
 public:
     // Attenuates Ci; Oi stays.
     virtual void evaluate(VolumePoint& point) const = 0;
+    // For the kernels; false of an atmosphere that they do not know.
+    virtual bool describe(VolumeRecord&) const { return false; }
 };
 
 // Linear in camera z between two planes.
@@ -32,6 +35,7 @@ public:
 
     ParmList parameters() override;
     void evaluate(VolumePoint& point) const override;
+    bool describe(VolumeRecord& record) const override;
 };
 
 // Exponential in the distance from the eye. A negative distance brightens instead.
@@ -43,6 +47,7 @@ public:
 
     ParmList parameters() override;
     void evaluate(VolumePoint& point) const override;
+    bool describe(VolumeRecord& record) const override;
 };
 
 }  // namespace zeb

@@ -1,0 +1,59 @@
+// Shading many points at once: what the kernels take and give. There is one for each instruction
+// set, all to the same bits; numbers here are plain, so that all of them share this page.
+#pragma once
+
+namespace zeb
+{
+
+struct SurfaceRecord {
+    enum Kind { kConstant, kMatte, kMetal, kPlastic } kind = kConstant;
+    float ka = 1, kd = 1, ks = 1, roughness = 0.1f;
+    float specularcolor[3] = {1, 1, 1};
+};
+
+struct LightRecord {
+    enum Kind { kAmbient, kDistant, kOmni, kSpot } kind = kAmbient;
+    float intensity = 1;
+    float color[3] = {1, 1, 1};    // not yet times the intensity
+    float from[3] = {0, 0, 0};     // of omni and spot
+    float toLight[3] = {0, 0, 0};  // of distant: unit length
+    float axis[3] = {0, 0, 1};     // of spot: the way light travels
+    float cone[3] = {0, 0, 1};     // the same, normalized once more
+    float coscone = -1;            // light goes nowhere where the cosine of its angle is less
+    float edge[2] = {0, 1};        // cosines between which it grows, the smaller one first
+    float beamdistribution = 2;
+};
+
+struct VolumeRecord {
+    enum Kind { kNone, kDepthCue, kFog } kind = kNone;
+    float hither = 0, range = 1, distance = 1;
+    float color[3] = {0, 0, 0};
+    bool coversAll = true;  // not only as far as the surface is there
+};
+
+// Points by planes, in camera space.
+struct ShadingBlock {
+    static constexpr int kMost = 64;
+    // Of what any instruction set takes at once.
+    static constexpr int kMultiple = 16;
+
+    // How many there are; up to the next multiple there are copies of some.
+    int count = 0;
+    alignas(64) float P[3][kMost];
+    float N[3][kMost];   // shading normal
+    float Ng[3][kMost];  // geometric normal
+    float I[3][kMost];   // from the eye
+    float Cs[3][kMost], Os[3][kMost];
+    float Ci[3][kMost];  // the result
+};
+
+// Sets Ci. False if a point needs a report: then the points have to be shaded one by one.
+using ShadingKernel = bool (*)(const SurfaceRecord& surface, const LightRecord* lights,
+                               int lightCount, const VolumeRecord& volume, ShadingBlock& block);
+
+// For as many lanes as the machine is best at.
+ShadingKernel shadingKernel();
+// For 1, 4, 8 or 16; null where the machine or the build has it not.
+ShadingKernel shadingKernel(int lanes);
+
+}  // namespace zeb

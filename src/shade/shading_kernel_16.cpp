@@ -1,0 +1,9 @@
+#define ZEB_LANES 16
+#include "shade/shading_lanes.h"
+
+namespace zeb
+{
+
+ShadingKernel shadingKernel16() { return shadeBlock; }
+
+}  // namespace zeb

@@ -1,0 +1,178 @@
+// The surfaces, lights and atmospheres by lanes, to the bits that their classes give for one point.
+// Included after lanes.h.
+#pragma once
+
+#include "shade/shading_kernel.h"
+#include "util/lane_math.h"
+#include "util/lane_vector.h"
+
+namespace zeb
+{
+namespace
+{
+
+// Of a right angle in float: surfaces take light from the half-space about their normal.
+constexpr float kHalfSpaceCosine = -4.37113883e-8f;
+
+struct ShadedPoints {
+    Vector P, N, Ng, I, Cs, Os;
+};
+
+// What a light gives to points.
+struct Arriving {
+    Mask lit;
+    Vector toLight;  // unit length
+    Vector Cl;
+};
+
+struct Gathered {
+    Vector diffuse, specular;
+    bool needsReport = false;
+};
+
+inline Vector loadVector(const float (&planes)[3][ShadingBlock::kMost], int k)
+{
+    return {Float::load(planes[0] + k), Float::load(planes[1] + k), Float::load(planes[2] + k)};
+}
+
+inline Float smoothstep(Float low, Float high, Float x)
+{
+    const Float t = (x - low) / (high - low);
+    return select(x < low, 0.0f, select(x >= high, 1.0f, t * t * (Float(3.0f) - 2.0f * t)));
+}
+
+// axis is the surface's, about which it takes light.
+inline Arriving arriving(const LightRecord& light, Vector P, Vector axis)
+{
+    if (light.kind == LightRecord::kDistant) {
+        const Vector toLight = broadcast(light.toLight);
+        return {dot(axis, toLight) >= kHalfSpaceCosine, toLight,
+                broadcast(light.color) * Float(light.intensity)};
+    }
+    const Vector L = -(P - broadcast(light.from));  // from the surface
+    const Vector toLight = normalize(scaled(L));
+    const Mask faces = dot(axis, toLight) >= kHalfSpaceCosine;
+    const Float squared = dot(L, L);
+    if (light.kind == LightRecord::kOmni) {
+        const Vector Cl = broadcast(light.color) * Float(light.intensity);
+        return {faces, toLight, Cl / squared};
+    }
+    const Vector way = scaled(-L), beam = broadcast(light.axis);
+    const Float d = dot(way, beam) / length(way);
+    const Float falloff = power(d, light.beamdistribution) / squared;
+    const Float a = falloff * smoothstep(light.edge[0], light.edge[1], d);
+    const Mask outside = Float(light.coscone) > dot(broadcast(light.cone), -toLight);
+    return {andNot(faces, outside), toLight, broadcast(light.color) * (a * light.intensity)};
+}
+
+// N and V have unit length, or are too short for that.
+template <bool isDiffuse, bool isSpecular>
+Gathered gather(const LightRecord* lights, int lightCount, Vector P, Vector Nf, Vector V,
+                float roughness)
+{
+    constexpr float kNearZero = 1e-10f;
+    Gathered sum{{0.0f, 0.0f, 0.0f}, {0.0f, 0.0f, 0.0f}};
+    const Vector N = normalize(Nf), axis = normalize(N);
+    V = normalize(V);
+    for (int k = 0; k < lightCount; ++k) {
+        const LightRecord& light = lights[k];
+        if (light.kind == LightRecord::kAmbient) continue;
+        const Arriving from = arriving(light, P, axis);
+        if (!any(from.lit)) continue;
+        if (light.kind == LightRecord::kOmni) {
+            const Vector L = P - broadcast(light.from);
+            if (any(from.lit & (dot(L, L) < kNearZero))) sum.needsReport = true;
+        }
+        if (isDiffuse) {
+            const Vector more = sum.diffuse + from.Cl * dot(from.toLight, N);
+            sum.diffuse = select(from.lit, more, sum.diffuse);
+        }
+        if (isSpecular) {
+            const Float cosine = dot(N, normalize(from.toLight + V));
+            const Float shine = power(select(cosine > 0.0f, cosine, 0.0f), 1 / roughness);
+            sum.specular = select(from.lit, sum.specular + from.Cl * shine, sum.specular);
+        }
+    }
+    return sum;
+}
+
+inline Vector ambient(const LightRecord* lights, int lightCount)
+{
+    Vector sum{0.0f, 0.0f, 0.0f};
+    for (int k = 0; k < lightCount; ++k) {
+        if (lights[k].kind != LightRecord::kAmbient) continue;
+        sum = sum + broadcast(lights[k].color) * Float(lights[k].intensity);
+    }
+    return sum;
+}
+
+inline Vector through(const VolumeRecord& volume, const ShadedPoints& points, Vector Ci)
+{
+    if (volume.kind == VolumeRecord::kNone) return Ci;
+    Float t;
+    if (volume.kind == VolumeRecord::kDepthCue) {
+        t = (points.P.z - volume.hither) / volume.range;
+        t = select(t < 0.0f, 0.0f, t);
+        t = select(t > 1.0f, 1.0f, t);
+    } else {
+        t = Float(1.0f) - exp(-length(points.I) / volume.distance);
+    }
+    const Vector color = broadcast(volume.color);
+    return lerp(t, Ci, volume.coversAll ? color : points.Os * color);
+}
+
+inline Gathered lightOf(const SurfaceRecord& surface, const LightRecord* lights, int lightCount,
+                        const ShadedPoints& p)
+{
+    const Vector Nf = faceforward(normalize(scaled(p.N)), scaled(p.I), scaled(p.Ng));
+    const Vector V = normalize(scaled(-p.I));
+    switch (surface.kind) {
+        case SurfaceRecord::kMatte:
+            return gather<true, false>(lights, lightCount, p.P, Nf, V, surface.roughness);
+        case SurfaceRecord::kMetal:
+            return gather<false, true>(lights, lightCount, p.P, Nf, V, surface.roughness);
+        default:
+            return gather<true, true>(lights, lightCount, p.P, Nf, V, surface.roughness);
+    }
+}
+
+inline Vector reflected(const SurfaceRecord& s, const ShadedPoints& p, const Gathered& light,
+                        Vector ambientLight)
+{
+    const Vector dim = ambientLight * s.ka;
+    switch (s.kind) {
+        case SurfaceRecord::kMatte:
+            return (p.Os * p.Cs) * (dim + light.diffuse * s.kd);
+        case SurfaceRecord::kMetal:
+            return (p.Os * p.Cs) * (dim + light.specular * s.ks);
+        default: {
+            const Vector shine = (broadcast(s.specularcolor) * s.ks) * light.specular;
+            return p.Os * (p.Cs * (dim + light.diffuse * s.kd) + shine);
+        }
+    }
+}
+
+bool shadeBlock(const SurfaceRecord& surface, const LightRecord* lights, int lightCount,
+                const VolumeRecord& volume, ShadingBlock& block)
+{
+    const Vector dim = ambient(lights, lightCount);
+    for (int k = 0; k < block.count; k += kLanes) {
+        const ShadedPoints p{loadVector(block.P, k),  loadVector(block.N, k),
+                             loadVector(block.Ng, k), loadVector(block.I, k),
+                             loadVector(block.Cs, k), loadVector(block.Os, k)};
+        Vector Ci = p.Os * p.Cs;
+        if (surface.kind != SurfaceRecord::kConstant) {
+            const Gathered light = lightOf(surface, lights, lightCount, p);
+            if (light.needsReport) return false;
+            Ci = reflected(surface, p, light, dim);
+        }
+        Ci = through(volume, p, Ci);
+        Ci.x.store(block.Ci[0] + k);
+        Ci.y.store(block.Ci[1] + k);
+        Ci.z.store(block.Ci[2] + k);
+    }
+    return true;
+}
+
+}  // namespace
+}  // namespace zeb

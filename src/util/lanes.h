@@ -1,0 +1,195 @@
+// Numbers by lanes: as many side by side as an instruction set computes at once. What is written
+// over them once gives the same bits at every width, because every operation here does, lane by
+// lane, what IEEE 754 says.
+//
+// Included by one translation unit an instruction set, which defines ZEB_LANES: 1, 4, 8 or 16.
+// Everything is local to it, and nothing is included that has inline functions of its own: the
+// linker would keep one copy for all, made of instructions that not every machine has.
+#pragma once
+
+#ifndef ZEB_LANES
+#error "ZEB_LANES says how many numbers lie side by side"
+#endif
+
+#include <cstdint>
+#if defined(__SSE2__)
+#include <immintrin.h>
+#endif
+
+namespace zeb
+{
+namespace
+{
+
+constexpr int kLanes = ZEB_LANES;
+
+#if ZEB_LANES == 1
+using FloatLanes = float;
+using DoubleLanes = double;
+using WordLanes = std::uint64_t;
+using MaskLanes = bool;
+#else
+// Doubles are twice as wide: half as many lie side by side.
+using FloatLanes __attribute__((vector_size(4 * ZEB_LANES))) = float;
+using DoubleLanes __attribute__((vector_size(4 * ZEB_LANES))) = double;
+using WordLanes __attribute__((vector_size(4 * ZEB_LANES))) = std::uint64_t;
+using MaskLanes __attribute__((vector_size(4 * ZEB_LANES))) = std::int32_t;
+#endif
+
+// Yes or no for every lane.
+struct Mask {
+    MaskLanes v;
+
+    friend Mask operator&(Mask a, Mask b) { return {static_cast<MaskLanes>(a.v & b.v)}; }
+    friend Mask andNot(Mask a, Mask b)
+    {
+        return {static_cast<MaskLanes>(a.v & (b.v == MaskLanes{}))};
+    }
+    friend Mask operator|(Mask a, Mask b) { return {static_cast<MaskLanes>(a.v | b.v)}; }
+};
+
+struct Float {
+    FloatLanes v;
+
+    Float() = default;
+#if ZEB_LANES == 1
+    Float(float x) : v(x) {}
+#else
+    Float(FloatLanes lanes) : v(lanes) {}
+    // The same in every lane.
+    Float(float x) : v(x - FloatLanes{}) {}
+#endif
+    static Float load(const float* from)
+    {
+        Float f;
+        __builtin_memcpy(&f.v, from, sizeof f.v);
+        return f;
+    }
+    void store(float* to) const { __builtin_memcpy(to, &v, sizeof v); }
+
+    friend Float operator+(Float a, Float b) { return a.v + b.v; }
+    friend Float operator-(Float a, Float b) { return a.v - b.v; }
+    friend Float operator*(Float a, Float b) { return a.v * b.v; }
+    friend Float operator/(Float a, Float b) { return a.v / b.v; }
+    friend Float operator-(Float a) { return -a.v; }
+    friend Mask operator<(Float a, Float b) { return {a.v < b.v}; }
+    friend Mask operator>(Float a, Float b) { return {a.v > b.v}; }
+    friend Mask operator<=(Float a, Float b) { return {a.v <= b.v}; }
+    friend Mask operator>=(Float a, Float b) { return {a.v >= b.v}; }
+    friend Mask operator==(Float a, Float b) { return {a.v == b.v}; }
+    friend Mask operator!=(Float a, Float b) { return {a.v != b.v}; }
+};
+
+inline Float select(Mask m, Float yes, Float no) { return m.v ? yes.v : no.v; }
+
+// Half as many lanes as a Float has; as many where that is one.
+struct Double {
+    DoubleLanes v;
+
+    Double() = default;
+#if ZEB_LANES == 1
+    Double(double x) : v(x) {}
+#else
+    Double(DoubleLanes lanes) : v(lanes) {}
+    Double(double x) : v(x - DoubleLanes{}) {}
+#endif
+
+    friend Double operator+(Double a, Double b) { return a.v + b.v; }
+    friend Double operator-(Double a, Double b) { return a.v - b.v; }
+    friend Double operator*(Double a, Double b) { return a.v * b.v; }
+    friend Double operator/(Double a, Double b) { return a.v / b.v; }
+};
+
+// The first of two unless the second is less, or more.
+inline Double least(Double a, Double b) { return b.v < a.v ? b.v : a.v; }
+inline Double most(Double a, Double b) { return b.v > a.v ? b.v : a.v; }
+
+// The bits of doubles.
+inline WordLanes bitsOf(Double d) { return __builtin_bit_cast(WordLanes, d.v); }
+inline Double ofBits(WordLanes bits) { return __builtin_bit_cast(DoubleLanes, bits); }
+
+#if ZEB_LANES == 1
+
+inline Float sqrt(Float x) { return __builtin_sqrtf(x.v); }
+inline Float abs(Float x) { return __builtin_fabsf(x.v); }
+inline bool any(Mask m) { return m.v; }
+inline Double lowHalf(Float x) { return static_cast<double>(x.v); }
+template <class Function>
+Float inDouble(Function f, Float x, Float y)
+{
+    return static_cast<float>(f(lowHalf(x), lowHalf(y)).v);
+}
+
+#else
+
+inline Float abs(Float x)
+{
+    return __builtin_bit_cast(FloatLanes, __builtin_bit_cast(MaskLanes, x.v) & 0x7FFFFFFF);
+}
+
+#if ZEB_LANES == 16
+inline Float sqrt(Float x) { return _mm512_sqrt_ps(x.v); }
+inline bool any(Mask m)
+{
+    const __m512i bits = __builtin_bit_cast(__m512i, m.v);
+    return _mm512_test_epi32_mask(bits, bits) != 0;
+}
+inline Double lowHalf(Float x) { return _mm512_cvtps_pd(_mm512_castps512_ps256(x.v)); }
+inline Double highHalf(Float x) { return _mm512_cvtps_pd(_mm512_extractf32x8_ps(x.v, 1)); }
+inline Float join(Double low, Double high)
+{
+    return _mm512_insertf32x8(_mm512_castps256_ps512(_mm512_cvtpd_ps(low.v)),
+                              _mm512_cvtpd_ps(high.v), 1);
+}
+#elif ZEB_LANES == 8
+inline Float sqrt(Float x) { return _mm256_sqrt_ps(x.v); }
+inline bool any(Mask m) { return _mm256_movemask_ps(__builtin_bit_cast(__m256, m.v)) != 0; }
+inline Double lowHalf(Float x) { return _mm256_cvtps_pd(_mm256_castps256_ps128(x.v)); }
+inline Double highHalf(Float x) { return _mm256_cvtps_pd(_mm256_extractf128_ps(x.v, 1)); }
+inline Float join(Double low, Double high)
+{
+    return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm256_cvtpd_ps(low.v)),
+                                _mm256_cvtpd_ps(high.v), 1);
+}
+#elif defined(__SSE2__)
+inline Float sqrt(Float x) { return _mm_sqrt_ps(x.v); }
+inline bool any(Mask m) { return _mm_movemask_ps(__builtin_bit_cast(__m128, m.v)) != 0; }
+inline Double lowHalf(Float x) { return _mm_cvtps_pd(x.v); }
+inline Double highHalf(Float x) { return _mm_cvtps_pd(_mm_movehl_ps(x.v, x.v)); }
+inline Float join(Double low, Double high)
+{
+    return _mm_movelh_ps(_mm_cvtpd_ps(low.v), _mm_cvtpd_ps(high.v));
+}
+#else
+// For any machine, one lane after the other where the compiler finds nothing better.
+inline Float sqrt(Float x)
+{
+    for (int k = 0; k < kLanes; ++k) x.v[k] = __builtin_sqrtf(x.v[k]);
+    return x;
+}
+inline bool any(Mask m)
+{
+    std::int32_t all = 0;
+    for (int k = 0; k < kLanes; ++k) all |= m.v[k];
+    return all != 0;
+}
+inline Double lowHalf(Float x) { return DoubleLanes{double{x.v[0]}, double{x.v[1]}}; }
+inline Double highHalf(Float x) { return DoubleLanes{double{x.v[2]}, double{x.v[3]}}; }
+inline Float join(Double low, Double high)
+{
+    return FloatLanes{static_cast<float>(low.v[0]), static_cast<float>(low.v[1]),
+                      static_cast<float>(high.v[0]), static_cast<float>(high.v[1])};
+}
+#endif
+
+// f(x, y), computed in double and rounded once.
+template <class Function>
+Float inDouble(Function f, Float x, Float y)
+{
+    return join(f(lowHalf(x), lowHalf(y)), f(highHalf(x), highHalf(y)));
+}
+
+#endif
+
+}  // namespace
+}  // namespace zeb
