@@ -28,7 +28,7 @@ ArgList inCamera(const ArgList& args, const Matrix& toCamera, bool flip, bool kn
 
 Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Attrib> attrib,
            const Transform& transform, std::uint32_t seq, bool flip, bool triangular,
-           const ArgList& args, const Edges& edges, bool transposed)
+           const ArgList& args, const Edges& edges, bool transposed, Pool* pool)
     : fUSize(usize),
       fVSize(vsize),
       fAttrib(std::move(attrib)),
@@ -40,13 +40,14 @@ Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Att
       fTransposed(transposed),
       fEdges(edges),
       fVertexArgs(inCamera(args, transform.matrix(), flip, true)),
-      fOtherArgs(inCamera(args, transform.matrix(), flip, false))
+      fOtherArgs(inCamera(args, transform.matrix(), flip, false)),
+      fPool(pool)
 {
     std::size_t count = 0;
     for (int j = 0; j <= fVSize; ++j) count += static_cast<std::size_t>(vertexCount(j));
     const std::size_t rows = fVSize + 1u;
-    fLasting.reset(
-        new std::byte[rows * (sizeof(std::uint32_t) + sizeof(Bound)) + count * sizeof(Point)]);
+    fLasting = makeArray<std::byte>(
+        pool, rows * (sizeof(std::uint32_t) + sizeof(Bound)) + count * sizeof(Point));
     fRowStarts = new (fLasting.get()) std::uint32_t[rows];
     fRowBounds = new (fRowStarts + rows) Bound[rows];
     fRaster = new (fRowBounds + rows) Point[count];
@@ -55,7 +56,7 @@ Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Att
         fRowStarts[j] = start;
         start += static_cast<std::uint32_t>(vertexCount(j));
     }
-    fVertices.reset(new Vertex[count]);
+    fVertices = makeArray<Vertex>(pool, count);
 }
 
 void Grid::shade() const
@@ -73,6 +74,14 @@ void Grid::shade() const
     if (fOpacityVaries) fOpacities.isComplete();
     fVertices.reset();
     fShader.reset();
+}
+
+void Grid::ColorPlane::begin(const Grid& grid)
+{
+    const std::size_t count = grid.vertexCount();
+    values = makeArray<Color>(grid.fPool, count);
+    taken = makeArray<bool>(grid.fPool, count);
+    std::fill_n(taken.get(), count, false);
 }
 
 void Grid::shadeWanted() const
@@ -95,7 +104,7 @@ void Grid::shadeWanted() const
 void Grid::knowOpacity(int i, int j) const
 {
     const std::size_t k = at(i, j);
-    if (fFrame && fOpacities.take(k, vertexCount())) fOpacities.values[k] = shader().opacity(i, j);
+    if (fFrame && fOpacities.take(k, *this)) fOpacities.values[k] = shader().opacity(i, j);
 }
 
 void Grid::project(const RenderFrame& frame)

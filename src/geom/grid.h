@@ -14,6 +14,7 @@
 #include "state/args.h"
 #include "state/attrib.h"
 #include "state/render_frame.h"
+#include "util/pool.h"
 
 namespace zeb
 {
@@ -60,7 +61,8 @@ public:
 
     Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Attrib> attrib,
          const Transform& transform, std::uint32_t seq, bool flip, bool triangular,
-         const ArgList& args, const Edges& edges = {}, bool transposed = false);
+         const ArgList& args, const Edges& edges = {}, bool transposed = false,
+         Pool* pool = nullptr);
 
     // Column i of vertex row j.
     Vertex& vertex(int i, int j) { return fVertices[at(i, j)]; }
@@ -123,12 +125,12 @@ public:
     // them.
     void shade() const;
     // Of a vertex that needs no shader.
-    void setColor(int i, int j, const Color& color) { fColors.set(at(i, j), vertexCount(), color); }
+    void setColor(int i, int j, const Color& color) { fColors.set(at(i, j), *this, color); }
     void setOpacity(int i, int j, const Color& opacity)
     {
         fOpacityVaries = true;
         fOpaque = false;
-        fOpacities.set(at(i, j), vertexCount(), opacity);
+        fOpacities.set(at(i, j), *this, opacity);
     }
     // The opacity of all vertices; null where they differ.
     const Color* uniformOpacity() const { return fOpacityVaries ? nullptr : &fOpacity; }
@@ -138,26 +140,24 @@ public:
 private:
     // Colours of vertices, as far as they are known or wanted; others are black.
     struct ColorPlane {
-        std::unique_ptr<Color[]> values;
-        std::unique_ptr<bool[]> taken;  // null before the first is, and once all are known
+        PoolArray<Color> values;
+        PoolArray<bool> taken;  // null before the first is, and once all are known
         bool complete = false;
 
         // Whether this makes it so.
-        bool take(std::size_t k, std::size_t count)
+        bool take(std::size_t k, const Grid& grid)
         {
             if (complete) return false;
-            if (!taken) {
-                values.reset(new Color[count]);
-                taken.reset(new bool[count]());
-            }
+            if (!taken) begin(grid);
             return !std::exchange(taken[k], true);
         }
         Color at(std::size_t k) const { return values ? values[k] : gBlack; }
-        void set(std::size_t k, std::size_t count, const Color& color)
+        void set(std::size_t k, const Grid& grid, const Color& color)
         {
-            take(k, count);
+            take(k, grid);
             values[k] = color;
         }
+        void begin(const Grid& grid);
         void isComplete()
         {
             taken.reset();
@@ -176,7 +176,7 @@ private:
     }
     bool wantVertex(int i, int j) const
     {
-        if (!fFrame || !fColors.take(at(i, j), vertexCount())) return false;
+        if (!fFrame || !fColors.take(at(i, j), *this)) return false;
         fWanted.push_back({static_cast<std::uint16_t>(i), static_cast<std::uint16_t>(j)});
         return true;
     }
@@ -190,11 +190,12 @@ private:
     }
 
     // What lasts as long as the grid, in one allocation: there are many small grids.
-    std::unique_ptr<std::byte[]> fLasting;
+    Pool* const fPool;
+    PoolArray<std::byte> fLasting;
     std::uint32_t* fRowStarts = nullptr;
     Bound* fRowBounds = nullptr;
     Point* fRaster = nullptr;
-    mutable std::unique_ptr<Vertex[]> fVertices;  // null when all is shaded
+    mutable PoolArray<Vertex> fVertices;  // null when all is shaded
     Bound fBound;
 
     const RenderFrame* fFrame = nullptr;  // that colours are found under

@@ -305,8 +305,9 @@ void Primitive::mendDerivatives(Grid& grid) const
 std::unique_ptr<Grid> Primitive::dice(const Dicing& dicing) const
 {
     const int usteps = dicing.fUSteps, vsteps = dicing.fVSteps;
-    auto grid = std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib,
-                                       transform(), fCommon->fSeq, flipped(), false, fArgs, fEdges);
+    auto grid =
+        std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib, transform(),
+                               fCommon->fSeq, flipped(), false, fArgs, fEdges, false, dicing.pool);
     Columns columns;
     for (int i = 0; i <= usteps; ++i) {
         columns.u.push_back(static_cast<float>(i) / static_cast<float>(usteps));

@@ -19,6 +19,7 @@ namespace zeb
 {
 
 class Grid;
+class Pool;
 class Primitive;
 struct Vertex;
 
@@ -54,6 +55,7 @@ struct Dicing {
     // A grid whose micropolygons differ much in size is finer in places than it need be; after too
     // many splits it is taken as it is.
     bool even = true;
+    Pool* pool = nullptr;  // that the grid is made in, if there is one
 };
 
 // Codes of the kinds that objects tell apart.

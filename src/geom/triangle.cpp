@@ -159,8 +159,9 @@ bool Triangle::diceable(Dicing& dicing, float maxSize) const
 std::unique_ptr<Grid> Triangle::dice(const Dicing& dicing) const
 {
     const Matrix& toCamera = matrix();
-    auto grid = std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib,
-                                       transform(), fCommon->fSeq, flipped(), true, fArgs, fEdges);
+    auto grid =
+        std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib, transform(),
+                               fCommon->fSeq, flipped(), true, fArgs, fEdges, false, dicing.pool);
     Pointd dPdu = fCorners[1] - fCorners[0], dPdv = fCorners[2] - fCorners[0];
     vtransform(dPdu, toCamera);
     vtransform(dPdv, toCamera);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <limits>
 
 #include "geom/grid.h"
@@ -67,7 +68,10 @@ Bucket::Bucket(const RenderFrame& frame, long x0, long x1, long y0, long y1)
 
 std::unique_ptr<Primitive> Bucket::takePrimitive()
 {
-    return fPrimitives.empty() ? nullptr : fPrimitives.takeHead();
+    if (fPrimitives.empty()) return nullptr;
+    std::unique_ptr<Primitive> last = std::move(fPrimitives.back());
+    fPrimitives.pop_back();
+    return last;
 }
 
 Bucket::Window Bucket::sampleWindow() const
@@ -126,10 +130,13 @@ void Bucket::render(Display& display, BucketScratch& scratch)
     if (fX1 < fX0 || fY1 < fY0) return;
     const Window window = sampleWindow();
     scratch.arena.reset();
+    // The latest is the first that counts.
     Pieces pieces;
-    for (const auto& piece : fPieces) pieces.push_back(piece.get());
+    pieces.reserve(fPieces.size());
+    std::transform(fPieces.rbegin(), fPieces.rend(), std::back_inserter(pieces),
+                   [](const std::shared_ptr<Piece>& piece) { return piece.get(); });
     generate(pieces, window, scratch);
-    fPieces.flush();
+    fPieces = {};
     scratch.row.resize(static_cast<std::size_t>(fX1 - fX0 + 1) * fFrame.option.sampleCount);
     const float inverseGamma = display.isLinear() ? 1 : fFrame.option.inverseGamma;
     for (long y = fY0; y <= fY1; ++y) {

@@ -9,7 +9,6 @@
 #include "hider/pixel_filter.h"
 #include "hider/seams.h"
 #include "util/arena.h"
-#include "util/list.h"
 
 namespace zeb
 {
@@ -30,8 +29,8 @@ public:
     Bucket(const Bucket&) = delete;
     Bucket& operator=(const Bucket&) = delete;
 
-    void add(std::unique_ptr<Primitive> primitive) { fPrimitives.add(std::move(primitive)); }
-    void add(std::shared_ptr<Piece> piece) { fPieces.add(std::move(piece)); }
+    void add(std::unique_ptr<Primitive> primitive) { fPrimitives.push_back(std::move(primitive)); }
+    void add(std::shared_ptr<Piece> piece) { fPieces.push_back(std::move(piece)); }
     // The primitive added last; null if there is none left.
     std::unique_ptr<Primitive> takePrimitive();
     void render(Display& display, BucketScratch& scratch);
@@ -81,8 +80,8 @@ private:
     // Colours are raised to the power inverseGamma.
     void renderRow(long y, const Window& window, float inverseGamma, std::uint32_t* words) const;
 
-    List<std::unique_ptr<Primitive>> fPrimitives;
-    List<std::shared_ptr<Piece>> fPieces;  // one goes with the last bucket that it was handed to
+    std::vector<std::unique_ptr<Primitive>> fPrimitives;
+    std::vector<std::shared_ptr<Piece>> fPieces;  // one goes with the last bucket that has it
     long fX0, fX1, fY0, fY1;
 };
 
@@ -103,6 +102,7 @@ private:
     struct Tile {
         SampleOrder most = std::numeric_limits<SampleOrder>::infinity();  // of its covers
         bool known = true;
+        bool open = false;  // some sample is
     };
     // The samples of a box: columns i0 ... i1 of rows j0 ... j1.
     struct Range {
@@ -118,12 +118,15 @@ private:
                   const Window& window, Counts& counts);
     void closeSeams(const Pieces& pieces, const Hits& hits, const Window& window,
                     BucketScratch& scratch);
-    std::vector<bool> openSamples(const Pieces& pieces, Seams& seams, const Window& window) const;
+    bool openSamples(const Pieces& pieces, Seams& seams, const Window& window);
     bool settled(const SamplePoint& point, const Seams::Near& near) const;
 
     Range samplesIn(const Bound& box, const Window& window) const;
     // Whether all samples of a box are covered by what is nearer than this.
-    bool hidden(const Bound& box, SampleOrder least, const Window& window);
+    bool hidden(const Bound& box, SampleOrder least, const Window& window) const;
+    void learn(Tile& tile) const;
+    template <class Is>
+    bool anyTile(const Bound& box, const Window& window, const Is& is) const;
     template <class Visit>
     void eachSample(const Bound& box, const Window& window, const Visit& visit) const;
     template <class Visit>

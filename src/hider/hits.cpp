@@ -27,7 +27,10 @@ void Hits::add(SamplePoint& point, const MicroPolygon& cell, float s, float t,
     if (!fInOrder && !opaque) {
         hit->color = cell.colorAt(s, t);
         hit->colored = true;
-    } else if (!fInOrder && order < double{fFrame.depthScale}) {
+        return;
+    }
+    point.colorless = true;
+    if (!fInOrder && order < double{fFrame.depthScale}) {
         point.cover = order;
     } else {
         // Beyond the far clipping plane, what is opaque leaves the depth to what is behind it.
@@ -37,6 +40,7 @@ void Hits::add(SamplePoint& point, const MicroPolygon& cell, float s, float t,
 
 void Hits::want(const SamplePoint& point, std::vector<const Grid*>& grids) const
 {
+    if (!point.colorless) return;
     for (const Hit* hit = point.latest; hit; hit = hit->earlier) {
         if (hit->colored || hit->order > point.cover) continue;
         const bool wanted = hit->grid->wantsAny();

@@ -33,6 +33,10 @@ struct SamplePoint {
     // Whether the order in which surfaces were filed may decide what is seen, even where no two
     // are equally deep.
     bool byRank = false;
+    // Whether a gap may show there that no surface closes.
+    bool open = false;
+    // Whether some hit's colour is not known yet.
+    bool colorless = false;
 };
 
 // Grids may come in any order: what is seen is what taking them by their ranks would give. Where

@@ -28,6 +28,7 @@ double depthRounding(float zmin, float zmax)
 Piece::Piece(std::unique_ptr<Primitive> primitive, const Dicing& dicing)
     : fPrimitive(std::move(primitive)),
       fFrame(&dicing.frame),
+      fPool(dicing.pool),
       fUSteps(dicing.fUSteps),
       fVSteps(dicing.fVSteps),
       fMoreThanOpaque(fPrimitive->hasOpacities() ||
@@ -63,7 +64,7 @@ const Grid& Piece::dice(Counts& counts)
     if (fGrid) return *fGrid;
     const Attrib& attrib = fPrimitive->attrib();
     const AttribNamesScope names(attrib.object.text(), attrib.group.text());
-    std::shared_ptr<Grid> grid = fPrimitive->dice(Dicing{*fFrame, fUSteps, fVSteps});
+    std::shared_ptr<Grid> grid = fPrimitive->dice(Dicing{*fFrame, fUSteps, fVSteps, true, fPool});
     fPrimitive.reset();
     grid->project(*fFrame);
     const Option& option = fFrame->option;

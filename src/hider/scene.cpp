@@ -101,6 +101,7 @@ void Scene::init()
     fRows = (fY1 - fY0) / fBucketHeight + 1;
     fBuckets.resize(static_cast<std::size_t>(fRows));
     fFrame = std::make_unique<RenderFrame>(option, gCameraToRaster);
+    fGrids = std::make_unique<Pool>();
 
     const long width = fBucketWidth, height = fBucketHeight;
     if (width < asked.tuning[1] || height < asked.tuning[2]) {
@@ -292,7 +293,7 @@ void Scene::process(std::unique_ptr<Primitive> primitive)
     const std::shared_ptr<PrimitiveCommon> common = primitive->shareCommon();
     const Attrib& attrib = *common->fAttrib;
     const AttribNamesScope names(attrib.object.text(), attrib.group.text());
-    Dicing dicing{*fFrame};
+    Dicing dicing{*fFrame, 1, 1, true, fGrids.get()};
     if (primitive->front() && primitive->diceable(dicing)) {
         dice(std::move(primitive), dicing);
     } else if (!primitive->canSplit()) {
@@ -308,8 +309,7 @@ void Scene::process(std::unique_ptr<Primitive> primitive)
 // leave slivers: how even their grids are matters no more, and they are split across.
 void Scene::finish(std::unique_ptr<Primitive> primitive)
 {
-    Dicing dicing{*fFrame};
-    dicing.even = false;
+    Dicing dicing{*fFrame, 1, 1, false, fGrids.get()};
     const float size = kLarge * primitive->dicingLimit(*fFrame, -1);
     if (!primitive->keepsRest()) {
         giveUp(*primitive);
@@ -421,6 +421,7 @@ long Scene::progress() const
 void Scene::flush()
 {
     const auto frame = std::move(fFrame);
+    const auto grids = std::move(fGrids);
     const auto buckets = std::move(fBuckets);
     fBuckets.clear();
     fScratch = {};

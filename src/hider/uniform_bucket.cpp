@@ -107,27 +107,38 @@ void UniformBucket::eachSample(const Bound& box, const Window& window, const Vis
     }
 }
 
-bool UniformBucket::hidden(const Bound& box, SampleOrder least, const Window& window)
+// Whether any of the tiles that samples of the box are in is so.
+template <class Is>
+bool UniformBucket::anyTile(const Bound& box, const Window& window, const Is& is) const
 {
-    if (!fCovered) return false;
     const Range range = samplesIn(box, window);
     for (long tj = range.j0 / kTile; tj * kTile <= range.j1; ++tj) {
         for (long ti = range.i0 / kTile; ti * kTile <= range.i1; ++ti) {
-            Tile& tile = fTiles[tj * fTileColumns + ti];
-            if (!tile.known) {
-                tile = {-std::numeric_limits<SampleOrder>::infinity(), true};
-                const long i1 = std::min((ti + 1) * kTile, fColumns);
-                const long j1 = std::min((tj + 1) * kTile, fRows);
-                for (long j = tj * kTile; j < j1; ++j) {
-                    for (long i = ti * kTile; i < i1; ++i) {
-                        tile.most = std::max(tile.most, at(i, j).cover);
-                    }
-                }
-            }
-            if (!(tile.most < least)) return false;
+            if (is(fTiles[tj * fTileColumns + ti])) return true;
         }
     }
-    return true;
+    return false;
+}
+
+bool UniformBucket::hidden(const Bound& box, SampleOrder least, const Window& window) const
+{
+    const auto isOpen = [&](Tile& tile) {
+        if (!tile.known) learn(tile);
+        return !(tile.most < least);
+    };
+    return fCovered && !anyTile(box, window, isOpen);
+}
+
+void UniformBucket::learn(Tile& tile) const
+{
+    const long n = &tile - fTiles, i0 = n % fTileColumns * kTile, j0 = n / fTileColumns * kTile;
+    tile.most = -std::numeric_limits<SampleOrder>::infinity();
+    tile.known = true;
+    for (long j = j0; j < std::min(j0 + kTile, fRows); ++j) {
+        for (long i = i0; i < std::min(i0 + kTile, fColumns); ++i) {
+            tile.most = std::max(tile.most, at(i, j).cover);
+        }
+    }
 }
 
 void UniformBucket::generate(const Pieces& pieces, const Window& window, BucketScratch& scratch)
@@ -243,27 +254,18 @@ void UniformBucket::closeSeams(const Pieces& pieces, const Hits& hits, const Win
     checkCancelled();
     Arena& arena = scratch.arena;
     Seams seams(fBySequence, fFrame.depthScale, arena);
-    const std::vector<bool> open = openSamples(pieces, seams, window);
-    const auto isOpen = [&open](long k) { return open[static_cast<std::size_t>(k)]; };
-    const auto anyOpen = [&](const Range& range) {
-        for (long j = range.j0; j <= range.j1; ++j) {
-            for (long i = range.i0; i <= range.i1; ++i) {
-                if (isOpen(j * fColumns + i)) return true;
-            }
-        }
-        return false;
-    };
-    if (!anyOpen({0, fColumns - 1, 0, fRows - 1})) return;
+    if (!openSamples(pieces, seams, window)) return;
     struct Nearby {
         Seams::Near* first = nullptr;
     };
-    auto* const near = arena.array<Nearby>(open.size());
+    auto* const near = arena.array<Nearby>(static_cast<std::size_t>(fColumns * fRows));
     for (Piece* piece : pieces) {
         checkCancelled();
-        if (!anyOpen(samplesIn(piece->box(), window))) continue;
+        const auto hasOpen = [](const Tile& tile) { return tile.open; };
+        if (!anyTile(piece->box(), window, hasOpen)) continue;
         for (const Seams::Side& side : seams.sides(piece->dice(scratch.counts))) {
             eachSample(side.bound(), window, [&](long k) {
-                if (isOpen(k)) seams.look(side, fSamples[k].x, fSamples[k].y, near[k].first);
+                if (fSamples[k].open) seams.look(side, fSamples[k].x, fSamples[k].y, near[k].first);
             });
         }
     }
@@ -278,27 +280,30 @@ void UniformBucket::closeSeams(const Pieces& pieces, const Hits& hits, const Win
     }
 }
 
-// Samples by a side that would be seen there, and hit nothing of its layer.
-std::vector<bool> UniformBucket::openSamples(const Pieces& pieces, Seams& seams,
-                                             const Window& window) const
+// Marks samples by a side that would be seen there, and hit nothing of its layer; whether there are
+// any.
+bool UniformBucket::openSamples(const Pieces& pieces, Seams& seams, const Window& window)
 {
-    std::vector<bool> open(static_cast<std::size_t>(fColumns * fRows));
+    bool any = false;
     for (const Piece* piece : pieces) {
         checkCancelled();
-        if (!piece->grid() || window.misses(piece->box())) continue;
+        const SampleOrder least = piece->least(fFrame);
+        if (!piece->grid() || window.misses(piece->box()) || hidden(piece->box(), least, window)) {
+            continue;
+        }
         for (const Seams::Side& side : seams.sides(*piece->grid())) {
             const Bound box = side.bound();
-            if (window.misses(box)) continue;
+            if (window.misses(box) || hidden(box, least, window)) continue;
             eachSample(box, window, [&](long k) {
-                const auto n = static_cast<std::size_t>(k);
-                const SamplePoint& point = fSamples[k];
+                SamplePoint& point = fSamples[k];
                 Seams::Near near;
-                if (open[n] || !seams.look(side, point.x, point.y, near)) return;
-                open[n] = fFrame.plain || (near.outside && !settled(point, near));
+                if (point.open || !seams.look(side, point.x, point.y, near)) return;
+                if (!fFrame.plain && (!near.outside || settled(point, near))) return;
+                any = point.open = tileOf(k).open = true;
             });
         }
     }
-    return open;
+    return any;
 }
 
 bool UniformBucket::settled(const SamplePoint& point, const Seams::Near& near) const
