@@ -105,14 +105,24 @@ private:
     bool colorsByKernel(const VertexPlace* places, std::size_t count, Color* colors)
     {
         ShadingBlock block;
+        block.isPerspective = fPerspective;
+        block.isFlipped = fGrid.fFlip;
+        block.hasNormals = fNormal;
+        block.hasColors = fColor || fGrid.fPieceColors.hasColor();
+        block.hasOpacities = fOpacity || fGrid.fPieceColors.hasOpacity();
+        const bool varies = block.hasNormals || block.hasColors || block.hasOpacities;
         for (std::size_t done = 0; done < count; done += ShadingBlock::kMost) {
             block.count = static_cast<int>(std::min<std::size_t>(count - done, block.kMost));
-            for (int k = 0; k < block.count; ++k) {
-                find(places[done + static_cast<std::size_t>(k)]);
-                put(block, k);
+            const int most = (block.count + block.kMultiple - 1) & -block.kMultiple;
+            for (int k = 0; k < most; ++k) {
+                // The last one, as often as it takes.
+                const int n = std::min(k, block.count - 1);
+                const VertexPlace at = places[done + static_cast<std::size_t>(n)];
+                putVertex(block, k, vertexAt(at));
+                if (k > 0 && !varies) continue;
+                place(at.i, at.j);
+                putVariables(block, k);
             }
-            // The last point, as often as it takes.
-            for (int k = block.count; k % ShadingBlock::kMultiple != 0; ++k) put(block, k);
             if (!fKernel(fSurfaceRecord, fLights.data(), static_cast<int>(fLights.size()),
                          fVolumeRecord, block)) {
                 return false;
@@ -124,59 +134,68 @@ private:
         return true;
     }
 
-    void put(ShadingBlock& block, int k) const
+    static void put(ShadingBlock::Planes& planes, int k, const Point& p)
     {
-        const auto set = [k](float(&planes)[3][ShadingBlock::kMost], float x, float y, float z) {
-            planes[0][k] = x;
-            planes[1][k] = y;
-            planes[2][k] = z;
-        };
-        const SurfacePoint& p = fPoint;
-        set(block.P, p.P.x, p.P.y, p.P.z);
-        set(block.N, p.N.x, p.N.y, p.N.z);
-        set(block.Ng, p.Ng.x, p.Ng.y, p.Ng.z);
-        set(block.I, p.I.x, p.I.y, p.I.z);
-        set(block.Cs, p.Cs.r, p.Cs.g, p.Cs.b);
-        set(block.Os, p.Os.r, p.Os.g, p.Os.b);
+        planes[0][k] = p.x;
+        planes[1][k] = p.y;
+        planes[2][k] = p.z;
+    }
+    static void put(ShadingBlock::Planes& planes, int k, const Color& c)
+    {
+        planes[0][k] = c.r;
+        planes[1][k] = c.g;
+        planes[2][k] = c.b;
+    }
+    static void putVertex(ShadingBlock& block, int k, const Vertex& vertex)
+    {
+        put(block.P, k, vertex.P);
+        put(block.dPdu, k, vertex.dPdu);
+        put(block.dPdv, k, vertex.dPdv);
+    }
+    void putVariables(ShadingBlock& block, int k) const
+    {
+        if (fNormal) put(block.N, k, normal());
+        put(block.Cs, k, color());
+        put(block.Os, k, opacity());
     }
 
-    // All that the surface asks of a point. Under constant shading derivatives are the sum of the
-    // corners', four times their mean: shaders are tuned to that scale.
+    // Under constant shading derivatives are the sum of the corners', four times their mean:
+    // shaders are tuned to that scale.
+    Vertex vertexAt(VertexPlace at) const
+    {
+        const Vertex& a = fGrid.vertex(at.i, at.j);
+        if (!fConstant) return a;
+        const Vertex &b = fGrid.vertex(at.i + 1, at.j), &c = fGrid.vertex(at.i, at.j + 1),
+                     &d = fGrid.vertex(at.i + 1, at.j + 1);
+        return {(a.P + b.P + c.P + d.P) * 0.25f, a.dPdu + b.dPdu + c.dPdu + d.dPdu,
+                a.dPdv + b.dPdv + c.dPdv + d.dPdv};
+    }
+
+    // All that the surface asks of a point.
     void find(VertexPlace at)
     {
         place(at.i, at.j);
         SurfacePoint& p = fPoint;
-        const Vertex& a = fGrid.vertex(at.i, at.j);
-        p.P = a.P;
-        p.dPdu = a.dPdu;
-        p.dPdv = a.dPdv;
-        if (fConstant) {
-            const Vertex &b = fGrid.vertex(at.i + 1, at.j), &c = fGrid.vertex(at.i, at.j + 1),
-                         &d = fGrid.vertex(at.i + 1, at.j + 1);
-            p.P = (a.P + b.P + c.P + d.P) * 0.25f;
-            p.dPdu = a.dPdu + b.dPdu + c.dPdu + d.dPdu;
-            p.dPdv = a.dPdv + b.dPdv + c.dPdv + d.dPdv;
-        }
+        const Vertex vertex = vertexAt(at);
+        p.P = vertex.P;
+        p.dPdu = vertex.dPdu;
+        p.dPdv = vertex.dPdv;
         p.E = fPerspective ? gOrigin : Point(p.P.x, p.P.y, 0);
         p.I = p.P - p.E;
         p.Ng = rounded(Pointd(p.dPdu) ^ Pointd(p.dPdv));
         if (fGrid.fFlip) p.Ng = -p.Ng;
-        p.N = fNormal ? interpolated<Point>(*fNormal, p.u, p.v,
-                                            [&](long k) { return fNormal->point(k); })
-                      : p.Ng;
-        p.Cs = fGrid.fPieceColors.hasColor() ? fGrid.fPieceColors.color(p.u, p.v)
-               : fColor                      ? variable(*fColor)
-                                             : fAttrib.surfaceColor;
+        p.N = fNormal ? normal() : p.Ng;
+        p.Cs = color();
         p.Os = opacity();
+        const float *s = fAttrib.textureS, *t = fAttrib.textureT;
+        p.s = bilerp(p.u, p.v, s[0], s[1], s[2], s[3]);
+        p.t = bilerp(p.u, p.v, t[0], t[1], t[2], t[3]);
     }
 
     Color shade(VertexPlace at)
     {
         find(at);
         SurfacePoint& p = fPoint;
-        const float *s = fAttrib.textureS, *t = fAttrib.textureT;
-        p.s = bilerp(p.u, p.v, s[0], s[1], s[2], s[3]);
-        p.t = bilerp(p.u, p.v, t[0], t[1], t[2], t[3]);
         if (fVarying) fParameters.bilerp(p.u, p.v, fGrid.fOtherArgs);
         fSurface->evaluate(p);
         const Volume* atmosphere = fAttrib.atmosphereShader.get();
@@ -187,6 +206,18 @@ private:
         return seen.Ci;
     }
 
+    // At the parameters that place() set.
+    Point normal() const
+    {
+        return interpolated<Point>(*fNormal, fPoint.u, fPoint.v,
+                                   [&](long k) { return fNormal->point(k); });
+    }
+    Color color() const
+    {
+        return fGrid.fPieceColors.hasColor() ? fGrid.fPieceColors.color(fPoint.u, fPoint.v)
+               : fColor                      ? variable(*fColor)
+                                             : fAttrib.surfaceColor;
+    }
     Color opacity() const
     {
         const SurfacePoint& p = fPoint;

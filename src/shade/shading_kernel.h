@@ -36,15 +36,20 @@ struct ShadingBlock {
     static constexpr int kMost = 64;
     // Of what any instruction set takes at once.
     static constexpr int kMultiple = 16;
+    using Planes = float[3][kMost];
 
-    // How many there are; up to the next multiple there are copies of some.
+    bool isPerspective = true;  // the eye is the origin, not the point's foot on the plane z = 0
+    bool isFlipped = false;     // the geometric normal is turned round
+    // What is the same for all points lies first in its planes; normals are the geometric ones
+    // then.
+    bool hasNormals = false, hasColors = false, hasOpacities = false;
+
+    // How many points there are; up to the next multiple there are copies of some.
     int count = 0;
-    alignas(64) float P[3][kMost];
-    float N[3][kMost];   // shading normal
-    float Ng[3][kMost];  // geometric normal
-    float I[3][kMost];   // from the eye
-    float Cs[3][kMost], Os[3][kMost];
-    float Ci[3][kMost];  // the result
+    alignas(64) Planes P;
+    Planes dPdu, dPdv;
+    Planes N, Cs, Os;
+    Planes Ci;  // the result
 };
 
 // Sets Ci. False if a point needs a report: then the points have to be shaded one by one.

@@ -38,12 +38,24 @@ protected:
     {
         SurfacePoint p;
         p.P = vector();
-        p.I = chance(5) ? vector() : p.P;
-        p.Ng = vector();
-        p.N = chance(3) ? vector() : p.Ng;
+        p.dPdu = vector();
+        p.dPdv = chance(20) ? p.dPdu : vector();
+        p.N = vector();
         p.Cs = color();
         p.Os = chance(2) ? gWhite : color();
         return p;
+    }
+    // What a grid's shading finds out of that, once for a block's worth of points.
+    static void complete(std::vector<SurfacePoint>& points, const ShadingBlock& block)
+    {
+        for (SurfacePoint& p : points) {
+            p.I = p.P - (block.isPerspective ? gOrigin : Point(p.P.x, p.P.y, 0));
+            p.Ng = rounded(Pointd(p.dPdu) ^ Pointd(p.dPdv));
+            if (block.isFlipped) p.Ng = -p.Ng;
+            if (!block.hasNormals) p.N = p.Ng;
+            if (!block.hasColors) p.Cs = points[0].Cs;
+            if (!block.hasOpacities) p.Os = points[0].Os;
+        }
     }
     LightParms lightParms()
     {
@@ -128,13 +140,13 @@ protected:
     }
     static void put(ShadingBlock& block, int k, const SurfacePoint& p)
     {
-        const float values[6][3] = {{p.P.x, p.P.y, p.P.z},    {p.N.x, p.N.y, p.N.z},
-                                    {p.Ng.x, p.Ng.y, p.Ng.z}, {p.I.x, p.I.y, p.I.z},
-                                    {p.Cs.r, p.Cs.g, p.Cs.b}, {p.Os.r, p.Os.g, p.Os.b}};
-        float(*const planes[6])[ShadingBlock::kMost] = {block.P, block.N,  block.Ng,
-                                                        block.I, block.Cs, block.Os};
+        const float values[6][3] = {{p.P.x, p.P.y, p.P.z},          {p.dPdu.x, p.dPdu.y, p.dPdu.z},
+                                    {p.dPdv.x, p.dPdv.y, p.dPdv.z}, {p.N.x, p.N.y, p.N.z},
+                                    {p.Cs.r, p.Cs.g, p.Cs.b},       {p.Os.r, p.Os.g, p.Os.b}};
+        ShadingBlock::Planes* const planes[6] = {&block.P, &block.dPdu, &block.dPdv,
+                                                 &block.N, &block.Cs,   &block.Os};
         for (int n = 0; n < 6; ++n) {
-            for (int c = 0; c < 3; ++c) planes[n][c][k] = values[n][c];
+            for (int c = 0; c < 3; ++c) (*planes[n])[c][k] = values[n][c];
         }
     }
     // As the classes see it.
@@ -183,6 +195,12 @@ TEST_F(ShadingKernels, GiveTheBitsThatTheClassesGive)
             points.back().lights = &lights;
             put(block, k, points.back());
         }
+        block.isPerspective = chance(2);
+        block.isFlipped = chance(2);
+        block.hasNormals = chance(2);
+        block.hasColors = chance(2);
+        block.hasOpacities = chance(2);
+        complete(points, block);
         const std::size_t before = reports.size();
         std::vector<Color> expected;
         for (const SurfacePoint& p : points) {
@@ -221,8 +239,9 @@ TEST_F(ShadingKernels, LeaveWhatNeedsAReportToTheClasses)
     ShadingBlock block;
     block.count = 1;
     SurfacePoint p;
-    p.P = p.I = Point(1, 2, 5);
-    p.N = p.Ng = Point(0, 0, -1);
+    p.P = Point(1, 2, 5);
+    p.dPdu = Point(1, 0, 0);
+    p.dPdv = Point(0, -1, 0);
     for (int k = 0; k < ShadingBlock::kMost; ++k) put(block, k, p);
     EXPECT_TRUE(shadingKernel()(surface, &record, 1, {}, block));
     p.P = Point(1, 2, 3);

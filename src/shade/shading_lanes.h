@@ -30,9 +30,26 @@ struct Gathered {
     bool needsReport = false;
 };
 
-inline Vector loadVector(const float (&planes)[3][ShadingBlock::kMost], int k)
+inline Vector loadVector(const ShadingBlock::Planes& planes, int k)
 {
     return {Float::load(planes[0] + k), Float::load(planes[1] + k), Float::load(planes[2] + k)};
+}
+inline Vector loadVector(const ShadingBlock::Planes& planes, int k, bool isMany)
+{
+    return isMany ? loadVector(planes, k) : Vector{planes[0][0], planes[1][0], planes[2][0]};
+}
+
+inline ShadedPoints pointsOf(const ShadingBlock& block, int k)
+{
+    ShadedPoints p;
+    p.P = loadVector(block.P, k);
+    p.I = block.isPerspective ? p.P : p.P - Vector{p.P.x, p.P.y, 0.0f};
+    p.Ng = cross(loadVector(block.dPdu, k), loadVector(block.dPdv, k));
+    if (block.isFlipped) p.Ng = -p.Ng;
+    p.N = block.hasNormals ? loadVector(block.N, k) : p.Ng;
+    p.Cs = loadVector(block.Cs, k, block.hasColors);
+    p.Os = loadVector(block.Os, k, block.hasOpacities);
+    return p;
 }
 
 inline Float smoothstep(Float low, Float high, Float x)
@@ -157,9 +174,7 @@ bool shadeBlock(const SurfaceRecord& surface, const LightRecord* lights, int lig
 {
     const Vector dim = ambient(lights, lightCount);
     for (int k = 0; k < block.count; k += kLanes) {
-        const ShadedPoints p{loadVector(block.P, k),  loadVector(block.N, k),
-                             loadVector(block.Ng, k), loadVector(block.I, k),
-                             loadVector(block.Cs, k), loadVector(block.Os, k)};
+        const ShadedPoints p = pointsOf(block, k);
         Vector Ci = p.Os * p.Cs;
         if (surface.kind != SurfaceRecord::kConstant) {
             const Gathered light = lightOf(surface, lights, lightCount, p);

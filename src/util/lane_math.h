@@ -74,7 +74,7 @@ inline Float power(Float x, Float y)
 inline Float exp(Float x)
 {
     constexpr double kLog2E = 1.4426950408889634074;
-    return inDouble([](Double a, Double) { return exp2(a * kLog2E); }, x, x);
+    return inDouble([](Double a) { return exp2(a * kLog2E); }, x);
 }
 
 }  // namespace

@@ -29,6 +29,13 @@ inline Vector select(Mask m, Vector yes, Vector no)
 }
 
 inline Float dot(Vector a, Vector b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+// Rounded once.
+inline Vector cross(Vector a, Vector b)
+{
+    const auto minor = [](Double p, Double q, Double r, Double s) { return p * q - r * s; };
+    return {inDouble(minor, a.y, b.z, a.z, b.y), inDouble(minor, a.z, b.x, a.x, b.z),
+            inDouble(minor, a.x, b.y, a.y, b.x)};
+}
 inline Float length(Vector a) { return sqrt(dot(a, a)); }
 inline Vector lerp(Float t, Vector a, Vector b) { return (b - a) * t + a; }
 

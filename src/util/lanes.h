@@ -114,10 +114,10 @@ inline Float sqrt(Float x) { return __builtin_sqrtf(x.v); }
 inline Float abs(Float x) { return __builtin_fabsf(x.v); }
 inline bool any(Mask m) { return m.v; }
 inline Double lowHalf(Float x) { return static_cast<double>(x.v); }
-template <class Function>
-Float inDouble(Function f, Float x, Float y)
+template <class Function, class... Floats>
+Float inDouble(Function f, Floats... x)
 {
-    return static_cast<float>(f(lowHalf(x), lowHalf(y)).v);
+    return static_cast<float>(f(lowHalf(x)...).v);
 }
 
 #else
@@ -182,11 +182,11 @@ inline Float join(Double low, Double high)
 }
 #endif
 
-// f(x, y), computed in double and rounded once.
-template <class Function>
-Float inDouble(Function f, Float x, Float y)
+// f of the numbers, computed in double and rounded once.
+template <class Function, class... Floats>
+Float inDouble(Function f, Floats... x)
 {
-    return join(f(lowHalf(x), lowHalf(y)), f(highHalf(x), highHalf(y)));
+    return join(f(lowHalf(x)...), f(highHalf(x)...));
 }
 
 #endif

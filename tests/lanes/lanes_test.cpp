@@ -124,6 +124,8 @@ TEST(Lanes, AreWhatTheScalarFunctionsAre)
         EXPECT_TRUE(
             same(value("sum in double", a, b, c), static_cast<float>(double{a} + double{b})));
         EXPECT_TRUE(same(value("length", a, b, c), zeb::length(p)));
+        EXPECT_TRUE(same(value("cross", a, b, c),
+                         sum(rounded(zeb::Pointd(p) ^ zeb::Pointd(zeb::Point(b, c, a))))));
         EXPECT_TRUE(same(value("normalize", a, b, c), sum(zeb::normalize(p)))) << p;
         EXPECT_TRUE(same(value("scaled", a, b, c), sum(zeb::scaled(p)))) << p;
         EXPECT_TRUE(

@@ -61,6 +61,7 @@ constexpr zebtest::Probe kProbes[] = {
     PROBE("exp", exp(a)),
     PROBE("dot", dot({a, b, c}, {b, c, a})),
     PROBE("length", length({a, b, c})),
+    PROBE("cross", sumOf(cross({a, b, c}, {b, c, a}))),
     PROBE("normalize", sumOf(normalize({a, b, c}))),
     PROBE("scaled", sumOf(scaled({a, b, c}))),
     PROBE("faceforward", sumOf(faceforward({a, b, c}, {b, a, c}, {c, b, a}))),
