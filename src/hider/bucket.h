@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "display/display.h"
+#include "hider/cell_kernel.h"
 #include "hider/hits.h"
 #include "hider/pixel_filter.h"
 #include "hider/seams.h"
@@ -114,8 +115,8 @@ private:
     void shade(const Hits& hits) const;
     void hideGrid(const Grid& grid, std::uint32_t rank, const Hits& hits, const Window& window,
                   Counts& counts);
-    void hideCell(MicroPolygon& cell, const Bound& bound, std::uint32_t rank, const Hits& hits,
-                  const Window& window, Counts& counts);
+    void hideCell(MicroPolygon& cell, const CellRow& cells, int n, std::uint32_t rank,
+                  const Hits& hits, Counts& counts);
     void closeSeams(const Pieces& pieces, const Hits& hits, const Window& window,
                     BucketScratch& scratch);
     bool openSamples(const Pieces& pieces, Seams& seams, const Window& window);
@@ -138,6 +139,8 @@ private:
         return fTiles[k / fColumns / kTile * fTileColumns + k % fColumns / kTile];
     }
 
+    // The plain way uses one lane.
+    const CellKernel fCells = fFrame.plain ? cellKernel(1) : cellKernel();
     long fColumns = 0, fRows = 0, fTileColumns = 0;
     float fJitter = 0;  // half the width a sample strays in
     // Without pieces no sample is placed: what a filter of ours makes of them is nothing, as deep

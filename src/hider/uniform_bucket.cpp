@@ -25,20 +25,20 @@ std::uint32_t placeSeed(double x, double y)
     return mixSeeds(place(x), place(y));
 }
 
-// Three operands at once; vertices are finite or compare as neither.
-float least(float a, float b) { return a < b ? a : b; }
-float most(float a, float b) { return a > b ? a : b; }
-
 Bound joined(const Bound& a, const Bound& b)
 {
-    return {least(a.xmin, b.xmin), most(a.xmax, b.xmax),  least(a.ymin, b.ymin),
-            most(a.ymax, b.ymax),  least(a.zmin, b.zmin), most(a.zmax, b.zmax)};
+    return {std::min(a.xmin, b.xmin), std::max(a.xmax, b.xmax), std::min(a.ymin, b.ymin),
+            std::max(a.ymax, b.ymax), std::min(a.zmin, b.zmin), std::max(a.zmax, b.zmax)};
 }
 
-Bound edgeBound(const Point& a, const Point& b)
+void takeVertices(float (&planes)[3][CellRow::kMost + CellRow::kMultiple], const Point* from,
+                  int count)
 {
-    return {least(a.x, b.x), most(a.x, b.x),  least(a.y, b.y),
-            most(a.y, b.y),  least(a.z, b.z), most(a.z, b.z)};
+    for (int i = 0; i < count; ++i) {
+        planes[0][i] = from[i].x;
+        planes[1][i] = from[i].y;
+        planes[2][i] = from[i].z;
+    }
 }
 
 // The first index at or after a place, and the last at or before it, as far as there are any. Every
@@ -196,54 +196,69 @@ void UniformBucket::hideGrid(const Grid& grid, std::uint32_t rank, const Hits& h
                              const Window& window, Counts& counts)
 {
     const AttribNamesScope names(grid.fAttrib->object.text(), grid.fAttrib->group.text());
+    const Lattice lattice{window.xmin,
+                          window.xmax,
+                          window.ymin,
+                          window.ymax,
+                          fFrame.option.xsamples,
+                          fFrame.option.ysamples,
+                          fJitter,
+                          static_cast<std::int32_t>(fColumns),
+                          static_cast<std::int32_t>(fRows),
+                          fFrame.depthScale};
     const auto outside = [&](const Bound& b) {
         return window.misses(b) || b.zmax < 0 || b.zmin > fFrame.depthScale;
     };
     // Most of what is transparent is seen, and at hand now.
     if (!grid.isOpaque()) grid.shade();
     MicroPolygon cell(grid, fBySequence);
+    CellRow cells;
+    cells.isFlipped = grid.fFlip != grid.fTransposed;
     for (int j = 0; j < grid.fVSize; ++j) {
         checkCancelled();
         const Bound row = joined(grid.rowBound(j), grid.rowBound(j + 1));
         if (outside(row) || hidden(row, leastOf(row, cell), window)) continue;
         const int count = grid.cellCount(j);
-        const Point *upper = &grid.raster(0, j), *lower = &grid.raster(0, j + 1);
-        Bound left = edgeBound(upper[0], lower[0]);
-        for (int i = 0; i < count; ++i) {
-            const Bound right = edgeBound(upper[i + 1], lower[i + 1]);
-            const Bound bound = joined(left, right);
-            left = right;
-            if (outside(bound)) continue;
-            cell.place(i, j);
-            hideCell(cell, bound, rank, hits, window, counts);
+        for (int i = 0; i < count; i += CellRow::kMost) {
+            cells.count = std::min(count - i, CellRow::kMost);
+            takeVertices(cells.upper, &grid.raster(i, j), cells.count + 1);
+            takeVertices(cells.lower, &grid.raster(i, j + 1), cells.count + 1);
+            fCells(lattice, cells);
+            for (int k = 0; k < cells.count; ++k) {
+                if (cells.i1[k] < cells.i0[k] || cells.j1[k] < cells.j0[k]) continue;
+                const double facing = double{cells.facing[k]};
+                if (nearZero(facing) || culled(grid, facing)) continue;
+                cell.place(i + k, j);
+                hideCell(cell, cells, k, rank, hits, counts);
+            }
         }
     }
 }
 
-void UniformBucket::hideCell(MicroPolygon& cell, const Bound& bound, std::uint32_t rank,
-                             const Hits& hits, const Window& window, Counts& counts)
+void UniformBucket::hideCell(MicroPolygon& cell, const CellRow& cells, int n, std::uint32_t rank,
+                             const Hits& hits, Counts& counts)
 {
-    const SampleOrder least = leastOf(bound, cell);
-    enum { kUnknown, kSeen, kTurnedAway } side = kUnknown;
-    eachSample(bound, window, [&](long k) {
-        SamplePoint& point = fSamples[k];
-        if (point.cover < least || side == kTurnedAway) return;
-        if (side == kUnknown) {
-            const double facing = cell.znormal();
-            side = nearZero(facing) || culled(cell.grid(), facing) ? kTurnedAway : kSeen;
-            if (side == kTurnedAway) return;
+    const Bound box{cells.xmin[n], cells.xmax[n], cells.ymin[n],
+                    cells.ymax[n], cells.zmin[n], cells.zmax[n]};
+    const SampleOrder least = leastOf(box, cell);
+    for (long j = cells.j0[n]; j <= cells.j1[n]; ++j) {
+        for (long i = cells.i0[n]; i <= cells.i1[n]; ++i) {
+            SamplePoint& point = at(i, j);
+            const bool apart = point.x < box.xmin || point.x > box.xmax || point.y < box.ymin ||
+                               point.y > box.ymax;
+            float s, t;
+            if (apart || point.cover < least) continue;
+            ++counts.tests;
+            if (!cell.locate(point.x, point.y, s, t)) continue;
+            ++counts.hits;
+            const SampleOrder cover = point.cover;
+            hits.add(point, cell, s, t, rank);
+            if (point.cover < cover) {
+                tileOf(j * fColumns + i).known = false;
+                fCovered = true;
+            }
         }
-        float s, t;
-        ++counts.tests;
-        if (!cell.locate(point.x, point.y, s, t)) return;
-        ++counts.hits;
-        const SampleOrder cover = point.cover;
-        hits.add(point, cell, s, t, rank);
-        if (point.cover < cover) {
-            tileOf(k).known = false;
-            fCovered = true;
-        }
-    });
+    }
 }
 
 // Only samples that may lie in a gap are looked at closely, and only there do hidden pieces count,

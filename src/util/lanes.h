@@ -27,13 +27,15 @@ constexpr int kLanes = ZEB_LANES;
 using FloatLanes = float;
 using DoubleLanes = double;
 using WordLanes = std::uint64_t;
+using IntLanes = std::int32_t;
 using MaskLanes = bool;
 #else
 // Doubles are twice as wide: half as many lie side by side.
 using FloatLanes __attribute__((vector_size(4 * ZEB_LANES))) = float;
 using DoubleLanes __attribute__((vector_size(4 * ZEB_LANES))) = double;
 using WordLanes __attribute__((vector_size(4 * ZEB_LANES))) = std::uint64_t;
-using MaskLanes __attribute__((vector_size(4 * ZEB_LANES))) = std::int32_t;
+using IntLanes __attribute__((vector_size(4 * ZEB_LANES))) = std::int32_t;
+using MaskLanes = IntLanes;
 #endif
 
 // Yes or no for every lane.
@@ -82,6 +84,22 @@ struct Float {
 
 inline Float select(Mask m, Float yes, Float no) { return m.v ? yes.v : no.v; }
 
+// 32 bits, for indices.
+struct Int {
+    IntLanes v;
+
+    Int() = default;
+    explicit Int(IntLanes lanes) : v(lanes) {}
+#if ZEB_LANES > 1
+    explicit Int(std::int32_t x) : v(x - IntLanes{}) {}
+#endif
+    void store(std::int32_t* to) const { __builtin_memcpy(to, &v, sizeof v); }
+
+    friend Int operator+(Int a, Int b) { return Int(a.v + b.v); }
+};
+
+inline Int select(Mask m, Int yes, Int no) { return Int(m.v ? yes.v : no.v); }
+
 // Half as many lanes as a Float has; as many where that is one.
 struct Double {
     DoubleLanes v;
@@ -104,9 +122,25 @@ struct Double {
 inline Double least(Double a, Double b) { return b.v < a.v ? b.v : a.v; }
 inline Double most(Double a, Double b) { return b.v > a.v ? b.v : a.v; }
 
+// 0 where it is less than the limit, in magnitude.
+inline Double zeroWithin(Double x, double limit)
+{
+    const Double l = limit, nothing = 0.0;
+    return (x.v < l.v) & (x.v > -l.v) ? nothing.v : x.v;
+}
+
 // The bits of doubles.
 inline WordLanes bitsOf(Double d) { return __builtin_bit_cast(WordLanes, d.v); }
 inline Double ofBits(WordLanes bits) { return __builtin_bit_cast(DoubleLanes, bits); }
+
+// Of what fits into 32 bits: towards zero.
+#if ZEB_LANES == 1
+inline Int truncate(Float x) { return Int(static_cast<std::int32_t>(x.v)); }
+inline Float toFloat(Int x) { return static_cast<float>(x.v); }
+#else
+inline Int truncate(Float x) { return Int(__builtin_convertvector(x.v, IntLanes)); }
+inline Float toFloat(Int x) { return __builtin_convertvector(x.v, FloatLanes); }
+#endif
 
 #if ZEB_LANES == 1
 
