@@ -75,7 +75,7 @@ void AdaptiveBucket::eachPixel(const Bound& bound, const Window& window, const V
 // Files every cell under the pixels whose square its bound touches, the nearest grids first: each
 // round of each pixel looks at those alone. Cells seen edge-on are kept, unlike in the uniform
 // bucket.
-void AdaptiveBucket::collect(const Grid& grid, std::uint32_t rank, const Window& window,
+void AdaptiveBucket::collect(const Grid& grid, const Ranked& ranked, const Window& window,
                              Arena& arena)
 {
     const AttribNamesScope names(grid.fAttrib->object.text(), grid.fAttrib->group.text());
@@ -88,12 +88,25 @@ void AdaptiveBucket::collect(const Grid& grid, std::uint32_t rank, const Window&
         const Candidate* candidate = nullptr;
         eachPixel(bound, window, [&](MultiSample& pixel) {
             if (!candidate)
-                candidate = arena.make<Candidate>(*cell, bound, leastOf(bound, *cell), rank);
-            Reference* reference = arena.make<Reference>(candidate, nullptr);
+                candidate = arena.make<Candidate>(*cell, bound, leastOf(bound, *cell), ranked.rank);
+            Reference* reference = arena.make<Reference>(candidate, ranked.least, nullptr);
             (pixel.last ? pixel.last->next : pixel.first) = reference;
             pixel.last = reference;
         });
     }
+}
+
+// Whether the sample may lie in a gap that would be seen.
+bool AdaptiveBucket::isOpen(const SamplePoint& point, const MultiSample& pixel,
+                            const Seams& seams) const
+{
+    for (const SideReference* r = pixel.sides; r; r = r->next) {
+        Seams::Near near;
+        if (fFrame.plain) return true;
+        if (r->least > point.cover || !seams.look(*r->side, point.x, point.y, near)) continue;
+        if (near.outside && !settled(point, near)) return true;
+    }
+    return false;
 }
 
 void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, const Pieces& pieces,
@@ -112,7 +125,8 @@ void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, cons
             SamplePoint point;
             point.x = left + 0.5f + (s & 1 ? -dx : dx);
             point.y = top + 0.5f + (s & 2 ? -dy : dy);
-            for (const Reference* r = pixel.first; r; r = r->next) {
+            // Behind its cover lie all grids from the first on that does.
+            for (const Reference* r = pixel.first; r && r->least <= point.cover; r = r->next) {
                 const auto& [cell, b, least, rank] = *r->candidate;
                 const bool apart =
                     point.x < b.xmin || point.x > b.xmax || point.y < b.ymin || point.y > b.ymax;
@@ -122,8 +136,10 @@ void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, cons
                 }
             }
             Seams::Near* near = nullptr;
-            for (const SideReference* r = pixel.sides; r; r = r->next) {
-                seams.look(*r->side, point.x, point.y, near);
+            if (isOpen(point, pixel, seams)) {
+                for (const SideReference* r = pixel.sides; r; r = r->next) {
+                    seams.look(*r->side, point.x, point.y, near);
+                }
             }
             seams.close(point.x, point.y, near, pieces,
                         [&](const MicroPolygon& cell, float u, float v) {
@@ -156,15 +172,16 @@ void AdaptiveBucket::generate(const Pieces& pieces, const Window& window, Bucket
     const Window squares{window.xmin, window.xmin + static_cast<float>(fColumns), window.ymin,
                          window.ymin + static_cast<float>(fRows)};
     for (const Ranked& ranked : nearestFirst(pieces, squares)) {
-        collect(pieces[ranked.rank]->dice(scratch.counts), ranked.rank, window, arena);
+        collect(pieces[ranked.rank]->dice(scratch.counts), ranked, window, arena);
     }
     for (const Piece* piece : pieces) {
         if (!fFrame.option.closeSeams || !piece->grid()) continue;
+        const SampleOrder least = piece->least(fFrame);
         for (const Seams::Side& side : seams.sides(*piece->grid())) {
             const Seams::Side* kept = nullptr;
             eachPixel(side.bound(), window, [&](MultiSample& pixel) {
                 if (!kept) kept = arena.make<Seams::Side>(side);
-                pixel.sides = arena.make<SideReference>(kept, pixel.sides);
+                pixel.sides = arena.make<SideReference>(kept, least, pixel.sides);
             });
         }
     }

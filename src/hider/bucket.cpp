@@ -105,6 +105,23 @@ std::vector<Bucket::Ranked> Bucket::nearestFirst(const Pieces& pieces, const Win
     return order;
 }
 
+bool Bucket::settled(const SamplePoint& point, const Seams::Near& near) const
+{
+    MicroPolygon by(*near.side.grid, fBySequence);
+    by.place(near.side.i, near.side.j);
+    if (by.orderAt(near.s, near.t) > point.cover) return true;
+    for (const Hit* hit = point.latest; hit; hit = hit->earlier) {
+        if (hit->grid->fSeq != near.side.grid->fSeq) continue;
+        MicroPolygon cell(*hit->grid);
+        cell.place(hit->column, hit->row);
+        if ((cell.znormal() > 0) == near.away &&
+            Seams::covers(cell, hit->s, hit->t, near, near.room)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 void Bucket::renderRow(long y, const Window& window, float inverseGamma, std::uint32_t* words) const
 {
     const Option& option = fFrame.option;

@@ -66,6 +66,9 @@ protected:
     };
     // Those that may be seen in the window.
     std::vector<Ranked> nearestFirst(const Pieces& pieces, const Window& window) const;
+    // Whether what a gap by a side would show there is hidden, or hit already: by something of the
+    // same layer.
+    bool settled(const SamplePoint& point, const Seams::Near& near) const;
     // What orders the hits of a cell, or of all within a box, is at least this.
     static SampleOrder leastOf(const Bound& box, const MicroPolygon& cell)
     {
@@ -120,7 +123,6 @@ private:
     void closeSeams(const Pieces& pieces, const Hits& hits, const Window& window,
                     BucketScratch& scratch);
     bool openSamples(const Pieces& pieces, Seams& seams, const Window& window);
-    bool settled(const SamplePoint& point, const Seams::Near& near) const;
 
     Range samplesIn(const Bound& box, const Window& window) const;
     // Whether all samples of a box are covered by what is nearer than this.
@@ -178,11 +180,13 @@ private:
     };
     struct Reference {
         const Candidate* candidate;
+        SampleOrder least;  // of its piece: does not fall along a list
         Reference* next;
     };
     // The side of a cell by which some of a pixel's square may see through a gap.
     struct SideReference {
         const Seams::Side* side;
+        SampleOrder least;  // what orders its hits is not less
         SideReference* next;
     };
     // The resolved samples of one pixel.
@@ -198,7 +202,8 @@ private:
     template <class Visit>
     void eachNear(float x, float y, float rx, float ry, const Window& window,
                   const Visit& visit) const;
-    void collect(const Grid& grid, std::uint32_t rank, const Window& window, Arena& arena);
+    void collect(const Grid& grid, const Ranked& ranked, const Window& window, Arena& arena);
+    bool isOpen(const SamplePoint& point, const MultiSample& pixel, const Seams& seams) const;
     void samplePixel(MultiSample& pixel, float left, float top, const Pieces& pieces,
                      const Seams& seams, const Hits& hits, Arena& arena) const;
     MultiSample& at(long i, long j) { return fPixels[j * fColumns + i]; }

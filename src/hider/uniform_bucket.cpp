@@ -321,23 +321,6 @@ bool UniformBucket::openSamples(const Pieces& pieces, Seams& seams, const Window
     return any;
 }
 
-bool UniformBucket::settled(const SamplePoint& point, const Seams::Near& near) const
-{
-    MicroPolygon by(*near.side.grid, fBySequence);
-    by.place(near.side.i, near.side.j);
-    if (by.orderAt(near.s, near.t) > point.cover) return true;
-    for (const Hit* hit = point.latest; hit; hit = hit->earlier) {
-        if (hit->grid->fSeq != near.side.grid->fSeq) continue;
-        MicroPolygon cell(*hit->grid);
-        cell.place(hit->column, hit->row);
-        if ((cell.znormal() > 0) == near.away &&
-            Seams::covers(cell, hit->s, hit->t, near, near.room)) {
-            return true;
-        }
-    }
-    return false;
-}
-
 // Calls visit(sample) for every sample that may lie within rx and ry of (x, y), and some more.
 template <class Visit>
 void UniformBucket::eachNear(float x, float y, float rx, float ry, const Window& window,
