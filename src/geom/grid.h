@@ -177,6 +177,7 @@ private:
     bool wantVertex(int i, int j) const
     {
         if (!fFrame || !fColors.take(at(i, j), *this)) return false;
+        if (fWanted.empty()) fWanted.reserve(vertexCount());
         fWanted.push_back({static_cast<std::uint16_t>(i), static_cast<std::uint16_t>(j)});
         return true;
     }

@@ -309,6 +309,7 @@ std::unique_ptr<Grid> Primitive::dice(const Dicing& dicing) const
         std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib, transform(),
                                fCommon->fSeq, flipped(), false, fArgs, fEdges, false, dicing.pool);
     Columns columns;
+    columns.u.reserve(static_cast<std::size_t>(usteps) + 1);
     for (int i = 0; i <= usteps; ++i) {
         columns.u.push_back(static_cast<float>(i) / static_cast<float>(usteps));
     }

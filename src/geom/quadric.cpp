@@ -294,6 +294,7 @@ Differential Quadric::revolve(double u, const CurvePoint& p) const
 void Quadric::revolveRow(Columns& columns, const CurvePoint& p, Differential* row) const
 {
     if (columns.kept.empty()) {
+        columns.kept.reserve(2 * columns.u.size());
         for (const float u : columns.u) {
             const double theta = lerp(double{u}, fThetaMin, fThetaMax);
             columns.kept.push_back(std::cos(theta));

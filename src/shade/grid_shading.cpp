@@ -93,6 +93,7 @@ private:
     void describe()
     {
         if (fVarying || !fSurface->describe(fSurfaceRecord)) return;
+        fLights.reserve(8);  // more than most have
         for (const auto& light : fAttrib.lights) {
             if (!light->describe(fLights.emplace_back())) return;
         }
