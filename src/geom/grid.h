@@ -119,6 +119,8 @@ public:
         }
         return !fWanted.empty();
     }
+    // As colorAt, of what has been wanted and found.
+    Color foundColorAt(int i, int j, float s, float t) const { return within(fColors, i, j, s, t); }
     bool wantsAny() const { return !fWanted.empty(); }
     void shadeWanted() const;
     // Finds all colours and opacities now. The vertices are given back then: nothing else reads

@@ -109,6 +109,30 @@ bool AdaptiveBucket::isOpen(const SamplePoint& point, const MultiSample& pixel,
     return false;
 }
 
+// Finds what a sample hits.
+void AdaptiveBucket::hide(SamplePoint& point, const MultiSample& pixel, const Pieces& pieces,
+                          const Seams& seams, const Hits& hits) const
+{
+    // Behind its cover lie all grids from the first on that does.
+    for (const Reference* r = pixel.first; r && r->least <= point.cover; r = r->next) {
+        const auto& [cell, b, least, rank] = *r->candidate;
+        const bool apart =
+            point.x < b.xmin || point.x > b.xmax || point.y < b.ymin || point.y > b.ymax;
+        float u, v;
+        if (!apart && least <= point.cover && cell.locate(point.x, point.y, u, v)) {
+            hits.add(point, cell, u, v, rank);
+        }
+    }
+    if (!isOpen(point, pixel, seams)) return;
+    Seams::Near* near = nullptr;
+    for (const SideReference* r = pixel.sides; r; r = r->next) {
+        seams.look(*r->side, point.x, point.y, near);
+    }
+    seams.close(point.x, point.y, near, pieces, [&](const MicroPolygon& cell, float u, float v) {
+        hits.add(point, cell, u, v, Hits::kLast);
+    });
+}
+
 void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, const Pieces& pieces,
                                  const Seams& seams, const Hits& hits, Arena& arena) const
 {
@@ -118,34 +142,21 @@ void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, cons
     Random random(mixSeeds(mixSeeds(place(left), place(top)), kRoundDraws));
     Quadrant quadrants[4];
     pixel.samples = arena.array<PackedSample>(kRounds * kRoundSamples);
+    std::vector<const Grid*> grids;
     for (int round = 0; round < kRounds; ++round) {
+        SamplePoint points[kRoundSamples];
         for (int s = 0; s < kRoundSamples; ++s) {
             checkCancelled();
             const float dx = random.unit() * 0.5f, dy = random.unit() * 0.5f;
-            SamplePoint point;
-            point.x = left + 0.5f + (s & 1 ? -dx : dx);
-            point.y = top + 0.5f + (s & 2 ? -dy : dy);
-            // Behind its cover lie all grids from the first on that does.
-            for (const Reference* r = pixel.first; r && r->least <= point.cover; r = r->next) {
-                const auto& [cell, b, least, rank] = *r->candidate;
-                const bool apart =
-                    point.x < b.xmin || point.x > b.xmax || point.y < b.ymin || point.y > b.ymax;
-                float u, v;
-                if (!apart && least <= point.cover && cell.locate(point.x, point.y, u, v)) {
-                    hits.add(point, cell, u, v, rank);
-                }
-            }
-            Seams::Near* near = nullptr;
-            if (isOpen(point, pixel, seams)) {
-                for (const SideReference* r = pixel.sides; r; r = r->next) {
-                    seams.look(*r->side, point.x, point.y, near);
-                }
-            }
-            seams.close(point.x, point.y, near, pieces,
-                        [&](const MicroPolygon& cell, float u, float v) {
-                            hits.add(point, cell, u, v, Hits::kLast);
-                        });
-            const PackedSample packed = hits.resolve(point);
+            points[s].x = left + 0.5f + (s & 1 ? -dx : dx);
+            points[s].y = top + 0.5f + (s & 2 ? -dy : dy);
+            hide(points[s], pixel, pieces, seams, hits);
+            hits.want(points[s], grids);
+        }
+        for (const Grid* grid : grids) grid->shadeWanted();
+        grids.clear();
+        for (int s = 0; s < kRoundSamples; ++s) {
+            const PackedSample packed = hits.resolve(points[s]);
             quadrants[s % 4].add(packed.color);
             pixel.samples[pixel.count++] = packed;
         }

@@ -204,6 +204,8 @@ private:
                   const Visit& visit) const;
     void collect(const Grid& grid, const Ranked& ranked, const Window& window, Arena& arena);
     bool isOpen(const SamplePoint& point, const MultiSample& pixel, const Seams& seams) const;
+    void hide(SamplePoint& point, const MultiSample& pixel, const Pieces& pieces,
+              const Seams& seams, const Hits& hits) const;
     void samplePixel(MultiSample& pixel, float left, float top, const Pieces& pieces,
                      const Seams& seams, const Hits& hits, Arena& arena) const;
     MultiSample& at(long i, long j) { return fPixels[j * fColumns + i]; }

@@ -56,7 +56,8 @@ public:
     // A grid's hits come in the order of its micropolygons.
     void add(SamplePoint& point, const MicroPolygon& cell, float s, float t,
              std::uint32_t rank) const;
-    // Wants the colours that resolving will ask for; grids that wanted none before are added.
+    // Wants the colours that resolving will ask for; grids that wanted none before are added. They
+    // have to find them first.
     void want(const SamplePoint& point, std::vector<const Grid*>& grids) const;
     PackedSample resolve(const SamplePoint& point) const;
 

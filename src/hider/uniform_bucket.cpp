@@ -171,7 +171,6 @@ void UniformBucket::generate(const Pieces& pieces, const Window& window, BucketS
 // Finds the colours of all that is seen: many of a grid at once are found faster.
 void UniformBucket::shade(const Hits& hits) const
 {
-    if (fFrame.plain) return;
     std::vector<const Grid*> grids;
     for (long k = 0; k < fColumns * fRows; ++k) hits.want(fSamples[k], grids);
     for (const Grid* grid : grids) {
