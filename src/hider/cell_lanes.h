@@ -9,10 +9,6 @@ namespace zeb
 namespace
 {
 
-// Where one is no number, the second.
-inline Float least(Float a, Float b) { return select(a < b, a, b); }
-inline Float most(Float a, Float b) { return select(a > b, a, b); }
-
 // The corners of cells, all round.
 struct Corners {
     Float x[4], y[4], z[4];

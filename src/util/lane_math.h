@@ -37,7 +37,7 @@ inline Double exp2(Double x)
 {
     constexpr double kRounder = 6755399441055744.0;  // 1.5 * 2^52: ones are its last bits
     constexpr double kLn2 = 0.69314718055994530942;
-    x = most(least(x, 300.0), -300.0);
+    x = most(-300.0, least(300.0, x));
     const Double shifted = x + kRounder;
     const Double z = (x - (shifted - kRounder)) * kLn2;
     const Double upper =

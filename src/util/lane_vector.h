@@ -46,13 +46,11 @@ inline Vector normalize(Vector a)
     return select(l >= 1e-10f, a / l, a);
 }
 
-inline Float larger(Float a, Float b) { return select(a > b, a, b); }
-
 // Times the power of two that brings the longest component to 1 ... 2, if that is far from it.
 inline Vector scaled(Vector a)
 {
     constexpr float kLong = 1 << 20;
-    const Float largest = larger(abs(a.x), larger(abs(a.y), abs(a.z)));
+    const Float largest = most(abs(a.x), most(abs(a.y), abs(a.z)));
     const Mask far = ((largest <= 1 / kLong) | (largest >= kLong)) & (largest > 0.0f) &
                      (largest < __builtin_inff());
     if (!any(far)) return a;

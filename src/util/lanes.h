@@ -83,6 +83,9 @@ struct Float {
 };
 
 inline Float select(Mask m, Float yes, Float no) { return m.v ? yes.v : no.v; }
+// Where one is no number, the second.
+inline Float least(Float a, Float b) { return select(a < b, a, b); }
+inline Float most(Float a, Float b) { return select(a > b, a, b); }
 
 // 32 bits, for indices.
 struct Int {
@@ -118,9 +121,8 @@ struct Double {
     friend Double operator/(Double a, Double b) { return a.v / b.v; }
 };
 
-// The first of two unless the second is less, or more.
-inline Double least(Double a, Double b) { return b.v < a.v ? b.v : a.v; }
-inline Double most(Double a, Double b) { return b.v > a.v ? b.v : a.v; }
+inline Double least(Double a, Double b) { return a.v < b.v ? a.v : b.v; }
+inline Double most(Double a, Double b) { return a.v > b.v ? a.v : b.v; }
 
 // 0 where it is less than the limit, in magnitude.
 inline Double zeroWithin(Double x, double limit)
