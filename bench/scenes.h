@@ -1,16 +1,14 @@
 // Scenes that the benchmarks and their counters are about.
 #pragma once
 
-#include <array>
 #include <cmath>
 #include <vector>
 
+#include "generators.h"
 #include "zebcore/zebcore.h"
 
 namespace zebbench
 {
-
-using Vec = std::array<float, 3>;
 
 struct Mesh {
     std::vector<Vec> points, normals;

@@ -12,6 +12,7 @@
 #include <map>
 #include <string>
 
+#include "../generators.h"
 #include "../scenes.h"
 
 using namespace zebbench;
@@ -30,31 +31,12 @@ void span(void*, long x0, long x1, long y, const unsigned int* words)
     for (long k = 0; k < 3 * (x1 - x0 + 1); ++k) hashWord(words[k]);
 }
 
-// Numbers from 0 to 1, the same in every run.
-class Numbers
-{
-public:
-    float next()
-    {
-        fState = fState * 6364136223846793005u + 1442695040888963407u;
-        return static_cast<float>(fState >> 40) / 16777216.0f;
-    }
-    float between(float lo, float hi) { return lo + (hi - lo) * next(); }
-
-private:
-    std::uint64_t fState = 1;
-};
-
 void spheres(int count, float radius)
 {
-    Numbers numbers;
-    for (int k = 0; k < count; ++k) {
-        const auto place = [&numbers] { return numbers.between(-1.2f, 1.2f); };
-        const float x = place(), y = place(), z = place();
-        const float color[3] = {numbers.next(), numbers.next(), numbers.next()};
+    for (const Ball& ball : balls(count)) {
         zebMatrixPush();
-        zebTranslate(x, y, z);
-        zebColor(color);
+        zebTranslate(ball.center[0], ball.center[1], ball.center[2]);
+        zebColor(ball.color.data());
         zebSphere(radius, -radius, radius, 360, 0);
         zebMatrixPop();
     }
@@ -68,26 +50,12 @@ void layers(int count)
     for (int k = 0; k < count; ++k) square(3, 0.001f * static_cast<float>(k));
 }
 
-// A NURBS of 20 x 20 points, in waves.
 void nurbs()
 {
-    constexpr int kPoints = 20, kOrder = 4;
-    std::vector<float> knots;
-    for (int k = 0; k < kPoints + kOrder; ++k) {
-        const int inner = k < kOrder ? kOrder - 1 : k < kPoints ? k : kPoints;
-        knots.push_back(static_cast<float>(inner - kOrder + 1));
-    }
-    std::vector<Vec> points;
-    for (int j = 0; j < kPoints; ++j) {
-        for (int i = 0; i < kPoints; ++i) {
-            const auto x = static_cast<float>(i), y = static_cast<float>(j);
-            points.push_back(
-                {0.13f * x - 1.2f, 0.13f * y - 1.2f, 0.3f * std::sin(x) * std::cos(0.7f * y)});
-        }
-    }
-    constexpr float kEnd = kPoints - kOrder + 1;
-    zebNurbMesh(kPoints, kOrder, knots.data(), 0, kEnd, kPoints, kOrder, knots.data(), 0, kEnd,
-                zebQuark("point"), points.data(), 0);
+    const Nurbs waves = zebbench::waves();
+    zebNurbMesh(waves.size, waves.order, waves.knots.data(), 0, waves.end(), waves.size,
+                waves.order, waves.knots.data(), 0, waves.end(), zebQuark("point"),
+                waves.points.data(), 0);
 }
 
 struct Scene {
