@@ -87,29 +87,57 @@ Scene bunny()
 
 using Surface = std::function<Vec(float, float)>;
 
-// Adds 2 x n x n triangles of a surface over 0 ... 1. Normals come from differences, a little
-// inside the edges, where a surface that closes to a point has normals yet.
-void tessellate(Mesh& mesh, const Surface& surface, int n)
+// How far the middle of a chord's curve is from the chord, in pixels.
+float strays(const Vec& from, const Vec& middle, const Vec& to)
+{
+    const Vec away = cross(middle - from, normalize(to - from));
+    return std::sqrt(dot(away, away)) * pixelsPerUnit(middle[2] - kEye[2]);
+}
+
+// The normal by differences, a little inside the edges: a surface that closes to a point has
+// normals there yet.
+Vec normalOf(const Surface& surface, float u, float v)
 {
     constexpr float kStep = 1e-3f;
+    u = std::clamp(u, kStep, 1 - kStep), v = std::clamp(v, kStep, 1 - kStep);
+    return normalize(cross(surface(u + kStep, v) - surface(u - kStep, v),
+                           surface(u, v + kStep) - surface(u, v - kStep)));
+}
+
+// Adds 2 x n x n triangles of a surface over 0 ... 1.
+void tessellate(Mesh& mesh, const Surface& surface, int n)
+{
     const auto first = static_cast<unsigned>(mesh.points.size());
     const auto width = static_cast<unsigned>(n + 1);
-    for (int j = 0; j <= n; ++j) {
-        for (int i = 0; i <= n; ++i) {
+    for (unsigned j = 0; j < width; ++j) {
+        for (unsigned i = 0; i < width; ++i) {
             const float u = static_cast<float>(i) / static_cast<float>(n);
             const float v = static_cast<float>(j) / static_cast<float>(n);
-            const float a = std::clamp(u, kStep, 1 - kStep), b = std::clamp(v, kStep, 1 - kStep);
-            const Vec du = surface(a + kStep, b) - surface(a - kStep, b);
-            const Vec dv = surface(a, b + kStep) - surface(a, b - kStep);
             mesh.points.push_back(surface(u, v));
-            mesh.normals.push_back(normalize(cross(du, dv)));
-        }
-    }
-    for (unsigned j = 0; j + 1 < width; ++j) {
-        for (unsigned i = 0; i + 1 < width; ++i) {
-            const unsigned a = first + j * width + i, b = a + 1, c = a + width, d = c + 1;
+            mesh.normals.push_back(normalOf(surface, u, v));
+            if (!i || !j) continue;
+            const unsigned d = first + j * width + i, c = d - 1, b = d - width, a = b - 1;
             mesh.triangles.push_back({a, b, d});
             mesh.triangles.push_back({a, d, c});
+        }
+    }
+}
+
+// The same, where no edge may stray from the surface by half a pixel.
+void tessellateFinely(Mesh& mesh, const Surface& surface, int n)
+{
+    tessellate(mesh, surface, n);
+    const float half = 0.5f / static_cast<float>(n);
+    for (int j = 0; j < n; ++j) {
+        for (int i = 0; i < n; ++i) {
+            const float u = 2 * half * static_cast<float>(i), v = 2 * half * static_cast<float>(j);
+            const Vec from = surface(u, v), middle = surface(u + half, v + half);
+            const Vec across = surface(u + 2 * half, v), down = surface(u, v + 2 * half);
+            const Vec to = surface(u + 2 * half, v + 2 * half);
+            if (std::max({strays(from, middle, to), strays(from, surface(u + half, v), across),
+                          strays(from, surface(u, v + half), down)}) > 0.5f) {
+                throw std::logic_error("a tessellation is too coarse");
+            }
         }
     }
 }
@@ -170,8 +198,6 @@ void addTube(std::vector<Patch>& patches, const float (*rings)[5])
     addPatches(patches, point, 6, 7);
 }
 
-// A quarter of its largest circle has a radius of about 350 pixels: 24 chords stray from it by less
-// than a quarter of a pixel.
 Scene teapot()
 {
     constexpr int kChords = 24;
@@ -183,7 +209,7 @@ Scene teapot()
     addTube(scene.patches, kTeapotSpout);
     Mesh mesh{scene.color, {}, {}, {}};
     for (const Patch& patch : scene.patches) {
-        tessellate(
+        tessellateFinely(
             mesh, [&patch](float u, float v) { return onPatch(patch, u, v); }, kChords);
     }
     scene.meshes.push_back(std::move(mesh));
@@ -216,17 +242,16 @@ Vec onNurbs(const Nurbs& nurbs, float u, float v)
     return onSpline(nurbs, v * nurbs.end(), column.data(), 1);
 }
 
-// 170 chords are ten for each of the 17 spans, of about five pixels; where a crest is an outline,
-// its radius is about 23 pixels, and they stray from it by less than a quarter of a pixel.
+// Thirteen chords for each of the 17 spans.
 Scene waves()
 {
-    constexpr int kChords = 170;
+    constexpr int kChords = 221;
     Scene scene;
     scene.color = {0.3f, 0.5f, 0.8f};
     scene.nurbs.push_back(zebbench::waves());
     Mesh mesh{scene.color, {}, {}, {}};
     const Nurbs& nurbs = scene.nurbs.front();
-    tessellate(
+    tessellateFinely(
         mesh, [&nurbs](float u, float v) { return onNurbs(nurbs, u, v); }, kChords);
     scene.meshes.push_back(std::move(mesh));
     return scene;
