@@ -97,5 +97,6 @@ POV-Ray      parsing, bounding and tracing, and (tracing) alone; it takes more t
 OSMesa       buffers, drawing and averaging; contexts are made and shaders compiled before
 Embree       building its tree, and tracing; its spheres are exact
 F3D          shows models only, and as a command: its time is compared with that of all of zebview.
-             The camera is about the same, lights and materials are each program's own
+             The camera is about the same, lights and materials are each program's own. The other
+             peers are no commands that read models
 TEXT
