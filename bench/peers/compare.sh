@@ -26,16 +26,15 @@ export LIBGL_ALWAYS_SOFTWARE=1 GALLIUM_DRIVER=llvmpipe LP_NUM_THREADS=0
 timer='TIMEFORMAT="%3U %3S"; exec 3>/dev/null
     { time "$@" >&3 2>&3; } 2>&1 | awk "{ print 1000 * (\$1 + \$2) }"'
 
-# whole_command PROGRAM PICTURE: both look straight on, and the model fills about the same part.
+# whole_command PROGRAM PICTURE: as somebody types it who knows neither program well.
 whole_command() {
     case $1 in
     zebcore)
-        bash -c "$timer" - "$zebview" "$model" -o "$2" --size 1024x1024 --samples 2 --view 0,0 \
-            --background 0.2,0.2,0.2
+        bash -c "$timer" - "$zebview" "$model" -o "$2" --size 1024x1024
         ;;
     f3d)
-        xvfb-run -a bash -c "$timer" - f3d --dry-run --fxaa --camera-view-angle 20 \
-            --output "$2" --resolution 1024,1024 "$model"
+        xvfb-run -a bash -c "$timer" - f3d --dry-run --fxaa --output "$2" \
+            --resolution 1024,1024 "$model"
         ;;
     esac
 }
@@ -97,6 +96,6 @@ POV-Ray      parsing, bounding and tracing, and (tracing) alone; it takes more t
 OSMesa       buffers, drawing and averaging; contexts are made and shaders compiled before
 Embree       building its tree, and tracing; its spheres are exact
 F3D          shows models only, and as a command: its time is compared with that of all of zebview.
-             The camera is about the same, lights and materials are each program's own. The other
-             peers are no commands that read models
+             Camera, samples, lights and materials are each program's own. The other peers are no
+             commands that read models
 TEXT
