@@ -1,15 +1,17 @@
 #include "util/pool.h"
 
+#include <algorithm>
 #include <bit>
 #include <utility>
 
 namespace zeb
 {
 
-// Those of up to 16 lines are exact; of larger sizes the first four bits count.
+// Nothing takes a line, too. Those of up to 16 lines are exact; of larger sizes the first four bits
+// count.
 Pool::Class Pool::classOf(std::size_t bytes)
 {
-    const std::size_t lines = (bytes + kLine - 1) / kLine;
+    const std::size_t lines = std::max<std::size_t>((bytes + kLine - 1) / kLine, 1);
     if (lines <= 16) return {lines, lines};
     const auto shift = static_cast<std::size_t>(std::bit_width(lines - 1)) - 4;
     const std::size_t first = ((lines - 1) >> shift) + 1;  // 9 ... 16

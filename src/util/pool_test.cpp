@@ -63,6 +63,16 @@ TEST(Pool, HandsNothingOutTwice)
     for (const Block& block : blocks) pool.give(block.bytes, block.size);
 }
 
+TEST(Pool, NothingHasAPlaceOfItsOwn)
+{
+    Pool pool;
+    void* const first = pool.take(0);
+    void* const second = pool.take(64);
+    EXPECT_NE(first, second);
+    pool.give(first, 0);
+    EXPECT_EQ(pool.take(0), first);
+}
+
 TEST(Pool, ArraysGoBackByThemselves)
 {
     Pool pool;
