@@ -28,7 +28,9 @@ double depthRounding(float zmin, float zmax)
 Piece::Piece(std::unique_ptr<Primitive> primitive, const Dicing& dicing)
     : fPrimitive(std::move(primitive)),
       fFrame(&dicing.frame),
-      fPool(dicing.pool),
+      // Transparent grids pile up, and are given back all at once. Opaque ones come and go in all
+      // sizes: the heap has other uses for what they leave.
+      fPool(fPrimitive->attrib().surfaceOpacity == gWhite ? nullptr : dicing.pool),
       fUSteps(dicing.fUSteps),
       fVSteps(dicing.fVSteps),
       fMoreThanOpaque(fPrimitive->hasOpacities() ||
