@@ -51,7 +51,8 @@ void Hits::want(const SamplePoint& point, std::vector<const Grid*>& grids) const
 SampleHit Hits::seen(const Hit& hit) const
 {
     const Grid& grid = *hit.grid;
-    return {hit.order, hit.colored ? hit.color : grid.foundColorAt(hit.column, hit.row, hit.s, hit.t),
+    return {hit.order,
+            hit.colored ? hit.color : grid.foundColorAt(hit.column, hit.row, hit.s, hit.t),
             grid.opacityAt(hit.column, hit.row, hit.s, hit.t), grid.fMatte};
 }
 
