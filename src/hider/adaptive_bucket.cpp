@@ -104,14 +104,14 @@ bool AdaptiveBucket::isOpen(const SamplePoint& point, const MultiSample& pixel,
         Seams::Near near;
         if (fFrame.plain) return true;
         if (r->least > point.cover || !seams.look(*r->side, point.x, point.y, near)) continue;
-        if (near.outside && !settled(point, near)) return true;
+        if (isSeen(point, point.cover, near)) return true;
     }
     return false;
 }
 
 // Finds what a sample hits.
 void AdaptiveBucket::hide(SamplePoint& point, const MultiSample& pixel, const Pieces& pieces,
-                          const Seams& seams, const Hits& hits) const
+                          const Seams& seams, const Hits& hits, Counts& counts) const
 {
     // Behind its cover lie all grids from the first on that does.
     for (const Reference* r = pixel.first; r && r->least <= point.cover; r = r->next) {
@@ -128,20 +128,18 @@ void AdaptiveBucket::hide(SamplePoint& point, const MultiSample& pixel, const Pi
     for (const SideReference* r = pixel.sides; r; r = r->next) {
         seams.look(*r->side, point.x, point.y, near);
     }
-    seams.close(point.x, point.y, near, pieces, [&](const MicroPolygon& cell, float u, float v) {
-        hits.add(point, cell, u, v, Hits::kLast);
-    });
+    closeGaps(point, near, pieces, seams, hits, counts);
 }
 
 void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, const Pieces& pieces,
-                                 const Seams& seams, const Hits& hits, Arena& arena) const
+                                 const Seams& seams, const Hits& hits, BucketScratch& scratch) const
 {
     const auto place = [](float v) {
         return static_cast<std::uint32_t>(static_cast<std::int64_t>(std::floor(v * 1024.0 + 0.5)));
     };
     Random random(mixSeeds(mixSeeds(place(left), place(top)), kRoundDraws));
     Quadrant quadrants[4];
-    pixel.samples = arena.array<PackedSample>(kRounds * kRoundSamples);
+    pixel.samples = scratch.arena.array<PackedSample>(kRounds * kRoundSamples);
     std::vector<const Grid*> grids;
     for (int round = 0; round < kRounds; ++round) {
         SamplePoint points[kRoundSamples];
@@ -150,7 +148,7 @@ void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, cons
             const float dx = random.unit() * 0.5f, dy = random.unit() * 0.5f;
             points[s].x = left + 0.5f + (s & 1 ? -dx : dx);
             points[s].y = top + 0.5f + (s & 2 ? -dy : dy);
-            hide(points[s], pixel, pieces, seams, hits);
+            hide(points[s], pixel, pieces, seams, hits, scratch.counts);
             hits.want(points[s], grids);
         }
         for (const Grid* grid : grids) grid->shadeWanted();
@@ -199,7 +197,7 @@ void AdaptiveBucket::generate(const Pieces& pieces, const Window& window, Bucket
     for (long j = 0; j < fRows; ++j) {
         for (long i = 0; i < fColumns; ++i) {
             samplePixel(at(i, j), static_cast<float>(i) + window.xmin,
-                        static_cast<float>(j) + window.ymin, pieces, seams, hits, arena);
+                        static_cast<float>(j) + window.ymin, pieces, seams, hits, scratch);
             scratch.counts.samples += static_cast<std::uint64_t>(at(i, j).count);
         }
     }

@@ -85,8 +85,7 @@ Hits Bucket::hits(const Pieces& pieces, Arena& arena) const
 {
     const auto moreThanOpaque = [](const Piece* piece) { return piece->mayBeMoreThanOpaque(); };
     const bool inOrder =
-        fFrame.plain ||
-        (fFrame.option.quirks && std::any_of(pieces.begin(), pieces.end(), moreThanOpaque));
+        fFrame.option.quirks && std::any_of(pieces.begin(), pieces.end(), moreThanOpaque);
     return {fFrame, inOrder, arena};
 }
 
@@ -105,21 +104,34 @@ std::vector<Bucket::Ranked> Bucket::nearestFirst(const Pieces& pieces, const Win
     return order;
 }
 
-bool Bucket::settled(const SamplePoint& point, const Seams::Near& near) const
+bool Bucket::isSeen(const SamplePoint& point, SampleOrder cover, const Seams::Near& near) const
 {
+    if (!near.outside) return false;
     MicroPolygon by(*near.side.grid, fBySequence);
     by.place(near.side.i, near.side.j);
-    if (by.orderAt(near.s, near.t) > point.cover) return true;
+    if (by.orderAt(near.s, near.t) > cover) return false;
     for (const Hit* hit = point.latest; hit; hit = hit->earlier) {
-        if (hit->grid->fSeq != near.side.grid->fSeq) continue;
+        if (hit->grid->fSeq != near.side.grid->fSeq || hit->order > cover) continue;
         MicroPolygon cell(*hit->grid);
         cell.place(hit->column, hit->row);
         if ((cell.znormal() > 0) == near.away &&
             Seams::covers(cell, hit->s, hit->t, near, near.room)) {
-            return true;
+            return false;
         }
     }
-    return false;
+    return true;
+}
+
+void Bucket::closeGaps(SamplePoint& point, Seams::Near* list, const Pieces& pieces,
+                       const Seams& seams, const Hits& hits, Counts& counts) const
+{
+    const SampleOrder cover = hits.coverOf(point);
+    seams.close(
+        point.x, point.y, list, pieces, counts,
+        [&](const Seams::Near& near) { return isSeen(point, cover, near); },
+        [&](const MicroPolygon& cell, float s, float t) {
+            hits.add(point, cell, s, t, Hits::kLast);
+        });
 }
 
 void Bucket::renderRow(long y, const Window& window, float inverseGamma, std::uint32_t* words) const

@@ -66,9 +66,12 @@ protected:
     };
     // Those that may be seen in the window.
     std::vector<Ranked> nearestFirst(const Pieces& pieces, const Window& window) const;
-    // Whether what a gap by a side would show there is hidden, or hit already: by something of the
+    // Whether a gap by a side would show what is not hidden, nor hit already: as something of the
     // same layer.
-    bool settled(const SamplePoint& point, const Seams::Near& near) const;
+    bool isSeen(const SamplePoint& point, SampleOrder cover, const Seams::Near& near) const;
+    // Closes the gaps that a sample lies in.
+    void closeGaps(SamplePoint& point, Seams::Near* list, const Pieces& pieces, const Seams& seams,
+                   const Hits& hits, Counts& counts) const;
     // What orders the hits of a cell, or of all within a box, is at least this.
     static SampleOrder leastOf(const Bound& box, const MicroPolygon& cell)
     {
@@ -122,7 +125,8 @@ private:
                   const Hits& hits, Counts& counts);
     void closeSeams(const Pieces& pieces, const Hits& hits, const Window& window,
                     BucketScratch& scratch);
-    bool openSamples(const Pieces& pieces, Seams& seams, const Window& window);
+    using Lines = std::vector<std::uint32_t>;
+    bool openSamples(const Pieces& pieces, Seams& seams, const Window& window, Lines& lines);
 
     Range samplesIn(const Bound& box, const Window& window) const;
     // Whether all samples of a box are covered by what is nearer than this.
@@ -205,9 +209,9 @@ private:
     void collect(const Grid& grid, const Ranked& ranked, const Window& window, Arena& arena);
     bool isOpen(const SamplePoint& point, const MultiSample& pixel, const Seams& seams) const;
     void hide(SamplePoint& point, const MultiSample& pixel, const Pieces& pieces,
-              const Seams& seams, const Hits& hits) const;
+              const Seams& seams, const Hits& hits, Counts& counts) const;
     void samplePixel(MultiSample& pixel, float left, float top, const Pieces& pieces,
-                     const Seams& seams, const Hits& hits, Arena& arena) const;
+                     const Seams& seams, const Hits& hits, BucketScratch& scratch) const;
     MultiSample& at(long i, long j) { return fPixels[j * fColumns + i]; }
 
     float fChiSquare[kRounds];

@@ -23,8 +23,7 @@ void Hits::add(SamplePoint& point, const MicroPolygon& cell, float s, float t,
                          static_cast<std::uint16_t>(cell.row()), s, t, point.latest, gBlack, false);
     point.latest = hit;
     ++point.count;
-    const bool opaque = grid.fMatte || grid.isOpaque() || cell.opacityAt(s, t) == gWhite;
-    if (!fInOrder && !opaque) {
+    if (!fInOrder && !isOpaque(*hit)) {
         hit->color = cell.colorAt(s, t);
         hit->colored = true;
         return;
@@ -36,6 +35,24 @@ void Hits::add(SamplePoint& point, const MicroPolygon& cell, float s, float t,
         // Beyond the far clipping plane, what is opaque leaves the depth to what is behind it.
         point.byRank = true;
     }
+}
+
+bool Hits::isOpaque(const Hit& hit)
+{
+    const Grid& grid = *hit.grid;
+    return grid.fMatte || grid.isOpaque() ||
+           grid.opacityAt(hit.column, hit.row, hit.s, hit.t) == gWhite;
+}
+
+SampleOrder Hits::coverOf(const SamplePoint& point) const
+{
+    SampleOrder cover = point.cover;
+    if (!fCovers || !fInOrder) return cover;
+    for (const Hit* hit = point.latest; hit; hit = hit->earlier) {
+        const bool covers = hit->order < double{fFrame.depthScale} && isOpaque(*hit);
+        if (covers) cover = std::min(cover, hit->order);
+    }
+    return cover;
 }
 
 void Hits::want(const SamplePoint& point, std::vector<const Grid*>& grids) const

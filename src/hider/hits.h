@@ -46,7 +46,7 @@ class Hits
 {
 public:
     Hits(const RenderFrame& frame, bool inOrder, Arena& arena)
-        : fFrame(frame), fInOrder(inOrder), fArena(arena)
+        : fFrame(frame), fCovers(!inOrder), fInOrder(inOrder || frame.plain), fArena(arena)
     {
     }
 
@@ -56,6 +56,8 @@ public:
     // A grid's hits come in the order of its micropolygons.
     void add(SamplePoint& point, const MicroPolygon& cell, float s, float t,
              std::uint32_t rank) const;
+    // What lies behind this is not seen at the position, as far as is known.
+    SampleOrder coverOf(const SamplePoint& point) const;
     // Wants the colours that resolving will ask for; grids that wanted none before are added. They
     // have to find them first.
     void want(const SamplePoint& point, std::vector<const Grid*>& grids) const;
@@ -69,10 +71,12 @@ private:
         int index;
     };
 
+    static bool isOpaque(const Hit& hit);
     SampleHit seen(const Hit& hit) const;
     PackedSample resolveByRank(const SamplePoint& point, Entry* entries, int count) const;
 
     const RenderFrame& fFrame;
+    const bool fCovers;  // something covers others, whether that is made use of or not
     const bool fInOrder;
     Arena& fArena;
 };

@@ -93,7 +93,7 @@ bool Piece::isLoose() const
 SampleOrder Piece::least(const RenderFrame& frame) const
 {
     if (frame.option.hiderType == kHiderSequence) {
-        return -static_cast<double>(fGrid ? fGrid->fSeq : fPrimitive->common().fSeq);
+        return -static_cast<double>(seq());
     }
     return double{fBox.zmin} - depthRounding(fBox.zmin, fBox.zmax);
 }

@@ -33,6 +33,8 @@ public:
     // Null until the piece is diced.
     const Grid* grid() const { return fGrid.get(); }
     const Grid& dice(Counts& counts);
+    std::uint32_t seq() const { return fGrid ? fGrid->fSeq : fPrimitive->common().fSeq; }
+    const Edges& edges() const { return fGrid ? fGrid->fEdges : fPrimitive->edges(); }
     // In raster space, x and y alone: where samples may see it, or what closes its gaps.
     const Bound& box() const { return fBox; }
     // Whether the box is much larger than what will be diced.

@@ -239,6 +239,23 @@ void dropLoneEnds(Seams::Near*& list)
     }
 }
 
+// Drops those along lines of which none is seen.
+void dropUnseen(Seams::Near*& list)
+{
+    const auto isSeen = [&list](std::uint32_t line) {
+        const Seams::Near* near = list;
+        while (near && !(near->seen && near->side.line == line)) near = near->next;
+        return near != nullptr;
+    };
+    for (Seams::Near** place = &list; *place;) {
+        if (isSeen((*place)->side.line)) {
+            place = &(*place)->next;
+        } else {
+            *place = (*place)->next;
+        }
+    }
+}
+
 // Whether two sides have a gap between them: they follow one line, from its two sides.
 bool match(const Seams::Near& a, const Seams::Near& b)
 {
@@ -260,18 +277,19 @@ bool Seams::covers(const MicroPolygon& cell, float s, float t, const Near& near,
 }
 
 // Whether the sample hits the layer that a gap is in.
-bool Seams::covered(float x, float y, const Near& near, double room, const Pieces& pieces)
+bool Seams::covered(float x, float y, const Near& near, double room, const Pieces& pieces,
+                    Counts& counts)
 {
-    for (const Piece* piece : pieces) {
-        const Grid* const grid = piece->grid();
-        if (!grid || grid->fSeq != near.side.grid->fSeq) continue;
-        MicroPolygon cell(*grid);
-        for (int j = 0; j < grid->fVSize; ++j) {
-            const Bound &upper = grid->rowBound(j), &lower = grid->rowBound(j + 1);
+    for (Piece* piece : pieces) {
+        if (piece->seq() != near.side.grid->fSeq || !piece->box().holds(x, y)) continue;
+        const Grid& grid = piece->dice(counts);
+        MicroPolygon cell(grid);
+        for (int j = 0; j < grid.fVSize; ++j) {
+            const Bound &upper = grid.rowBound(j), &lower = grid.rowBound(j + 1);
             if (y < std::min(upper.ymin, lower.ymin) || y > std::max(upper.ymax, lower.ymax)) {
                 continue;
             }
-            for (int i = 0; i < grid->cellCount(j); ++i) {
+            for (int i = 0; i < grid.cellCount(j); ++i) {
                 cell.place(i, j);
                 const double facing = cell.znormal();
                 float s, t;
@@ -285,6 +303,7 @@ bool Seams::covered(float x, float y, const Near& near, double room, const Piece
 
 Seams::Near* Seams::candidates(Near* list)
 {
+    dropUnseen(list);
     // Surfaces that had to be given up pile up sides; pairing them would take forever.
     constexpr int kMostSides = 64;
     int count = 0;
@@ -295,7 +314,8 @@ Seams::Near* Seams::candidates(Near* list)
     return list;
 }
 
-const Seams::Near* Seams::nextGap(float x, float y, Near*& list, const Pieces& pieces)
+const Seams::Near* Seams::nextGap(float x, float y, Near*& list, const Pieces& pieces,
+                                  Counts& counts)
 {
     while (list && list->next) {
         // Of all pairs, the one with the nearest side.
@@ -317,7 +337,7 @@ const Seams::Near* Seams::nextGap(float x, float y, Near*& list, const Pieces& p
                 place = &(*place)->next;
             }
         }
-        if (!covered(x, y, *nearer, room, pieces)) return nearer;
+        if (!covered(x, y, *nearer, room, pieces, counts)) return nearer;
     }
     return nullptr;
 }

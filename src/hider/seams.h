@@ -51,6 +51,7 @@ public:
         double room;   // that the cell takes in depth
         bool away;     // whether the cell faces away from the eye
         Near* next;
+        bool seen = false;
     };
 
     // In pixels: how far from a grid gaps can be.
@@ -68,12 +69,15 @@ public:
     }
     // Whether a cell that the sample hits at (s, t) is of the layer that a gap there would be in.
     static bool covers(const MicroPolygon& cell, float s, float t, const Near& near, double room);
-    // Calls add(cell, s, t) for every layer in a gap of which the sample lies, as its list tells.
-    template <class Add>
-    void close(float x, float y, Near* list, const Pieces& pieces, const Add& add) const
+    // Calls add(cell, s, t) for every layer in a gap of which the sample lies, as its list tells:
+    // a gap along a line that isSeen(near) by some side of it.
+    template <class IsSeen, class Add>
+    void close(float x, float y, Near* list, const Pieces& pieces, Counts& counts,
+               const IsSeen& isSeen, const Add& add) const
     {
+        for (Near* near = list; near; near = near->next) near->seen = isSeen(*near);
         list = candidates(list);
-        while (const Near* gap = nextGap(x, y, list, pieces)) {
+        while (const Near* gap = nextGap(x, y, list, pieces, counts)) {
             MicroPolygon cell(*gap->side.grid, fBySequence);
             cell.place(gap->side.i, gap->side.j);
             add(cell, gap->s, gap->t);
@@ -88,8 +92,9 @@ private:
     // Those of a list that may lie by a gap.
     static Near* candidates(Near* list);
     // Takes the nearest gap that is still open out of a list, with all of its layer.
-    static const Near* nextGap(float x, float y, Near*& list, const Pieces& pieces);
-    static bool covered(float x, float y, const Near& near, double room, const Pieces& pieces);
+    static const Near* nextGap(float x, float y, Near*& list, const Pieces& pieces, Counts& counts);
+    static bool covered(float x, float y, const Near& near, double room, const Pieces& pieces,
+                        Counts& counts);
 
     const bool fBySequence;
     const double fDepthOne;

@@ -3,6 +3,8 @@
 
 #include "hider/seams.h"
 
+#include <set>
+
 #include <gtest/gtest.h>
 
 #include "geom/grid.h"
@@ -240,7 +242,7 @@ TEST_F(SeamsTest, CutsAndBordersStayOpen)
 namespace
 {
 
-constexpr std::uint32_t kLine = 7, kOther = 9;
+constexpr std::uint32_t kLine = 7, kOther = 9, kThird = 11;
 
 // Grids of one row of cells, in raster space, and what a sample between them is given.
 class SeamRules : public testing::Test
@@ -293,8 +295,11 @@ protected:
             }
         }
         int count = 0;
-        seams.close(x, y, near, pieces,
-                    [&count](const zeb::MicroPolygon&, float, float) { ++count; });
+        zeb::Counts counts;
+        seams.close(
+            x, y, near, pieces, counts,
+            [this](const zeb::Seams::Near& by) { return !unseen.contains(by.side.grid); },
+            [&count](const zeb::MicroPolygon&, float, float) { ++count; });
         return count;
     }
 
@@ -302,6 +307,7 @@ protected:
     zeb::Option option;
     std::vector<std::unique_ptr<zeb::Piece>> owned;
     zeb::Pieces pieces;
+    std::set<const zeb::Grid*> unseen;
 };
 
 }  // namespace
@@ -347,6 +353,31 @@ TEST_F(SeamRules, NothingIsAddedBeyondAnOutlineThatALineTurnsRound)
         {{0, 10, 0.5f}, {10, 10, 0.5f}, {0, 10, 0.6f}}, {.vmin = kLine});
     EXPECT_EQ(hits(5, 5.1f), 1);
     EXPECT_EQ(hits(10.25f, 5.1f), 0);
+}
+
+// The other side of a gap may be hidden, but not both.
+TEST_F(SeamRules, AGapIsClosedAlongALineThatIsSeenFromEitherSide)
+{
+    addPair();
+    unseen = {pieces[0]->grid()};
+    EXPECT_EQ(hits(10.25f, 5), 1);
+    unseen = {pieces[1]->grid()};
+    EXPECT_EQ(hits(10.25f, 5), 1);
+    unseen = {pieces[0]->grid(), pieces[1]->grid()};
+    EXPECT_EQ(hits(10.25f, 5), 0);
+}
+
+// 66 sides, of which no more than 2 count.
+TEST_F(SeamRules, SidesOfLinesThatAreNotSeenDoNotPileUp)
+{
+    addPair();
+    for (int k = 0; k < 64; ++k) {
+        unseen.insert(&add({{0, 0, 0.5f}, {10, 0, 0.5f}}, {{0, 10, 0.5f}, {10, 10, 0.5f}},
+                           {.umax = kThird}));
+    }
+    EXPECT_EQ(hits(10.25f, 5), 1);
+    unseen.clear();
+    EXPECT_EQ(hits(10.25f, 5), 0);
 }
 
 TEST_F(SeamRules, SidesThatPileUpAreLeftAlone)

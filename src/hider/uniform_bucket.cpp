@@ -260,15 +260,23 @@ void UniformBucket::hideCell(MicroPolygon& cell, const CellRow& cells, int n, st
     }
 }
 
-// Only samples that may lie in a gap are looked at closely, and only there do hidden pieces count,
-// which may be on its other side.
+// Only samples that may lie in a gap that is seen are looked at closely, and only there do hidden
+// pieces count, which may be on the other side of its line.
 void UniformBucket::closeSeams(const Pieces& pieces, const Hits& hits, const Window& window,
                                BucketScratch& scratch)
 {
     checkCancelled();
     Arena& arena = scratch.arena;
     Seams seams(fBySequence, fFrame.depthScale, arena);
-    if (!openSamples(pieces, seams, window)) return;
+    Lines lines;
+    if (!openSamples(pieces, seams, window, lines)) return;
+    std::sort(lines.begin(), lines.end());
+    const auto isOpen = [&](std::uint32_t line) {
+        return fFrame.plain || std::binary_search(lines.begin(), lines.end(), line);
+    };
+    const auto hasOpenLine = [&](const Edges& e) {
+        return isOpen(e.umin) || isOpen(e.umax) || isOpen(e.vmin) || isOpen(e.vmax);
+    };
     struct Nearby {
         Seams::Near* first = nullptr;
     };
@@ -276,8 +284,9 @@ void UniformBucket::closeSeams(const Pieces& pieces, const Hits& hits, const Win
     for (Piece* piece : pieces) {
         checkCancelled();
         const auto hasOpen = [](const Tile& tile) { return tile.open; };
-        if (!anyTile(piece->box(), window, hasOpen)) continue;
+        if (!hasOpenLine(piece->edges()) || !anyTile(piece->box(), window, hasOpen)) continue;
         for (const Seams::Side& side : seams.sides(piece->dice(scratch.counts))) {
+            if (!isOpen(side.line)) continue;
             eachSample(side.bound(), window, [&](long k) {
                 if (fSamples[k].open) seams.look(side, fSamples[k].x, fSamples[k].y, near[k].first);
             });
@@ -286,17 +295,14 @@ void UniformBucket::closeSeams(const Pieces& pieces, const Hits& hits, const Win
     for (long k = 0; k < fColumns * fRows; ++k) {
         if (!near[k].first) continue;
         checkCancelled();
-        SamplePoint& point = fSamples[k];
-        seams.close(point.x, point.y, near[k].first, pieces,
-                    [&](const MicroPolygon& cell, float s, float t) {
-                        hits.add(point, cell, s, t, Hits::kLast);
-                    });
+        closeGaps(fSamples[k], near[k].first, pieces, seams, hits, scratch.counts);
     }
 }
 
-// Marks samples by a side that would be seen there, and hit nothing of its layer; whether there are
-// any.
-bool UniformBucket::openSamples(const Pieces& pieces, Seams& seams, const Window& window)
+// Marks samples by a side that would be seen there, and hit nothing of its layer, and notes the
+// lines of these sides; whether there are any.
+bool UniformBucket::openSamples(const Pieces& pieces, Seams& seams, const Window& window,
+                                Lines& lines)
 {
     bool any = false;
     for (const Piece* piece : pieces) {
@@ -311,9 +317,10 @@ bool UniformBucket::openSamples(const Pieces& pieces, Seams& seams, const Window
             eachSample(box, window, [&](long k) {
                 SamplePoint& point = fSamples[k];
                 Seams::Near near;
-                if (point.open || !seams.look(side, point.x, point.y, near)) return;
-                if (!fFrame.plain && (!near.outside || settled(point, near))) return;
+                if (!seams.look(side, point.x, point.y, near)) return;
+                if (!fFrame.plain && !isSeen(point, point.cover, near)) return;
                 any = point.open = tileOf(k).open = true;
+                if (lines.empty() || lines.back() != side.line) lines.push_back(side.line);
             });
         }
     }

@@ -42,6 +42,7 @@ struct Bound {
         zmin = std::min(zmin, p.z);
         zmax = std::max(zmax, p.z);
     }
+    bool holds(float x, float y) const { return x >= xmin && x <= xmax && y >= ymin && y <= ymax; }
     // Makes up for one rounding of each extent.
     void roundOut();
     // Two infinite boxes stay as they are. Nothing tests whether the result is empty.
