@@ -114,8 +114,8 @@ bool Bucket::isSeen(const SamplePoint& point, SampleOrder cover, const Seams::Ne
         if (hit->grid->fSeq != near.side.grid->fSeq || hit->order > cover) continue;
         MicroPolygon cell(*hit->grid);
         cell.place(hit->column, hit->row);
-        if ((cell.znormal() > 0) == near.away &&
-            Seams::covers(cell, hit->s, hit->t, near, near.room)) {
+        if ((cell.znormal() > 0) == near.side.away &&
+            Seams::covers(cell, hit->s, hit->t, near, near.side.room)) {
             return false;
         }
     }

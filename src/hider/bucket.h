@@ -39,10 +39,8 @@ public:
     // The positions of samples that can touch the bucket's pixels.
     struct Window {
         float xmin, xmax, ymin, ymax;
-        bool misses(const Bound& b) const
-        {
-            return b.xmin > xmax || b.xmax < xmin || b.ymin > ymax || b.ymax < ymin;
-        }
+        bool misses(const Bound& b) const { return rectangle().misses(b); }
+        Bound rectangle() const { return {xmin, xmax, ymin, ymax, 0, 0}; }
     };
     Window sampleWindow() const;
 
@@ -125,8 +123,7 @@ private:
                   const Hits& hits, Counts& counts);
     void closeSeams(const Pieces& pieces, const Hits& hits, const Window& window,
                     BucketScratch& scratch);
-    using Lines = std::vector<std::uint32_t>;
-    bool openSamples(const Pieces& pieces, Seams& seams, const Window& window, Lines& lines);
+    bool openSamples(const Pieces& pieces, Seams& seams, const Window& window, Seams::Lines& lines);
 
     Range samplesIn(const Bound& box, const Window& window) const;
     // Whether all samples of a box are covered by what is nearer than this.

@@ -51,6 +51,17 @@ float reachOf(const Grid& grid, int i, int j, int di, int dj, int n)
     return std::min(std::sqrt(bend) * (1 + longer) * 0.25f + kRounding, most);
 }
 
+// The places within reach of a side; depths are left out.
+Bound around(const Point& a, const Point& b, float reach)
+{
+    return {std::min(a.x, b.x) - reach,
+            std::max(a.x, b.x) + reach,
+            std::min(a.y, b.y) - reach,
+            std::max(a.y, b.y) + reach,
+            0,
+            0};
+}
+
 // Whether a cell's trapezoids, whose sum its facing is but for the sign, sum up to more than 0.
 bool positive(const Grid& grid, double facing)
 {
@@ -64,15 +75,13 @@ float Seams::reach(const Attrib& attrib)
     return std::min(0.5f * longestSide(attrib), 2 * attrib.flatnessLimit) + kRounding;
 }
 
-Bound Seams::Side::bound() const
-{
-    const auto [x0, x1] = std::minmax(a->x, b->x);
-    const auto [y0, y1] = std::minmax(a->y, b->y);
-    return {x0 - reach, x1 + reach, y0 - reach, y1 + reach, 0, 0};
-}
+Bound Seams::Side::bound() const { return around(a, b, reach); }
 
-const std::vector<Seams::Side>& Seams::sides(const Grid& grid)
+const std::vector<Seams::Side>& Seams::sides(const Grid& grid, const Bound& rectangle,
+                                             const Lines* lines)
 {
+    fRectangle = rectangle;
+    fLines = lines;
     fSides.clear();
     if (grid.fTriangular) {
         addTriangleSides(grid);
@@ -87,7 +96,7 @@ void Seams::addSides(const Grid& grid)
     const Edges& e = grid.fEdges;
     const int nu = grid.fUSize, nv = grid.fVSize;
     const auto along = [&](std::uint32_t line, int first, int i, int j, int di, int dj, int n) {
-        if (!line) return;
+        if (!wants(line)) return;
         const float reach = reachOf(grid, i, j, di, dj, n);
         const int ci = std::min(i, nu - 1), cj = std::min(j, nv - 1);
         for (int k = 0; k < n; ++k)
@@ -104,11 +113,13 @@ void Seams::addSides(const Grid& grid)
 void Seams::addTriangleSides(const Grid& grid)
 {
     const Edges& e = grid.fEdges;
-    for (int i = 0; e.vmin && i < grid.cellCount(0); ++i)
+    const bool above = wants(e.vmin), left = wants(e.umin), across = wants(e.umax);
+    for (int i = 0; above && i < grid.cellCount(0); ++i) {
         addSide(grid, 0, i, 0, 0, e.vmin, kRounding);
+    }
     for (int j = 0; j < grid.fVSize; ++j) {
-        if (e.umin) addSide(grid, 3, 0, j, 3, e.umin, kRounding);
-        if (!e.umax) continue;
+        if (left) addSide(grid, 3, 0, j, 3, e.umin, kRounding);
+        if (!across) continue;
         const int count = grid.cellCount(j), next = j + 1 < grid.fVSize ? grid.cellCount(j + 1) : 0;
         addSide(grid, 1, count - 1, j, 1, e.umax, kRounding);
         for (int i = next; i < count; ++i) addSide(grid, 1, i, j, 2, e.umax, kRounding);
@@ -119,38 +130,41 @@ void Seams::addSide(const Grid& grid, int edge, int i, int j, int first, std::ui
                     float reach)
 {
     const int second = (first + 1) % 4;
-    fSides.push_back({&grid, edge, i, j, first, &grid.raster(i + kAcross[first], j + kDown[first]),
-                      &grid.raster(i + kAcross[second], j + kDown[second]), reach, line});
+    const Point& a = grid.raster(i + kAcross[first], j + kDown[first]);
+    const Point& b = grid.raster(i + kAcross[second], j + kDown[second]);
+    if (around(a, b, reach).misses(fRectangle)) return;
+    MicroPolygon cell(grid);
+    cell.place(i, j);
+    const Bound bound = cell.bound();
+    const double facing = cell.znormal();
+    if (bound.zmax < 0 || double{bound.zmin} > fDepthOne || nearZero(facing)) return;
+    const bool away = facing > 0;
+    if (away && grid.fAttrib->sides <= 1) return;
+    // The cell lies to the left of the way round it where its trapezoids sum up to less than 0.
+    fSides.push_back({&grid, edge, i, j, first, a, b, reach, line, !positive(grid, facing), away,
+                      depthRoom(bound)});
 }
 
-bool Seams::look(const Side& side, float x, float y, Near& near) const
+bool Seams::look(const Side& side, float x, float y, Near& near)
 {
-    const Point &a = *side.a, &b = *side.b;
+    const Point &a = side.a, &b = side.b;
     const double ex = double{b.x} - double{a.x}, ey = double{b.y} - double{a.y};
     const double px = double{x} - double{a.x}, py = double{y} - double{a.y};
     const double cross = ex * py - ey * px, squared = ex * ex + ey * ey;
     const double reach = side.reach;
     if (cross * cross > reach * reach * squared || squared == 0) return false;
     const double place = (ex * px + ey * py) / squared, along = std::clamp(place, 0.0, 1.0);
-    const double distance = std::hypot(px - along * ex, py - along * ey);
+    const double dx = px - along * ex, dy = py - along * ey;
+    const double distance = std::sqrt(dx * dx + dy * dy);
     if (distance > reach) return false;
-    MicroPolygon cell(*side.grid);
-    cell.place(side.i, side.j);
-    const Bound bound = cell.bound();
-    const double facing = cell.znormal();
-    if (bound.zmax < 0 || double{bound.zmin} > fDepthOne || nearZero(facing)) return false;
-    if (facing > 0 && side.grid->fAttrib->sides <= 1) return false;
-    // The cell lies to the left of the way round it where its trapezoids sum up to less than 0.
-    const double sign = positive(*side.grid, facing) ? -1 : 1;
-    const Point* end = place < 0 ? side.a : place > 1 ? side.b : nullptr;
+    const double sign = side.left ? 1 : -1;
+    const int beyond = place < 0 ? -1 : place > 1 ? 1 : 0;
     const auto between = [along](double from, double to) { return from + along * (to - from); };
     const int first = side.first, second = (first + 1) % 4;
-    const bool outside = cross * sign<0, away = facing> 0;
     const auto s = static_cast<float>(between(kAcross[first], kAcross[second]));
     const auto t = static_cast<float>(between(kDown[first], kDown[second]));
-    near = {side,     outside,  end, ex * sign,         ey * sign,
-            distance, s,        t,   between(a.z, b.z), depthRoom(bound),
-            away,     near.next};
+    near = {side, cross * sign < 0,  beyond,   ex * sign, ey * sign, distance, s,
+            t,    between(a.z, b.z), near.next};
     return true;
 }
 
@@ -159,7 +173,7 @@ namespace
 
 bool sameLayer(const Seams::Near& a, const Seams::Near& b, double room)
 {
-    return a.side.grid->fSeq == b.side.grid->fSeq && a.away == b.away &&
+    return a.side.grid->fSeq == b.side.grid->fSeq && a.side.away == b.side.away &&
            std::fabs(a.depth - b.depth) <= room;
 }
 
@@ -221,8 +235,8 @@ void dropLoneEnds(Seams::Near*& list)
 {
     const auto goesOn = [&list](const Seams::Near& near) {
         for (const Seams::Near* other = list; other; other = other->next) {
-            if (other != &near && other->end && other->side.line == near.side.line &&
-                samePlace(*other->end, *near.end)) {
+            if (other != &near && other->end() && other->side.line == near.side.line &&
+                samePlace(*other->end(), *near.end())) {
                 return true;
             }
         }
@@ -231,7 +245,7 @@ void dropLoneEnds(Seams::Near*& list)
     // What goes is nothing that another goes on with: it would go on with that one, too.
     for (Seams::Near** place = &list; *place;) {
         const Seams::Near& near = **place;
-        if (near.end && isEnd(*near.side.grid, near.side.edge, *near.end) && !goesOn(near)) {
+        if (near.end() && isEnd(*near.side.grid, near.side.edge, *near.end()) && !goesOn(near)) {
             *place = near.next;
         } else {
             place = &(*place)->next;
@@ -261,11 +275,11 @@ bool match(const Seams::Near& a, const Seams::Near& b)
 {
     // Beyond ends of both lies what an outline turns round. Grids that only end together have the
     // line in common, but no part of it.
-    if (a.end && b.end) return false;
-    if (a.end && isEnd(*b.side.grid, b.side.edge, *a.end)) return false;
-    if (b.end && isEnd(*a.side.grid, a.side.edge, *b.end)) return false;
+    if (a.end() && b.end()) return false;
+    if (a.end() && isEnd(*b.side.grid, b.side.edge, *a.end())) return false;
+    if (b.end() && isEnd(*a.side.grid, a.side.edge, *b.end())) return false;
     return a.side.line == b.side.line && a.dx * b.dx + a.dy * b.dy < 0 &&
-           sameLayer(a, b, a.room + b.room);
+           sameLayer(a, b, a.side.room + b.side.room);
 }
 
 }  // namespace
@@ -293,7 +307,7 @@ bool Seams::covered(float x, float y, const Near& near, double room, const Piece
                 cell.place(i, j);
                 const double facing = cell.znormal();
                 float s, t;
-                if (nearZero(facing) || (facing > 0) != near.away) continue;
+                if (nearZero(facing) || (facing > 0) != near.side.away) continue;
                 if (cell.locate(x, y, s, t) && covers(cell, s, t, near, room)) return true;
             }
         }
@@ -329,9 +343,9 @@ const Seams::Near* Seams::nextGap(float x, float y, Near*& list, const Pieces& p
             }
         }
         if (!nearer) return nullptr;
-        const double room = nearer->room + other->room;
+        const double room = nearer->side.room + other->side.room;
         for (Near** place = &list; *place;) {
-            if (sameLayer(*nearer, **place, room + (*place)->room)) {
+            if (sameLayer(*nearer, **place, room + (*place)->side.room)) {
                 *place = (*place)->next;
             } else {
                 place = &(*place)->next;

@@ -1,6 +1,7 @@
 // Closes the gaps between the grids of one surface.
 #pragma once
 
+#include <algorithm>
 #include <vector>
 
 #include "hider/micropolygon.h"
@@ -32,9 +33,12 @@ public:
         int edge;   // of the grid
         int i, j;   // the cell
         int first;  // its corner where the side begins, counted round the cell
-        const Point *a, *b;
+        Point a, b;
         float reach;  // in pixels: how far from the side gaps can be
         std::uint32_t line;
+        bool left;        // whether the cell lies to the left of the way from a to b
+        bool away;        // whether it faces away from the eye
+        double room = 0;  // that it takes in depth
 
         // Of the places within reach; depths are left out.
         Bound bound() const;
@@ -42,24 +46,33 @@ public:
     // That a sample lies by a side.
     struct Near {
         Side side;
-        bool outside;      // of the surface there
-        const Point* end;  // that the sample lies beyond, if it does
-        double dx, dy;     // the way along the side that has the cell to its left
+        bool outside;   // of the surface there
+        int beyond;     // a: -1, b: 1, or neither: where the sample lies along the side
+        double dx, dy;  // the way along the side that has the cell to its left
         double distance;
         float s, t;    // the place of the side nearest to the sample, in the cell
         double depth;  // there
-        double room;   // that the cell takes in depth
-        bool away;     // whether the cell faces away from the eye
         Near* next;
         bool seen = false;
+
+        const Point* end() const { return beyond ? beyond < 0 ? &side.a : &side.b : nullptr; }
     };
 
     // In pixels: how far from a grid gaps can be.
     static float reach(const Attrib& attrib);
-    // Valid until the next call.
-    const std::vector<Side>& sides(const Grid& grid);
+    // Sorted.
+    using Lines = std::vector<std::uint32_t>;
+    // Of cells that may be seen, as far as samples of a rectangle may lie by them; those along some
+    // lines alone, if there are any. Valid until the next call.
+    const std::vector<Side>& sides(const Grid& grid, const Bound& rectangle,
+                                   const Lines* lines = nullptr);
+    static bool isAmong(const Lines& lines, std::uint32_t line)
+    {
+        return std::binary_search(lines.begin(), lines.end(), line);
+    }
+
     // Whether the sample at (x, y) lies by the side; if so, how.
-    bool look(const Side& side, float x, float y, Near& near) const;
+    static bool look(const Side& side, float x, float y, Near& near);
     // Adds it to the list if so.
     void look(const Side& side, float x, float y, Near*& list) const
     {
@@ -99,6 +112,9 @@ private:
     const bool fBySequence;
     const double fDepthOne;
     Arena& fArena;
+    Bound fRectangle;
+    const Lines* fLines = nullptr;
+    bool wants(std::uint32_t line) const { return line && (!fLines || isAmong(*fLines, line)); }
     std::vector<Side> fSides;
 };
 

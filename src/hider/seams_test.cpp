@@ -290,7 +290,7 @@ protected:
         zeb::Seams seams(false, 1, arena);
         zeb::Seams::Near* near = nullptr;
         for (const zeb::Piece* piece : pieces) {
-            for (const zeb::Seams::Side& side : seams.sides(*piece->grid())) {
+            for (const zeb::Seams::Side& side : seams.sides(*piece->grid(), zeb::Bound())) {
                 for (int k = 0; k < times; ++k) seams.look(side, x, y, near);
             }
         }
@@ -372,8 +372,8 @@ TEST_F(SeamRules, SidesOfLinesThatAreNotSeenDoNotPileUp)
 {
     addPair();
     for (int k = 0; k < 64; ++k) {
-        unseen.insert(&add({{0, 0, 0.5f}, {10, 0, 0.5f}}, {{0, 10, 0.5f}, {10, 10, 0.5f}},
-                           {.umax = kThird}));
+        unseen.insert(
+            &add({{0, 0, 0.5f}, {10, 0, 0.5f}}, {{0, 10, 0.5f}, {10, 10, 0.5f}}, {.umax = kThird}));
     }
     EXPECT_EQ(hits(10.25f, 5), 1);
     unseen.clear();

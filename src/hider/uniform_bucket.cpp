@@ -268,14 +268,12 @@ void UniformBucket::closeSeams(const Pieces& pieces, const Hits& hits, const Win
     checkCancelled();
     Arena& arena = scratch.arena;
     Seams seams(fBySequence, fFrame.depthScale, arena);
-    Lines lines;
+    Seams::Lines lines;
     if (!openSamples(pieces, seams, window, lines)) return;
     std::sort(lines.begin(), lines.end());
-    const auto isOpen = [&](std::uint32_t line) {
-        return fFrame.plain || std::binary_search(lines.begin(), lines.end(), line);
-    };
+    const auto isOpen = [&](std::uint32_t line) { return Seams::isAmong(lines, line); };
     const auto hasOpenLine = [&](const Edges& e) {
-        return isOpen(e.umin) || isOpen(e.umax) || isOpen(e.vmin) || isOpen(e.vmax);
+        return fFrame.plain || isOpen(e.umin) || isOpen(e.umax) || isOpen(e.vmin) || isOpen(e.vmax);
     };
     struct Nearby {
         Seams::Near* first = nullptr;
@@ -285,8 +283,8 @@ void UniformBucket::closeSeams(const Pieces& pieces, const Hits& hits, const Win
         checkCancelled();
         const auto hasOpen = [](const Tile& tile) { return tile.open; };
         if (!hasOpenLine(piece->edges()) || !anyTile(piece->box(), window, hasOpen)) continue;
-        for (const Seams::Side& side : seams.sides(piece->dice(scratch.counts))) {
-            if (!isOpen(side.line)) continue;
+        for (const Seams::Side& side : seams.sides(piece->dice(scratch.counts), window.rectangle(),
+                                                   fFrame.plain ? nullptr : &lines)) {
             eachSample(side.bound(), window, [&](long k) {
                 if (fSamples[k].open) seams.look(side, fSamples[k].x, fSamples[k].y, near[k].first);
             });
@@ -302,7 +300,7 @@ void UniformBucket::closeSeams(const Pieces& pieces, const Hits& hits, const Win
 // Marks samples by a side that would be seen there, and hit nothing of its layer, and notes the
 // lines of these sides; whether there are any.
 bool UniformBucket::openSamples(const Pieces& pieces, Seams& seams, const Window& window,
-                                Lines& lines)
+                                Seams::Lines& lines)
 {
     bool any = false;
     for (const Piece* piece : pieces) {
@@ -311,13 +309,11 @@ bool UniformBucket::openSamples(const Pieces& pieces, Seams& seams, const Window
         if (!piece->grid() || window.misses(piece->box()) || hidden(piece->box(), least, window)) {
             continue;
         }
-        for (const Seams::Side& side : seams.sides(*piece->grid())) {
-            const Bound box = side.bound();
-            if (window.misses(box) || hidden(box, least, window)) continue;
-            eachSample(box, window, [&](long k) {
+        for (const Seams::Side& side : seams.sides(*piece->grid(), window.rectangle())) {
+            eachSample(side.bound(), window, [&](long k) {
                 SamplePoint& point = fSamples[k];
                 Seams::Near near;
-                if (!seams.look(side, point.x, point.y, near)) return;
+                if (point.cover < least || !seams.look(side, point.x, point.y, near)) return;
                 if (!fFrame.plain && !isSeen(point, point.cover, near)) return;
                 any = point.open = tileOf(k).open = true;
                 if (lines.empty() || lines.back() != side.line) lines.push_back(side.line);

@@ -43,6 +43,11 @@ struct Bound {
         zmax = std::max(zmax, p.z);
     }
     bool holds(float x, float y) const { return x >= xmin && x <= xmax && y >= ymin && y <= ymax; }
+    // Whether the two share no place, depths aside.
+    bool misses(const Bound& b) const
+    {
+        return b.xmin > xmax || b.xmax < xmin || b.ymin > ymax || b.ymax < ymin;
+    }
     // Makes up for one rounding of each extent.
     void roundOut();
     // Two infinite boxes stay as they are. Nothing tests whether the result is empty.
