@@ -219,8 +219,8 @@ bool Primitive::isFlat(const Dicing& dicing, const Matrix& toRaster) const
     constexpr double kSurely = 0.9;  // of the flatness, with room for rounding
     if (!fFront || dicing.frame.plain || attrib().objectBound.finite) return false;
     const auto column = [&toRaster](int k) {
-        return std::hypot(double{toRaster.m[0][k]}, double{toRaster.m[1][k]},
-                          double{toRaster.m[2][k]});
+        const Pointd c(toRaster.m[0][k], toRaster.m[1][k], toRaster.m[2][k]);
+        return std::sqrt(dot(c, c));
     };
     const auto widest = [](float min, float max) {
         return std::max(std::fabs(double{min}), std::fabs(double{max}));
@@ -230,7 +230,7 @@ bool Primitive::isFlat(const Dicing& dicing, const Matrix& toRaster) const
     const double y = column(1) + widest(fScreen.ymin, fScreen.ymax) * W;
     const auto flat = [&](double sag) {
         const double w = double{fLeastW} - sag * W;
-        return w > 0 && std::hypot(sag * x, sag * y) <= kSurely * w * attrib().flatnessLimit;
+        return w > 0 && sag * std::sqrt(x * x + y * y) <= kSurely * w * attrib().flatnessLimit;
     };
     return flat(sagAlongU(0.5 / dicing.fUSteps)) && flat(sagAlongV(0.5 / dicing.fVSteps));
 }

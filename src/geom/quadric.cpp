@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "math/trigonometry.h"
 #include "util/number.h"
 
 namespace zeb
@@ -20,31 +21,75 @@ double radians(double degrees)
 // Exact at both ends, where pieces meet.
 double lerp(double t, double a, double b) { return (1 - t) * a + t * b; }
 
-// asin(z / r), also where that is a point or beyond it.
-double latitude(double z, double r) { return r == 0 ? 0 : std::asin(std::clamp(z / r, -1.0, 1.0)); }
+// The latitude of a height, also where that is a pole or beyond it.
+double latitude(double z, double r) { return r == 0 ? 0 : arcsine(std::clamp(z / r, -1.0, 1.0)); }
+
+double lengthOf(double x, double y) { return std::sqrt(x * x + y * y); }
 
 struct Range {
     double min, max;
 };
 
-// Of the cosine between two angles.
-Range cosines(double from, double to)
+// A turn about the origin of a plane, from one angle to another.
+struct Arc {
+    double angle;  // between them, whichever way round
+    SinCos from, to;
+
+    Arc(double first, double last)
+        : angle(std::fabs(last - first)),
+          from(sincos(std::min(first, last))),
+          to(sincos(std::max(first, last)))
+    {
+    }
+};
+
+struct Box {
+    Range x, y;
+};
+
+// Quarters of the plane, all round.
+int quarterOf(double x, double y)
 {
-    constexpr double kTurn = 2 * 3.14159265358979323846;
-    if (to < from) std::swap(from, to);
-    Range range{std::min(std::cos(from), std::cos(to)), std::max(std::cos(from), std::cos(to))};
-    const auto passes = [&](double angle) {
-        return angle + kTurn * std::ceil((from - angle) / kTurn) <= to;
-    };
-    if (passes(0)) range.max = 1;
-    if (passes(kTurn / 2)) range.min = -1;
-    return range;
+    if (y > 0) return x > 0 ? 0 : 1;
+    if (y < 0) return x < 0 ? 2 : 3;
+    return x < 0 ? 2 : 0;
 }
 
-Range sines(double from, double to)
+// Of what the point (x, y) passes on its turn: where that begins and ends, and what lies on the
+// axes between. That the ends are rounded may count an axis that they only come near to, or leave
+// one out: then one of the ends is as far from the origin along that axis as makes no difference.
+Box swept(double x, double y, const Arc& arc)
 {
-    constexpr double kQuarter = 3.14159265358979323846 / 2;
-    return cosines(from - kQuarter, to - kQuarter);
+    const double x0 = x * arc.from.cos - y * arc.from.sin;
+    const double y0 = y * arc.from.cos + x * arc.from.sin;
+    const double x1 = x * arc.to.cos - y * arc.to.sin;
+    const double y1 = y * arc.to.cos + x * arc.to.sin;
+    Box box{{std::min(x0, x1), std::max(x0, x1)}, {std::min(y0, y1), std::max(y0, y1)}};
+    const double radius = lengthOf(x, y);
+    constexpr double kHalfTurn = 3.14159265358979323846;
+    const int first = quarterOf(x0, y0);
+    int passed = (quarterOf(x1, y1) - first) & 3;
+    // Either nothing was passed or everything; and a short way never seems to lead backwards but
+    // by rounding.
+    if (passed == 0 && arc.angle > kHalfTurn) passed = 4;
+    if (passed == 3 && arc.angle < 1) passed = 0;
+    if (arc.angle >= 2 * kHalfTurn) passed = 4;
+    for (int k = first + 1; k <= first + passed; ++k) {
+        switch (k & 3) {
+            case 0:
+                box.x.max = radius;
+                break;
+            case 1:
+                box.y.max = radius;
+                break;
+            case 2:
+                box.x.min = -radius;
+                break;
+            default:
+                box.y.min = -radius;
+        }
+    }
+    return box;
 }
 
 CurvePoint corner(double x, double z) { return {x, 0, z, 0, 0, 0}; }
@@ -61,21 +106,21 @@ SphereCurve::SphereCurve(float r, float zmin, float zmax)
 CurvePoint SphereCurve::at(double v) const
 {
     const double phi = lerp(v, phimin, phimax), range = phimax - phimin;
-    const double x = radius * std::cos(phi), z = radius * std::sin(phi);
+    const auto [sine, cosine] = sincos(phi);
+    const double x = radius * cosine, z = radius * sine;
     return {x, 0, z, -range * z, 0, range * x};
 }
 
 void SphereCurve::corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const
 {
-    const double from = lerp(v0, phimin, phimax), to = lerp(v1, phimin, phimax);
-    const Range x = cosines(from, to), z = sines(from, to);
-    a = corner(radius * x.min, radius * z.min);
-    b = corner(radius * x.max, radius * z.max);
+    const auto [x, z] = swept(radius, 0, {lerp(v0, phimin, phimax), lerp(v1, phimin, phimax)});
+    a = corner(x.min, z.min);
+    b = corner(x.max, z.max);
 }
 
 double SphereCurve::sag(double h) const
 {
-    return std::fabs(radius) * (1 - std::cos(h * (phimax - phimin)));
+    return std::fabs(radius) * (1 - sincos(h * (phimax - phimin)).cos);
 }
 
 // A cut on the far side of the base leaves nothing, one beyond the tip everything. Cones that point
@@ -182,21 +227,21 @@ TorusCurve::TorusCurve(float majorRadius, float minorRadius, float from, float t
 CurvePoint TorusCurve::at(double v) const
 {
     const double phi = lerp(v, phimin, phimax), range = phimax - phimin;
-    const double x = minor * std::cos(phi), z = minor * std::sin(phi);
+    const auto [sine, cosine] = sincos(phi);
+    const double x = minor * cosine, z = minor * sine;
     return {major + x, 0, z, -range * z, 0, range * x};
 }
 
 void TorusCurve::corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const
 {
-    const double from = lerp(v0, phimin, phimax), to = lerp(v1, phimin, phimax);
-    const Range x = cosines(from, to), z = sines(from, to);
-    a = corner(major + minor * x.min, minor * z.min);
-    b = corner(major + minor * x.max, minor * z.max);
+    const auto [x, z] = swept(minor, 0, {lerp(v0, phimin, phimax), lerp(v1, phimin, phimax)});
+    a = corner(major + x.min, z.min);
+    b = corner(major + x.max, z.max);
 }
 
 double TorusCurve::sag(double h) const
 {
-    return std::fabs(minor) * (1 - std::cos(h * (phimax - phimin)));
+    return std::fabs(minor) * (1 - sincos(h * (phimax - phimin)).cos);
 }
 
 Quadric::Quadric(float thetamax, long n, const unsigned short* tokens, void* const* values)
@@ -241,18 +286,13 @@ Quadric::Quadric(float umin, float umax, float vmin, float vmax, const Quadric& 
 Boundw Quadric::boundRevolve(const CurvePoint& a, const CurvePoint& b) const
 {
     constexpr double kRounding = 1e-14;  // of cosines and products, with room
-    Range x{1e300, -1e300}, y{1e300, -1e300};
-    double size = 0;
-    for (const CurvePoint& p : {a, b}) {
-        const double radius = std::hypot(p.x, p.y), angle = std::atan2(p.y, p.x);
-        const Range c = cosines(fThetaMin + angle, fThetaMax + angle);
-        const Range s = sines(fThetaMin + angle, fThetaMax + angle);
-        x = {std::min(x.min, radius * c.min), std::max(x.max, radius * c.max)};
-        y = {std::min(y.min, radius * s.min), std::max(y.max, radius * s.max)};
-        size = std::max({size, radius, std::fabs(p.z)});
-    }
-    size = std::max({size, double{std::fabs(fOrigin.x)}, double{std::fabs(fOrigin.y)},
-                     double{std::fabs(fOrigin.z)}});
+    const Arc arc(fThetaMin, fThetaMax);
+    const Box first = swept(a.x, a.y, arc), last = swept(b.x, b.y, arc);
+    const Range x{std::min(first.x.min, last.x.min), std::max(first.x.max, last.x.max)};
+    const Range y{std::min(first.y.min, last.y.min), std::max(first.y.max, last.y.max)};
+    const double size = std::max({lengthOf(a.x, a.y), lengthOf(b.x, b.y), std::fabs(a.z),
+                                  std::fabs(b.z), double{std::fabs(fOrigin.x)},
+                                  double{std::fabs(fOrigin.y)}, double{std::fabs(fOrigin.z)}});
     const double room = size * kRounding;
     const Range z{std::min(a.z, b.z), std::max(a.z, b.z)};
     Bound box = Bound::empty();
@@ -286,8 +326,8 @@ Differential turned(const CurvePoint& p, double c, double s, double range, doubl
 Differential Quadric::revolve(double u, const CurvePoint& p) const
 {
     const double theta = lerp(u, fThetaMin, fThetaMax);
-    return turned(p, std::cos(theta), std::sin(theta), fThetaMax - fThetaMin, fVmax - fVmin,
-                  fOrigin);
+    const auto [sine, cosine] = sincos(theta);
+    return turned(p, cosine, sine, fThetaMax - fThetaMin, fVmax - fVmin, fOrigin);
 }
 
 // The angles of the columns are those of all rows.
@@ -297,8 +337,9 @@ void Quadric::revolveRow(Columns& columns, const CurvePoint& p, Differential* ro
         columns.kept.reserve(2 * columns.u.size());
         for (const float u : columns.u) {
             const double theta = lerp(double{u}, fThetaMin, fThetaMax);
-            columns.kept.push_back(std::cos(theta));
-            columns.kept.push_back(std::sin(theta));
+            const auto [sine, cosine] = sincos(theta);
+            columns.kept.push_back(cosine);
+            columns.kept.push_back(sine);
         }
     }
     for (std::size_t k = 0; k < columns.kept.size(); k += 2) {
@@ -309,8 +350,8 @@ void Quadric::revolveRow(Columns& columns, const CurvePoint& p, Differential* ro
 
 double Quadric::sagOfSweep(double h, const CurvePoint& a, const CurvePoint& b) const
 {
-    return std::max(std::hypot(a.x, a.y), std::hypot(b.x, b.y)) *
-           (1 - std::cos(h * (fThetaMax - fThetaMin)));
+    return std::max(lengthOf(a.x, a.y), lengthOf(b.x, b.y)) *
+           (1 - sincos(h * (fThetaMax - fThetaMin)).cos);
 }
 
 }  // namespace zeb

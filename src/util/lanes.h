@@ -22,6 +22,8 @@ namespace
 {
 
 constexpr int kLanes = ZEB_LANES;
+// Doubles are twice as wide: half as many lie side by side.
+constexpr int kDoubleLanes = ZEB_LANES == 1 ? 1 : ZEB_LANES / 2;
 
 #if ZEB_LANES == 1
 using FloatLanes = float;
@@ -30,7 +32,6 @@ using WordLanes = std::uint64_t;
 using IntLanes = std::int32_t;
 using MaskLanes = bool;
 #else
-// Doubles are twice as wide: half as many lie side by side.
 using FloatLanes __attribute__((vector_size(4 * ZEB_LANES))) = float;
 using DoubleLanes __attribute__((vector_size(4 * ZEB_LANES))) = double;
 using WordLanes __attribute__((vector_size(4 * ZEB_LANES))) = std::uint64_t;
@@ -114,11 +115,19 @@ struct Double {
     Double(DoubleLanes lanes) : v(lanes) {}
     Double(double x) : v(x - DoubleLanes{}) {}
 #endif
+    static Double load(const double* from)
+    {
+        Double d;
+        __builtin_memcpy(&d.v, from, sizeof d.v);
+        return d;
+    }
+    void store(double* to) const { __builtin_memcpy(to, &v, sizeof v); }
 
     friend Double operator+(Double a, Double b) { return a.v + b.v; }
     friend Double operator-(Double a, Double b) { return a.v - b.v; }
     friend Double operator*(Double a, Double b) { return a.v * b.v; }
     friend Double operator/(Double a, Double b) { return a.v / b.v; }
+    friend Double operator-(Double a) { return -a.v; }
 };
 
 inline Double least(Double a, Double b) { return a.v < b.v ? a.v : b.v; }
@@ -135,6 +144,8 @@ inline Double zeroWithin(Double x, double limit)
 inline WordLanes bitsOf(Double d) { return __builtin_bit_cast(WordLanes, d.v); }
 inline Double ofBits(WordLanes bits) { return __builtin_bit_cast(DoubleLanes, bits); }
 
+inline Double abs(Double x) { return ofBits(bitsOf(x) & 0x7FFFFFFFFFFFFFFF); }
+
 // Of what fits into 32 bits: towards zero.
 #if ZEB_LANES == 1
 inline Int truncate(Float x) { return Int(static_cast<std::int32_t>(x.v)); }
@@ -147,8 +158,11 @@ inline Float toFloat(Int x) { return __builtin_convertvector(x.v, FloatLanes); }
 #if ZEB_LANES == 1
 
 inline Float sqrt(Float x) { return __builtin_sqrtf(x.v); }
+inline Double sqrt(Double x) { return __builtin_sqrt(x.v); }
 inline Float abs(Float x) { return __builtin_fabsf(x.v); }
 inline bool any(Mask m) { return m.v; }
+// Whether any of them is larger than the limit.
+inline bool anyAbove(Double x, double limit) { return x.v > limit; }
 inline Double lowHalf(Float x) { return static_cast<double>(x.v); }
 template <class Function, class... Floats>
 Float inDouble(Function f, Floats... x)
@@ -165,10 +179,15 @@ inline Float abs(Float x)
 
 #if ZEB_LANES == 16
 inline Float sqrt(Float x) { return _mm512_sqrt_ps(x.v); }
+inline Double sqrt(Double x) { return _mm512_sqrt_pd(x.v); }
 inline bool any(Mask m)
 {
     const __m512i bits = __builtin_bit_cast(__m512i, m.v);
     return _mm512_test_epi32_mask(bits, bits) != 0;
+}
+inline bool anyAbove(Double x, double limit)
+{
+    return _mm512_cmp_pd_mask(x.v, Double(limit).v, _CMP_GT_OQ) != 0;
 }
 inline Double lowHalf(Float x) { return _mm512_cvtps_pd(_mm512_castps512_ps256(x.v)); }
 inline Double highHalf(Float x) { return _mm512_cvtps_pd(_mm512_extractf32x8_ps(x.v, 1)); }
@@ -179,7 +198,12 @@ inline Float join(Double low, Double high)
 }
 #elif ZEB_LANES == 8
 inline Float sqrt(Float x) { return _mm256_sqrt_ps(x.v); }
+inline Double sqrt(Double x) { return _mm256_sqrt_pd(x.v); }
 inline bool any(Mask m) { return _mm256_movemask_ps(__builtin_bit_cast(__m256, m.v)) != 0; }
+inline bool anyAbove(Double x, double limit)
+{
+    return _mm256_movemask_pd(_mm256_cmp_pd(x.v, Double(limit).v, _CMP_GT_OQ)) != 0;
+}
 inline Double lowHalf(Float x) { return _mm256_cvtps_pd(_mm256_castps256_ps128(x.v)); }
 inline Double highHalf(Float x) { return _mm256_cvtps_pd(_mm256_extractf128_ps(x.v, 1)); }
 inline Float join(Double low, Double high)
@@ -189,7 +213,12 @@ inline Float join(Double low, Double high)
 }
 #elif defined(__SSE2__)
 inline Float sqrt(Float x) { return _mm_sqrt_ps(x.v); }
+inline Double sqrt(Double x) { return _mm_sqrt_pd(x.v); }
 inline bool any(Mask m) { return _mm_movemask_ps(__builtin_bit_cast(__m128, m.v)) != 0; }
+inline bool anyAbove(Double x, double limit)
+{
+    return _mm_movemask_pd(_mm_cmpgt_pd(x.v, Double(limit).v)) != 0;
+}
 inline Double lowHalf(Float x) { return _mm_cvtps_pd(x.v); }
 inline Double highHalf(Float x) { return _mm_cvtps_pd(_mm_movehl_ps(x.v, x.v)); }
 inline Float join(Double low, Double high)
@@ -203,11 +232,22 @@ inline Float sqrt(Float x)
     for (int k = 0; k < kLanes; ++k) x.v[k] = __builtin_sqrtf(x.v[k]);
     return x;
 }
+inline Double sqrt(Double x)
+{
+    for (int k = 0; k < kDoubleLanes; ++k) x.v[k] = __builtin_sqrt(x.v[k]);
+    return x;
+}
 inline bool any(Mask m)
 {
     std::int32_t all = 0;
     for (int k = 0; k < kLanes; ++k) all |= m.v[k];
     return all != 0;
+}
+inline bool anyAbove(Double x, double limit)
+{
+    bool found = false;
+    for (int k = 0; k < kDoubleLanes; ++k) found |= x.v[k] > limit;
+    return found;
 }
 inline Double lowHalf(Float x) { return DoubleLanes{double{x.v[0]}, double{x.v[1]}}; }
 inline Double highHalf(Float x) { return DoubleLanes{double{x.v[2]}, double{x.v[3]}}; }

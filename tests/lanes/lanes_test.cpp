@@ -11,6 +11,7 @@
 
 #include "lanes/probe.h"
 #include "math/shading_math.h"
+#include "math/trigonometry.h"
 #include "util/instruction_set.h"
 
 namespace zebtest
@@ -24,7 +25,7 @@ constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 
 struct Width {
     int lanes;
-    const Probe* probes;
+    Probes probes;
 };
 
 std::vector<Width> widths()
@@ -44,8 +45,19 @@ std::uint32_t bitsOf(float x)
     return bits;
 }
 
+std::uint64_t bitsOf(double x)
+{
+    std::uint64_t bits;
+    std::memcpy(&bits, &x, sizeof bits);
+    return bits;
+}
+
 // What is no number has no sign that counts.
-bool same(float x, float y) { return (std::isnan(x) && std::isnan(y)) || bitsOf(x) == bitsOf(y); }
+template <class T>
+bool same(T x, T y)
+{
+    return (std::isnan(x) && std::isnan(y)) || bitsOf(x) == bitsOf(y);
+}
 
 // Of all sizes, and what is at the ends of them.
 float anyFloat(std::mt19937& random)
@@ -60,6 +72,17 @@ float anyFloat(std::mt19937& random)
     if (n == 1) return std::uniform_real_distribution<float>(-4, 4)(random);
     const std::uint32_t bits = static_cast<std::uint32_t>(random());
     float x;
+    std::memcpy(&x, &bits, sizeof x);
+    return x;
+}
+
+double anyDouble(std::mt19937& random)
+{
+    const auto n = random() % 3;
+    if (n == 0) return double{anyFloat(random)};
+    if (n == 1) return std::uniform_real_distribution<double>(-10, 10)(random);
+    const std::uint64_t bits = std::uint64_t{random()} << 32 | random();
+    double x;
     std::memcpy(&x, &bits, sizeof x);
     return x;
 }
@@ -85,24 +108,74 @@ TEST(Lanes, GiveTheSameBitsAtEveryWidth)
             for (float* to : {a, b, c}) {
                 for (int k = 0; k < kProbed; ++k) to[k] = anyFloat(random);
             }
-            for (int n = 0; probes1()[n].name; ++n) {
+            for (int n = 0; probes1().floats[n].name; ++n) {
                 float one[kProbed], many[kProbed];
-                probes1()[n].run(a, b, c, one);
-                width.probes[n].run(a, b, c, many);
+                probes1().floats[n].run(a, b, c, one);
+                width.probes.floats[n].run(a, b, c, many);
                 for (int k = 0; k < kProbed; ++k) {
                     ASSERT_TRUE(same(one[k], many[k]))
-                        << probes1()[n].name << " by " << width.lanes << " of " << a[k] << ", "
-                        << b[k] << ", " << c[k] << ": " << one[k] << ", " << many[k];
+                        << probes1().floats[n].name << " by " << width.lanes << " of " << a[k]
+                        << ", " << b[k] << ", " << c[k] << ": " << one[k] << ", " << many[k];
                 }
             }
         }
     }
 }
 
+TEST(Lanes, OfDoublesGiveTheSameBitsAtEveryWidth)
+{
+    for (const Width& width : widths()) {
+        std::mt19937 random(17);
+        for (int round = 0; round < 3000; ++round) {
+            double a[kProbed], b[kProbed];
+            for (double* to : {a, b}) {
+                for (int k = 0; k < kProbed; ++k) to[k] = anyDouble(random);
+            }
+            for (int n = 0; probes1().doubles[n].name; ++n) {
+                double one[kProbed], many[kProbed];
+                probes1().doubles[n].run(a, b, one);
+                width.probes.doubles[n].run(a, b, many);
+                for (int k = 0; k < kProbed; ++k) {
+                    ASSERT_TRUE(same(one[k], many[k]))
+                        << probes1().doubles[n].name << " by " << width.lanes << " of " << a[k]
+                        << ", " << b[k] << ": " << one[k] << ", " << many[k];
+                }
+            }
+        }
+    }
+}
+
+TEST(Lanes, OfDoublesAreWhatTheScalarFunctionsAre)
+{
+    const auto value = [](const char* name, double a, double b) {
+        for (const DoubleProbe* p = probes1().doubles; p->name; ++p) {
+            if (std::strcmp(p->name, name) != 0) continue;
+            const std::vector<double> as(kProbed, a), bs(kProbed, b);
+            double out[kProbed];
+            p->run(as.data(), bs.data(), out);
+            return out[0];
+        }
+        ADD_FAILURE() << name;
+        return 0.0;
+    };
+    std::mt19937 random(18);
+    for (int round = 0; round < 20000; ++round) {
+        const double a = anyDouble(random), b = anyDouble(random);
+        const auto [sine, cosine] = zeb::sincos(a);
+        ASSERT_TRUE(same(value("sqrt", a, b), std::sqrt(a))) << a;
+        ASSERT_TRUE(same(value("abs", a, b), std::fabs(a))) << a;
+        ASSERT_TRUE(same(value("negation", a, b), -a)) << a;
+        ASSERT_TRUE(same(value("least", a, b), a < b ? a : b)) << a << ", " << b;
+        ASSERT_TRUE(same(value("most", a, b), a > b ? a : b)) << a << ", " << b;
+        ASSERT_TRUE(same(value("sine", a, b), sine)) << a;
+        ASSERT_TRUE(same(value("cosine", a, b), cosine)) << a;
+    }
+}
+
 TEST(Lanes, AreWhatTheScalarFunctionsAre)
 {
     const auto value = [](const char* name, float a, float b, float c) {
-        for (const Probe* p = probes1(); p->name; ++p) {
+        for (const Probe* p = probes1().floats; p->name; ++p) {
             if (std::strcmp(p->name, name) != 0) continue;
             const std::vector<float> as(kProbed, a), bs(kProbed, b), cs(kProbed, c);
             float out[kProbed];

@@ -11,10 +11,19 @@ struct Probe {
     void (*run)(const float* a, const float* b, const float* c, float* out);
 };
 
-// They end with a null name.
-const Probe* probes1();
-const Probe* probes4();
-const Probe* probes8();
-const Probe* probes16();
+struct DoubleProbe {
+    const char* name;
+    void (*run)(const double* a, const double* b, double* out);
+};
+
+struct Probes {
+    const Probe* floats;  // both end with a null name
+    const DoubleProbe* doubles;
+};
+
+Probes probes1();
+Probes probes4();
+Probes probes8();
+Probes probes16();
 
 }  // namespace zebtest

@@ -1,4 +1,4 @@
 #define ZEB_LANES 1
 #include "lanes/probe_lanes.h"
 
-const zebtest::Probe* zebtest::probes1() { return zeb::kProbes; }
+zebtest::Probes zebtest::probes1() { return {zeb::kProbes, zeb::kDoubleProbes}; }

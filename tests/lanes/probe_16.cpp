@@ -1,4 +1,4 @@
 #define ZEB_LANES 16
 #include "lanes/probe_lanes.h"
 
-const zebtest::Probe* zebtest::probes16() { return zeb::kProbes; }
+zebtest::Probes zebtest::probes16() { return {zeb::kProbes, zeb::kDoubleProbes}; }

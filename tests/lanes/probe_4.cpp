@@ -1,4 +1,4 @@
 #define ZEB_LANES 4
 #include "lanes/probe_lanes.h"
 
-const zebtest::Probe* zebtest::probes4() { return zeb::kProbes; }
+zebtest::Probes zebtest::probes4() { return {zeb::kProbes, zeb::kDoubleProbes}; }

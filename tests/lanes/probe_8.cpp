@@ -1,4 +1,4 @@
 #define ZEB_LANES 8
 #include "lanes/probe_lanes.h"
 
-const zebtest::Probe* zebtest::probes8() { return zeb::kProbes; }
+zebtest::Probes zebtest::probes8() { return {zeb::kProbes, zeb::kDoubleProbes}; }

@@ -70,5 +70,53 @@ constexpr zebtest::Probe kProbes[] = {
     {nullptr, nullptr},
 };
 
+template <class Function>
+void eachDouble(const double* a, const double* b, double* out, Function function)
+{
+    for (int k = 0; k < zebtest::kProbed; k += kDoubleLanes) {
+        function(Double::load(a + k), Double::load(b + k)).store(out + k);
+    }
+}
+
+Double sineOf(Double angle)
+{
+    Double sine, cosine;
+    sincos(angle, sine, cosine);
+    return sine;
+}
+
+Double cosineOf(Double angle)
+{
+    Double sine, cosine;
+    sincos(angle, sine, cosine);
+    return cosine;
+}
+
+#define DOUBLE_PROBE(name, expression)                             \
+    {                                                              \
+        name, [](const double* p, const double* q, double* o) {    \
+            eachDouble(p, q, o, [](Double a, Double b) -> Double { \
+                (void)a, (void)b;                                  \
+                return expression;                                 \
+            });                                                    \
+        }                                                          \
+    }
+
+constexpr zebtest::DoubleProbe kDoubleProbes[] = {
+    DOUBLE_PROBE("broadcast", Double(3.5)),
+    DOUBLE_PROBE("+", a + b),
+    DOUBLE_PROBE("-", a - b),
+    DOUBLE_PROBE("*", a* b),
+    DOUBLE_PROBE("/", a / b),
+    DOUBLE_PROBE("negation", -a),
+    DOUBLE_PROBE("abs", abs(a)),
+    DOUBLE_PROBE("sqrt", sqrt(a)),
+    DOUBLE_PROBE("least", least(a, b)),
+    DOUBLE_PROBE("most", most(a, b)),
+    DOUBLE_PROBE("sine", sineOf(a)),
+    DOUBLE_PROBE("cosine", cosineOf(a)),
+    {nullptr, nullptr},
+};
+
 }  // namespace
 }  // namespace zeb
