@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "geom/vertex_kernel.h"
 #include "state/quark.h"
 
 namespace zeb
@@ -46,11 +47,14 @@ Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Att
     std::size_t count = 0;
     for (int j = 0; j <= fVSize; ++j) count += static_cast<std::size_t>(vertexCount(j));
     const std::size_t rows = fVSize + 1u;
-    fLasting = makeArray<std::byte>(
-        pool, rows * (sizeof(std::uint32_t) + sizeof(Bound)) + count * sizeof(Point));
+    constexpr std::size_t kBeyond = VertexBlock::kMultiple;
+    fLasting = makeArray<std::byte>(pool, rows * (sizeof(std::uint32_t) + sizeof(Bound)) +
+                                              (3 * count + kBeyond) * sizeof(float));
     fRowStarts = new (fLasting.get()) std::uint32_t[rows];
     fRowBounds = new (fRowStarts + rows) Bound[rows];
-    fRaster = new (fRowBounds + rows) Point[count];
+    float* const planes = new (fRowBounds + rows) float[3 * count + kBeyond];
+    for (std::size_t axis = 0; axis < 3; ++axis) fRaster[axis] = planes + axis * count;
+    std::fill_n(planes + 3 * count, kBeyond, 0.0f);
     std::uint32_t start = 0;
     for (int j = 0; j <= fVSize; ++j) {
         fRowStarts[j] = start;
@@ -109,18 +113,33 @@ void Grid::knowOpacity(int i, int j) const
 
 void Grid::project(const RenderFrame& frame)
 {
+    Projection projection;
+    std::copy_n(&frame.cameraToRaster.m[0][0], 16, &projection.toRaster[0][0]);
+    projection.isScaled = frame.option.projection;
+    projection.near = frame.option.nearClip;
+    projection.range = frame.depthRange();
+    const std::size_t count = vertexCount();
+    PointBlock block;
+    for (std::size_t done = 0; done < count; done += PointBlock::kMost) {
+        const std::size_t size = std::min<std::size_t>(count - done, PointBlock::kMost);
+        block.count = static_cast<int>(size);
+        const std::size_t most = (size + PointBlock::kMultiple - 1) & -PointBlock::kMultiple;
+        for (std::size_t k = 0; k < most; ++k) {
+            // The last one, as often as it takes.
+            const Point& P = fVertices[done + std::min(k, size - 1)].P;
+            block.x[k] = P.x;
+            block.y[k] = P.y;
+            block.z[k] = P.z;
+        }
+        (frame.plain ? vertexKernel(1) : vertexKernel()).project(projection, block);
+        std::copy_n(block.x, size, fRaster[0] + done);
+        std::copy_n(block.y, size, fRaster[1] + done);
+        std::copy_n(block.z, size, fRaster[2] + done);
+    }
     fBound = Bound::empty();
     for (int j = 0; j <= fVSize; ++j) {
         Bound bound = Bound::empty();
-        const int count = vertexCount(j);
-        for (int i = 0; i < count; ++i) {
-            Point& P = fRaster[at(i, j)];
-            P = vertex(i, j).P;
-            const float z = frame.hiderDepth(P.z);
-            P *= frame.cameraToRaster;
-            P.z = z;
-            bound.add(P);
-        }
+        for (int i = 0; i < vertexCount(j); ++i) bound.add(raster(i, j));
         fRowBounds[j] = bound;
         fBound.add(Point(bound.xmin, bound.ymin, bound.zmin));
         fBound.add(Point(bound.xmax, bound.ymax, bound.zmax));

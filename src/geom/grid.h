@@ -64,16 +64,28 @@ public:
          const ArgList& args, const Edges& edges = {}, bool transposed = false,
          Pool* pool = nullptr);
 
+    // Where column i of vertex row j lies: rows lie one behind the other, each as long as it is
+    // used.
+    std::size_t at(int i, int j) const
+    {
+        return static_cast<std::size_t>(fRowStarts[j]) + static_cast<std::size_t>(i);
+    }
     // Column i of vertex row j.
     Vertex& vertex(int i, int j) { return fVertices[at(i, j)]; }
     const Vertex& vertex(int i, int j) const { return fVertices[at(i, j)]; }
+    // All vertices, rows one behind the other.
+    Vertex* vertices() { return fVertices.get(); }
+    std::size_t vertexCount() const { return at(vertexCount(fVSize) - 1, fVSize) + 1; }
     // Vertices in row j, and micropolygons between rows j and j + 1.
     int vertexCount(int j) const { return j == 0 ? fUSize + 1 : cellCount(j - 1) + 1; }
     int cellCount(int j) const { return fTriangular ? fUSize - j * fUSize / fVSize : fUSize; }
 
     // Finds the positions in raster space, whose z is the depth that hits are ordered by.
     void project(const RenderFrame& frame);
-    const Point& raster(int i, int j) const { return fRaster[at(i, j)]; }
+    Point raster(int i, int j) const { return raster(at(i, j)); }
+    Point raster(std::size_t k) const { return {fRaster[0][k], fRaster[1][k], fRaster[2][k]}; }
+    // Raster x, y or depth of all vertices. As many more as kernels take at once may be read.
+    const float* rasterPlane(int axis) const { return fRaster[axis]; }
     // Of the vertices of row j in raster space, and of all.
     const Bound& rowBound(int j) const { return fRowBounds[j]; }
     const Bound& bound() const { return fBound; }
@@ -184,20 +196,13 @@ private:
         return true;
     }
     void knowOpacity(int i, int j) const;
-    std::size_t vertexCount() const { return at(vertexCount(fVSize) - 1, fVSize) + 1; }
     VertexShader& shader() const;
-    // Rows lie one behind the other, each as long as it is used.
-    std::size_t at(int i, int j) const
-    {
-        return static_cast<std::size_t>(fRowStarts[j]) + static_cast<std::size_t>(i);
-    }
-
     // What lasts as long as the grid, in one allocation: there are many small grids.
     Pool* const fPool;
     PoolArray<std::byte> fLasting;
     std::uint32_t* fRowStarts = nullptr;
     Bound* fRowBounds = nullptr;
-    Point* fRaster = nullptr;
+    float* fRaster[3] = {};               // a plane for each axis
     mutable PoolArray<Vertex> fVertices;  // null when all is shaded
     Bound fBound;
 

@@ -1,6 +1,7 @@
 #include "geom/patch.h"
 
 #include "geom/grid.h"
+#include "geom/vertex_placer.h"
 #include "state/quark.h"
 
 namespace zeb
@@ -318,12 +319,8 @@ std::unique_ptr<Grid> BicubicPatch::dice(const Dicing& dicing) const
         curves.emplace_back(curve, du);
         slopes.emplace_back(derivative(curve).data(), du);
     }
-    const Matrix& toCamera = matrix();
-    const auto direction = [&](const Pointwd& d) {
-        Pointd result(d.x, d.y, d.z);
-        vtransform(result, toCamera);
-        return rounded(result);
-    };
+    const auto direction = [](const Pointwd& d) { return Pointd(d.x, d.y, d.z); };
+    VertexPlacer placer(*grid, matrix(), dicing.frame.plain);
     for (int row = 0; row <= usteps; ++row) {
         std::array<Pointwd, 4> curve, slope;
         for (std::size_t j = 0; j < 4; ++j) {
@@ -335,16 +332,13 @@ std::unique_ptr<Grid> BicubicPatch::dice(const Dicing& dicing) const
         ForwardDifferences P(curve.data(), dv), dPdu(slope.data(), dv),
             dPdv(derivative(curve.data()).data(), dv);
         for (int i = 0; i <= vsteps; ++i) {
-            Vertex& vertex = grid->vertex(i, row);
-            vertex.P = rounded(homogenized(P.value) * toCamera);
-            vertex.dPdu = direction(dPdu.value);
-            vertex.dPdv = direction(dPdv.value);
+            placer.add(homogenized(P.value), direction(dPdu.value), direction(dPdv.value));
             P.step();
             dPdu.step();
             dPdv.step();
         }
     }
-    mendDerivatives(*grid);
+    if (!placer.finish()) mendDerivatives(*grid);
     grid->fPieceColors = colors();
     return grid;
 }

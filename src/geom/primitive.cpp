@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "geom/grid.h"
+#include "geom/vertex_placer.h"
 #include "state/quark.h"
 #include "state/state.h"
 #include "util/number.h"
@@ -256,18 +257,11 @@ bool Primitive::flatten(Dicing& dicing, const Matrix& toRaster, Random& draws) c
     });
 }
 
-// Position and derivatives in camera space.
-void Primitive::place(Vertex& vertex, const Differential& at) const
+Primitive::Local Primitive::euclidean(const Differential& at) const
 {
-    const Matrix& toCamera = matrix();
     const auto& [p, du, dv] = at;
-    Pointd dPdu = rational() ? chord(p, du) : homogenized(du);
-    Pointd dPdv = rational() ? chord(p, dv) : homogenized(dv);
-    vtransform(dPdu, toCamera);
-    vtransform(dPdv, toCamera);
-    vertex.P = rounded(homogenized(p) * toCamera);
-    vertex.dPdu = rounded(dPdu);
-    vertex.dPdv = rounded(dPdv);
+    if (rational()) return {homogenized(p), chord(p, du), chord(p, dv)};
+    return {homogenized(p), homogenized(du), homogenized(dv)};
 }
 
 void Primitive::mendDerivatives(Grid& grid) const
@@ -294,10 +288,11 @@ void Primitive::mendDerivatives(Grid& grid) const
             float u = static_cast<float>(i) / static_cast<float>(grid.fUSize);
             float v = static_cast<float>(j) / static_cast<float>(grid.fVSize);
             if (grid.fTransposed) std::swap(u, v);
-            Vertex aside;
-            place(aside, evaluate(inwards(u), inwards(v)));
-            vertex.dPdu = aside.dPdu;
-            vertex.dPdv = aside.dPdv;
+            Local aside = euclidean(evaluate(inwards(u), inwards(v)));
+            vtransform(aside.dPdu, matrix());
+            vtransform(aside.dPdv, matrix());
+            vertex.dPdu = rounded(aside.dPdu);
+            vertex.dPdv = rounded(aside.dPdv);
         }
     }
 }
@@ -314,13 +309,15 @@ std::unique_ptr<Grid> Primitive::dice(const Dicing& dicing) const
         columns.u.push_back(static_cast<float>(i) / static_cast<float>(usteps));
     }
     std::vector<Differential> row(columns.u.size());
+    VertexPlacer placer(*grid, matrix(), dicing.frame.plain);
     for (int j = 0; j <= vsteps; ++j) {
         evaluateRow(columns, static_cast<float>(j) / static_cast<float>(vsteps), row.data());
-        for (int i = 0; i <= usteps; ++i) {
-            place(grid->vertex(i, j), row[static_cast<std::size_t>(i)]);
+        for (const Differential& at : row) {
+            const auto& [P, dPdu, dPdv] = euclidean(at);
+            placer.add(P, dPdu, dPdv);
         }
     }
-    mendDerivatives(*grid);
+    if (!placer.finish()) mendDerivatives(*grid);
     return grid;
 }
 

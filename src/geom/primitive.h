@@ -21,7 +21,6 @@ namespace zeb
 class Grid;
 class Pool;
 class Primitive;
-struct Vertex;
 
 // Takes the pieces of a primitive that splits.
 class PrimitiveSink
@@ -236,7 +235,11 @@ private:
     bool measure(Dicing& dicing, float maxSize, const Matrix& toRaster, Random& random) const;
     bool isFlat(const Dicing& dicing, const Matrix& toRaster) const;
     bool flatten(Dicing& dicing, const Matrix& toRaster, Random& random) const;
-    void place(Vertex& vertex, const Differential& at) const;
+    // A point and its derivatives, in object space.
+    struct Local {
+        Pointd P, dPdu, dPdv;
+    };
+    Local euclidean(const Differential& at) const;
 
     bool fFront = false;
     Bound fScreen;

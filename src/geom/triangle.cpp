@@ -1,8 +1,10 @@
 #include "geom/triangle.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "geom/grid.h"
+#include "geom/vertex_placer.h"
 #include "util/number.h"
 
 namespace zeb
@@ -22,6 +24,40 @@ void balance(long& larger, long& smaller, long limit)
     } else {
         smaller = larger / k;
     }
+}
+
+// How long a way is on the screen, at the least and at the most.
+struct Lengths {
+    double min, max;
+};
+
+// Of the way d from any point of a triangle, given by its corners before the division by w. From p
+// it leads to (d p.w - p d.w) / (p.w (p.w + d.w)), farther on: what is above the line is linear in
+// p, and below it are products of what is. Between 0 and infinity where the eye is near.
+Lengths lengthsOnScreen(const Pointwd (&corners)[3], const Pointwd& d)
+{
+    const auto numerator = [&d](const Pointwd& p) {
+        return Pointd(d.x * p.w - p.x * d.w, d.y * p.w - p.y * d.w, 0);
+    };
+    const auto length = [](const Pointd& p) { return std::sqrt(p.x * p.x + p.y * p.y); };
+    const Pointd first = numerator(corners[0]);
+    const double size = length(first);
+    double stray = 0, wmin = corners[0].w, wmax = wmin, farthest = 0;
+    for (const Pointwd& p : corners) {
+        stray = std::max(stray, length(numerator(p) - first));
+        wmin = std::min(wmin, p.w);
+        wmax = std::max(wmax, p.w);
+        farthest = std::max({farthest, std::fabs(p.x), std::fabs(p.y)});
+    }
+    constexpr double kNear = 1e-6, kFar = 1e12;
+    const double least = wmin * (wmin + d.w), most = wmax * (wmax + d.w);
+    if (!(wmin > kNear && wmin + d.w > kNear && farthest < kFar && size + stray < kFar)) {
+        return {0, double{kInfinity}};
+    }
+    // Of differences of coordinates, and of the rest.
+    const double rounding = 1e-14 * farthest / std::min(wmin, wmin + d.w);
+    return {std::max((size - stray) / most * (1 - 1e-9) - rounding, 0.0),
+            (size + stray) / least * (1 + 1e-9) + rounding};
 }
 
 }  // namespace
@@ -129,6 +165,7 @@ bool Triangle::diceable(Dicing& dicing, float maxSize) const
         return Pointwd(d.x, d.y, d.z, 0) * toRaster;
     };
     const Pointwd du = direction(fCorners[1]), dv = direction(fCorners[2]);
+    if (!dicing.frame.plain && knowSteps(dicing, maxSize, origin, du, dv)) return true;
 
     Random draws = random(kDicingDraws);
     double maxU = 0, maxV = 0, maxArea = 0, minArea = double{kInfinity};
@@ -156,15 +193,32 @@ bool Triangle::diceable(Dicing& dicing, float maxSize) const
     return !(dicing.even && maxArea > 2.0 * minArea && dicing.fUSteps * dicing.fVSteps > 16);
 }
 
+// Whether all places of the triangle are so alike that any draws would find the same steps; if so,
+// finds them. Most triangles of a fine mesh are.
+bool Triangle::knowSteps(Dicing& dicing, float maxSize, const Pointwd& origin, const Pointwd& du,
+                         const Pointwd& dv) const
+{
+    const Pointwd corners[3] = {origin, origin + du, origin + dv};
+    const Lengths u = lengthsOnScreen(corners, du), v = lengthsOnScreen(corners, dv);
+    const bool small = u.max <= double{maxSize} && v.max <= double{maxSize};
+    const bool even = u.max * v.max <= 1.9 * u.min * v.min;
+    if (!small || !even || stepsFor(u.min) != stepsFor(u.max) ||
+        stepsFor(v.min) != stepsFor(v.max)) {
+        return false;
+    }
+    dicing.fUSteps = stepsFor(u.max);
+    dicing.fVSteps = stepsFor(v.max);
+    balanceSteps(dicing.fUSteps, dicing.fVSteps, dicing.frame.option.tuning[0]);
+    return true;
+}
+
 std::unique_ptr<Grid> Triangle::dice(const Dicing& dicing) const
 {
-    const Matrix& toCamera = matrix();
     auto grid =
         std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib, transform(),
                                fCommon->fSeq, flipped(), true, fArgs, fEdges, false, dicing.pool);
-    Pointd dPdu = fCorners[1] - fCorners[0], dPdv = fCorners[2] - fCorners[0];
-    vtransform(dPdu, toCamera);
-    vtransform(dPdv, toCamera);
+    const Pointd dPdu = fCorners[1] - fCorners[0], dPdv = fCorners[2] - fCorners[0];
+    VertexPlacer placer(*grid, matrix(), dicing.frame.plain);
     const int usteps = dicing.fUSteps, vsteps = dicing.fVSteps;
     for (int j = 0; j <= vsteps; ++j) {
         const int count = grid->vertexCount(j);
@@ -179,12 +233,10 @@ std::unique_ptr<Grid> Triangle::dice(const Dicing& dicing) const
                     v = 1 - u;
                 }
             }
-            Vertex& vertex = grid->vertex(i, j);
-            vertex.P = rounded(at(u, v) * toCamera);
-            vertex.dPdu = rounded(dPdu);
-            vertex.dPdv = rounded(dPdv);
+            placer.add(at(u, v), dPdu, dPdv);
         }
     }
+    placer.finish();
     return grid;
 }
 

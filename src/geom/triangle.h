@@ -30,6 +30,8 @@ public:
 
 private:
     Pointd at(double u, double v) const;
+    bool knowSteps(Dicing& dicing, float maxSize, const Pointwd& origin, const Pointwd& du,
+                   const Pointwd& dv) const;
 
     Pointd fCorners[3];
 };

@@ -23,7 +23,8 @@ struct CellRow {
     int count = 0;
     bool isFlipped = false;  // the grid's vertices run the other way round
     // x, y and depth of the vertices above the cells and below them, one more than there are cells.
-    float upper[3][kMost + kMultiple], lower[3][kMost + kMultiple];
+    // As many more as kMultiple are read.
+    const float *upper[3], *lower[3];
 
     // Of the cells.
     float xmin[kMost], xmax[kMost], ymin[kMost], ymax[kMost], zmin[kMost], zmax[kMost];

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <memory>
 #include <random>
 #include <vector>
@@ -23,15 +24,37 @@ class CellKernels : public testing::Test
 protected:
     float within(float a, float b) { return std::uniform_real_distribution<float>(a, b)(random); }
 
-    // A row of cells about the size of a pixel, somewhere by the bucket; some without an extent.
-    std::unique_ptr<CellRow> row(int count)
+    // A row of cells, and its vertices.
+    struct Row : CellRow {
+        float above[3][kMost + kMultiple] = {}, below[3][kMost + kMultiple] = {};
+
+        Row() { point(); }
+        Row(const Row& other) : CellRow(other)
+        {
+            std::memcpy(above, other.above, sizeof above);
+            std::memcpy(below, other.below, sizeof below);
+            point();
+        }
+
+    private:
+        void point()
+        {
+            for (int axis = 0; axis < 3; ++axis) {
+                upper[axis] = above[axis];
+                lower[axis] = below[axis];
+            }
+        }
+    };
+
+    // About the size of a pixel, somewhere by the bucket; some without an extent.
+    std::unique_ptr<Row> row(int count)
     {
-        auto made = std::make_unique<CellRow>();
+        auto made = std::make_unique<Row>();
         made->count = count;
         made->isFlipped = random() % 2 != 0;
         const float x = within(-20, 20), y = within(-10, 20), step = within(-2, 2);
         const float scale = random() % 10 == 0 ? 1e20f : 1;
-        for (auto* planes : {&made->upper, &made->lower}) {
+        for (auto* planes : {&made->above, &made->below}) {
             for (int k = 0; k <= count; ++k) {
                 const bool again = k > 0 && random() % 12 == 0;
                 const auto set = [&](int axis, float value) {
@@ -44,7 +67,7 @@ protected:
         }
         return made;
     }
-    static Point vertex(const float (&planes)[3][CellRow::kMost + CellRow::kMultiple], int k)
+    static Point vertex(const float* const (&planes)[3], int k)
     {
         return {planes[0][k], planes[1][k], planes[2][k]};
     }
@@ -59,7 +82,7 @@ TEST_F(CellKernels, GiveTheSameAtEveryWidth)
 {
     for (int round = 0; round < 500; ++round) {
         const auto one = row(1 + static_cast<int>(random() % CellRow::kMost));
-        const auto many = std::make_unique<CellRow>(*one);
+        const auto many = std::make_unique<Row>(*one);
         cellKernel(1)(lattice, *one);
         for (const int lanes : {4, 8, 16}) {
             const CellKernel kernel = cellKernel(lanes);
@@ -142,14 +165,14 @@ TEST_F(CellKernels, FindWhatASingleCellIs)
 // A cell much smaller than the distance of samples is not looked for all over the bucket.
 TEST_F(CellKernels, LookNoFartherThanSamplesStray)
 {
-    CellRow cells;
+    Row cells;
     cells.count = 1;
     const float x[2] = {5.1f, 5.2f}, y[2] = {7.1f, 7.2f};
     for (int k = 0; k < 2; ++k) {
-        cells.upper[0][k] = cells.lower[0][k] = x[k];
-        cells.upper[1][k] = y[0];
-        cells.lower[1][k] = y[1];
-        cells.upper[2][k] = cells.lower[2][k] = 0.5f;
+        cells.above[0][k] = cells.below[0][k] = x[k];
+        cells.above[1][k] = y[0];
+        cells.below[1][k] = y[1];
+        cells.above[2][k] = cells.below[2][k] = 0.5f;
     }
     cellKernel()(lattice, cells);
     EXPECT_LE(cells.i1[0] - cells.i0[0], 1);

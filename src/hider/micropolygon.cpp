@@ -11,7 +11,7 @@ namespace zeb
 Bound MicroPolygon::bound() const
 {
     Bound box = Bound::empty();
-    for (const Point* p : {f00, f10, f11, f01}) box.add(*p);
+    for (const std::size_t k : {f00, f00 + 1, f01 + 1, f01}) box.add(fGrid->raster(k));
     return box;
 }
 
@@ -20,8 +20,10 @@ double MicroPolygon::znormal() const
     const auto trapezoid = [](const Point& a, const Point& b) {
         return (double{b.x} - double{a.x}) * (double{b.y} + double{a.y});
     };
-    const double sum = trapezoid(*f00, *f10) + trapezoid(*f10, *f11) + trapezoid(*f11, *f01) +
-                       trapezoid(*f01, *f00);
+    const Point p00 = fGrid->raster(f00), p10 = fGrid->raster(f00 + 1);
+    const Point p01 = fGrid->raster(f01), p11 = fGrid->raster(f01 + 1);
+    const double sum =
+        trapezoid(p00, p10) + trapezoid(p10, p11) + trapezoid(p11, p01) + trapezoid(p01, p00);
     return fGrid->fFlip != fGrid->fTransposed ? -sum : sum;
 }
 
@@ -30,12 +32,15 @@ double MicroPolygon::znormal() const
 // A s^2 + B s + C = 0, where B is linear in P.
 void MicroPolygon::prepare() const
 {
+    const float *const x = fGrid->rasterPlane(0), *const y = fGrid->rasterPlane(1);
     const auto difference = [](float a, float b) { return double{a} - double{b}; };
-    e1x = difference(f10->x, f00->x);
-    e1y = difference(f10->y, f00->y);
-    e2x = difference(f01->x, f00->x);
-    e2y = difference(f01->y, f00->y);
-    const double e3x = difference(f11->x, f01->x), e3y = difference(f11->y, f01->y);
+    x0 = x[f00];
+    y0 = y[f00];
+    e1x = difference(x[f00 + 1], x[f00]);
+    e1y = difference(y[f00 + 1], y[f00]);
+    e2x = difference(x[f01], x[f00]);
+    e2y = difference(y[f01], y[f00]);
+    const double e3x = difference(x[f01 + 1], x[f01]), e3y = difference(y[f01 + 1], y[f01]);
     dx = e3x - e1x;
     dy = e3y - e1y;
     A = e3x * e1y - e1x * e3y;
@@ -56,7 +61,7 @@ bool MicroPolygon::inside(double s, double px, double py, double& t) const
 bool MicroPolygon::locate(float x, float y, float& fs, float& ft) const
 {
     if (!fReady) prepare();
-    const double px = double{x} - double{f00->x}, py = double{y} - double{f00->y};
+    const double px = x - x0, py = y - y0;
     const double B = px * dy - py * dx + B0;
     const double C = px * e2y - e2x * py;
     double s, t = 0;

@@ -23,10 +23,8 @@ public:
     {
         fColumn = u;
         fRow = v;
-        f00 = &fGrid->raster(u, v);
-        f10 = f00 + 1;
-        f01 = &fGrid->raster(u, v + 1);
-        f11 = f01 + 1;
+        f00 = fGrid->at(u, v);
+        f01 = fGrid->at(u, v + 1);
         fReady = false;
     }
 
@@ -42,7 +40,8 @@ public:
     // What is seen at a place of the cell.
     double depthAt(float s, float t) const
     {
-        return double{bilerp(s, t, f00->z, f10->z, f01->z, f11->z)};
+        const float* const z = fGrid->rasterPlane(2);
+        return double{bilerp(s, t, z[f00], z[f00 + 1], z[f01], z[f01 + 1])};
     }
     SampleOrder orderAt(float s, float t) const
     {
@@ -58,12 +57,14 @@ private:
     const Grid* fGrid;
     bool fBySequence;
     int fColumn = 0, fRow = 0;
-    const Point *f00 = nullptr, *f10 = nullptr, *f11 = nullptr, *f01 = nullptr;
+    // The left vertices above and below; the right ones follow.
+    std::size_t f00 = 0, f01 = 0;
 
     // The coefficients of the quadratic in s that do not depend on the position; found when the
     // first sample is tested. In double: products of differences of floats are exact there, so a
     // position on an edge that two cells share lies in both.
     mutable bool fReady = false;
+    mutable double x0 = 0, y0 = 0;
     mutable double e1x = 0, e1y = 0, e2x = 0, e2y = 0, dx = 0, dy = 0, A = 0, B0 = 0;
 };
 

@@ -35,9 +35,9 @@ float reachOf(const Grid& grid, int i, int j, int di, int dj, int n)
     if (n < 2) return most;
     float bend = 0, shortest = kInfinity;  // squared
     for (int k = 1; k < n; ++k) {
-        const Point& p = grid.raster(i + (k - 1) * di, j + (k - 1) * dj);
-        const Point& q = grid.raster(i + k * di, j + k * dj);
-        const Point& r = grid.raster(i + (k + 1) * di, j + (k + 1) * dj);
+        const Point p = grid.raster(i + (k - 1) * di, j + (k - 1) * dj);
+        const Point q = grid.raster(i + k * di, j + k * dj);
+        const Point r = grid.raster(i + (k + 1) * di, j + (k + 1) * dj);
         const float x = p.x - 2 * q.x + r.x, y = p.y - 2 * q.y + r.y;
         bend = std::max(bend, x * x + y * y);
         for (const Point* end : {&p, &r}) {
@@ -130,8 +130,8 @@ void Seams::addSide(const Grid& grid, int edge, int i, int j, int first, std::ui
                     float reach)
 {
     const int second = (first + 1) % 4;
-    const Point& a = grid.raster(i + kAcross[first], j + kDown[first]);
-    const Point& b = grid.raster(i + kAcross[second], j + kDown[second]);
+    const Point a = grid.raster(i + kAcross[first], j + kDown[first]);
+    const Point b = grid.raster(i + kAcross[second], j + kDown[second]);
     if (around(a, b, reach).misses(fRectangle)) return;
     MicroPolygon cell(grid);
     cell.place(i, j);

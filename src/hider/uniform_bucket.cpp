@@ -31,16 +31,6 @@ Bound joined(const Bound& a, const Bound& b)
             std::max(a.ymax, b.ymax), std::min(a.zmin, b.zmin), std::max(a.zmax, b.zmax)};
 }
 
-void takeVertices(float (&planes)[3][CellRow::kMost + CellRow::kMultiple], const Point* from,
-                  int count)
-{
-    for (int i = 0; i < count; ++i) {
-        planes[0][i] = from[i].x;
-        planes[1][i] = from[i].y;
-        planes[2][i] = from[i].z;
-    }
-}
-
 // The first index at or after a place, and the last at or before it, as far as there are any. Every
 // cell asks four times: the library's own rounding would take a tenth of the picture.
 long first(float place, long count)
@@ -220,8 +210,10 @@ void UniformBucket::hideGrid(const Grid& grid, std::uint32_t rank, const Hits& h
         const int count = grid.cellCount(j);
         for (int i = 0; i < count; i += CellRow::kMost) {
             cells.count = std::min(count - i, CellRow::kMost);
-            takeVertices(cells.upper, &grid.raster(i, j), cells.count + 1);
-            takeVertices(cells.lower, &grid.raster(i, j + 1), cells.count + 1);
+            for (int axis = 0; axis < 3; ++axis) {
+                cells.upper[axis] = grid.rasterPlane(axis) + grid.at(i, j);
+                cells.lower[axis] = grid.rasterPlane(axis) + grid.at(i, j + 1);
+            }
             fCells(lattice, cells);
             for (int k = 0; k < cells.count; ++k) {
                 if (cells.i1[k] < cells.i0[k] || cells.j1[k] < cells.j0[k]) continue;

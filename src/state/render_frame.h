@@ -39,9 +39,10 @@ struct RenderFrame {
     // Camera z to the depth that hits are ordered by.
     float hiderDepth(float z) const
     {
-        if (!option.projection) return z;
-        return (z - option.nearClip) / static_cast<float>(range() / depthScale);
+        return option.projection ? (z - option.nearClip) / depthRange() : z;
     }
+    // What one is of hider's depths, in camera space.
+    float depthRange() const { return static_cast<float>(range() / depthScale); }
 };
 
 }  // namespace zeb

@@ -9,6 +9,15 @@ namespace zeb
 namespace
 {
 
+// a / b, clamped as div() clamps it.
+inline Double quotient(Double a, Double b)
+{
+    constexpr double kInf = 1e38f;
+    const Double size = abs(b);
+    const Double clamped = select(a > 0.0, kInf, select(a < 0.0, -kInf, 0.0));
+    return select((size >= 1.0) | (kInf * size > abs(a)), a / b, clamped);
+}
+
 // Of positive numbers, normal in double, to 40 bits. x is 2^e m with m between the square roots of
 // 1/2 and 2, and the logarithm of m the series in s = (m - 1) / (m + 1).
 inline Double log2(Double x)

@@ -31,12 +31,14 @@ using DoubleLanes = double;
 using WordLanes = std::uint64_t;
 using IntLanes = std::int32_t;
 using MaskLanes = bool;
+using WideMaskLanes = bool;
 #else
 using FloatLanes __attribute__((vector_size(4 * ZEB_LANES))) = float;
 using DoubleLanes __attribute__((vector_size(4 * ZEB_LANES))) = double;
 using WordLanes __attribute__((vector_size(4 * ZEB_LANES))) = std::uint64_t;
 using IntLanes __attribute__((vector_size(4 * ZEB_LANES))) = std::int32_t;
 using MaskLanes = IntLanes;
+using WideMaskLanes __attribute__((vector_size(4 * ZEB_LANES))) = std::int64_t;
 #endif
 
 // Yes or no for every lane.
@@ -104,6 +106,16 @@ struct Int {
 
 inline Int select(Mask m, Int yes, Int no) { return Int(m.v ? yes.v : no.v); }
 
+// Yes or no for every lane of a Double.
+struct WideMask {
+    WideMaskLanes v;
+
+    friend WideMask operator|(WideMask a, WideMask b)
+    {
+        return {static_cast<WideMaskLanes>(a.v | b.v)};
+    }
+};
+
 // Half as many lanes as a Float has; as many where that is one.
 struct Double {
     DoubleLanes v;
@@ -128,7 +140,13 @@ struct Double {
     friend Double operator*(Double a, Double b) { return a.v * b.v; }
     friend Double operator/(Double a, Double b) { return a.v / b.v; }
     friend Double operator-(Double a) { return -a.v; }
+    friend WideMask operator<(Double a, Double b) { return {a.v < b.v}; }
+    friend WideMask operator>(Double a, Double b) { return {a.v > b.v}; }
+    friend WideMask operator>=(Double a, Double b) { return {a.v >= b.v}; }
+    friend WideMask operator!=(Double a, Double b) { return {a.v != b.v}; }
 };
+
+inline Double select(WideMask m, Double yes, Double no) { return m.v ? yes.v : no.v; }
 
 inline Double least(Double a, Double b) { return a.v < b.v ? a.v : b.v; }
 inline Double most(Double a, Double b) { return a.v > b.v ? a.v : b.v; }
@@ -161,8 +179,7 @@ inline Float sqrt(Float x) { return __builtin_sqrtf(x.v); }
 inline Double sqrt(Double x) { return __builtin_sqrt(x.v); }
 inline Float abs(Float x) { return __builtin_fabsf(x.v); }
 inline bool any(Mask m) { return m.v; }
-// Whether any of them is larger than the limit.
-inline bool anyAbove(Double x, double limit) { return x.v > limit; }
+inline bool any(WideMask m) { return m.v; }
 inline Double lowHalf(Float x) { return static_cast<double>(x.v); }
 template <class Function, class... Floats>
 Float inDouble(Function f, Floats... x)
@@ -185,9 +202,10 @@ inline bool any(Mask m)
     const __m512i bits = __builtin_bit_cast(__m512i, m.v);
     return _mm512_test_epi32_mask(bits, bits) != 0;
 }
-inline bool anyAbove(Double x, double limit)
+inline bool any(WideMask m)
 {
-    return _mm512_cmp_pd_mask(x.v, Double(limit).v, _CMP_GT_OQ) != 0;
+    const __m512i bits = __builtin_bit_cast(__m512i, m.v);
+    return _mm512_test_epi64_mask(bits, bits) != 0;
 }
 inline Double lowHalf(Float x) { return _mm512_cvtps_pd(_mm512_castps512_ps256(x.v)); }
 inline Double highHalf(Float x) { return _mm512_cvtps_pd(_mm512_extractf32x8_ps(x.v, 1)); }
@@ -200,10 +218,7 @@ inline Float join(Double low, Double high)
 inline Float sqrt(Float x) { return _mm256_sqrt_ps(x.v); }
 inline Double sqrt(Double x) { return _mm256_sqrt_pd(x.v); }
 inline bool any(Mask m) { return _mm256_movemask_ps(__builtin_bit_cast(__m256, m.v)) != 0; }
-inline bool anyAbove(Double x, double limit)
-{
-    return _mm256_movemask_pd(_mm256_cmp_pd(x.v, Double(limit).v, _CMP_GT_OQ)) != 0;
-}
+inline bool any(WideMask m) { return _mm256_movemask_pd(__builtin_bit_cast(__m256d, m.v)) != 0; }
 inline Double lowHalf(Float x) { return _mm256_cvtps_pd(_mm256_castps256_ps128(x.v)); }
 inline Double highHalf(Float x) { return _mm256_cvtps_pd(_mm256_extractf128_ps(x.v, 1)); }
 inline Float join(Double low, Double high)
@@ -215,10 +230,7 @@ inline Float join(Double low, Double high)
 inline Float sqrt(Float x) { return _mm_sqrt_ps(x.v); }
 inline Double sqrt(Double x) { return _mm_sqrt_pd(x.v); }
 inline bool any(Mask m) { return _mm_movemask_ps(__builtin_bit_cast(__m128, m.v)) != 0; }
-inline bool anyAbove(Double x, double limit)
-{
-    return _mm_movemask_pd(_mm_cmpgt_pd(x.v, Double(limit).v)) != 0;
-}
+inline bool any(WideMask m) { return _mm_movemask_pd(__builtin_bit_cast(__m128d, m.v)) != 0; }
 inline Double lowHalf(Float x) { return _mm_cvtps_pd(x.v); }
 inline Double highHalf(Float x) { return _mm_cvtps_pd(_mm_movehl_ps(x.v, x.v)); }
 inline Float join(Double low, Double high)
@@ -243,11 +255,11 @@ inline bool any(Mask m)
     for (int k = 0; k < kLanes; ++k) all |= m.v[k];
     return all != 0;
 }
-inline bool anyAbove(Double x, double limit)
+inline bool any(WideMask m)
 {
-    bool found = false;
-    for (int k = 0; k < kDoubleLanes; ++k) found |= x.v[k] > limit;
-    return found;
+    std::int64_t all = 0;
+    for (int k = 0; k < kDoubleLanes; ++k) all |= m.v[k];
+    return all != 0;
 }
 inline Double lowHalf(Float x) { return DoubleLanes{double{x.v[0]}, double{x.v[1]}}; }
 inline Double highHalf(Float x) { return DoubleLanes{double{x.v[2]}, double{x.v[3]}}; }
@@ -266,6 +278,17 @@ Float inDouble(Function f, Floats... x)
 }
 
 #endif
+
+// Doubles from k on, which at(k) gives by lanes of their own, rounded.
+template <class At>
+Float roundedFrom(int k, const At& at)
+{
+#if ZEB_LANES == 1
+    return static_cast<float>(at(k).v);
+#else
+    return join(at(k), at(k + kDoubleLanes));
+#endif
+}
 
 }  // namespace
 }  // namespace zeb
