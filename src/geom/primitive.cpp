@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "geom/grid.h"
+#include "geom/sweep_kernel.h"
 #include "geom/vertex_placer.h"
 #include "state/quark.h"
 #include "state/state.h"
@@ -31,15 +32,46 @@ Pointd chord(const Pointwd& p, const Pointwd& d)
     return {div(d.x - P.x * d.w, p.w), div(d.y - P.y * d.w, p.w), div(d.z - P.z * d.w, p.w)};
 }
 
-// Calls visit(u, v) with a jittered place in every cell, u running fastest.
+struct Place {
+    float u, v;
+};
+
+// In one of the cells, u running fastest.
+Place jittered(int cell, Random& random)
+{
+    const float u = (static_cast<float>(cell % kCells) + random.unit()) / kCells;
+    const float v = (static_cast<float>(cell / kCells) + random.unit()) / kCells;
+    return {u, v};
+}
+
+// Calls visit(u, v) with a jittered place in every cell.
 template <class Visit>
 bool everyCell(Random& random, const Visit& visit)
 {
-    for (int j = 0; j < kCells; ++j) {
-        for (int i = 0; i < kCells; ++i) {
-            const float u = (static_cast<float>(i) + random.unit()) / kCells;
-            const float v = (static_cast<float>(j) + random.unit()) / kCells;
-            if (!visit(u, v)) return false;
+    for (int cell = 0; cell < kCells * kCells; ++cell) {
+        const auto [u, v] = jittered(cell, random);
+        if (!visit(u, v)) return false;
+    }
+    return true;
+}
+
+// Calls visit(alongU, alongV) with how long the derivatives are at the same places, as many at once
+// as the kernel takes.
+template <class Visit>
+bool everyCell(const Sweep& sweep, double limit, Random& random, const Visit& visit)
+{
+    constexpr int kAtOnce = SweepPlaces::kCount;
+    static const SweepKernel kernel = sweepKernel();
+    SweepPlaces places;
+    for (int cell = 0; cell < kCells * kCells; cell += kAtOnce) {
+        for (int k = 0; k < kAtOnce; ++k) {
+            const auto [u, v] = jittered(cell + k, random);
+            places.u[k] = double{u};
+            places.v[k] = double{v};
+        }
+        kernel(sweep, limit, places);
+        for (int k = 0; k < kAtOnce; ++k) {
+            if (!visit(places.alongU[k], places.alongV[k])) return false;
         }
     }
     return true;
@@ -183,7 +215,15 @@ bool Primitive::diceable(Dicing& dicing, float maxSize) const
 bool Primitive::measure(Dicing& dicing, float maxSize, const Matrix& toRaster, Random& draws) const
 {
     double maxU = 0, maxV = 0, maxArea = 0, minArea = double{kInfinity};
-    const bool small = everyCell(draws, [&](float u, float v) {
+    const auto take = [&](double lengthU, double lengthV) {
+        maxU = std::max(maxU, lengthU);
+        maxV = std::max(maxV, lengthV);
+        if (!(maxU <= double{maxSize} && maxV <= double{maxSize})) return false;
+        maxArea = std::max(maxArea, lengthU * lengthV);
+        minArea = std::min(minArea, lengthU * lengthV);
+        return true;
+    };
+    const auto look = [&](float u, float v) {
         const auto [p, du, dv] = evaluate(u, v);
         Pointd P = homogenized(p), Pu, Pv;
         if (rational()) {
@@ -196,15 +236,16 @@ bool Primitive::measure(Dicing& dicing, float maxSize, const Matrix& toRaster, R
             Pv = P + homogenized(dv);
         }
         P = P * toRaster;
-        const double lengthU = planarLength(Pu * toRaster - P);
-        const double lengthV = planarLength(Pv * toRaster - P);
-        maxU = std::max(maxU, lengthU);
-        maxV = std::max(maxV, lengthV);
-        if (!(maxU <= double{maxSize} && maxV <= double{maxSize})) return false;
-        maxArea = std::max(maxArea, lengthU * lengthV);
-        minArea = std::min(minArea, lengthU * lengthV);
-        return true;
-    });
+        return take(planarLength(Pu * toRaster - P), planarLength(Pv * toRaster - P));
+    };
+    Sweep sweep;
+    bool small;
+    if (!dicing.frame.plain && describe(sweep)) {
+        std::copy_n(&toRaster.m[0][0], 16, &sweep.toRaster[0][0]);
+        small = everyCell(sweep, double{maxSize}, draws, take);
+    } else {
+        small = everyCell(draws, look);
+    }
     if (!small) return false;
     dicing.fUSteps = stepsFor(maxU);
     dicing.fVSteps = stepsFor(maxV);

@@ -21,6 +21,7 @@ namespace zeb
 class Grid;
 class Pool;
 class Primitive;
+struct Sweep;
 
 // Takes the pieces of a primitive that splits.
 class PrimitiveSink
@@ -144,6 +145,9 @@ public:
     {
         for (const float u : columns.u) *row++ = evaluate(u, v);
     }
+    // For the kernel of the dicing test, how evaluate() finds places of a swept curve; false where
+    // it does otherwise.
+    virtual bool describe(Sweep&) const { return false; }
     // How far the middle of a chord over 2 h of u, or of v, is from the surface at most, in object
     // space: infinite where that is not known.
     virtual double sagAlongU(double) const { return std::numeric_limits<double>::infinity(); }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "geom/sweep_kernel.h"
 #include "math/trigonometry.h"
 #include "util/number.h"
 
@@ -92,6 +93,13 @@ Box swept(double x, double y, const Arc& arc)
     return box;
 }
 
+void set(double (&to)[3], double x, double y, double z)
+{
+    to[0] = x;
+    to[1] = y;
+    to[2] = z;
+}
+
 CurvePoint corner(double x, double z) { return {x, 0, z, 0, 0, 0}; }
 
 }  // namespace
@@ -109,6 +117,14 @@ CurvePoint SphereCurve::at(double v) const
     const auto [sine, cosine] = sincos(phi);
     const double x = radius * cosine, z = radius * sine;
     return {x, 0, z, -range * z, 0, range * x};
+}
+
+void SphereCurve::describe(Sweep& sweep) const
+{
+    sweep.kind = Sweep::kCircle;
+    sweep.radius = radius;
+    sweep.first = phimin;
+    sweep.last = phimax;
 }
 
 void SphereCurve::corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const
@@ -136,6 +152,14 @@ CurvePoint ConeCurve::at(double v) const
     return {(1 - t) * radius, 0, t * height, -extent * radius, 0, extent * height};
 }
 
+void ConeCurve::describe(Sweep& sweep) const
+{
+    set(sweep.from, radius, 0, 0);
+    set(sweep.to, 0, 0, height);
+    set(sweep.slope, -extent * radius, 0, extent * height);
+    sweep.extent = extent;
+}
+
 void ConeCurve::corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const
 {
     a = at(v0);
@@ -147,6 +171,14 @@ CylinderCurve::CylinderCurve(float r, float z0, float z1) : radius(r), zmin(z0),
 CurvePoint CylinderCurve::at(double v) const
 {
     return {radius, 0, lerp(v, zmin, zmax), 0, 0, zmax - zmin};
+}
+
+void CylinderCurve::describe(Sweep& sweep) const
+{
+    set(sweep.base, radius, 0, 0);
+    set(sweep.from, 0, 0, zmin);
+    set(sweep.to, 0, 0, zmax);
+    set(sweep.slope, 0, 0, zmax - zmin);
 }
 
 void CylinderCurve::corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const
@@ -165,6 +197,14 @@ CurvePoint HyperboloidCurve::at(double v) const
     const auto along = [v](float from, float to) { return lerp(v, from, to); };
     return {along(p1.x, p2.x),           along(p1.y, p2.y),           along(p1.z, p2.z),
             double{p2.x} - double{p1.x}, double{p2.y} - double{p1.y}, double{p2.z} - double{p1.z}};
+}
+
+void HyperboloidCurve::describe(Sweep& sweep) const
+{
+    const CurvePoint start = at(0);
+    set(sweep.from, p1.x, p1.y, p1.z);
+    set(sweep.to, p2.x, p2.y, p2.z);
+    set(sweep.slope, start.dx, start.dy, start.dz);
 }
 
 void HyperboloidCurve::corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const
@@ -187,6 +227,14 @@ CurvePoint ParaboloidCurve::at(double v) const
     return {rmax * std::sqrt(share), 0, lerp(v, zmin, zmax), rmax * slope, 0, range};
 }
 
+void ParaboloidCurve::describe(Sweep& sweep) const
+{
+    sweep.kind = Sweep::kParabola;
+    sweep.radius = rmax;
+    sweep.first = zmin;
+    sweep.last = zmax;
+}
+
 void ParaboloidCurve::corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const
 {
     a = at(v0);
@@ -201,6 +249,13 @@ DiskCurve::DiskCurve(float innerRadius, float r) : radius(std::max(r, 0.0f))
 CurvePoint DiskCurve::at(double v) const
 {
     return {lerp(v, radius, inner), 0, 0, inner - radius, 0, 0};
+}
+
+void DiskCurve::describe(Sweep& sweep) const
+{
+    set(sweep.from, radius, 0, 0);
+    set(sweep.to, inner, 0, 0);
+    set(sweep.slope, inner - radius, 0, 0);
 }
 
 void DiskCurve::corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const
@@ -230,6 +285,15 @@ CurvePoint TorusCurve::at(double v) const
     const auto [sine, cosine] = sincos(phi);
     const double x = minor * cosine, z = minor * sine;
     return {major + x, 0, z, -range * z, 0, range * x};
+}
+
+void TorusCurve::describe(Sweep& sweep) const
+{
+    sweep.kind = Sweep::kCircle;
+    sweep.base[0] = major;
+    sweep.radius = minor;
+    sweep.first = phimin;
+    sweep.last = phimax;
 }
 
 void TorusCurve::corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const
@@ -280,6 +344,15 @@ Quadric::Quadric(float umin, float umax, float vmin, float vmax, const Quadric& 
 {
     fArgs.split(umin, umax, vmin, vmax, parent.fArgs);
     takeEdges(parent, umin, umax, vmin, vmax);
+}
+
+void Quadric::describePart(Sweep& sweep) const
+{
+    sweep.thetaMin = fThetaMin;
+    sweep.thetaMax = fThetaMax;
+    sweep.vMin = fVmin;
+    sweep.vMax = fVmax;
+    set(sweep.origin, fOrigin.x, fOrigin.y, fOrigin.z);
 }
 
 // Sweeping is linear in the swept point: the sweep of a box's corners holds that of the box.

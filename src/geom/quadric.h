@@ -17,11 +17,12 @@ struct CurvePoint {
 // The curve of each quadric over 0 ... 1. Its box is given by two opposite corners; curves off the
 // xz plane are straight, and their ends are the corners. sag() is how far the middle of a chord
 // over 2 h is from the curve at most, infinite where that is not known. A closed curve ends where
-// it begins.
+// it begins. describe() puts at() down for the kernel.
 struct SphereCurve {
     double radius, phimin, phimax;
     SphereCurve(float radius, float zmin, float zmax);
     CurvePoint at(double v) const;
+    void describe(Sweep& sweep) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
     double sag(double h) const;
     bool closed() const { return false; }
@@ -32,6 +33,7 @@ struct ConeCurve {
     double extent;  // of the height, what the cut leaves
     ConeCurve(float radius, float height, float cutheight);
     CurvePoint at(double v) const;
+    void describe(Sweep& sweep) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
     double sag(double) const { return 0; }
     bool closed() const { return false; }
@@ -41,6 +43,7 @@ struct CylinderCurve {
     double radius, zmin, zmax;
     CylinderCurve(float radius, float zmin, float zmax);
     CurvePoint at(double v) const;
+    void describe(Sweep& sweep) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
     double sag(double) const { return 0; }
     bool closed() const { return false; }
@@ -50,6 +53,7 @@ struct HyperboloidCurve {
     Point p1, p2;
     HyperboloidCurve(const float* point1, const float* point2);
     CurvePoint at(double v) const;
+    void describe(Sweep& sweep) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
     double sag(double) const { return 0; }
     bool closed() const { return false; }
@@ -60,6 +64,7 @@ struct ParaboloidCurve {
     // zmax is not 0, and zmin not on its other side.
     ParaboloidCurve(float rmax, float zmin, float zmax);
     CurvePoint at(double v) const;
+    void describe(Sweep& sweep) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
     double sag(double) const { return std::numeric_limits<double>::infinity(); }
     bool closed() const { return false; }
@@ -74,6 +79,7 @@ struct DiskCurve {
     double inner, radius;
     DiskCurve(float inner, float radius);
     CurvePoint at(double v) const;
+    void describe(Sweep& sweep) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
     double sag(double) const { return 0; }
     bool closed() const { return false; }
@@ -83,6 +89,7 @@ struct TorusCurve {
     double major, minor, phimin, phimax;
     TorusCurve(float major, float minor, float phimin, float phimax);
     CurvePoint at(double v) const;
+    void describe(Sweep& sweep) const;
     void corners(double v0, double v1, CurvePoint& a, CurvePoint& b) const;
     double sag(double h) const;
     bool closed() const { return fClosed; }
@@ -111,6 +118,7 @@ protected:
     void revolveRow(Columns& columns, const CurvePoint& curve, Differential* row) const;
     // Of the sweep of a box's corners.
     double sagOfSweep(double h, const CurvePoint& a, const CurvePoint& b) const;
+    void describePart(Sweep& sweep) const;
     double curveParameter(double v) const { return (1 - v) * fVmin + v * fVmax; }
 
     Point fOrigin;
@@ -161,6 +169,12 @@ public:
     void evaluateRow(Columns& columns, float v, Differential* row) const override
     {
         revolveRow(columns, fCurve.at(curveParameter(v)), row);
+    }
+    bool describe(Sweep& sweep) const override
+    {
+        fCurve.describe(sweep);
+        describePart(sweep);
+        return true;
     }
     double sagAlongU(double h) const override
     {

@@ -208,6 +208,39 @@ TEST_F(QuadricTest, BoundsShrinkWithThePieces)
     });
 }
 
+// Whether a sweep passes an axis, and not one axis more.
+TEST_F(QuadricTest, TheBoundOfASweepIsNoLargerThanItNeedBe)
+{
+    Numbers n(16);
+    for (int k = 0; k < 600; ++k) {
+        // Whole and half quarters, and anything.
+        const float theta =
+            k % 2 ? n.uniform(-400, 400) : 45.0f * static_cast<float>(n.integer(-9, 9));
+        const Point from(n.uniform(-2, 2), k % 3 ? n.uniform(-2, 2) : 0, 0);
+        const Point to(from.x, from.y, 1);
+        const Sample s = hyperboloid(from, to, theta);
+        std::unique_ptr<Primitive> piece = s.surface->copy(true);
+        for (long depth = n.integer(0, 6); depth > 0; --depth) {
+            Pieces pieces = split(*piece);
+            piece = std::move(pieces.list[static_cast<std::size_t>(n.integer(0, 3))]);
+        }
+        SCOPED_TRACE(s.what);
+        expectBoundHolds(*piece, 100);
+        Bound seen = Bound::empty();
+        for (int i = 0; i <= 2000; ++i) {
+            const Pointw p = piece->evalP(static_cast<float>(i) / 2000, 0);
+            seen.add({p.x, p.y, p.z});
+        }
+        const Boundw found = piece->bound();
+        const float room = 1e-5f;
+        EXPECT_GT(found.xmin, seen.xmin - room);
+        EXPECT_LT(found.xmax, seen.xmax + room);
+        EXPECT_GT(found.ymin, seen.ymin - room);
+        EXPECT_LT(found.ymax, seen.ymax + room);
+        if (HasFailure()) return;
+    }
+}
+
 TEST_F(QuadricTest, TheBoundAttributeClips)
 {
     const float box[6] = {-100, 0.5f, -0.25f, 100, -100, 100};
