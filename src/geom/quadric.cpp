@@ -57,8 +57,8 @@ int quarterOf(double x, double y)
 }
 
 // Of what the point (x, y) passes on its turn: where that begins and ends, and what lies on the
-// axes between. That the ends are rounded may count an axis that they only come near to, or leave
-// one out: then one of the ends is as far from the origin along that axis as makes no difference.
+// axes between. That the ends are rounded may add an axis that they are next to, or leave one out:
+// then an end is as far out as its place on the axis, but for rounding.
 Box swept(double x, double y, const Arc& arc)
 {
     const double x0 = x * arc.from.cos - y * arc.from.sin;
@@ -70,10 +70,8 @@ Box swept(double x, double y, const Arc& arc)
     constexpr double kHalfTurn = 3.14159265358979323846;
     const int first = quarterOf(x0, y0);
     int passed = (quarterOf(x1, y1) - first) & 3;
-    // Either nothing was passed or everything; and a short way never seems to lead backwards but
-    // by rounding.
+    // Where it ends in the quarter where it began, nothing was passed, or everything.
     if (passed == 0 && arc.angle > kHalfTurn) passed = 4;
-    if (passed == 3 && arc.angle < 1) passed = 0;
     if (arc.angle >= 2 * kHalfTurn) passed = 4;
     for (int k = first + 1; k <= first + passed; ++k) {
         switch (k & 3) {

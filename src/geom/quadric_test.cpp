@@ -241,6 +241,31 @@ TEST_F(QuadricTest, TheBoundOfASweepIsNoLargerThanItNeedBe)
     }
 }
 
+// Down to pieces whose ends differ in their last digits alone, on either side of an axis.
+TEST_F(QuadricTest, BoundsShrinkWithThePiecesAroundAnAxis)
+{
+    Numbers n(17);
+    for (int k = 0; k < 300; ++k) {
+        const Point from(n.uniform(-2, 2), n.uniform(-2, 2), 0);
+        const Point to(from.x, from.y, 1);
+        const Sample s = hyperboloid(from, to, 360);
+        const auto isBeyond = [k](const Primitive& piece, float u) {
+            const Pointd p = homogenized(piece.pointAt(u, 0));
+            return (k % 2 ? p.x : p.y) > 0;
+        };
+        std::unique_ptr<Primitive> piece = s.surface->copy(true);
+        for (int depth = 1; depth < 58; ++depth) {
+            Pieces pieces = split(*piece);
+            const bool first = isBeyond(pieces[0], 0) != isBeyond(pieces[0], 1);
+            piece = std::move(pieces.list[first ? 0 : 1]);
+            const Boundw b = piece->bound();
+            const float most = 4 * 6.3f / std::exp2(static_cast<float>(depth)) + 1e-5f;
+            ASSERT_LT(b.xmax - b.xmin, most) << depth;
+            ASSERT_LT(b.ymax - b.ymin, most) << depth;
+        }
+    }
+}
+
 TEST_F(QuadricTest, TheBoundAttributeClips)
 {
     const float box[6] = {-100, 0.5f, -0.25f, 100, -100, 100};

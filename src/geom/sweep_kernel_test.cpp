@@ -51,7 +51,7 @@ protected:
     }
     Sample degenerate()
     {
-        switch (n.integer(0, 7)) {
+        switch (n.integer(0, 8)) {
             case 0:
                 return sphere(0, 0, 0, sweep(n));
             case 1:
@@ -65,6 +65,8 @@ protected:
             case 5:
                 return paraboloid(1, 0, 1e-30f, sweep(n));
             case 6:
+                return paraboloid(1, -0.5f, 1, sweep(n));
+            case 7:
                 return disk(1, 1, sweep(n));
             default:
                 return torus(0, 0, 10, 10, sweep(n));
@@ -88,7 +90,16 @@ protected:
             const double odd[] = {0, kInf, -kInf, kNan, 1e300, 1e-300, -1e38};
             m.m[n.integer(0, 3)][n.integer(0, 3)] = odd[n.integer(0, 6)];
         }
-        if (n.integer(0, 40) == 0) m = Matrix(Point(), Point(), Point(), 1);
+        if (n.integer(0, 9) == 0) {
+            // Of the plane through the eye, 0 / 0.
+            m.m[2][3] = 1;
+            for (int i = 0; i < 4; ++i) m.m[i][0] = 0;
+            m.m[3][3] = 0;
+        }
+        if (n.integer(0, 40) == 0) {
+            m = Matrix(Point(), Point(), Point(), 1);
+            m.m[3][3] = static_cast<double>(n.integer(0, 1));
+        }
         return m;
     }
     static double alongScreen(const Differential& at, const Pointwd& derivative, const Matrix& m)
@@ -116,7 +127,7 @@ TEST_F(SweepKernels, FindWhatASinglePlaceIs)
         SweepPlaces places;
         double alongU[kCount], alongV[kCount];
         for (int k = 0; k < kCount; ++k) {
-            const float u = k ? n.unit() : 0, v = k ? n.unit() : 1;
+            const float u = k ? n.unit() : 0, v = k > 1 ? n.unit() : static_cast<float>(k);
             places.u[k] = double{u};
             places.v[k] = double{v};
             const Differential at = s.surface->evaluate(u, v);

@@ -53,11 +53,8 @@ std::uint64_t bitsOf(double x)
 }
 
 // What is no number has no sign that counts.
-template <class T>
-bool same(T x, T y)
-{
-    return (std::isnan(x) && std::isnan(y)) || bitsOf(x) == bitsOf(y);
-}
+bool same(float x, float y) { return (std::isnan(x) && std::isnan(y)) || bitsOf(x) == bitsOf(y); }
+bool same(double x, double y) { return (std::isnan(x) && std::isnan(y)) || bitsOf(x) == bitsOf(y); }
 
 // Of all sizes, and what is at the ends of them.
 float anyFloat(std::mt19937& random)
