@@ -39,8 +39,9 @@ struct Place {
 // In one of the cells, u running fastest.
 Place jittered(int cell, Random& random)
 {
-    const float u = (static_cast<float>(cell % kCells) + random.unit()) / kCells;
-    const float v = (static_cast<float>(cell / kCells) + random.unit()) / kCells;
+    const int i = cell % kCells, j = cell / kCells;
+    const float u = (static_cast<float>(i) + random.unit()) / kCells;
+    const float v = (static_cast<float>(j) + random.unit()) / kCells;
     return {u, v};
 }
 
