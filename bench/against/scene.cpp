@@ -123,6 +123,8 @@ void render(const Scene& scene)
     }
     zebLightSource(zebQuark("ambient"), zebQuark("intensity"), &dim, 0);
     zebSurface(zebQuark("plastic"), 0);
+    // About a micropolygon a pixel, as zebview renders.
+    zebShadingRate(1);
     zebShadingModel(ZEB_SMOOTH);
     scene.add();
     zebSceneEnd();

@@ -95,6 +95,7 @@ void render(const Scene& scene, const Lists& lists, Picture& picture)
     zebSurface(zebQuark("plastic"), zebQuark("ka"), &kKa, zebQuark("kd"), &kKd, zebQuark("ks"),
                &kKs, zebQuark("roughness"), &kRoughness, 0);
     zebShadingModel(ZEB_SMOOTH);
+    zebShadingRate(1);
     if (!scene.spheres.empty()) {
         zebSpheres(static_cast<long>(lists.radii.size()), lists.centers.data()->data(),
                    lists.radii.data(), zebQuark("color"), lists.colors.data(), 0);
