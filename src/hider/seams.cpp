@@ -97,10 +97,13 @@ void Seams::addSides(const Grid& grid)
     const int nu = grid.fUSize, nv = grid.fVSize;
     const auto along = [&](std::uint32_t line, int first, int i, int j, int di, int dj, int n) {
         if (!wants(line)) return;
+        if (dj == 0 && missesRow(grid, j, j)) return;
         const float reach = reachOf(grid, i, j, di, dj, n);
         const int ci = std::min(i, nu - 1), cj = std::min(j, nv - 1);
-        for (int k = 0; k < n; ++k)
+        for (int k = 0; k < n; ++k) {
+            if (dj && missesRow(grid, k, k + 1)) continue;
             addSide(grid, first, ci + k * di, cj + k * dj, first, line, reach);
+        }
     };
     along(e.vmin, 0, 0, 0, 1, 0, nu);
     along(e.umax, 1, nu, 0, 0, 1, nv);
@@ -114,16 +117,27 @@ void Seams::addTriangleSides(const Grid& grid)
 {
     const Edges& e = grid.fEdges;
     const bool above = wants(e.vmin), left = wants(e.umin), across = wants(e.umax);
-    for (int i = 0; above && i < grid.cellCount(0); ++i) {
+    for (int i = 0; above && !missesRow(grid, 0, 0) && i < grid.cellCount(0); ++i) {
         addSide(grid, 0, i, 0, 0, e.vmin, kRounding);
     }
     for (int j = 0; j < grid.fVSize; ++j) {
+        if (missesRow(grid, j, j + 1)) continue;
         if (left) addSide(grid, 3, 0, j, 3, e.umin, kRounding);
         if (!across) continue;
         const int count = grid.cellCount(j), next = j + 1 < grid.fVSize ? grid.cellCount(j + 1) : 0;
         addSide(grid, 1, count - 1, j, 1, e.umax, kRounding);
         for (int i = next; i < count; ++i) addSide(grid, 1, i, j, 2, e.umax, kRounding);
     }
+}
+
+// Whether all of some rows of vertices are beyond where the rectangle's samples look for sides.
+bool Seams::missesRow(const Grid& grid, int j0, int j1) const
+{
+    const Bound &a = grid.rowBound(j0), &b = grid.rowBound(j1);
+    const float room = reach(*grid.fAttrib);
+    const Bound& r = fRectangle;
+    return std::min(a.xmin, b.xmin) - room > r.xmax || std::max(a.xmax, b.xmax) + room < r.xmin ||
+           std::min(a.ymin, b.ymin) - room > r.ymax || std::max(a.ymax, b.ymax) + room < r.ymin;
 }
 
 void Seams::addSide(const Grid& grid, int edge, int i, int j, int first, std::uint32_t line,

@@ -100,6 +100,7 @@ public:
 private:
     void addSides(const Grid& grid);
     void addTriangleSides(const Grid& grid);
+    bool missesRow(const Grid& grid, int j0, int j1) const;
     void addSide(const Grid& grid, int edge, int i, int j, int first, std::uint32_t line,
                  float reach);
     // Those of a list that may lie by a gap.
