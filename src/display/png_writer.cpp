@@ -7,6 +7,7 @@
 
 #include "display/file_display.h"
 #include "display/quantizer.h"
+#include "math/shading_math.h"
 
 namespace zeb
 {
@@ -71,7 +72,7 @@ struct PngLayout {
     {
         return format.inverseGamma == 1 || !(alpha > 0)
                    ? alpha
-                   : std::pow(alpha, double{format.inverseGamma});
+                   : double{power(static_cast<float>(alpha), format.inverseGamma)};
     }
 
     void encode(const std::uint32_t* words, long width, png_bytep out) const

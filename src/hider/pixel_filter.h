@@ -7,6 +7,7 @@
 
 #include "hider/sample.h"
 #include "math/filter.h"
+#include "math/shading_math.h"
 #include "state/option.h"
 
 namespace zeb
@@ -31,7 +32,7 @@ public:
     {
         if (!fGaussian) return fFunction(dx, dy, fXwidth, fYwidth);
         if (!(std::fabs(dx) <= fXwidth * 0.5f && std::fabs(dy) <= fYwidth * 0.5f)) return 0;
-        return std::exp((dx * dx + dy * dy) * fExponent) * fScale;
+        return exponential((dx * dx + dy * dy) * fExponent) * fScale;
     }
     float xwidth() const { return fXwidth; }
     float ywidth() const { return fYwidth; }

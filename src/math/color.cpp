@@ -99,7 +99,7 @@ void expose(Color& c, float gain, float gamma)
 {
     for (float* x : {&c.r, &c.g, &c.b}) {
         *x *= gain;
-        if (gamma != 1 && *x != 0) *x = std::copysign(std::pow(std::fabs(*x), gamma), *x);
+        if (gamma != 1 && *x != 0) *x = std::copysign(power(std::fabs(*x), gamma), *x);
     }
 }
 

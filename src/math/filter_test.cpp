@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
+#include <random>
 
 using namespace zeb;
 
@@ -12,6 +15,15 @@ namespace
 using Filter = float (*)(float, float, float, float);
 const Filter kFilters[] = {zebBoxFilter, zebTriangleFilter, zebGaussianFilter, zebCatmullRomFilter,
                            zebSincFilter};
+
+// How far a value is from the exact one, in units of the last place.
+double ulps(float found, long double exact)
+{
+    const float size = std::fabs(static_cast<float>(exact));
+    const float unit = std::nextafter(size, std::numeric_limits<float>::infinity()) - size;
+    return static_cast<double>(std::fabs(static_cast<long double>(found) - exact) /
+                               static_cast<long double>(unit));
+}
 
 }  // namespace
 
@@ -98,4 +110,56 @@ TEST(SincFilter, IsTheSineOverTheAngle)
     EXPECT_NEAR(zebSincFilter(0.3f, 0.4f, 4, 4), 2 / pi, 1e-6f);
     EXPECT_NEAR(zebSincFilter(1, 0, 4, 4), 0, 1e-6f);
     EXPECT_NEAR(zebSincFilter(0, 1.5f, 4, 4), -2 / (3 * pi), 1e-6f);
+}
+
+// At whole pixels, where it is next to nothing, to as little.
+TEST(SincFilter, IsWithinTwoUnitsInTheLastPlace)
+{
+    const long double pi = 3.14159265358979323846264338328L;
+    std::mt19937 random(3);
+    double worst = 0, worstAtWholes = 0;
+    for (int k = 0; k < 1000000; ++k) {
+        const float width = k % 2 ? 4.0f : 100.0f;
+        std::uniform_real_distribution<float> offset(-width / 2, width / 2);
+        const float dx = offset(random), dy = k % 3 ? offset(random) : 0;
+        const float found = zebSincFilter(dx, dy, width, width);
+        const long double x = static_cast<long double>(dx), y = static_cast<long double>(dy);
+        const long double t = std::sqrt(x * x + y * y) * pi;
+        if (t == 0) continue;
+        const long double exact = std::sin(t) / t;
+        if (std::fabs(exact) > 1e-6L) {
+            worst = std::max(worst, ulps(found, exact));
+        } else {
+            worstAtWholes =
+                std::max(worstAtWholes,
+                         static_cast<double>(std::fabs(static_cast<long double>(found) - exact)));
+        }
+    }
+    EXPECT_LE(worst, 0.51);
+    EXPECT_LE(worstAtWholes, 1e-13);
+}
+
+TEST(SincFilter, ChangesSignWithEveryPixel)
+{
+    for (int n = 0; n < 40; ++n) {
+        const float value = zebSincFilter(static_cast<float>(n) + 0.5f, 0, 100, 100);
+        EXPECT_EQ(value > 0, n % 2 == 0) << n;
+        EXPECT_EQ(zebSincFilter(static_cast<float>(n + 1), 0, 100, 100), 0) << n;
+    }
+}
+
+TEST(GaussianFilter, IsWithinTwoUnitsInTheLastPlaceOfItsExponential)
+{
+    std::mt19937 random(4);
+    std::uniform_real_distribution<float> offset(-2, 2);
+    double worst = 0;
+    for (int k = 0; k < 1000000; ++k) {
+        const float dx = offset(random), dy = offset(random);
+        const float s = std::sqrt(2.0f);
+        const long double exact =
+            std::exp(static_cast<long double>(-(dx * dx + dy * dy) / (2 * s * s))) /
+            static_cast<long double>(s * 2.50662827462f);
+        worst = std::max(worst, ulps(zebGaussianFilter(dx, dy, 4, 4), exact));
+    }
+    EXPECT_LE(worst, 1.6);
 }
