@@ -223,11 +223,9 @@ FilteredPixel AdaptiveBucket::filter(float x, float y, const Window& window) con
     const float rx = fFilter.xwidth() * 0.5f, ry = fFilter.ywidth() * 0.5f;
     WeightedMean total;
     eachNear(x, y, rx, ry, window, [&](const MultiSample& pixel) {
-        WeightedMean part;
-        for (int k = 0; k < pixel.count; ++k) {
-            const PackedSample& s = pixel.samples[k];
-            part.add(fFilter(s.x - x, s.y - y), s.color, s.alpha, s.depth);
-        }
+        FilteredSamples samples(fFilter, x, y);
+        samples.add(pixel.samples, pixel.count);
+        const WeightedMean& part = samples.mean();
         const FilteredPixel value = part.mean(fFrame.depthScale);
         total.add(part.meanWeight(), value.color, value.alpha, value.depth);
     });

@@ -57,7 +57,7 @@ std::uint32_t depthWord(double value, const Quantizer& q, long x, long y)
 
 Bucket::Bucket(const RenderFrame& frame, long x0, long x1, long y0, long y1)
     : fFrame(frame),
-      fFilter(frame.option),
+      fFilter(frame.option, frame.plain ? weightKernel(1) : weightKernel()),
       fBySequence(frame.option.hiderType == kHiderSequence),
       fX0(x0),
       fX1(x1),

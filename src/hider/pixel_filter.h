@@ -6,8 +6,8 @@
 #include <limits>
 
 #include "hider/sample.h"
+#include "hider/weight_kernel.h"
 #include "math/filter.h"
-#include "math/shading_math.h"
 #include "state/option.h"
 
 namespace zeb
@@ -17,36 +17,37 @@ namespace zeb
 class PixelFilter
 {
 public:
-    explicit PixelFilter(const Option& option)
+    explicit PixelFilter(const Option& option, WeightKernel kernel = weightKernel())
         : fFunction(option.pixelFilter),
           fXwidth(option.filterXwidth),
           fYwidth(option.filterYwidth),
-          fGaussian(fFunction == zebGaussianFilter)
+          fKernel(fFunction == zebGaussianFilter ? kernel : nullptr)
     {
         const float s = std::sqrt((fXwidth * fXwidth + fYwidth * fYwidth) * 0.25f) * 0.5f;
-        fExponent = -1 / (2 * s * s);
-        fScale = 1 / (s * 2.50662827462f);
+        fGaussian = {fXwidth * 0.5f, fYwidth * 0.5f, -1 / (2 * s * s), 1 / (s * 2.50662827462f)};
     }
 
-    float operator()(float dx, float dy) const
+    void weigh(WeightBlock& block) const
     {
-        if (!fGaussian) return fFunction(dx, dy, fXwidth, fYwidth);
-        if (!(std::fabs(dx) <= fXwidth * 0.5f && std::fabs(dy) <= fYwidth * 0.5f)) return 0;
-        return exponential((dx * dx + dy * dy) * fExponent) * fScale;
+        if (fKernel) return fKernel(fGaussian, block);
+        for (int k = 0; k < block.count; ++k) {
+            block.weights[k] = fFunction(block.dx[k], block.dy[k], fXwidth, fYwidth);
+        }
     }
     float xwidth() const { return fXwidth; }
     float ywidth() const { return fYwidth; }
     bool builtIn() const
     {
-        return fGaussian || fFunction == zebBoxFilter || fFunction == zebTriangleFilter ||
-               fFunction == zebCatmullRomFilter || fFunction == zebSincFilter;
+        return fFunction == zebGaussianFilter || fFunction == zebBoxFilter ||
+               fFunction == zebTriangleFilter || fFunction == zebCatmullRomFilter ||
+               fFunction == zebSincFilter;
     }
 
 private:
     FilterFunction fFunction;
     float fXwidth, fYwidth;
-    bool fGaussian;
-    float fExponent, fScale;
+    WeightKernel fKernel;  // of the default filter alone
+    GaussianWeight fGaussian;
 };
 
 // Colour, alpha and depth of a pixel, or of a part of one.
@@ -65,26 +66,68 @@ public:
     {
         if (!(std::fabs(w) >= 1e-10)) return;
         ++fCount;
-        fSum += w;
-        fRed += w * color.r;
-        fGreen += w * color.g;
-        fBlue += w * color.b;
-        fAlpha += w * alpha;
-        fDepth += w * depth;
+        fSums[0] += Pair{1, depth} * w;
+        fSums[1] += Pair{color.r, color.g} * w;
+        fSums[2] += Pair{color.b, alpha} * w;
     }
     // What nothing was added to is black, and as deep as `empty`.
     FilteredPixel mean(double empty) const
     {
-        if (std::fabs(fSum) < 1e-10) return {gBlack, 0, empty};
-        return {Color(static_cast<float>(fRed / fSum), static_cast<float>(fGreen / fSum),
-                      static_cast<float>(fBlue / fSum)),
-                static_cast<float>(fAlpha / fSum), fDepth / fSum};
+        const double sum = fSums[0][0];
+        if (std::fabs(sum) < 1e-10) return {gBlack, 0, empty};
+        return {Color(static_cast<float>(fSums[1][0] / sum), static_cast<float>(fSums[1][1] / sum),
+                      static_cast<float>(fSums[2][0] / sum)),
+                static_cast<float>(fSums[2][1] / sum), fSums[0][1] / sum};
     }
-    double meanWeight() const { return fCount ? fSum / static_cast<double>(fCount) : 0; }
+    double meanWeight() const { return fCount ? fSums[0][0] / static_cast<double>(fCount) : 0; }
 
 private:
+    // Two numbers that are computed with at once.
+    using Pair __attribute__((vector_size(16))) = double;
+
     long fCount = 0;
-    double fSum = 0, fRed = 0, fGreen = 0, fBlue = 0, fAlpha = 0, fDepth = 0;
+    Pair fSums[3] = {};  // of weights and depths, reds and greens, blues and alphas
+};
+
+// The weighted mean of the samples around a pixel's centre, in the order in which they come. They
+// are weighed many at once.
+class FilteredSamples
+{
+public:
+    FilteredSamples(const PixelFilter& filter, float x, float y) : fFilter(filter), fX(x), fY(y) {}
+
+    void add(const PackedSample* samples, long count)
+    {
+        for (const PackedSample* s = samples; s != samples + count; ++s) {
+            if (fBlock.count == WeightBlock::kMost) sumUp();
+            const int k = fBlock.count++;
+            fBlock.dx[k] = s->x - fX;
+            fBlock.dy[k] = s->y - fY;
+            fSamples[k] = s;
+        }
+    }
+    const WeightedMean& mean()
+    {
+        sumUp();
+        return fMean;
+    }
+
+private:
+    void sumUp()
+    {
+        fFilter.weigh(fBlock);
+        for (int k = 0; k < fBlock.count; ++k) {
+            const PackedSample& s = *fSamples[k];
+            fMean.add(double{fBlock.weights[k]}, s.color, double{s.alpha}, s.depth);
+        }
+        fBlock.count = 0;
+    }
+
+    const PixelFilter& fFilter;
+    const float fX, fY;
+    WeightBlock fBlock;
+    const PackedSample* fSamples[WeightBlock::kMost];
+    WeightedMean fMean;
 };
 
 // The least depth among the samples in a pixel's own square, or in the filter's box where that is

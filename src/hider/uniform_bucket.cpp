@@ -315,7 +315,8 @@ bool UniformBucket::openSamples(const Pieces& pieces, Seams& seams, const Window
     return any;
 }
 
-// Calls visit(sample) for every sample that may lie within rx and ry of (x, y), and some more.
+// Calls visit(first, count) for every row's samples that may lie within rx and ry of (x, y), and
+// some more.
 template <class Visit>
 void UniformBucket::eachNear(float x, float y, float rx, float ry, const Window& window,
                              const Visit& visit) const
@@ -331,28 +332,29 @@ void UniformBucket::eachNear(float x, float y, float rx, float ry, const Window&
     const long i1 = std::min(to(x + rx - window.xmin, xrate), fColumns - 1);
     const long j0 = std::max(from(y - ry - window.ymin, yrate), 0L);
     const long j1 = std::min(to(y + ry - window.ymin, yrate), fRows - 1);
-    for (long j = j0; j <= j1; ++j) {
-        for (long i = i0; i <= i1; ++i) visit(fPacked[j * fColumns + i]);
-    }
+    if (i1 < i0) return;
+    for (long j = j0; j <= j1; ++j) visit(fPacked + j * fColumns + i0, i1 - i0 + 1);
 }
 
 FilteredPixel UniformBucket::filter(float x, float y, const Window& window) const
 {
     if (fEmpty) return {gBlack, 0, double{fFrame.depthScale}};
     const float rx = fFilter.xwidth() * 0.5f, ry = fFilter.ywidth() * 0.5f;
-    WeightedMean mean;
-    eachNear(x, y, rx, ry, window, [&](const PackedSample& s) {
-        mean.add(fFilter(s.x - x, s.y - y), s.color, s.alpha, s.depth);
-    });
-    return mean.mean(fFrame.depthScale);
+    FilteredSamples samples(fFilter, x, y);
+    eachNear(x, y, rx, ry, window,
+             [&](const PackedSample* first, long count) { samples.add(first, count); });
+    return samples.mean().mean(fFrame.depthScale);
 }
 
 double UniformBucket::nearestDepth(float x, float y, const Window& window) const
 {
     if (fEmpty) return double{fFrame.depthScale};
     NearestDepth nearest(fFilter, fFrame.depthScale);
-    eachNear(x, y, 0.5f, 0.5f, window,
-             [&](const PackedSample& s) { nearest.add(s.x - x, s.y - y, s.depth); });
+    eachNear(x, y, 0.5f, 0.5f, window, [&](const PackedSample* first, long count) {
+        for (const PackedSample* s = first; s != first + count; ++s) {
+            nearest.add(s->x - x, s->y - y, s->depth);
+        }
+    });
     return nearest.depth();
 }
 
