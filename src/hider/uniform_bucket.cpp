@@ -16,13 +16,17 @@ namespace
 // Jitter belongs to a sample's place in the picture, to this fraction of a pixel.
 constexpr double kPlacesPerPixel = 1024;
 
-std::uint32_t placeSeed(double x, double y)
+// Where a column or a row of samples lies, and its part of their seeds.
+struct SamplePlace {
+    double at = 0;
+    std::uint32_t seed = 0;
+};
+
+SamplePlace samplePlace(long index, double rate, float start)
 {
-    const auto place = [](double v) {
-        return static_cast<std::uint32_t>(
-            static_cast<std::int64_t>(std::floor(v * kPlacesPerPixel + 0.5)));
-    };
-    return mixSeeds(place(x), place(y));
+    const double at = (static_cast<double>(index) + 0.5) / rate + double{start};
+    return {at, static_cast<std::uint32_t>(
+                    static_cast<std::int64_t>(std::floor(at * kPlacesPerPixel + 0.5)))};
 }
 
 Bound joined(const Bound& a, const Bound& b)
@@ -59,15 +63,17 @@ void UniformBucket::placeSamples(const Window& window, Arena& arena)
     fTileColumns = (fColumns + kTile - 1) / kTile;
     fTiles =
         arena.array<Tile>(static_cast<std::size_t>(fTileColumns * ((fRows + kTile - 1) / kTile)));
+    auto* const columns = arena.array<SamplePlace>(static_cast<std::size_t>(fColumns));
+    for (long i = 0; i < fColumns; ++i) columns[i] = samplePlace(i, xrate, window.xmin);
     for (long j = 0; j < fRows; ++j) {
-        const double y = (static_cast<double>(j) + 0.5) / yrate + double{window.ymin};
+        const SamplePlace row = samplePlace(j, yrate, window.ymin);
         for (long i = 0; i < fColumns; ++i) {
-            const double x = (static_cast<double>(i) + 0.5) / xrate + double{window.xmin};
-            Random random(placeSeed(x, y));
+            const SamplePlace column = columns[i];
+            Random random(mixSeeds(column.seed, row.seed));
             const double dx = (random.unit() - 0.5) * fJitter;
             const double dy = (random.unit() - 0.5) * fJitter;
-            at(i, j).x = static_cast<float>(x + dx);
-            at(i, j).y = static_cast<float>(y + dy);
+            at(i, j).x = static_cast<float>(column.at + dx);
+            at(i, j).y = static_cast<float>(row.at + dy);
         }
     }
 }

@@ -150,9 +150,8 @@ long quantize(float value, long one, long min, long max, float dither, Random& r
 {
     const double r = random.next() * (1.0 / 32767) * 2 - 1;
     const float x = static_cast<float>(r * dither + static_cast<double>(one) * value);
-    const double rounded = x >= 0 ? std::floor(x + 0.5) : std::ceil(x - 0.5);
     // Compared before the conversion, so that nothing overflows; max wins over a larger min.
-    const long atLeast = clampToLong(rounded, min, max < min ? min : max);
+    const long atLeast = clampToLong(x >= 0 ? x + 0.5 : x - 0.5, min, max < min ? min : max);
     return atLeast > max ? max : atLeast;
 }
 

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
+#include <random>
 
 #include "support/reports.h"
 
@@ -270,6 +273,25 @@ TEST(Quantize, RoundsHalfAwayFromZero)
     EXPECT_EQ(quantize(2.5f, 1, -10, 10, 0, random), 3);
     EXPECT_EQ(quantize(-2.5f, 1, -10, 10, 0, random), -3);
     EXPECT_EQ(quantize(0.49f, 1, -10, 10, 0, random), 0);
+}
+
+// Whatever the value, to the number that floor() and ceil() give.
+TEST(Quantize, RoundsBeforeItClamps)
+{
+    constexpr float kInf = std::numeric_limits<float>::infinity();
+    std::mt19937 values(5);
+    std::uniform_real_distribution<float> near(-6, 6);
+    for (int k = 0; k < 100000; ++k) {
+        const float x = k % 2 ? near(values) : std::round(near(values) * 2) / 2;
+        const double rounded = x >= 0 ? std::floor(double{x} + 0.5) : std::ceil(double{x} - 0.5);
+        const auto expected = static_cast<long>(std::clamp(rounded, -4.0, 3.0));
+        Random random(1);
+        ASSERT_EQ(quantize(x, 1, -4, 3, 0, random), expected) << x;
+    }
+    Random random(1);
+    EXPECT_EQ(quantize(kInf, 1, -4, 3, 0, random), 3);
+    EXPECT_EQ(quantize(-kInf, 1, -4, 3, 0, random), -4);
+    EXPECT_EQ(quantize(std::numeric_limits<float>::quiet_NaN(), 1, -4, 3, 0, random), -4);
 }
 
 TEST(Quantize, ClampsAfterRounding)
