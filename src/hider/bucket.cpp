@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "geom/grid.h"
+#include "hider/exposure_kernel.h"
 #include "math/shading_math.h"
 #include "state/callback.h"
 #include "util/cancel.h"
@@ -134,21 +135,41 @@ void Bucket::closeGaps(SamplePoint& point, Seams::Near* list, const Pieces& piec
         });
 }
 
-void Bucket::renderRow(long y, const Window& window, float inverseGamma, std::uint32_t* words) const
+// Finds the colours of the row's pixels, red, green and blue, after gain and gamma.
+void Bucket::exposeRow(float inverseGamma, BucketScratch& scratch) const
+{
+    const std::size_t count = 3 * scratch.pixels.size();
+    scratch.colors.assign((count / kExposureMultiple + 1) * kExposureMultiple, 0);
+    float* to = scratch.colors.data();
+    for (const FilteredPixel& pixel : scratch.pixels) {
+        for (const float x : {pixel.color.r, pixel.color.g, pixel.color.b}) *to++ = x;
+    }
+    const ExposureKernel expose = fFrame.plain ? exposureKernel(1) : exposureKernel();
+    expose(fFrame.option.gain, inverseGamma, scratch.colors.data(), static_cast<int>(count));
+}
+
+void Bucket::renderRow(long y, const Window& window, float inverseGamma,
+                       BucketScratch& scratch) const
 {
     const Option& option = fFrame.option;
+    const float cy = static_cast<float>(y) + 0.5f;
+    scratch.pixels.clear();
     for (long x = fX0; x <= fX1; ++x) {
-        const float cx = static_cast<float>(x) + 0.5f, cy = static_cast<float>(y) + 0.5f;
-        FilteredPixel pixel = filter(cx, cy, window);
+        scratch.pixels.push_back(filter(static_cast<float>(x) + 0.5f, cy, window));
+    }
+    if (option.rgb) exposeRow(inverseGamma, scratch);
+    const FilteredPixel* pixel = scratch.pixels.data();
+    const float* color = scratch.colors.data();
+    std::uint32_t* words = scratch.words.data();
+    for (long x = fX0; x <= fX1; ++x, ++pixel) {
         if (option.rgb) {
-            expose(pixel.color, option.gain, inverseGamma);
-            *words++ = colorWord(pixel.color.r, option, x, y, 0);
-            *words++ = colorWord(pixel.color.g, option, x, y, 1);
-            *words++ = colorWord(pixel.color.b, option, x, y, 2);
+            for (std::uint32_t c = 0; c < 3; ++c) *words++ = colorWord(*color++, option, x, y, c);
         }
-        if (option.alpha) *words++ = colorWord(pixel.alpha, option, x, y, 3);
+        if (option.alpha) *words++ = colorWord(pixel->alpha, option, x, y, 3);
         if (option.depth) {
-            const double depth = option.depthNearest ? nearestDepth(cx, cy, window) : pixel.depth;
+            const double depth = option.depthNearest
+                                     ? nearestDepth(static_cast<float>(x) + 0.5f, cy, window)
+                                     : pixel->depth;
             *words++ = depthWord(depth / double{fFrame.depthScale}, option.depthQuantizer, x, y);
         }
     }
@@ -166,17 +187,17 @@ void Bucket::render(Display& display, BucketScratch& scratch)
                    [](const std::shared_ptr<Piece>& piece) { return piece.get(); });
     generate(pieces, window, scratch);
     fPieces = {};
-    scratch.row.resize(static_cast<std::size_t>(fX1 - fX0 + 1) * fFrame.option.sampleCount);
+    scratch.words.resize(static_cast<std::size_t>(fX1 - fX0 + 1) * fFrame.option.sampleCount);
     const float inverseGamma = display.isLinear() ? 1 : fFrame.option.inverseGamma;
     for (long y = fY0; y <= fY1; ++y) {
         checkCancelled();
         if (fFilter.builtIn()) {
-            renderRow(y, window, inverseGamma, scratch.row.data());
+            renderRow(y, window, inverseGamma, scratch);
         } else {
             CallbackScope scope;
-            renderRow(y, window, inverseGamma, scratch.row.data());
+            renderRow(y, window, inverseGamma, scratch);
         }
-        display.span(fX0, fX1, y, scratch.row.data());
+        display.span(fX0, fX1, y, scratch.words.data());
     }
 }
 

@@ -17,7 +17,10 @@ namespace zeb
 // What buckets share while one after the other is rendered.
 struct BucketScratch {
     Arena arena;  // samples and hits of the bucket under way
-    std::vector<std::uint32_t> row;
+    // Of a row of pixels.
+    std::vector<FilteredPixel> pixels;
+    std::vector<float> colors;
+    std::vector<std::uint32_t> words;
     Counts counts;
 };
 
@@ -82,8 +85,9 @@ protected:
     const bool fBySequence;
 
 private:
-    // Colours are raised to the power inverseGamma.
-    void renderRow(long y, const Window& window, float inverseGamma, std::uint32_t* words) const;
+    // Fills the words of the row; colours are raised to the power inverseGamma.
+    void renderRow(long y, const Window& window, float inverseGamma, BucketScratch& scratch) const;
+    void exposeRow(float inverseGamma, BucketScratch& scratch) const;
 
     std::vector<std::unique_ptr<Primitive>> fPrimitives;
     std::vector<std::shared_ptr<Piece>> fPieces;  // one goes with the last bucket that has it

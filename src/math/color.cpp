@@ -95,14 +95,6 @@ std::ostream& operator<<(std::ostream& stream, const Color& c)
     return stream << '[' << c.r << ' ' << c.g << ' ' << c.b << ']';
 }
 
-void expose(Color& c, float gain, float gamma)
-{
-    for (float* x : {&c.r, &c.g, &c.b}) {
-        *x *= gain;
-        if (gamma != 1 && *x != 0) *x = std::copysign(power(std::fabs(*x), gamma), *x);
-    }
-}
-
 Color barylerp(float u, float v, const Color& a, const Color& b, const Color& c)
 {
     return bilerp(u, v, a, b, c, c + b - a);

@@ -86,10 +86,6 @@ inline bool operator==(const Color& a, const Color& b)
 inline bool operator!=(const Color& a, const Color& b) { return !(a == b); }
 std::ostream& operator<<(std::ostream& stream, const Color& c);
 
-// Multiplies by the gain, then raises the magnitude to the power gamma as given: callers pass the
-// reciprocal of the display gamma. The same bits on every machine.
-void expose(Color& c, float gain, float gamma);
-
 inline Color lerp(float t, const Color& a, const Color& b) { return (b - a) * t + a; }
 inline Color bilerp(float u, float v, const Color& a, const Color& b, const Color& c,
                     const Color& d)

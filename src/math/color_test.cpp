@@ -2,10 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <random>
 #include <sstream>
 
 #include "math/shading_math.h"
@@ -196,62 +192,6 @@ TEST_F(ColorTest, SetcompGoesThroughTheSamplesOfAnotherSpace)
     Color c(0.5f, 0.25f, 0.75f);
     c.setcomp(1, 0.5f);
     EXPECT_EQ(c, Color(0.5f, 1, 2));
-}
-
-TEST(Expose, MultipliesThenRaisesTheMagnitude)
-{
-    Color c(8, -8, 0);
-    expose(c, 0.5f, 0.5f);
-    EXPECT_FLOAT_EQ(c.r, 2);
-    EXPECT_FLOAT_EQ(c.g, -2);
-    EXPECT_EQ(c.b, 0);
-}
-
-TEST(Expose, TakesTheExponentAsGiven)
-{
-    Color c(2, 3, 4);
-    expose(c, 1, 2);
-    EXPECT_FLOAT_EQ(c.r, 4);
-    EXPECT_FLOAT_EQ(c.g, 9);
-    EXPECT_FLOAT_EQ(c.b, 16);
-}
-
-TEST(Expose, IsWithinTwoUnitsInTheLastPlace)
-{
-    constexpr float kInf = std::numeric_limits<float>::infinity();
-    std::mt19937 random(6);
-    std::uniform_real_distribution<float> value(-2, 2), exponent(0.1f, 4);
-    double worst = 0;
-    for (int k = 0; k < 300000; ++k) {
-        const float x = value(random), gamma = exponent(random);
-        Color c(x, 0, 0);
-        expose(c, 1, gamma);
-        const long double exact = std::copysign(
-            std::pow(std::fabs(static_cast<long double>(x)), static_cast<long double>(gamma)),
-            static_cast<long double>(x));
-        const float size = std::fabs(static_cast<float>(exact));
-        const auto unit = static_cast<long double>(std::nextafter(size, kInf) - size);
-        worst = std::max(
-            worst, static_cast<double>(std::fabs(static_cast<long double>(c.r) - exact) / unit));
-    }
-    EXPECT_LE(worst, 0.51);
-}
-
-TEST(Expose, LeavesWhatIsNoNumberAndWhatIsInfinite)
-{
-    constexpr float kInf = std::numeric_limits<float>::infinity();
-    Color c(kInf, -kInf, std::numeric_limits<float>::quiet_NaN());
-    expose(c, 2, 0.5f);
-    EXPECT_EQ(c.r, kInf);
-    EXPECT_EQ(c.g, -kInf);
-    EXPECT_TRUE(std::isnan(c.b));
-}
-
-TEST(Expose, ZeroStaysZeroWhateverTheExponent)
-{
-    Color c(0, 0, 0);
-    expose(c, 1, 0);
-    EXPECT_EQ(c, gBlack);
 }
 
 TEST(Color, InterpolatesEachComponent)
