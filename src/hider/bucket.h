@@ -140,7 +140,12 @@ private:
     template <class Visit>
     void eachNear(float x, float y, float rx, float ry, const Window& window,
                   const Visit& visit) const;
-    SamplePoint& at(long i, long j) const { return fSamples[j * fColumns + i]; }
+    // Most of what is asked is near enough: no jumps, but at the end.
+    bool isIn(const Bound& box, long k) const
+    {
+        const float x = fX[k], y = fY[k];
+        return !((x < box.xmin) | (x > box.xmax) | (y < box.ymin) | (y > box.ymax));
+    }
     Tile& tileOf(long k) const
     {
         return fTiles[k / fColumns / kTile * fTileColumns + k % fColumns / kTile];
@@ -155,6 +160,9 @@ private:
     bool fEmpty = false;
     bool fCovered = false;  // some sample is
     SamplePoint* fSamples = nullptr;
+    // What cells look at first: where the samples are, and their covers.
+    float *fX = nullptr, *fY = nullptr;
+    SampleOrder* fCovers = nullptr;
     Tile* fTiles = nullptr;
     PackedSample* fPacked = nullptr;
 };

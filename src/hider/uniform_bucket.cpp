@@ -59,7 +59,11 @@ void UniformBucket::placeSamples(const Window& window, Arena& arena)
     const double xrate = option.xsamples, yrate = option.ysamples;
     // The x rate serves both axes: the jitter is as wide as it is high.
     fJitter = option.jitter / option.xsamples * 0.5f;
-    fSamples = arena.array<SamplePoint>(static_cast<std::size_t>(fColumns * fRows));
+    const auto count = static_cast<std::size_t>(fColumns * fRows);
+    fSamples = arena.array<SamplePoint>(count);
+    fX = arena.array<float>(count);
+    fY = arena.array<float>(count);
+    fCovers = arena.array<SampleOrder>(count);
     fTileColumns = (fColumns + kTile - 1) / kTile;
     fTiles =
         arena.array<Tile>(static_cast<std::size_t>(fTileColumns * ((fRows + kTile - 1) / kTile)));
@@ -72,8 +76,11 @@ void UniformBucket::placeSamples(const Window& window, Arena& arena)
             Random random(mixSeeds(column.seed, row.seed));
             const double dx = (random.unit() - 0.5) * fJitter;
             const double dy = (random.unit() - 0.5) * fJitter;
-            at(i, j).x = static_cast<float>(column.at + dx);
-            at(i, j).y = static_cast<float>(row.at + dy);
+            const long k = j * fColumns + i;
+            SamplePoint& point = fSamples[k];
+            fX[k] = point.x = static_cast<float>(column.at + dx);
+            fY[k] = point.y = static_cast<float>(row.at + dy);
+            fCovers[k] = point.cover;
         }
     }
 }
@@ -95,10 +102,7 @@ void UniformBucket::eachSample(const Bound& box, const Window& window, const Vis
     for (long j = range.j0; j <= range.j1; ++j) {
         for (long i = range.i0; i <= range.i1; ++i) {
             const long k = j * fColumns + i;
-            const SamplePoint& sample = fSamples[k];
-            const bool apart = sample.x < box.xmin || sample.x > box.xmax || sample.y < box.ymin ||
-                               sample.y > box.ymax;
-            if (!apart) visit(k);
+            if (isIn(box, k)) visit(k);
         }
     }
 }
@@ -132,7 +136,7 @@ void UniformBucket::learn(Tile& tile) const
     tile.known = true;
     for (long j = j0; j < std::min(j0 + kTile, fRows); ++j) {
         for (long i = i0; i < std::min(i0 + kTile, fColumns); ++i) {
-            tile.most = std::max(tile.most, at(i, j).cover);
+            tile.most = std::max(tile.most, fCovers[j * fColumns + i]);
         }
     }
 }
@@ -240,18 +244,17 @@ void UniformBucket::hideCell(MicroPolygon& cell, const CellRow& cells, int n, st
     const SampleOrder least = leastOf(box, cell);
     for (long j = cells.j0[n]; j <= cells.j1[n]; ++j) {
         for (long i = cells.i0[n]; i <= cells.i1[n]; ++i) {
-            SamplePoint& point = at(i, j);
-            const bool apart = point.x < box.xmin || point.x > box.xmax || point.y < box.ymin ||
-                               point.y > box.ymax;
+            const long k = j * fColumns + i;
             float s, t;
-            if (apart || point.cover < least) continue;
+            if (!isIn(box, k) || fCovers[k] < least) continue;
             ++counts.tests;
-            if (!cell.locate(point.x, point.y, s, t)) continue;
+            if (!cell.locate(fX[k], fY[k], s, t)) continue;
             ++counts.hits;
-            const SampleOrder cover = point.cover;
+            SamplePoint& point = fSamples[k];
             hits.add(point, cell, s, t, rank);
-            if (point.cover < cover) {
-                tileOf(j * fColumns + i).known = false;
+            if (point.cover < fCovers[k]) {
+                fCovers[k] = point.cover;
+                tileOf(k).known = false;
                 fCovered = true;
             }
         }
