@@ -186,7 +186,7 @@ void AdaptiveBucket::generate(const Pieces& pieces, const Window& window, Bucket
     for (const Piece* piece : pieces) {
         if (!fFrame.option.closeSeams || !piece->grid()) continue;
         const SampleOrder least = piece->least(fFrame);
-        for (const Seams::Side& side : seams.sides(*piece->grid(), squares.rectangle())) {
+        for (const Seams::Side& side : seams.sides(*piece->grid(), Lines(squares.rectangle()))) {
             const Seams::Side* kept = nullptr;
             eachPixel(side.bound(), window, [&](MultiSample& pixel) {
                 if (!kept) kept = arena.make<Seams::Side>(side);

@@ -111,7 +111,6 @@ private:
     struct Tile {
         SampleOrder most = std::numeric_limits<SampleOrder>::infinity();  // of its covers
         bool known = true;
-        bool open = false;  // some sample is
     };
     // The samples of a box: columns i0 ... i1 of rows j0 ... j1.
     struct Range {
@@ -127,7 +126,7 @@ private:
                   const Hits& hits, Counts& counts);
     void closeSeams(const Pieces& pieces, const Hits& hits, const Window& window,
                     BucketScratch& scratch);
-    bool openSamples(const Pieces& pieces, Seams& seams, const Window& window, Seams::Lines& lines);
+    bool openSamples(const Pieces& pieces, Seams& seams, const Window& window, Lines& lines);
 
     Range samplesIn(const Bound& box, const Window& window) const;
     // Whether all samples of a box are covered by what is nearer than this.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 #include "geom/primitive.h"
@@ -77,11 +78,48 @@ float Seams::reach(const Attrib& attrib)
 
 Bound Seams::Side::bound() const { return around(a, b, reach); }
 
-const std::vector<Seams::Side>& Seams::sides(const Grid& grid, const Bound& rectangle,
-                                             const Lines* lines)
+void Lines::add(std::uint32_t line, float x, float y)
 {
-    fRectangle = rectangle;
-    fLines = lines;
+    if (fLines.empty() || fLines.back().line != line) fLines.push_back({line, Bound::empty()});
+    fLines.back().box.add(Point(x, y, 0));
+}
+
+void Lines::sort()
+{
+    std::sort(fLines.begin(), fLines.end(),
+              [](const Line& a, const Line& b) { return a.line < b.line; });
+    std::size_t count = 0;
+    for (const Line& next : fLines) {
+        if (count && fLines[count - 1].line == next.line) {
+            fLines[count - 1].box = joined(fLines[count - 1].box, next.box);
+        } else {
+            fLines[count++] = next;
+        }
+    }
+    fLines.resize(count);
+}
+
+const Bound* Lines::find(std::uint32_t line) const
+{
+    if (!line) return nullptr;
+    if (fAll) return &fRectangle;
+    const auto found = std::lower_bound(fLines.begin(), fLines.end(), line,
+                                        [](const Line& l, std::uint32_t n) { return l.line < n; });
+    return found != fLines.end() && found->line == line ? &found->box : nullptr;
+}
+
+bool Lines::reach(const Edges& edges, const Bound& box) const
+{
+    const std::uint32_t all[] = {edges.umin, edges.umax, edges.vmin, edges.vmax};
+    return std::any_of(std::begin(all), std::end(all), [&](std::uint32_t line) {
+        const Bound* const where = find(line);
+        return where && !where->misses(box);
+    });
+}
+
+const std::vector<Seams::Side>& Seams::sides(const Grid& grid, const Lines& where)
+{
+    fWhere = &where;
     fSides.clear();
     if (grid.fTriangular) {
         addTriangleSides(grid);
@@ -96,13 +134,13 @@ void Seams::addSides(const Grid& grid)
     const Edges& e = grid.fEdges;
     const int nu = grid.fUSize, nv = grid.fVSize;
     const auto along = [&](std::uint32_t line, int first, int i, int j, int di, int dj, int n) {
-        if (!wants(line)) return;
-        if (dj == 0 && missesRow(grid, j, j)) return;
+        const Bound* const where = fWhere->find(line);
+        if (!where || (dj == 0 && missesRow(grid, j, j, *where))) return;
         const float reach = reachOf(grid, i, j, di, dj, n);
         const int ci = std::min(i, nu - 1), cj = std::min(j, nv - 1);
         for (int k = 0; k < n; ++k) {
-            if (dj && missesRow(grid, k, k + 1)) continue;
-            addSide(grid, first, ci + k * di, cj + k * dj, first, line, reach);
+            if (dj && missesRow(grid, k, k + 1, *where)) continue;
+            addSide(grid, first, ci + k * di, cj + k * dj, first, line, reach, *where);
         }
     };
     along(e.vmin, 0, 0, 0, 1, 0, nu);
@@ -116,37 +154,42 @@ void Seams::addSides(const Grid& grid)
 void Seams::addTriangleSides(const Grid& grid)
 {
     const Edges& e = grid.fEdges;
-    const bool above = wants(e.vmin), left = wants(e.umin), across = wants(e.umax);
-    for (int i = 0; above && !missesRow(grid, 0, 0) && i < grid.cellCount(0); ++i) {
-        addSide(grid, 0, i, 0, 0, e.vmin, kRounding);
+    const auto add = [&](int edge, int i, int j, int first, std::uint32_t line,
+                         const Bound& where) {
+        addSide(grid, edge, i, j, first, line, kRounding, where);
+    };
+    if (const Bound* const where = fWhere->find(e.vmin); where && !missesRow(grid, 0, 0, *where)) {
+        for (int i = 0; i < grid.cellCount(0); ++i) add(0, i, 0, 0, e.vmin, *where);
     }
+    const Bound *const left = fWhere->find(e.umin), *const across = fWhere->find(e.umax);
     for (int j = 0; j < grid.fVSize; ++j) {
-        if (missesRow(grid, j, j + 1)) continue;
-        if (left) addSide(grid, 3, 0, j, 3, e.umin, kRounding);
-        if (!across) continue;
+        if (left && !missesRow(grid, j, j + 1, *left)) add(3, 0, j, 3, e.umin, *left);
+        if (!across || missesRow(grid, j, j + 1, *across)) continue;
         const int count = grid.cellCount(j), next = j + 1 < grid.fVSize ? grid.cellCount(j + 1) : 0;
-        addSide(grid, 1, count - 1, j, 1, e.umax, kRounding);
-        for (int i = next; i < count; ++i) addSide(grid, 1, i, j, 2, e.umax, kRounding);
+        add(1, count - 1, j, 1, e.umax, *across);
+        for (int i = next; i < count; ++i) add(1, i, j, 2, e.umax, *across);
     }
 }
 
-// Whether all of some rows of vertices are beyond where the rectangle's samples look for sides.
-bool Seams::missesRow(const Grid& grid, int j0, int j1) const
+// Whether all of some rows of vertices are beyond where samples look for sides.
+bool Seams::missesRow(const Grid& grid, int j0, int j1, const Bound& where)
 {
-    const Bound &a = grid.rowBound(j0), &b = grid.rowBound(j1);
     const float room = reach(*grid.fAttrib);
-    const Bound& r = fRectangle;
-    return std::min(a.xmin, b.xmin) - room > r.xmax || std::max(a.xmax, b.xmax) + room < r.xmin ||
-           std::min(a.ymin, b.ymin) - room > r.ymax || std::max(a.ymax, b.ymax) + room < r.ymin;
+    Bound rows = joined(grid.rowBound(j0), grid.rowBound(j1));
+    rows.xmin -= room;
+    rows.xmax += room;
+    rows.ymin -= room;
+    rows.ymax += room;
+    return rows.misses(where);
 }
 
 void Seams::addSide(const Grid& grid, int edge, int i, int j, int first, std::uint32_t line,
-                    float reach)
+                    float reach, const Bound& where)
 {
     const int second = (first + 1) % 4;
     const Point a = grid.raster(i + kAcross[first], j + kDown[first]);
     const Point b = grid.raster(i + kAcross[second], j + kDown[second]);
-    if (around(a, b, reach).misses(fRectangle)) return;
+    if (around(a, b, reach).misses(where)) return;
     MicroPolygon cell(grid);
     cell.place(i, j);
     const Bound bound = cell.bound();

@@ -14,6 +14,33 @@ namespace zeb
 // Of one bucket, in the order that decides among surfaces of equal depth.
 using Pieces = std::vector<Piece*>;
 
+// Where samples are looked for along which line.
+class Lines
+{
+public:
+    Lines() = default;
+    // Anywhere in a rectangle, along all lines.
+    explicit Lines(const Bound& rectangle) : fRectangle(rectangle), fAll(true) {}
+
+    // Along a line at one more place.
+    void add(std::uint32_t line, float x, float y);
+    // After the last place.
+    void sort();
+    // Null where there is none.
+    const Bound* find(std::uint32_t line) const;
+    // Whether any of a grid's lines may come by one in the grid's box.
+    bool reach(const Edges& edges, const Bound& box) const;
+
+private:
+    struct Line {
+        std::uint32_t line;
+        Bound box;
+    };
+    std::vector<Line> fLines;
+    Bound fRectangle;
+    bool fAll = false;
+};
+
 // Two grids that meet along a line follow it with chords of their own, as long as their
 // micropolygons are; where these differ, samples between them would see through the surface. Such a
 // sample lies outside both grids, close by a side of either that is on the same line, and between
@@ -60,17 +87,8 @@ public:
 
     // In pixels: how far from a grid gaps can be.
     static float reach(const Attrib& attrib);
-    // Sorted.
-    using Lines = std::vector<std::uint32_t>;
-    // Of cells that may be seen, as far as samples of a rectangle may lie by them; those along some
-    // lines alone, if there are any. Valid until the next call.
-    const std::vector<Side>& sides(const Grid& grid, const Bound& rectangle,
-                                   const Lines* lines = nullptr);
-    static bool isAmong(const Lines& lines, std::uint32_t line)
-    {
-        return std::binary_search(lines.begin(), lines.end(), line);
-    }
-
+    // Of cells that may be seen, where samples may lie by them. Valid until the next call.
+    const std::vector<Side>& sides(const Grid& grid, const Lines& where);
     // Whether the sample at (x, y) lies by the side; if so, how.
     static bool look(const Side& side, float x, float y, Near& near);
     // Adds it to the list if so.
@@ -100,9 +118,9 @@ public:
 private:
     void addSides(const Grid& grid);
     void addTriangleSides(const Grid& grid);
-    bool missesRow(const Grid& grid, int j0, int j1) const;
+    static bool missesRow(const Grid& grid, int j0, int j1, const Bound& where);
     void addSide(const Grid& grid, int edge, int i, int j, int first, std::uint32_t line,
-                 float reach);
+                 float reach, const Bound& where);
     // Those of a list that may lie by a gap.
     static Near* candidates(Near* list);
     // Takes the nearest gap that is still open out of a list, with all of its layer.
@@ -113,9 +131,7 @@ private:
     const bool fBySequence;
     const double fDepthOne;
     Arena& fArena;
-    Bound fRectangle;
-    const Lines* fLines = nullptr;
-    bool wants(std::uint32_t line) const { return line && (!fLines || isAmong(*fLines, line)); }
+    const Lines* fWhere = nullptr;
     std::vector<Side> fSides;
 };
 

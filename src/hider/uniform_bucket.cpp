@@ -29,12 +29,6 @@ SamplePlace samplePlace(long index, double rate, float start)
                     static_cast<std::int64_t>(std::floor(at * kPlacesPerPixel + 0.5)))};
 }
 
-Bound joined(const Bound& a, const Bound& b)
-{
-    return {std::min(a.xmin, b.xmin), std::max(a.xmax, b.xmax), std::min(a.ymin, b.ymin),
-            std::max(a.ymax, b.ymax), std::min(a.zmin, b.zmin), std::max(a.zmax, b.zmax)};
-}
-
 // The first index at or after a place, and the last at or before it, as far as there are any. Every
 // cell asks four times: the library's own rounding would take a tenth of the picture.
 long first(float place, long count)
@@ -269,25 +263,19 @@ void UniformBucket::closeSeams(const Pieces& pieces, const Hits& hits, const Win
     checkCancelled();
     Arena& arena = scratch.arena;
     Seams seams(fBySequence, fFrame.depthScale, arena);
-    Seams::Lines lines;
-    if (!openSamples(pieces, seams, window, lines)) return;
-    std::sort(lines.begin(), lines.end());
-    const auto isOpen = [&](std::uint32_t line) { return Seams::isAmong(lines, line); };
-    const auto hasOpenLine = [&](const Edges& e) {
-        return fFrame.plain || isOpen(e.umin) || isOpen(e.umax) || isOpen(e.vmin) || isOpen(e.vmax);
-    };
+    Lines open;
+    if (!openSamples(pieces, seams, window, open)) return;
+    const Lines lines = fFrame.plain ? Lines(window.rectangle()) : std::move(open);
     struct Nearby {
         Seams::Near* first = nullptr;
     };
     auto* const near = arena.array<Nearby>(static_cast<std::size_t>(fColumns * fRows));
     for (Piece* piece : pieces) {
         checkCancelled();
-        const auto hasOpen = [](const Tile& tile) { return tile.open; };
-        if (!hasOpenLine(piece->edges()) || !anyTile(piece->box(), window, hasOpen)) continue;
-        for (const Seams::Side& side : seams.sides(piece->dice(scratch.counts), window.rectangle(),
-                                                   fFrame.plain ? nullptr : &lines)) {
+        if (!lines.reach(piece->edges(), piece->box())) continue;
+        for (const Seams::Side& side : seams.sides(piece->dice(scratch.counts), lines)) {
             eachSample(side.bound(), window, [&](long k) {
-                if (fSamples[k].open) seams.look(side, fSamples[k].x, fSamples[k].y, near[k].first);
+                if (fSamples[k].open) seams.look(side, fX[k], fY[k], near[k].first);
             });
         }
     }
@@ -301,8 +289,9 @@ void UniformBucket::closeSeams(const Pieces& pieces, const Hits& hits, const Win
 // Marks samples by a side that would be seen there, and hit nothing of its layer, and notes the
 // lines of these sides; whether there are any.
 bool UniformBucket::openSamples(const Pieces& pieces, Seams& seams, const Window& window,
-                                Seams::Lines& lines)
+                                Lines& lines)
 {
+    const Lines everywhere(window.rectangle());
     bool any = false;
     for (const Piece* piece : pieces) {
         checkCancelled();
@@ -310,17 +299,18 @@ bool UniformBucket::openSamples(const Pieces& pieces, Seams& seams, const Window
         if (!piece->grid() || window.misses(piece->box()) || hidden(piece->box(), least, window)) {
             continue;
         }
-        for (const Seams::Side& side : seams.sides(*piece->grid(), window.rectangle())) {
+        for (const Seams::Side& side : seams.sides(*piece->grid(), everywhere)) {
             eachSample(side.bound(), window, [&](long k) {
                 SamplePoint& point = fSamples[k];
                 Seams::Near near;
                 if (point.cover < least || !seams.look(side, point.x, point.y, near)) return;
                 if (!fFrame.plain && !isSeen(point, point.cover, near)) return;
-                any = point.open = tileOf(k).open = true;
-                if (lines.empty() || lines.back() != side.line) lines.push_back(side.line);
+                any = point.open = true;
+                lines.add(side.line, point.x, point.y);
             });
         }
     }
+    lines.sort();
     return any;
 }
 

@@ -55,6 +55,13 @@ struct Bound {
     Bound& operator*=(const Matrix& m);
 };
 
+// What holds both.
+inline Bound joined(const Bound& a, const Bound& b)
+{
+    return {std::min(a.xmin, b.xmin), std::max(a.xmax, b.xmax), std::min(a.ymin, b.ymin),
+            std::max(a.ymax, b.ymax), std::min(a.zmin, b.zmin), std::max(a.zmax, b.zmax)};
+}
+
 // A box with the range of w over the homogeneous points it bounds.
 struct Boundw : Bound {
     float wmin = -kInfinity, wmax = kInfinity;
