@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <numeric>
 
 #include "state/quark.h"
 #include "util/host_array.h"
@@ -48,11 +49,18 @@ void SharedSides::sort()
     }
     fKeys.resize(kept);
     fKeys.shrink_to_fit();
+    fShift = 64 - static_cast<int>(std::bit_width(kept | 1));
+    fStarts.assign(first(~std::uint64_t{0}) + 2, 0);
+    for (const std::uint64_t key : fKeys) ++fStarts[first(key) + 1];
+    std::partial_sum(fStarts.begin(), fStarts.end(), fStarts.begin());
 }
 
 bool SharedSides::contains(const Point& a, const Point& b) const
 {
-    return std::binary_search(fKeys.begin(), fKeys.end(), key(a, b));
+    const std::uint64_t wanted = key(a, b);
+    const std::size_t start = first(wanted);
+    const auto* const keys = fKeys.data();
+    return std::binary_search(keys + fStarts[start], keys + fStarts[start + 1], wanted);
 }
 
 std::uint64_t SharedSides::key(const Point& a, const Point& b)

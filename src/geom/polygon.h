@@ -82,7 +82,12 @@ public:
 
 private:
     static std::uint64_t key(const Point& a, const Point& b);
+    std::size_t first(std::uint64_t key) const { return static_cast<std::size_t>(key >> fShift); }
+
     std::vector<std::uint64_t> fKeys;
+    // Keys are hashes: few begin with the same bits. Where those begin that a key begins with.
+    std::vector<std::uint32_t> fStarts;
+    int fShift = 0;
 };
 
 // Whether a list can make a polygon of that many vertices and faces: exactly one "point", and every
