@@ -118,20 +118,22 @@ void Grid::project(const RenderFrame& frame)
     projection.isScaled = frame.option.projection;
     projection.near = frame.option.nearClip;
     projection.range = frame.depthRange();
+    const VertexKernel kernel = frame.plain ? vertexKernel(1) : vertexKernel();
     const std::size_t count = vertexCount();
     PointBlock block;
     for (std::size_t done = 0; done < count; done += PointBlock::kMost) {
         const std::size_t size = std::min<std::size_t>(count - done, PointBlock::kMost);
         block.count = static_cast<int>(size);
-        const std::size_t most = (size + PointBlock::kMultiple - 1) & -PointBlock::kMultiple;
-        for (std::size_t k = 0; k < most; ++k) {
+        const int most = (block.count + PointBlock::kMultiple - 1) & -PointBlock::kMultiple;
+        for (int k = 0; k < most; ++k) {
             // The last one, as often as it takes.
-            const Point& P = fVertices[done + std::min(k, size - 1)].P;
+            const int n = std::min(k, block.count - 1);
+            const Point& P = fVertices[done + static_cast<std::size_t>(n)].P;
             block.x[k] = P.x;
             block.y[k] = P.y;
             block.z[k] = P.z;
         }
-        (frame.plain ? vertexKernel(1) : vertexKernel()).project(projection, block);
+        kernel.project(projection, block);
         std::copy_n(block.x, size, fRaster[0] + done);
         std::copy_n(block.y, size, fRaster[1] + done);
         std::copy_n(block.z, size, fRaster[2] + done);

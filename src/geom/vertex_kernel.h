@@ -2,8 +2,6 @@
 // There is a kernel for each instruction set, all to the same bits.
 #pragma once
 
-#include <cstddef>
-
 namespace zeb
 {
 
@@ -27,7 +25,7 @@ struct VertexBlock {
 
 // Positions, in camera space before and in raster space afterwards.
 struct PointBlock {
-    static constexpr std::size_t kMost = 64, kMultiple = 16;
+    static constexpr int kMost = 64, kMultiple = 16;
 
     int count = 0;
     float x[kMost], y[kMost], z[kMost];

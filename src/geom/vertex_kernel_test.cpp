@@ -168,8 +168,8 @@ TEST_F(VertexKernels, ProjectAsMatricesDo)
         projection.near = static_cast<float>(within(0, 1));
         projection.range = static_cast<float>(within(1, 100));
         PointBlock block;
-        block.count = std::uniform_int_distribution(1, static_cast<int>(PointBlock::kMost))(random);
-        for (std::size_t k = 0; k < PointBlock::kMost; ++k) {
+        block.count = std::uniform_int_distribution(1, PointBlock::kMost)(random);
+        for (int k = 0; k < PointBlock::kMost; ++k) {
             block.x[k] = static_cast<float>(within(-9, 9));
             block.y[k] = static_cast<float>(within(-9, 9));
             block.z[k] = oneIn(20) ? 0 : static_cast<float>(within(-9, 9));
