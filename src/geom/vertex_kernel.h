@@ -18,9 +18,9 @@ struct VertexBlock {
         float P[3][kMost], dPdu[3][kMost], dPdv[3][kMost];
     } camera;
     // The squares of the longer derivative of each vertex lie between these.
-    float shortest, longest;
+    float shortest = 0, longest = 0;
     // Whether the derivatives of none come close to being parallel.
-    bool spread;
+    bool spread = false;
 };
 
 // Positions, in camera space before and in raster space afterwards.
