@@ -61,7 +61,7 @@ bool MicroPolygon::inside(double s, double px, double py, double& t) const
 bool MicroPolygon::locate(float x, float y, float& fs, float& ft) const
 {
     if (!fReady) prepare();
-    const double px = double{x} - double{x0}, py = double{y} - double{y0};
+    const double px = x - x0, py = y - y0;
     const double B = px * dy - py * dx + B0;
     const double C = px * e2y - e2x * py;
     double s, t = 0;

@@ -64,7 +64,7 @@ private:
     // first sample is tested. In double: products of differences of floats are exact there, so a
     // position on an edge that two cells share lies in both.
     mutable bool fReady = false;
-    mutable float x0 = 0, y0 = 0;
+    mutable double x0 = 0, y0 = 0;
     mutable double e1x = 0, e1y = 0, e2x = 0, e2y = 0, dx = 0, dy = 0, A = 0, B0 = 0;
 };
 
