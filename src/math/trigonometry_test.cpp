@@ -39,10 +39,19 @@ void add(std::uint64_t& hash, double x)
     for (int k = 0; k < 64; k += 8) hash = (hash ^ (bits >> k & 0xFF)) * 0x100000001B3;
 }
 
+// Windows' long sines take those of the processor, which are off by more than doubles are. That the
+// bits are those of other systems is tested there, too.
+#ifdef _WIN32
+constexpr bool kIsExact = false;
+#else
+constexpr bool kIsExact = true;
+#endif
+
 }  // namespace
 
 TEST(Trigonometry, IsWithinOneUnitInTheLastPlace)
 {
+    if (!kIsExact) GTEST_SKIP() << "nothing exact to compare with";
     std::mt19937 random(1);
     for (const double limit : {0.8, 13.0, 1e5}) {
         double worst = 0;
@@ -101,6 +110,7 @@ TEST(Trigonometry, OfWhatIsNoAngleIsNoNumber)
 
 TEST(Trigonometry, FindsTheAngleOfASine)
 {
+    if (!kIsExact) GTEST_SKIP() << "nothing exact to compare with";
     std::mt19937 random(4);
     double worst = 0;
     for (int k = 0; k < 1000000; ++k) {
