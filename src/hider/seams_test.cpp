@@ -387,3 +387,27 @@ TEST_F(SeamRules, SidesThatPileUpAreLeftAlone)
     EXPECT_EQ(hits(10.25f, 5, 32), 1) << "64 sides";
     EXPECT_EQ(hits(10.25f, 5, 33), 0) << "66 sides";
 }
+
+// Places come line by line, and lines again and again: each keeps the box of all of its places.
+TEST(Lines, KeepWhereEachOfThemIs)
+{
+    zeb::Lines lines;
+    lines.add(kThird, 5, 5);
+    lines.add(kLine, 1, 2);
+    lines.add(kLine, 3, 1);
+    lines.add(kThird, 6, 4);
+    lines.add(kLine, 2, 4);
+    lines.sort();
+    const zeb::Bound* const box = lines.find(kLine);
+    ASSERT_TRUE(box);
+    EXPECT_EQ(box->xmin, 1);
+    EXPECT_EQ(box->xmax, 3);
+    EXPECT_EQ(box->ymin, 1);
+    EXPECT_EQ(box->ymax, 4);
+    EXPECT_FALSE(lines.find(kOther));
+    EXPECT_FALSE(lines.find(0)) << "where a surface ends";
+    const zeb::Bound there(3, 4, 4, 5, 0, 0), beyond(3.5f, 9, 0, 9, 0, 0);
+    EXPECT_TRUE(lines.reach({.umin = kOther, .vmax = kLine}, there));
+    EXPECT_FALSE(lines.reach({.umin = kOther, .vmax = kLine}, beyond));
+    EXPECT_FALSE(lines.reach({.umin = kOther}, there));
+}
