@@ -103,8 +103,8 @@ bool AdaptiveBucket::isOpen(const SamplePoint& point, const MultiSample& pixel,
     for (const SideReference* r = pixel.sides; r; r = r->next) {
         Seams::Near near;
         if (fFrame.plain) return true;
-        if (r->least > point.cover || !seams.look(*r->side, point.x, point.y, near)) continue;
-        if (isSeen(point, point.cover, near)) return true;
+        if (r->least > point.cover.order || !seams.look(*r->side, point.x, point.y, near)) continue;
+        if (isSeen(point, point.cover.order, near)) return true;
     }
     return false;
 }
@@ -114,12 +114,12 @@ void AdaptiveBucket::hide(SamplePoint& point, const MultiSample& pixel, const Pi
                           const Seams& seams, const Hits& hits, Counts& counts) const
 {
     // Behind its cover lie all grids from the first on that does.
-    for (const Reference* r = pixel.first; r && r->least <= point.cover; r = r->next) {
+    for (const Reference* r = pixel.first; r && r->least <= point.cover.order; r = r->next) {
         const auto& [cell, b, least, rank] = *r->candidate;
         const bool apart =
             point.x < b.xmin || point.x > b.xmax || point.y < b.ymin || point.y > b.ymax;
         float u, v;
-        if (!apart && least <= point.cover && cell.locate(point.x, point.y, u, v)) {
+        if (!apart && least <= point.cover.order && cell.locate(point.x, point.y, u, v)) {
             hits.add(point, cell, u, v, rank);
         }
     }

@@ -111,16 +111,15 @@ bool Bucket::isSeen(const SamplePoint& point, SampleOrder cover, const Seams::Ne
     MicroPolygon by(*near.side.grid, fBySequence);
     by.place(near.side.i, near.side.j);
     if (by.orderAt(near.s, near.t) > cover) return false;
-    for (const Hit* hit = point.latest; hit; hit = hit->earlier) {
-        if (hit->grid->fSeq != near.side.grid->fSeq || hit->order > cover) continue;
-        MicroPolygon cell(*hit->grid);
-        cell.place(hit->column, hit->row);
-        if ((cell.znormal() > 0) == near.side.away &&
-            Seams::covers(cell, hit->s, hit->t, near, near.side.room)) {
-            return false;
-        }
-    }
-    return true;
+    bool isHit = false;
+    point.eachHit([&](const Hit& hit) {
+        if (isHit || hit.grid->fSeq != near.side.grid->fSeq || hit.order > cover) return;
+        MicroPolygon cell(*hit.grid);
+        cell.place(hit.column, hit.row);
+        isHit = (cell.znormal() > 0) == near.side.away &&
+                Seams::covers(cell, hit.s, hit.t, near, near.side.room);
+    });
+    return !isHit;
 }
 
 void Bucket::closeGaps(SamplePoint& point, Seams::Near* list, const Pieces& pieces,

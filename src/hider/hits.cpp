@@ -16,25 +16,28 @@ void Hits::add(SamplePoint& point, const MicroPolygon& cell, float s, float t,
                std::uint32_t rank) const
 {
     const SampleOrder order = cell.orderAt(s, t);
-    if (order > point.cover) return;
-    const Grid& grid = cell.grid();
-    Hit* const hit =
-        fArena.make<Hit>(order, &grid, rank, static_cast<std::uint16_t>(cell.column()),
-                         static_cast<std::uint16_t>(cell.row()), s, t, point.latest, gBlack, false);
-    point.latest = hit;
-    ++point.count;
-    if (!fInOrder && !isOpaque(*hit)) {
-        hit->color = cell.colorAt(s, t);
-        hit->colored = true;
+    if (order > point.cover.order) return;
+    const Hit hit{order,
+                  &cell.grid(),
+                  rank,
+                  point.count++,
+                  static_cast<std::uint16_t>(cell.column()),
+                  static_cast<std::uint16_t>(cell.row()),
+                  s,
+                  t};
+    const bool opaque = isOpaque(hit);
+    const bool covers = opaque && !fInOrder && order < double{fFrame.depthScale};
+    if (covers && order < point.cover.order) {
+        point.cover = hit;
         return;
     }
+    const bool colored = !opaque && !fInOrder;
+    point.latest =
+        fArena.make<ListedHit>(hit, point.latest, colored ? cell.colorAt(s, t) : gBlack, colored);
+    if (colored) return;
     point.colorless = true;
-    if (!fInOrder && order < double{fFrame.depthScale}) {
-        point.cover = order;
-    } else {
-        // Beyond the far clipping plane, what is opaque leaves the depth to what is behind it.
-        point.byRank = true;
-    }
+    // Beyond the far clipping plane, what is opaque leaves the depth to what is behind it.
+    if (!covers) point.byRank = true;
 }
 
 bool Hits::isOpaque(const Hit& hit)
@@ -46,44 +49,49 @@ bool Hits::isOpaque(const Hit& hit)
 
 SampleOrder Hits::coverOf(const SamplePoint& point) const
 {
-    SampleOrder cover = point.cover;
+    SampleOrder cover = point.cover.order;
     if (!fCovers || !fInOrder) return cover;
-    for (const Hit* hit = point.latest; hit; hit = hit->earlier) {
-        const bool covers = hit->order < double{fFrame.depthScale} && isOpaque(*hit);
-        if (covers) cover = std::min(cover, hit->order);
-    }
+    point.eachHit([&](const Hit& hit) {
+        const bool covers = hit.order < double{fFrame.depthScale} && isOpaque(hit);
+        if (covers) cover = std::min(cover, hit.order);
+    });
     return cover;
 }
 
 void Hits::want(const SamplePoint& point, std::vector<const Grid*>& grids) const
 {
+    const auto wantOf = [&grids](const Hit& hit) {
+        const bool wanted = hit.grid->wantsAny();
+        if (hit.grid->want(hit.column, hit.row) && !wanted) grids.push_back(hit.grid);
+    };
+    if (point.cover.grid) wantOf(point.cover);
     if (!point.colorless) return;
-    for (const Hit* hit = point.latest; hit; hit = hit->earlier) {
-        if (hit->colored || hit->order > point.cover) continue;
-        const bool wanted = hit->grid->wantsAny();
-        if (hit->grid->want(hit->column, hit->row) && !wanted) grids.push_back(hit->grid);
+    for (const ListedHit* hit = point.latest; hit; hit = hit->earlier) {
+        if (!hit->colored && hit->order <= point.cover.order) wantOf(*hit);
     }
 }
 
-SampleHit Hits::seen(const Hit& hit) const
+SampleHit Hits::seen(const Entry& entry)
 {
+    const Hit& hit = *entry.hit;
     const Grid& grid = *hit.grid;
     return {hit.order,
-            hit.colored ? hit.color : grid.foundColorAt(hit.column, hit.row, hit.s, hit.t),
+            entry.color ? *entry.color : grid.foundColorAt(hit.column, hit.row, hit.s, hit.t),
             grid.opacityAt(hit.column, hit.row, hit.s, hit.t), grid.fMatte};
 }
 
 PackedSample Hits::resolve(const SamplePoint& point) const
 {
-    if (!point.latest) return {point.x, point.y, gBlack, 0, double{fFrame.depthScale}};
+    if (!point.latest) return resolveCover(point);
+    const auto most = static_cast<std::size_t>(point.count);
     Entry few[kFew];
-    Entry* const entries =
-        point.count <= kFew ? few : fArena.array<Entry>(static_cast<std::size_t>(point.count));
-    int count = 0, index = point.count;
-    for (const Hit* hit = point.latest; hit; hit = hit->earlier) {
-        --index;
-        if (hit->order <= point.cover) entries[count++] = {hit->order, hit, index};
+    Entry* const entries = most <= kFew ? few : fArena.array<Entry>(most);
+    int count = 0;
+    for (const ListedHit* hit = point.latest; hit; hit = hit->earlier) {
+        if (hit->order > point.cover.order) continue;
+        entries[count++] = {hit->order, hit, hit->colored ? &hit->color : nullptr};
     }
+    if (point.cover.grid) entries[count++] = {point.cover.order, &point.cover, nullptr};
     if (point.byRank) return resolveByRank(point, entries, count);
     if (count > 1) {
         std::sort(entries, entries + count,
@@ -93,9 +101,20 @@ PackedSample Hits::resolve(const SamplePoint& point) const
         if (entries[k].order == entries[k - 1].order) return resolveByRank(point, entries, count);
     }
     Composite composite(point.x, point.y, double{fFrame.depthScale}, fFrame.option.quirks);
-    for (int k = 0; k < count && composite.add(seen(*entries[k].hit)); ++k) {
+    for (int k = 0; k < count && composite.add(seen(entries[k])); ++k) {
     }
     return composite.result();
+}
+
+// What Composite makes of nothing, or of one that is opaque.
+PackedSample Hits::resolveCover(const SamplePoint& point) const
+{
+    const Hit& hit = point.cover;
+    if (!hit.grid || hit.grid->fMatte) {
+        return {point.x, point.y, gBlack, 0, double{fFrame.depthScale}};
+    }
+    const Color color = hit.grid->foundColorAt(hit.column, hit.row, hit.s, hit.t);
+    return {point.x, point.y, gBlack + color, 1, hit.order};
 }
 
 // What lies behind a cover is missing: in the list it would be behind it, too, and move nothing
@@ -103,11 +122,11 @@ PackedSample Hits::resolve(const SamplePoint& point) const
 PackedSample Hits::resolveByRank(const SamplePoint& point, Entry* entries, int count) const
 {
     std::sort(entries, entries + count, [](const Entry& a, const Entry& b) {
-        return a.hit->rank != b.hit->rank ? a.hit->rank < b.hit->rank : a.index < b.index;
+        return a.hit->rank != b.hit->rank ? a.hit->rank < b.hit->rank : a.hit->index < b.hit->index;
     });
     Sample sample;
     sample.place(point.x, point.y);
-    for (int k = 0; k < count; ++k) sample.add(seen(*entries[k].hit), fArena);
+    for (int k = 0; k < count; ++k) sample.add(seen(entries[k]), fArena);
     return sample.pack(double{fFrame.depthScale}, fFrame.option.quirks);
 }
 

@@ -12,13 +12,18 @@ namespace zeb
 
 // A place of a micropolygon that lies at a sample's position.
 struct Hit {
-    SampleOrder order;
-    const Grid* grid;
+    SampleOrder order = std::numeric_limits<SampleOrder>::infinity();
+    const Grid* grid = nullptr;
     // Of the grid, among those of the bucket: decides among hits of equal order.
-    std::uint32_t rank;
-    std::uint16_t column, row;
-    float s, t;
-    const Hit* earlier;  // at this position
+    std::uint32_t rank = 0;
+    int index = 0;  // among the hits at this position, as they came
+    std::uint16_t column = 0, row = 0;
+    float s = 0, t = 0;
+};
+
+// One of many at a position.
+struct ListedHit : Hit {
+    const ListedHit* earlier;
     // Of what is opaque found only if it is seen; of what is not while it is at hand.
     Color color;
     bool colored;
@@ -26,17 +31,27 @@ struct Hit {
 
 struct SamplePoint {
     float x = 0, y = 0;
-    // What lies behind this is not seen.
-    SampleOrder cover = std::numeric_limits<SampleOrder>::infinity();
-    const Hit* latest = nullptr;
+    // What is opaque and nearest of all, without a grid as long as there is none: what lies behind
+    // it is not seen. Most samples have no more.
+    Hit cover;
+    // What is not opaque, or as near as the cover; what has become hidden may be among it.
+    const ListedHit* latest = nullptr;
     int count = 0;  // of hits
     // Whether the order in which surfaces were filed may decide what is seen, even where no two
     // are equally deep.
     bool byRank = false;
     // Whether a gap may show there that no surface closes.
     bool open = false;
-    // Whether some hit's colour is not known yet.
+    // Whether some listed hit's colour is not known yet.
     bool colorless = false;
+
+    // Calls visit(hit) for all of them; some may be hidden.
+    template <class Visit>
+    void eachHit(const Visit& visit) const
+    {
+        if (cover.grid) visit(cover);
+        for (const ListedHit* hit = latest; hit; hit = hit->earlier) visit(*hit);
+    }
 };
 
 // Grids may come in any order: what is seen is what taking them by their ranks would give. Where
@@ -64,15 +79,15 @@ public:
     PackedSample resolve(const SamplePoint& point) const;
 
 private:
-    // A hit and its place among those of its sample.
     struct Entry {
         SampleOrder order;
         const Hit* hit;
-        int index;
+        const Color* color;  // null where the grid has it
     };
 
     static bool isOpaque(const Hit& hit);
-    SampleHit seen(const Hit& hit) const;
+    static SampleHit seen(const Entry& entry);
+    PackedSample resolveCover(const SamplePoint& point) const;
     PackedSample resolveByRank(const SamplePoint& point, Entry* entries, int count) const;
 
     const RenderFrame& fFrame;

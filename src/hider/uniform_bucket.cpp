@@ -74,7 +74,7 @@ void UniformBucket::placeSamples(const Window& window, Arena& arena)
             SamplePoint& point = fSamples[k];
             fX[k] = point.x = static_cast<float>(column.at + dx);
             fY[k] = point.y = static_cast<float>(row.at + dy);
-            fCovers[k] = point.cover;
+            fCovers[k] = point.cover.order;
         }
     }
 }
@@ -246,8 +246,8 @@ void UniformBucket::hideCell(MicroPolygon& cell, const CellRow& cells, int n, st
             ++counts.hits;
             SamplePoint& point = fSamples[k];
             hits.add(point, cell, s, t, rank);
-            if (point.cover < fCovers[k]) {
-                fCovers[k] = point.cover;
+            if (point.cover.order < fCovers[k]) {
+                fCovers[k] = point.cover.order;
                 tileOf(k).known = false;
                 fCovered = true;
             }
@@ -303,8 +303,8 @@ bool UniformBucket::openSamples(const Pieces& pieces, Seams& seams, const Window
             eachSample(side.bound(), window, [&](long k) {
                 SamplePoint& point = fSamples[k];
                 Seams::Near near;
-                if (point.cover < least || !seams.look(side, point.x, point.y, near)) return;
-                if (!fFrame.plain && !isSeen(point, point.cover, near)) return;
+                if (point.cover.order < least || !seams.look(side, point.x, point.y, near)) return;
+                if (!fFrame.plain && !isSeen(point, point.cover.order, near)) return;
                 any = point.open = true;
                 lines.add(side.line, point.x, point.y);
             });
