@@ -88,7 +88,7 @@ void AdaptiveBucket::collect(const Grid& grid, const Ranked& ranked, const Windo
         const Candidate* candidate = nullptr;
         eachPixel(bound, window, [&](MultiSample& pixel) {
             if (!candidate)
-                candidate = arena.make<Candidate>(*cell, bound, leastOf(bound, *cell), ranked.rank);
+                candidate = arena.make<Candidate>(*cell, bound, leastOf(bound, grid), ranked.rank);
             Reference* reference = arena.make<Reference>(candidate, ranked.least, nullptr);
             (pixel.last ? pixel.last->next : pixel.first) = reference;
             pixel.last = reference;

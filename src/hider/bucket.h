@@ -7,6 +7,7 @@
 #include "display/display.h"
 #include "hider/cell_kernel.h"
 #include "hider/hits.h"
+#include "hider/locate_kernel.h"
 #include "hider/pixel_filter.h"
 #include "hider/seams.h"
 #include "util/arena.h"
@@ -73,10 +74,10 @@ protected:
     // Closes the gaps that a sample lies in.
     void closeGaps(SamplePoint& point, Seams::Near* list, const Pieces& pieces, const Seams& seams,
                    const Hits& hits, Counts& counts) const;
-    // What orders the hits of a cell, or of all within a box, is at least this.
-    static SampleOrder leastOf(const Bound& box, const MicroPolygon& cell)
+    // What orders the hits of a grid's cell, or of all within a box, is at least this.
+    SampleOrder leastOf(const Bound& box, const Grid& grid) const
     {
-        if (cell.bySequence()) return cell.orderAt(0, 0);
+        if (fBySequence) return -static_cast<double>(grid.fSeq);
         return double{box.zmin} - depthRounding(box.zmin, box.zmax);
     }
 
@@ -120,10 +121,22 @@ private:
     void placeSamples(const Window& window, Arena& arena);
     void hide(const Pieces& pieces, const Hits& hits, const Window& window, Counts& counts);
     void shade(const Hits& hits) const;
-    void hideGrid(const Grid& grid, std::uint32_t rank, const Hits& hits, const Window& window,
-                  Counts& counts);
-    void hideCell(MicroPolygon& cell, const CellRow& cells, int n, std::uint32_t rank,
-                  const Hits& hits, Counts& counts);
+    // Samples that may lie in cells of a grid.
+    struct Candidates : LocateBlock {
+        long sample[kMost];
+        VertexPlace cell[kMost];
+    };
+    // A grid on its way through the bucket.
+    struct Hiding {
+        const Grid& grid;
+        std::uint32_t rank;
+        const Hits& hits;
+        Counts& counts;
+        Candidates& candidates;
+    };
+    void hideGrid(const Hiding& hiding, const Window& window);
+    void hideCell(const Hiding& hiding, const CellRow& cells, int n, VertexPlace cell);
+    void hideCandidates(const Hiding& hiding);
     void closeSeams(const Pieces& pieces, const Hits& hits, const Window& window,
                     BucketScratch& scratch);
     bool openSamples(const Pieces& pieces, Seams& seams, const Window& window, Lines& lines);
@@ -152,6 +165,7 @@ private:
 
     // The plain way uses one lane.
     const CellKernel fCells = fFrame.plain ? cellKernel(1) : cellKernel();
+    const LocateKernel fLocate = fFrame.plain ? nullptr : locateKernel();
     long fColumns = 0, fRows = 0, fTileColumns = 0;
     float fJitter = 0;  // half the width a sample strays in
     // Without pieces no sample is placed: what a filter of ours makes of them is nothing, as deep

@@ -17,24 +17,25 @@ void Hits::add(SamplePoint& point, const MicroPolygon& cell, float s, float t,
 {
     const SampleOrder order = cell.orderAt(s, t);
     if (order > point.cover.order) return;
-    const Hit hit{order,
-                  &cell.grid(),
-                  rank,
-                  point.count++,
-                  static_cast<std::uint16_t>(cell.column()),
-                  static_cast<std::uint16_t>(cell.row()),
-                  s,
-                  t};
+    Hit hit{order,
+            &cell.grid(),
+            rank,
+            point.count++,
+            0,
+            static_cast<std::uint16_t>(cell.column()),
+            static_cast<std::uint16_t>(cell.row()),
+            s,
+            t};
     const bool opaque = isOpaque(hit);
     const bool covers = opaque && !fInOrder && order < double{fFrame.depthScale};
     if (covers && order < point.cover.order) {
         point.cover = hit;
         return;
     }
-    const bool colored = !opaque && !fInOrder;
+    hit.colored = !opaque && !fInOrder;
     point.latest =
-        fArena.make<ListedHit>(hit, point.latest, colored ? cell.colorAt(s, t) : gBlack, colored);
-    if (colored) return;
+        fArena.make<ListedHit>(hit, hit.colored ? cell.colorAt(s, t) : gBlack, point.latest);
+    if (hit.colored) return;
     point.colorless = true;
     // Beyond the far clipping plane, what is opaque leaves the depth to what is behind it.
     if (!covers) point.byRank = true;
@@ -83,9 +84,8 @@ SampleHit Hits::seen(const Entry& entry)
 PackedSample Hits::resolve(const SamplePoint& point) const
 {
     if (!point.latest) return resolveCover(point);
-    const auto most = static_cast<std::size_t>(point.count);
     Entry few[kFew];
-    Entry* const entries = most <= kFew ? few : fArena.array<Entry>(most);
+    Entry* const entries = point.count <= kFew ? few : fArena.array<Entry>(point.count);
     int count = 0;
     for (const ListedHit* hit = point.latest; hit; hit = hit->earlier) {
         if (hit->order > point.cover.order) continue;

@@ -16,17 +16,18 @@ struct Hit {
     const Grid* grid = nullptr;
     // Of the grid, among those of the bucket: decides among hits of equal order.
     std::uint32_t rank = 0;
-    int index = 0;  // among the hits at this position, as they came
+    std::uint32_t index : 31 = 0;  // among the hits at this position, as they came
+    // Whether the colour is known: of what is opaque it is found only if that is seen, of what is
+    // not while it is at hand.
+    std::uint32_t colored : 1 = 0;
     std::uint16_t column = 0, row = 0;
     float s = 0, t = 0;
 };
 
 // One of many at a position.
 struct ListedHit : Hit {
-    const ListedHit* earlier;
-    // Of what is opaque found only if it is seen; of what is not while it is at hand.
     Color color;
-    bool colored;
+    const ListedHit* earlier;
 };
 
 struct SamplePoint {
@@ -36,7 +37,7 @@ struct SamplePoint {
     Hit cover;
     // What is not opaque, or as near as the cover; what has become hidden may be among it.
     const ListedHit* latest = nullptr;
-    int count = 0;  // of hits
+    std::uint32_t count = 0;  // of hits
     // Whether the order in which surfaces were filed may decide what is seen, even where no two
     // are equally deep.
     bool byRank = false;

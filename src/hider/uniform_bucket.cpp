@@ -176,18 +176,18 @@ void UniformBucket::shade(const Hits& hits) const
 void UniformBucket::hide(const Pieces& pieces, const Hits& hits, const Window& window,
                          Counts& counts)
 {
+    Candidates candidates;
     for (const Ranked& ranked : nearestFirst(pieces, window)) {
         checkCancelled();
         Piece& piece = *pieces[ranked.rank];
-        if (!hidden(piece.box(), ranked.least, window)) {
-            hideGrid(piece.dice(counts), ranked.rank, hits, window, counts);
-        }
+        if (hidden(piece.box(), ranked.least, window)) continue;
+        hideGrid({piece.dice(counts), ranked.rank, hits, counts, candidates}, window);
     }
 }
 
-void UniformBucket::hideGrid(const Grid& grid, std::uint32_t rank, const Hits& hits,
-                             const Window& window, Counts& counts)
+void UniformBucket::hideGrid(const Hiding& hiding, const Window& window)
 {
+    const Grid& grid = hiding.grid;
     const AttribNamesScope names(grid.fAttrib->object.text(), grid.fAttrib->group.text());
     const Lattice lattice{window.xmin,
                           window.xmax,
@@ -204,13 +204,12 @@ void UniformBucket::hideGrid(const Grid& grid, std::uint32_t rank, const Hits& h
     };
     // Most of what is transparent is seen, and at hand now.
     if (!grid.isOpaque()) grid.shade();
-    MicroPolygon cell(grid, fBySequence);
     CellRow cells;
     cells.isFlipped = grid.fFlip != grid.fTransposed;
     for (int j = 0; j < grid.fVSize; ++j) {
         checkCancelled();
         const Bound row = joined(grid.rowBound(j), grid.rowBound(j + 1));
-        if (outside(row) || hidden(row, leastOf(row, cell), window)) continue;
+        if (outside(row) || hidden(row, leastOf(row, grid), window)) continue;
         const int count = grid.cellCount(j);
         for (int i = 0; i < count; i += CellRow::kMost) {
             cells.count = std::min(count - i, CellRow::kMost);
@@ -223,36 +222,63 @@ void UniformBucket::hideGrid(const Grid& grid, std::uint32_t rank, const Hits& h
                 if (cells.i1[k] < cells.i0[k] || cells.j1[k] < cells.j0[k]) continue;
                 const double facing = double{cells.facing[k]};
                 if (nearZero(facing) || culled(grid, facing)) continue;
-                cell.place(i + k, j);
-                hideCell(cell, cells, k, rank, hits, counts);
+                hideCell(hiding, cells, k,
+                         {static_cast<std::uint16_t>(i + k), static_cast<std::uint16_t>(j)});
             }
+        }
+    }
+    hideCandidates(hiding);
+}
+
+void UniformBucket::hideCell(const Hiding& hiding, const CellRow& cells, int n, VertexPlace cell)
+{
+    const Bound box{cells.xmin[n], cells.xmax[n], cells.ymin[n],
+                    cells.ymax[n], cells.zmin[n], cells.zmax[n]};
+    const SampleOrder least = leastOf(box, hiding.grid);
+    Candidates& c = hiding.candidates;
+    for (long j = cells.j0[n]; j <= cells.j1[n]; ++j) {
+        for (long i = cells.i0[n]; i <= cells.i1[n]; ++i) {
+            const long k = j * fColumns + i;
+            if (!isIn(box, k) || fCovers[k] < least) continue;
+            if (c.count == Candidates::kMost) hideCandidates(hiding);
+            const int m = c.count++;
+            c.sample[m] = k;
+            c.cell[m] = cell;
+            c.x[m] = fX[k];
+            c.y[m] = fY[k];
+            c.x00[m] = cells.upper[0][n];
+            c.x10[m] = cells.upper[0][n + 1];
+            c.x01[m] = cells.lower[0][n];
+            c.x11[m] = cells.lower[0][n + 1];
+            c.y00[m] = cells.upper[1][n];
+            c.y10[m] = cells.upper[1][n + 1];
+            c.y01[m] = cells.lower[1][n];
+            c.y11[m] = cells.lower[1][n + 1];
         }
     }
 }
 
-void UniformBucket::hideCell(MicroPolygon& cell, const CellRow& cells, int n, std::uint32_t rank,
-                             const Hits& hits, Counts& counts)
+void UniformBucket::hideCandidates(const Hiding& hiding)
 {
-    const Bound box{cells.xmin[n], cells.xmax[n], cells.ymin[n],
-                    cells.ymax[n], cells.zmin[n], cells.zmax[n]};
-    const SampleOrder least = leastOf(box, cell);
-    for (long j = cells.j0[n]; j <= cells.j1[n]; ++j) {
-        for (long i = cells.i0[n]; i <= cells.i1[n]; ++i) {
-            const long k = j * fColumns + i;
-            float s, t;
-            if (!isIn(box, k) || fCovers[k] < least) continue;
-            ++counts.tests;
-            if (!cell.locate(fX[k], fY[k], s, t)) continue;
-            ++counts.hits;
-            SamplePoint& point = fSamples[k];
-            hits.add(point, cell, s, t, rank);
-            if (point.cover.order < fCovers[k]) {
-                fCovers[k] = point.cover.order;
-                tileOf(k).known = false;
-                fCovered = true;
-            }
+    Candidates& c = hiding.candidates;
+    MicroPolygon cell(hiding.grid, fBySequence);
+    if (fLocate) fLocate(c);
+    for (int m = 0; m < c.count; ++m) {
+        cell.place(c.cell[m].i, c.cell[m].j);
+        auto s = static_cast<float>(c.s[m]), t = static_cast<float>(c.t[m]);
+        if (fLocate ? s < 0 : !cell.locate(c.x[m], c.y[m], s, t)) continue;
+        ++hiding.counts.hits;
+        const long k = c.sample[m];
+        SamplePoint& point = fSamples[k];
+        hiding.hits.add(point, cell, s, t, hiding.rank);
+        if (point.cover.order < fCovers[k]) {
+            fCovers[k] = point.cover.order;
+            tileOf(k).known = false;
+            fCovered = true;
         }
     }
+    hiding.counts.tests += static_cast<std::uint64_t>(c.count);
+    c.count = 0;
 }
 
 // Only samples that may lie in a gap that is seen are looked at closely, and only there do hidden

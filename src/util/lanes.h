@@ -110,6 +110,14 @@ inline Int select(Mask m, Int yes, Int no) { return Int(m.v ? yes.v : no.v); }
 struct WideMask {
     WideMaskLanes v;
 
+    friend WideMask operator&(WideMask a, WideMask b)
+    {
+        return {static_cast<WideMaskLanes>(a.v & b.v)};
+    }
+    friend WideMask andNot(WideMask a, WideMask b)
+    {
+        return {static_cast<WideMaskLanes>(a.v & (b.v == WideMaskLanes{}))};
+    }
     friend WideMask operator|(WideMask a, WideMask b)
     {
         return {static_cast<WideMaskLanes>(a.v | b.v)};
@@ -142,11 +150,13 @@ struct Double {
     friend Double operator-(Double a) { return -a.v; }
     friend WideMask operator<(Double a, Double b) { return {a.v < b.v}; }
     friend WideMask operator>(Double a, Double b) { return {a.v > b.v}; }
+    friend WideMask operator<=(Double a, Double b) { return {a.v <= b.v}; }
     friend WideMask operator>=(Double a, Double b) { return {a.v >= b.v}; }
     friend WideMask operator!=(Double a, Double b) { return {a.v != b.v}; }
 };
 
 inline Double select(WideMask m, Double yes, Double no) { return m.v ? yes.v : no.v; }
+inline WideMask select(WideMask m, WideMask yes, WideMask no) { return (m & yes) | andNot(no, m); }
 
 inline Double least(Double a, Double b) { return a.v < b.v ? a.v : b.v; }
 inline Double most(Double a, Double b) { return a.v > b.v ? a.v : b.v; }
@@ -163,6 +173,11 @@ inline WordLanes bitsOf(Double d) { return __builtin_bit_cast(WordLanes, d.v); }
 inline Double ofBits(WordLanes bits) { return __builtin_bit_cast(DoubleLanes, bits); }
 
 inline Double abs(Double x) { return ofBits(bitsOf(x) & 0x7FFFFFFFFFFFFFFF); }
+// A size that is not negative, with the sign of another number.
+inline Double withSign(Double size, Double sign)
+{
+    return ofBits(bitsOf(size) | (bitsOf(sign) & 0x8000000000000000));
+}
 
 // Of what fits into 32 bits: towards zero.
 #if ZEB_LANES == 1
