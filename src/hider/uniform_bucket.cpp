@@ -230,22 +230,19 @@ void UniformBucket::hideGrid(const Hiding& hiding, const Window& window)
     hideCandidates(hiding);
 }
 
+// Whether a sample is one of them is found without jumps: next to nothing would predict them.
 void UniformBucket::hideCell(const Hiding& hiding, const CellRow& cells, int n, VertexPlace cell)
 {
     const Bound box{cells.xmin[n], cells.xmax[n], cells.ymin[n],
                     cells.ymax[n], cells.zmin[n], cells.zmax[n]};
     const SampleOrder least = leastOf(box, hiding.grid);
     Candidates& c = hiding.candidates;
-    for (long j = cells.j0[n]; j <= cells.j1[n]; ++j) {
-        for (long i = cells.i0[n]; i <= cells.i1[n]; ++i) {
-            const long k = j * fColumns + i;
-            if (!isIn(box, k) || fCovers[k] < least) continue;
-            if (c.count == Candidates::kMost) hideCandidates(hiding);
-            const int m = c.count++;
-            c.sample[m] = k;
+    int known = c.count;
+    const auto describe = [&] {
+        for (int m = known; m < c.count; ++m) {
             c.cell[m] = cell;
-            c.x[m] = fX[k];
-            c.y[m] = fY[k];
+            c.x[m] = fX[c.sample[m]];
+            c.y[m] = fY[c.sample[m]];
             c.x00[m] = cells.upper[0][n];
             c.x10[m] = cells.upper[0][n + 1];
             c.x01[m] = cells.lower[0][n];
@@ -255,7 +252,19 @@ void UniformBucket::hideCell(const Hiding& hiding, const CellRow& cells, int n, 
             c.y01[m] = cells.lower[1][n];
             c.y11[m] = cells.lower[1][n + 1];
         }
+    };
+    for (long j = cells.j0[n]; j <= cells.j1[n]; ++j) {
+        for (long i = cells.i0[n]; i <= cells.i1[n]; ++i) {
+            const long k = j * fColumns + i;
+            c.sample[c.count] = k;
+            c.count += isIn(box, k) & (fCovers[k] >= least);
+            if (c.count < Candidates::kMost) continue;
+            describe();
+            hideCandidates(hiding);
+            known = 0;
+        }
     }
+    describe();
 }
 
 void UniformBucket::hideCandidates(const Hiding& hiding)
