@@ -4,6 +4,7 @@
 #include <ostream>
 #include <utility>
 
+#include "math/trigonometry.h"
 #include "util/number.h"
 #include "util/report.h"
 
@@ -54,7 +55,8 @@ void Matrix::rotate(float angle, float x, float y, float z)
     }
     const Pointd a = normalized({x, y, z});
     const double theta = kDegrees * angle;
-    const double s = std::sin(theta), c = std::cos(theta), k = 1 - c;
+    const auto [s, c] = sincos(theta);
+    const double k = 1 - c;
     const double rows[3][3] = {
         {k * a.x * a.x + c, k * a.x * a.y + s * a.z, k * a.x * a.z - s * a.y},
         {k * a.x * a.y - s * a.z, k * a.y * a.y + c, k * a.y * a.z + s * a.x},
@@ -99,7 +101,8 @@ void Matrix::skew(float angle, float dx1, float dy1, float dz1, float dx2, float
 
 void Matrix::perspective(float fov)
 {
-    const float t = static_cast<float>(std::tan(kDegrees * fov * 0.5));
+    const auto [sine, cosine] = sincos(kDegrees * fov * 0.5);
+    const float t = static_cast<float>(sine / cosine);
     const float a = static_cast<float>(static_cast<double>(t) * 1e38 * 1e-38);
     for (int c = 0; c < 4; ++c) {
         const double row2 = m[2][c];

@@ -7,8 +7,18 @@
 namespace zeb
 {
 
+namespace
+{
+
+constexpr double kQuarter = 1.57079632679489661923;
+
+}  // namespace
+
 SinCos sincos(double angle)
 {
+    constexpr double kMost = 1e5, kTurn = 6.28318530717958647693;
+    // Exact on every machine, unlike the library's other functions.
+    if (!(__builtin_fabs(angle) <= kMost)) angle = __builtin_fmod(angle, kTurn);
     Double sine, cosine;
     sincos(Double{angle}, sine, cosine);
     return {sine.v, cosine.v};
@@ -19,7 +29,6 @@ SinCos sincos(double angle)
 // series, too, is cut after two terms, which leaves 1e-8 after the first turn.
 double arcsine(double x)
 {
-    constexpr double kQuarter = 1.57079632679489661923;
     const double size = __builtin_fabs(x);
     const double y = __builtin_sqrt((1 - size) * (1 + size));
     double angle = kQuarter - __builtin_sqrt(2 * (1 - size)) * (1 + (1 - size) / 12);
@@ -30,5 +39,7 @@ double arcsine(double x)
     }
     return __builtin_copysign(angle, x);
 }
+
+double arccosine(double x) { return kQuarter - arcsine(x); }
 
 }  // namespace zeb

@@ -129,6 +129,31 @@ TEST(Trigonometry, FindsTheAngleOfASine)
     EXPECT_TRUE(std::isnan(arcsine(std::numeric_limits<double>::quiet_NaN())));
 }
 
+TEST(Trigonometry, FindsTheAngleOfACosine)
+{
+    if (!kIsExact) GTEST_SKIP() << "nothing exact to compare with";
+    std::mt19937 random(5);
+    for (int k = 0; k < 100000; ++k) {
+        const double x = within(random, 1);
+        const long double exact = std::acos(static_cast<long double>(x));
+        ASSERT_NEAR(arccosine(x), static_cast<double>(exact), 6e-16) << x;
+    }
+    EXPECT_EQ(arccosine(1), 0);
+    EXPECT_EQ(arccosine(-1), 2 * kQuarter);
+}
+
+// Beyond it the series would be of no use: what is left without whole turns is.
+TEST(Trigonometry, TakesAnglesOfAnySize)
+{
+    for (const double x : {1.1e5, -3e7, 1e15, 1e38, 1.7e308}) {
+        const auto [sine, cosine] = sincos(x);
+        EXPECT_NEAR(sine * sine + cosine * cosine, 1, 1e-15) << x;
+        EXPECT_EQ(sine, sincos(std::fmod(x, 4 * kQuarter)).sin) << x;
+        EXPECT_EQ(sincos(-x).sin, -sine) << x;
+    }
+    EXPECT_NEAR(sincos(1.1e5).sin, std::sin(1.1e5), 1e-10);
+}
+
 // The bits are those that they were where this was written.
 TEST(Trigonometry, HasTheSameBitsEverywhere)
 {

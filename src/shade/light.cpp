@@ -7,6 +7,7 @@
 
 #include "math/matrix.h"
 #include "math/shading_math.h"
+#include "math/trigonometry.h"
 #include "state/quark.h"
 #include "state/upcalls.h"
 
@@ -16,14 +17,19 @@ namespace zeb
 namespace
 {
 
-float clampedAcos(float x) { return std::acos(std::fmin(1.0f, std::fmax(-1.0f, x))); }
+float clampedAcos(float x)
+{
+    return static_cast<float>(arccosine(double{std::fmin(1.0f, std::fmax(-1.0f, x))}));
+}
+float sineOf(float angle) { return static_cast<float>(sincos(double{angle}).sin); }
+float cosineOf(float angle) { return static_cast<float>(sincos(double{angle}).cos); }
 
 // Of the half-angle of a cone; surfaces ask for the half-space.
 float coneCosine(float angle)
 {
     constexpr float kHalfSpace = kPi * 0.5f;
-    static const float cosine = std::cos(kHalfSpace);
-    return angle == kHalfSpace ? cosine : std::cos(angle);
+    static const float cosine = cosineOf(kHalfSpace);
+    return angle == kHalfSpace ? cosine : cosineOf(angle);
 }
 
 // Parameters are found by name, so a light may list fields of a record that it shares with others.
@@ -92,10 +98,10 @@ float Light::illuminate(const Point& Ps, const Point& N, float angle, const Poin
 {
     sample.L = Ps - Pl;
     const Point direction = normalize(scaled(sample.L));
-    if (lightangle < kPi && std::cos(lightangle) > dot(normalize(scaled(axis)), direction))
+    if (lightangle < kPi && cosineOf(lightangle) > dot(normalize(scaled(axis)), direction))
         return 0;
     if (angle >= kPi) return 1;
-    return dot(normalize(N), -direction) >= std::cos(angle) ? 1.0f : 0.0f;
+    return dot(normalize(N), -direction) >= cosineOf(angle) ? 1.0f : 0.0f;
 }
 
 float Light::solar(const Point&, const Point& N, float angle, const Point& axis, float lightangle,
@@ -110,7 +116,7 @@ float Light::solar(const Point&, const Point& N, float angle, const Point& axis,
     if (lightangle == 0) {
         // Without a spread the light is in the cone or it is not.
         sample.L = axis;
-        return angle >= kPi || dot(a, b) >= std::cos(angle) ? 1.0f : 0.0f;
+        return angle >= kPi || dot(a, b) >= cosineOf(angle) ? 1.0f : 0.0f;
     }
     const float d = clampedAcos(dot(a, b));
     if (d + lightangle <= angle) {
@@ -139,9 +145,9 @@ float Light::solar(const Point&, const Point& N, float angle, const Point& axis,
     for (long i = 0; i < m; ++i) {
         const float theta = sample.random.unit() * lightangle;
         const float phi = sample.random.unit() * kPi * 0.5f;
-        const Point direction(std::cos(phi) * std::sin(theta), std::cos(theta),
-                              std::sin(phi) * std::sin(theta));
-        count += dot(a, direction) >= std::cos(angle);
+        const Point direction(cosineOf(phi) * sineOf(theta), cosineOf(theta),
+                              sineOf(phi) * sineOf(theta));
+        count += dot(a, direction) >= cosineOf(angle);
     }
     return static_cast<float>(count) / static_cast<float>(m);
 }
@@ -252,8 +258,8 @@ void SpotLight::instance(const ArgList& args)
     fAxis = normalize(scaled(aim(fParms, toCamera())));
     fParms.coneangle = static_cast<float>(kDegrees * fParms.coneangle);
     fParms.conedeltaangle = static_cast<float>(kDegrees * fParms.conedeltaangle);
-    fCosOutside = std::cos(fParms.coneangle);
-    fCosInside = std::cos(fParms.coneangle - fParms.conedeltaangle);
+    fCosOutside = cosineOf(fParms.coneangle);
+    fCosInside = cosineOf(fParms.coneangle - fParms.conedeltaangle);
 }
 
 float SpotLight::illuminates(const Point& P, const Point& N, float angle, long,
@@ -277,7 +283,7 @@ bool SpotLight::describe(LightRecord& record) const
     assign(record.axis, fAxis);
     assign(record.cone, normalize(scaled(fAxis)));
     constexpr float kEverywhere = -std::numeric_limits<float>::infinity();
-    record.coscone = fParms.coneangle < kPi ? std::cos(fParms.coneangle) : kEverywhere;
+    record.coscone = fParms.coneangle < kPi ? cosineOf(fParms.coneangle) : kEverywhere;
     std::tie(record.edge[0], record.edge[1]) = std::minmax(fCosOutside, fCosInside);
     record.beamdistribution = fParms.beamdistribution;
     return true;

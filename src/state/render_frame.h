@@ -28,9 +28,7 @@ struct RenderFrame {
     RenderFrame(const Option& options, const Matrix& toRaster)
         : option(options),
           cameraToRaster(toRaster),
-          depthScale(options.projection
-                         ? static_cast<float>(std::exp2(std::floor(std::log2(range()))))
-                         : 1.0f)
+          depthScale(options.projection ? static_cast<float>(powerWithin(range())) : 1.0f)
     {
     }
 
@@ -43,6 +41,15 @@ struct RenderFrame {
     }
     // What one is of hider's depths, in camera space.
     float depthRange() const { return static_cast<float>(range() / depthScale); }
+
+private:
+    // The largest power of two that is not larger.
+    static double powerWithin(double x)
+    {
+        int exponent;
+        std::frexp(x, &exponent);
+        return std::ldexp(1.0, exponent - 1);
+    }
 };
 
 }  // namespace zeb
