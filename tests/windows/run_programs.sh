@@ -45,6 +45,9 @@ cd "$bin"
 run zeb_c_host
 run zeb_unit_tests --gtest_brief=1
 run zeb_interface_tests --gtest_brief=1
+for lanes in 1 4; do
+    ZEBCORE_LANES=$lanes run zeb_interface_tests --gtest_brief=1 --gtest_filter='Bits.*'
+done
 run zeb_fuzz_replay 400 "$corpus"
 rm -f host_device.ppm
 run example_host_device host_device.ppm >/dev/null
