@@ -7,27 +7,10 @@ namespace zeb
 
 SweepKernel sweepKernel1();
 SweepKernel sweepKernel4();
-#if defined(__x86_64__) || defined(__i386__)
 SweepKernel sweepKernel8();
 SweepKernel sweepKernel16();
-#endif
 
-SweepKernel sweepKernel(int lanes)
-{
-    if (!hasLanes(lanes)) return nullptr;
-    switch (lanes) {
-#if defined(__x86_64__) || defined(__i386__)
-        case 16:
-            return sweepKernel16();
-        case 8:
-            return sweepKernel8();
-#endif
-        case 4:
-            return sweepKernel4();
-        default:
-            return sweepKernel1();
-    }
-}
+SweepKernel sweepKernel(int lanes) { return makeKernel(lanes, ZEB_EACH_KERNEL(sweepKernel)); }
 
 SweepKernel sweepKernel()
 {

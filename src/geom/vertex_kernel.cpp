@@ -7,27 +7,10 @@ namespace zeb
 
 VertexKernel vertexKernel1();
 VertexKernel vertexKernel4();
-#if defined(__x86_64__) || defined(__i386__)
 VertexKernel vertexKernel8();
 VertexKernel vertexKernel16();
-#endif
 
-VertexKernel vertexKernel(int lanes)
-{
-    if (!hasLanes(lanes)) return {};
-    switch (lanes) {
-#if defined(__x86_64__) || defined(__i386__)
-        case 16:
-            return vertexKernel16();
-        case 8:
-            return vertexKernel8();
-#endif
-        case 4:
-            return vertexKernel4();
-        default:
-            return vertexKernel1();
-    }
-}
+VertexKernel vertexKernel(int lanes) { return makeKernel(lanes, ZEB_EACH_KERNEL(vertexKernel)); }
 
 VertexKernel vertexKernel()
 {
