@@ -187,7 +187,7 @@ void AdaptiveBucket::generate(const Pieces& pieces, const Window& window, Bucket
         if (!fFrame.option.closeSeams || !piece->grid()) continue;
         const SampleOrder least = piece->least(fFrame);
         for (const Seams::Side& side : seams.sides(*piece->grid(), Lines(squares.rectangle()))) {
-            const Seams::Side* kept = nullptr;
+            Seams::Side* kept = nullptr;
             eachPixel(side.bound(), window, [&](MultiSample& pixel) {
                 if (!kept) kept = arena.make<Seams::Side>(side);
                 pixel.sides = arena.make<SideReference>(kept, least, pixel.sides);

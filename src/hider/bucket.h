@@ -144,6 +144,7 @@ private:
     Range samplesIn(const Bound& box, const Window& window) const;
     // Whether all samples of a box are covered by what is nearer than this.
     bool hidden(const Bound& box, SampleOrder least, const Window& window) const;
+    bool anyOpen(const Bound& box, SampleOrder least, const Window& window) const;
     void learn(Tile& tile) const;
     template <class Is>
     bool anyTile(const Bound& box, const Window& window, const Is& is) const;
@@ -211,7 +212,7 @@ private:
     };
     // The side of a cell by which some of a pixel's square may see through a gap.
     struct SideReference {
-        const Seams::Side* side;
+        Seams::Side* side;
         SampleOrder least;  // what orders its hits is not less
         SideReference* next;
     };

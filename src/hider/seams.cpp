@@ -27,24 +27,38 @@ float longestSide(const Attrib& attrib)
     return std::max(attrib.micropolygonSide, Primitive::kMinSide);
 }
 
-// How far gaps reach from a side of n steps from the vertex (i, j): as far as its chords, and
-// others that are as long as a micropolygon may be, stray from a curve that bends as this one does.
-// Where a side is a single chord nothing is known of its curve but what it was diced for.
-float reachOf(const Grid& grid, int i, int j, int di, int dj, int n)
+// The vertices along an edge of a grid.
+struct Vertices {
+    const Grid& grid;
+    std::size_t first, step;
+
+    Point operator[](int k) const
+    {
+        return grid.raster(first + static_cast<std::size_t>(k) * step);
+    }
+};
+
+// How far gaps reach from a side of n steps: as far as its chords, and others that are as long as a
+// micropolygon may be, stray from a curve that bends as this one does. Where a side is a single
+// chord nothing is known of its curve but what it was diced for.
+float reachOf(const Vertices& vertices, int n)
 {
-    const float longest = longestSide(*grid.fAttrib), most = Seams::reach(*grid.fAttrib);
+    const Attrib& attrib = *vertices.grid.fAttrib;
+    const float longest = longestSide(attrib), most = Seams::reach(attrib);
     if (n < 2) return most;
     float bend = 0, shortest = kInfinity;  // squared
-    for (int k = 1; k < n; ++k) {
-        const Point p = grid.raster(i + (k - 1) * di, j + (k - 1) * dj);
-        const Point q = grid.raster(i + k * di, j + k * dj);
-        const Point r = grid.raster(i + (k + 1) * di, j + (k + 1) * dj);
+    Point p = vertices[0], q = vertices[1];
+    const auto measure = [&shortest](const Point& from, const Point& to) {
+        const float x = to.x - from.x, y = to.y - from.y;
+        shortest = std::min(shortest, x * x + y * y);
+    };
+    measure(p, q);
+    for (int k = 2; k <= n; ++k) {
+        const Point r = vertices[k];
         const float x = p.x - 2 * q.x + r.x, y = p.y - 2 * q.y + r.y;
         bend = std::max(bend, x * x + y * y);
-        for (const Point* end : {&p, &r}) {
-            const float ex = end->x - q.x, ey = end->y - q.y;
-            shortest = std::min(shortest, ex * ex + ey * ey);
-        }
+        measure(q, r);
+        p = std::exchange(q, r);
     }
     // The second difference is eight times what a chord strays by, which grows with its square.
     if (!(shortest > 0)) return most;
@@ -52,15 +66,10 @@ float reachOf(const Grid& grid, int i, int j, int di, int dj, int n)
     return std::min(std::sqrt(bend) * (1 + longer) * 0.25f + kRounding, most);
 }
 
-// The places within reach of a side; depths are left out.
-Bound around(const Point& a, const Point& b, float reach)
+// The places within reach of a box; depths are left out.
+Bound around(const Bound& box, float reach)
 {
-    return {std::min(a.x, b.x) - reach,
-            std::max(a.x, b.x) + reach,
-            std::min(a.y, b.y) - reach,
-            std::max(a.y, b.y) + reach,
-            0,
-            0};
+    return {box.xmin - reach, box.xmax + reach, box.ymin - reach, box.ymax + reach, 0, 0};
 }
 
 // Whether a cell's trapezoids, whose sum its facing is but for the sign, sum up to more than 0.
@@ -76,7 +85,10 @@ float Seams::reach(const Attrib& attrib)
     return std::min(0.5f * longestSide(attrib), 2 * attrib.flatnessLimit) + kRounding;
 }
 
-Bound Seams::Side::bound() const { return around(a, b, reach); }
+Bound Seams::reached(const Grid& grid)
+{
+    return around(grid.bound(), grid.fTriangular ? kRounding : reach(*grid.fAttrib));
+}
 
 void Lines::add(std::uint32_t line, float x, float y)
 {
@@ -117,7 +129,7 @@ bool Lines::reach(const Edges& edges, const Bound& box) const
     });
 }
 
-const std::vector<Seams::Side>& Seams::sides(const Grid& grid, const Lines& where)
+std::vector<Seams::Side>& Seams::sides(const Grid& grid, const Lines& where)
 {
     fWhere = &where;
     fSides.clear();
@@ -133,14 +145,20 @@ void Seams::addSides(const Grid& grid)
 {
     const Edges& e = grid.fEdges;
     const int nu = grid.fUSize, nv = grid.fVSize;
-    const auto along = [&](std::uint32_t line, int first, int i, int j, int di, int dj, int n) {
+    const auto along = [&](std::uint32_t line, int edge, int i, int j, int di, int dj, int n) {
         const Bound* const where = fWhere->find(line);
-        if (!where || (dj == 0 && missesRow(grid, j, j, *where))) return;
-        const float reach = reachOf(grid, i, j, di, dj, n);
+        if (!where || (dj == 0 && missesRow(grid, j, *where))) return;
+        const std::size_t first = grid.at(i, j);
+        const Vertices vertices{grid, first, grid.at(i + di, j + dj) - first};
+        const float reach = reachOf(vertices, n);
         const int ci = std::min(i, nu - 1), cj = std::min(j, nv - 1);
+        // The corners of a cell run round it: those of the last two edges, against the grid's
+        // order.
+        const bool back = edge >= 2;
         for (int k = 0; k < n; ++k) {
-            if (dj && missesRow(grid, k, k + 1, *where)) continue;
-            addSide(grid, first, ci + k * di, cj + k * dj, first, line, reach, *where);
+            addSide({&grid, edge, ci + k * di, cj + k * dj, edge, vertices[k + back],
+                     vertices[k + !back], reach, line},
+                    *where);
         }
     };
     along(e.vmin, 0, 0, 0, 1, 0, nu);
@@ -156,53 +174,52 @@ void Seams::addTriangleSides(const Grid& grid)
     const Edges& e = grid.fEdges;
     const auto add = [&](int edge, int i, int j, int first, std::uint32_t line,
                          const Bound& where) {
-        addSide(grid, edge, i, j, first, line, kRounding, where);
+        const int second = (first + 1) % 4;
+        addSide({&grid, edge, i, j, first, grid.raster(i + kAcross[first], j + kDown[first]),
+                 grid.raster(i + kAcross[second], j + kDown[second]), kRounding, line},
+                where);
     };
-    if (const Bound* const where = fWhere->find(e.vmin); where && !missesRow(grid, 0, 0, *where)) {
+    if (const Bound* const where = fWhere->find(e.vmin); where && !missesRow(grid, 0, *where)) {
         for (int i = 0; i < grid.cellCount(0); ++i) add(0, i, 0, 0, e.vmin, *where);
     }
     const Bound *const left = fWhere->find(e.umin), *const across = fWhere->find(e.umax);
     for (int j = 0; j < grid.fVSize; ++j) {
-        if (left && !missesRow(grid, j, j + 1, *left)) add(3, 0, j, 3, e.umin, *left);
-        if (!across || missesRow(grid, j, j + 1, *across)) continue;
+        if (left) add(3, 0, j, 3, e.umin, *left);
+        if (!across) continue;
         const int count = grid.cellCount(j), next = j + 1 < grid.fVSize ? grid.cellCount(j + 1) : 0;
         add(1, count - 1, j, 1, e.umax, *across);
         for (int i = next; i < count; ++i) add(1, i, j, 2, e.umax, *across);
     }
 }
 
-// Whether all of some rows of vertices are beyond where samples look for sides.
-bool Seams::missesRow(const Grid& grid, int j0, int j1, const Bound& where)
+// Whether all of a row of vertices is beyond where samples look for sides.
+bool Seams::missesRow(const Grid& grid, int j, const Bound& where)
 {
-    const float room = reach(*grid.fAttrib);
-    Bound rows = joined(grid.rowBound(j0), grid.rowBound(j1));
-    rows.xmin -= room;
-    rows.xmax += room;
-    rows.ymin -= room;
-    rows.ymax += room;
-    return rows.misses(where);
+    return around(grid.rowBound(j), reach(*grid.fAttrib)).misses(where);
 }
 
-void Seams::addSide(const Grid& grid, int edge, int i, int j, int first, std::uint32_t line,
-                    float reach, const Bound& where)
+void Seams::addSide(const Side& side, const Bound& where)
 {
-    const int second = (first + 1) % 4;
-    const Point a = grid.raster(i + kAcross[first], j + kDown[first]);
-    const Point b = grid.raster(i + kAcross[second], j + kDown[second]);
-    if (around(a, b, reach).misses(where)) return;
+    if (!side.bound().misses(where)) fSides.push_back(side);
+}
+
+void Seams::know(Side& side) const
+{
+    side.known = true;
+    const Grid& grid = *side.grid;
     MicroPolygon cell(grid);
-    cell.place(i, j);
+    cell.place(side.i, side.j);
     const Bound bound = cell.bound();
     const double facing = cell.znormal();
     if (bound.zmax < 0 || double{bound.zmin} > fDepthOne || nearZero(facing)) return;
-    const bool away = facing > 0;
-    if (away && grid.fAttrib->sides <= 1) return;
+    side.away = facing > 0;
+    side.mayBeSeen = !side.away || grid.fAttrib->sides > 1;
     // The cell lies to the left of the way round it where its trapezoids sum up to less than 0.
-    fSides.push_back({&grid, edge, i, j, first, a, b, reach, line, !positive(grid, facing), away,
-                      depthRoom(bound)});
+    side.left = !positive(grid, facing);
+    side.room = depthRoom(bound);
 }
 
-bool Seams::look(const Side& side, float x, float y, Near& near)
+bool Seams::look(Side& side, float x, float y, Near& near) const
 {
     const Point &a = side.a, &b = side.b;
     const double ex = double{b.x} - double{a.x}, ey = double{b.y} - double{a.y};
@@ -214,6 +231,8 @@ bool Seams::look(const Side& side, float x, float y, Near& near)
     const double dx = px - along * ex, dy = py - along * ey;
     const double distance = std::sqrt(dx * dx + dy * dy);
     if (distance > reach) return false;
+    if (!side.known) know(side);
+    if (!side.mayBeSeen) return false;
     const double sign = side.left ? 1 : -1;
     const int beyond = place < 0 ? -1 : place > 1 ? 1 : 0;
     const auto between = [along](double from, double to) { return from + along * (to - from); };

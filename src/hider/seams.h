@@ -63,12 +63,23 @@ public:
         Point a, b;
         float reach;  // in pixels: how far from the side gaps can be
         std::uint32_t line;
-        bool left;        // whether the cell lies to the left of the way from a to b
-        bool away;        // whether it faces away from the eye
-        double room = 0;  // that it takes in depth
+        // Of the cell, found when a sample lies by the side.
+        bool known = false;
+        bool mayBeSeen = false;
+        bool left = false;  // whether it lies to the left of the way from a to b
+        bool away = false;  // whether it faces away from the eye
+        double room = 0;    // that it takes in depth
 
         // Of the places within reach; depths are left out.
-        Bound bound() const;
+        Bound bound() const
+        {
+            return {std::min(a.x, b.x) - reach,
+                    std::max(a.x, b.x) + reach,
+                    std::min(a.y, b.y) - reach,
+                    std::max(a.y, b.y) + reach,
+                    0,
+                    0};
+        }
     };
     // That a sample lies by a side.
     struct Near {
@@ -87,12 +98,14 @@ public:
 
     // In pixels: how far from a grid gaps can be.
     static float reach(const Attrib& attrib);
-    // Of cells that may be seen, where samples may lie by them. Valid until the next call.
-    const std::vector<Side>& sides(const Grid& grid, const Lines& where);
-    // Whether the sample at (x, y) lies by the side; if so, how.
-    static bool look(const Side& side, float x, float y, Near& near);
+    // Where gaps by a grid's sides can be; depths are left out.
+    static Bound reached(const Grid& grid);
+    // Where samples may lie by them. Valid until the next call.
+    std::vector<Side>& sides(const Grid& grid, const Lines& where);
+    // Whether the sample at (x, y) lies by the side of a cell that may be seen; if so, how.
+    bool look(Side& side, float x, float y, Near& near) const;
     // Adds it to the list if so.
-    void look(const Side& side, float x, float y, Near*& list) const
+    void look(Side& side, float x, float y, Near*& list) const
     {
         Near near;
         near.next = list;
@@ -118,9 +131,9 @@ public:
 private:
     void addSides(const Grid& grid);
     void addTriangleSides(const Grid& grid);
-    static bool missesRow(const Grid& grid, int j0, int j1, const Bound& where);
-    void addSide(const Grid& grid, int edge, int i, int j, int first, std::uint32_t line,
-                 float reach, const Bound& where);
+    static bool missesRow(const Grid& grid, int j, const Bound& where);
+    void addSide(const Side& side, const Bound& where);
+    void know(Side& side) const;
     // Those of a list that may lie by a gap.
     static Near* candidates(Near* list);
     // Takes the nearest gap that is still open out of a list, with all of its layer.

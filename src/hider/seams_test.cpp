@@ -290,8 +290,7 @@ protected:
         zeb::Seams seams(false, 1, arena);
         zeb::Seams::Near* near = nullptr;
         for (const zeb::Piece* piece : pieces) {
-            for (const zeb::Seams::Side& side :
-                 seams.sides(*piece->grid(), zeb::Lines(zeb::Bound()))) {
+            for (zeb::Seams::Side& side : seams.sides(*piece->grid(), zeb::Lines(zeb::Bound()))) {
                 for (int k = 0; k < times; ++k) seams.look(side, x, y, near);
             }
         }

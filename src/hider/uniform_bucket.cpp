@@ -101,6 +101,18 @@ void UniformBucket::eachSample(const Bound& box, const Window& window, const Vis
     }
 }
 
+// Whether any of the samples in the box is not covered by what is nearer than this.
+bool UniformBucket::anyOpen(const Bound& box, SampleOrder least, const Window& window) const
+{
+    const Range range = samplesIn(box, window);
+    for (long j = range.j0; j <= range.j1; ++j) {
+        for (long k = j * fColumns + range.i0; k <= j * fColumns + range.i1; ++k) {
+            if (isIn(box, k) && !(fCovers[k] < least)) return true;
+        }
+    }
+    return false;
+}
+
 // Whether any of the tiles that samples of the box are in is so.
 template <class Is>
 bool UniformBucket::anyTile(const Bound& box, const Window& window, const Is& is) const
@@ -308,7 +320,7 @@ void UniformBucket::closeSeams(const Pieces& pieces, const Hits& hits, const Win
     for (Piece* piece : pieces) {
         checkCancelled();
         if (!lines.reach(piece->edges(), piece->box())) continue;
-        for (const Seams::Side& side : seams.sides(piece->dice(scratch.counts), lines)) {
+        for (Seams::Side& side : seams.sides(piece->dice(scratch.counts), lines)) {
             eachSample(side.bound(), window, [&](long k) {
                 if (fSamples[k].open) seams.look(side, fX[k], fY[k], near[k].first);
             });
@@ -331,10 +343,11 @@ bool UniformBucket::openSamples(const Pieces& pieces, Seams& seams, const Window
     for (const Piece* piece : pieces) {
         checkCancelled();
         const SampleOrder least = piece->least(fFrame);
-        if (!piece->grid() || window.misses(piece->box()) || hidden(piece->box(), least, window)) {
+        if (!piece->grid()) continue;
+        const Bound box = Seams::reached(*piece->grid());
+        if (window.misses(box) || hidden(box, least, window) || !anyOpen(box, least, window))
             continue;
-        }
-        for (const Seams::Side& side : seams.sides(*piece->grid(), everywhere)) {
+        for (Seams::Side& side : seams.sides(*piece->grid(), everywhere)) {
             eachSample(side.bound(), window, [&](long k) {
                 SamplePoint& point = fSamples[k];
                 Seams::Near near;
