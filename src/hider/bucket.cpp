@@ -108,16 +108,16 @@ std::vector<Bucket::Ranked> Bucket::nearestFirst(const Pieces& pieces, const Win
 bool Bucket::isSeen(const SamplePoint& point, SampleOrder cover, const Seams::Near& near) const
 {
     if (!near.outside) return false;
-    MicroPolygon by(*near.side.grid, fBySequence);
-    by.place(near.side.i, near.side.j);
+    MicroPolygon by(*near.side->grid, fBySequence);
+    by.place(near.side->i, near.side->j);
     if (by.orderAt(near.s, near.t) > cover) return false;
     bool isHit = false;
     point.eachHit([&](const Hit& hit) {
-        if (isHit || hit.grid->fSeq != near.side.grid->fSeq || hit.order > cover) return;
+        if (isHit || hit.grid->fSeq != near.side->grid->fSeq || hit.order > cover) return;
         MicroPolygon cell(*hit.grid);
         cell.place(hit.column, hit.row);
-        isHit = (cell.znormal() > 0) == near.side.away &&
-                Seams::covers(cell, hit.s, hit.t, near, near.side.room);
+        isHit = (cell.znormal() > 0) == near.side->away &&
+                Seams::covers(cell, hit.s, hit.t, near, near.side->room);
     });
     return !isHit;
 }

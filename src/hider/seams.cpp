@@ -109,6 +109,8 @@ void Lines::sort()
         }
     }
     fLines.resize(count);
+    fRectangle = Bound::empty();
+    for (const Line& line : fLines) fRectangle = joined(fRectangle, line.box);
 }
 
 const Bound* Lines::find(std::uint32_t line) const
@@ -122,6 +124,7 @@ const Bound* Lines::find(std::uint32_t line) const
 
 bool Lines::reach(const Edges& edges, const Bound& box) const
 {
+    if (fRectangle.misses(box)) return false;
     const std::uint32_t all[] = {edges.umin, edges.umax, edges.vmin, edges.vmax};
     return std::any_of(std::begin(all), std::end(all), [&](std::uint32_t line) {
         const Bound* const where = find(line);
@@ -239,8 +242,8 @@ bool Seams::look(Side& side, float x, float y, Near& near) const
     const int first = side.first, second = (first + 1) % 4;
     const auto s = static_cast<float>(between(kAcross[first], kAcross[second]));
     const auto t = static_cast<float>(between(kDown[first], kDown[second]));
-    near = {side, cross * sign < 0,  beyond,   ex * sign, ey * sign, distance, s,
-            t,    between(a.z, b.z), near.next};
+    near = {&side, cross * sign < 0,  beyond,   ex * sign, ey * sign, distance, s,
+            t,     between(a.z, b.z), near.next};
     return true;
 }
 
@@ -249,7 +252,7 @@ namespace
 
 bool sameLayer(const Seams::Near& a, const Seams::Near& b, double room)
 {
-    return a.side.grid->fSeq == b.side.grid->fSeq && a.side.away == b.side.away &&
+    return a.side->grid->fSeq == b.side->grid->fSeq && a.side->away == b.side->away &&
            std::fabs(a.depth - b.depth) <= room;
 }
 
@@ -258,7 +261,7 @@ bool sameLayer(const Seams::Near& a, const Seams::Near& b, double room)
 Seams::Near* outsideOnly(Seams::Near* list)
 {
     const auto sameEdge = [](const Seams::Near& a, const Seams::Near& b) {
-        return a.side.grid == b.side.grid && a.side.edge == b.side.edge;
+        return a.side->grid == b.side->grid && a.side->edge == b.side->edge;
     };
     Seams::Near* kept = nullptr;
     Seams::Near** last = &kept;
@@ -311,7 +314,7 @@ void dropLoneEnds(Seams::Near*& list)
 {
     const auto goesOn = [&list](const Seams::Near& near) {
         for (const Seams::Near* other = list; other; other = other->next) {
-            if (other != &near && other->end() && other->side.line == near.side.line &&
+            if (other != &near && other->end() && other->side->line == near.side->line &&
                 samePlace(*other->end(), *near.end())) {
                 return true;
             }
@@ -321,7 +324,7 @@ void dropLoneEnds(Seams::Near*& list)
     // What goes is nothing that another goes on with: it would go on with that one, too.
     for (Seams::Near** place = &list; *place;) {
         const Seams::Near& near = **place;
-        if (near.end() && isEnd(*near.side.grid, near.side.edge, *near.end()) && !goesOn(near)) {
+        if (near.end() && isEnd(*near.side->grid, near.side->edge, *near.end()) && !goesOn(near)) {
             *place = near.next;
         } else {
             place = &(*place)->next;
@@ -334,11 +337,11 @@ void dropUnseen(Seams::Near*& list)
 {
     const auto isSeen = [&list](std::uint32_t line) {
         const Seams::Near* near = list;
-        while (near && !(near->seen && near->side.line == line)) near = near->next;
+        while (near && !(near->seen && near->side->line == line)) near = near->next;
         return near != nullptr;
     };
     for (Seams::Near** place = &list; *place;) {
-        if (isSeen((*place)->side.line)) {
+        if (isSeen((*place)->side->line)) {
             place = &(*place)->next;
         } else {
             *place = (*place)->next;
@@ -352,10 +355,10 @@ bool match(const Seams::Near& a, const Seams::Near& b)
     // Beyond ends of both lies what an outline turns round. Grids that only end together have the
     // line in common, but no part of it.
     if (a.end() && b.end()) return false;
-    if (a.end() && isEnd(*b.side.grid, b.side.edge, *a.end())) return false;
-    if (b.end() && isEnd(*a.side.grid, a.side.edge, *b.end())) return false;
-    return a.side.line == b.side.line && a.dx * b.dx + a.dy * b.dy < 0 &&
-           sameLayer(a, b, a.side.room + b.side.room);
+    if (a.end() && isEnd(*b.side->grid, b.side->edge, *a.end())) return false;
+    if (b.end() && isEnd(*a.side->grid, a.side->edge, *b.end())) return false;
+    return a.side->line == b.side->line && a.dx * b.dx + a.dy * b.dy < 0 &&
+           sameLayer(a, b, a.side->room + b.side->room);
 }
 
 }  // namespace
@@ -371,7 +374,7 @@ bool Seams::covered(float x, float y, const Near& near, double room, const Piece
                     Counts& counts)
 {
     for (Piece* piece : pieces) {
-        if (piece->seq() != near.side.grid->fSeq || !piece->box().holds(x, y)) continue;
+        if (piece->seq() != near.side->grid->fSeq || !piece->box().holds(x, y)) continue;
         const Grid& grid = piece->dice(counts);
         MicroPolygon cell(grid);
         for (int j = 0; j < grid.fVSize; ++j) {
@@ -383,7 +386,7 @@ bool Seams::covered(float x, float y, const Near& near, double room, const Piece
                 cell.place(i, j);
                 const double facing = cell.znormal();
                 float s, t;
-                if (nearZero(facing) || (facing > 0) != near.side.away) continue;
+                if (nearZero(facing) || (facing > 0) != near.side->away) continue;
                 if (cell.locate(x, y, s, t) && covers(cell, s, t, near, room)) return true;
             }
         }
@@ -419,9 +422,9 @@ const Seams::Near* Seams::nextGap(float x, float y, Near*& list, const Pieces& p
             }
         }
         if (!nearer) return nullptr;
-        const double room = nearer->side.room + other->side.room;
+        const double room = nearer->side->room + other->side->room;
         for (Near** place = &list; *place;) {
-            if (sameLayer(*nearer, **place, room + (*place)->side.room)) {
+            if (sameLayer(*nearer, **place, room + (*place)->side->room)) {
                 *place = (*place)->next;
             } else {
                 place = &(*place)->next;

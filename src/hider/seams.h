@@ -37,7 +37,7 @@ private:
         Bound box;
     };
     std::vector<Line> fLines;
-    Bound fRectangle;
+    Bound fRectangle;  // around all of them
     bool fAll = false;
 };
 
@@ -69,6 +69,8 @@ public:
         bool left = false;  // whether it lies to the left of the way from a to b
         bool away = false;  // whether it faces away from the eye
         double room = 0;    // that it takes in depth
+        // What lists refer to: null before the first does.
+        const Side* kept = nullptr;
 
         // Of the places within reach; depths are left out.
         Bound bound() const
@@ -83,7 +85,7 @@ public:
     };
     // That a sample lies by a side.
     struct Near {
-        Side side;
+        const Side* side;
         bool outside;   // of the surface there
         int beyond;     // a: -1, b: 1, or neither: where the sample lies along the side
         double dx, dy;  // the way along the side that has the cell to its left
@@ -93,7 +95,7 @@ public:
         Near* next;
         bool seen = false;
 
-        const Point* end() const { return beyond ? beyond < 0 ? &side.a : &side.b : nullptr; }
+        const Point* end() const { return beyond ? beyond < 0 ? &side->a : &side->b : nullptr; }
     };
 
     // In pixels: how far from a grid gaps can be.
@@ -109,7 +111,10 @@ public:
     {
         Near near;
         near.next = list;
-        if (look(side, x, y, near)) list = fArena.make<Near>(near);
+        if (!look(side, x, y, near)) return;
+        if (!side.kept) side.kept = fArena.make<Side>(side);
+        near.side = side.kept;
+        list = fArena.make<Near>(near);
     }
     // Whether a cell that the sample hits at (s, t) is of the layer that a gap there would be in.
     static bool covers(const MicroPolygon& cell, float s, float t, const Near& near, double room);
@@ -122,8 +127,8 @@ public:
         for (Near* near = list; near; near = near->next) near->seen = isSeen(*near);
         list = candidates(list);
         while (const Near* gap = nextGap(x, y, list, pieces, counts)) {
-            MicroPolygon cell(*gap->side.grid, fBySequence);
-            cell.place(gap->side.i, gap->side.j);
+            MicroPolygon cell(*gap->side->grid, fBySequence);
+            cell.place(gap->side->i, gap->side->j);
             add(cell, gap->s, gap->t);
         }
     }

@@ -298,7 +298,7 @@ protected:
         zeb::Counts counts;
         seams.close(
             x, y, near, pieces, counts,
-            [this](const zeb::Seams::Near& by) { return !unseen.contains(by.side.grid); },
+            [this](const zeb::Seams::Near& by) { return !unseen.contains(by.side->grid); },
             [&count](const zeb::MicroPolygon&, float, float) { ++count; });
         return count;
     }
