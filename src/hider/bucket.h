@@ -144,6 +144,7 @@ private:
     Range samplesIn(const Bound& box, const Window& window) const;
     // Whether all samples of a box are covered by what is nearer than this.
     bool hidden(const Bound& box, SampleOrder least, const Window& window) const;
+    // Whether some of its samples may not be.
     bool anyOpen(const Bound& box, SampleOrder least, const Window& window) const;
     void learn(Tile& tile) const;
     template <class Is>
@@ -177,6 +178,7 @@ private:
     // What cells look at first: where the samples are, and their covers.
     float *fX = nullptr, *fY = nullptr;
     SampleOrder* fCovers = nullptr;
+    bool* fOpen = nullptr;  // whether a gap may show there that no surface closes
     Tile* fTiles = nullptr;
     PackedSample* fPacked = nullptr;
 };

@@ -41,8 +41,6 @@ struct SamplePoint {
     // Whether the order in which surfaces were filed may decide what is seen, even where no two
     // are equally deep.
     bool byRank = false;
-    // Whether a gap may show there that no surface closes.
-    bool open = false;
     // Whether some listed hit's colour is not known yet.
     bool colorless = false;
 

@@ -58,6 +58,7 @@ void UniformBucket::placeSamples(const Window& window, Arena& arena)
     fX = arena.array<float>(count);
     fY = arena.array<float>(count);
     fCovers = arena.array<SampleOrder>(count);
+    fOpen = arena.array<bool>(count);
     fTileColumns = (fColumns + kTile - 1) / kTile;
     fTiles =
         arena.array<Tile>(static_cast<std::size_t>(fTileColumns * ((fRows + kTile - 1) / kTile)));
@@ -88,29 +89,15 @@ UniformBucket::Range UniformBucket::samplesIn(const Bound& box, const Window& wi
             last((box.ymax - window.ymin + fJitter) * yrate - 0.5f, fRows)};
 }
 
-// Calls visit(index) for every sample in the box.
+// Calls visit(index) for every sample in the box, and some more.
 template <class Visit>
 void UniformBucket::eachSample(const Bound& box, const Window& window, const Visit& visit) const
 {
     const Range range = samplesIn(box, window);
     for (long j = range.j0; j <= range.j1; ++j) {
-        for (long i = range.i0; i <= range.i1; ++i) {
-            const long k = j * fColumns + i;
-            if (isIn(box, k)) visit(k);
-        }
+        const long row = j * fColumns;
+        for (long k = row + range.i0; k <= row + range.i1; ++k) visit(k);
     }
-}
-
-// Whether any of the samples in the box is not covered by what is nearer than this.
-bool UniformBucket::anyOpen(const Bound& box, SampleOrder least, const Window& window) const
-{
-    const Range range = samplesIn(box, window);
-    for (long j = range.j0; j <= range.j1; ++j) {
-        for (long k = j * fColumns + range.i0; k <= j * fColumns + range.i1; ++k) {
-            if (isIn(box, k) && !(fCovers[k] < least)) return true;
-        }
-    }
-    return false;
 }
 
 // Whether any of the tiles that samples of the box are in is so.
@@ -133,6 +120,23 @@ bool UniformBucket::hidden(const Bound& box, SampleOrder least, const Window& wi
         return !(tile.most < least);
     };
     return fCovered && !anyTile(box, window, isOpen);
+}
+
+// Of few samples, all are looked at: tiles of others would have most of them taken for open.
+bool UniformBucket::anyOpen(const Bound& box, SampleOrder least, const Window& window) const
+{
+    constexpr long kFew = 4 * kTile * kTile;
+    const Range range = samplesIn(box, window);
+    if ((range.i1 - range.i0 + 1) * (range.j1 - range.j0 + 1) > kFew) {
+        return !hidden(box, least, window);
+    }
+    for (long j = range.j0; j <= range.j1; ++j) {
+        const long row = j * fColumns;
+        for (long k = row + range.i0; k <= row + range.i1; ++k) {
+            if (!(fCovers[k] < least) && isIn(box, k)) return true;
+        }
+    }
+    return false;
 }
 
 void UniformBucket::learn(Tile& tile) const
@@ -321,8 +325,9 @@ void UniformBucket::closeSeams(const Pieces& pieces, const Hits& hits, const Win
         checkCancelled();
         if (!lines.reach(piece->edges(), piece->box())) continue;
         for (Seams::Side& side : seams.sides(piece->dice(scratch.counts), lines)) {
-            eachSample(side.bound(), window, [&](long k) {
-                if (fSamples[k].open) seams.look(side, fX[k], fY[k], near[k].first);
+            const Bound box = side.bound();
+            eachSample(box, window, [&](long k) {
+                if (fOpen[k] && isIn(box, k)) seams.look(side, fX[k], fY[k], near[k].first);
             });
         }
     }
@@ -345,16 +350,16 @@ bool UniformBucket::openSamples(const Pieces& pieces, Seams& seams, const Window
         const SampleOrder least = piece->least(fFrame);
         if (!piece->grid()) continue;
         const Bound box = Seams::reached(*piece->grid());
-        if (window.misses(box) || hidden(box, least, window) || !anyOpen(box, least, window))
-            continue;
+        if (window.misses(box) || !anyOpen(box, least, window)) continue;
         for (Seams::Side& side : seams.sides(*piece->grid(), everywhere)) {
-            eachSample(side.bound(), window, [&](long k) {
-                SamplePoint& point = fSamples[k];
+            const Bound bySide = side.bound();
+            eachSample(bySide, window, [&](long k) {
+                if (fCovers[k] < least || !isIn(bySide, k)) return;
                 Seams::Near near;
-                if (point.cover.order < least || !seams.look(side, point.x, point.y, near)) return;
-                if (!fFrame.plain && !isSeen(point, point.cover.order, near)) return;
-                any = point.open = true;
-                lines.add(side.line, point.x, point.y);
+                if (!seams.look(side, fX[k], fY[k], near)) return;
+                if (!fFrame.plain && !isSeen(fSamples[k], fCovers[k], near)) return;
+                any = fOpen[k] = true;
+                lines.add(side.line, fX[k], fY[k]);
             });
         }
     }
