@@ -258,11 +258,11 @@ protected:
     ~SeamRules() override { zebReset(); }
 
     const zeb::Grid& add(const std::vector<zeb::Point>& top, const std::vector<zeb::Point>& bottom,
-                         const zeb::Edges& edges)
+                         const zeb::Edges& edges, bool triangular = false)
     {
         const auto size = static_cast<unsigned short>(top.size() - 1);
         const auto grid = std::make_shared<zeb::Grid>(size, 1, attrib, zeb::Transform(), 1, false,
-                                                      false, zeb::ArgList(), edges);
+                                                      triangular, zeb::ArgList(), edges);
         for (int i = 0; i <= size; ++i) {
             const auto place = [&](int j, const zeb::Point& P) {
                 grid->vertex(i, j).P = P;
@@ -284,10 +284,10 @@ protected:
             {.umin = kLine});
     }
     // Looks at the sides of every grid as often as given, then closes.
-    int hits(float x, float y, int times = 1)
+    int hits(float x, float y, int times = 1, double depthOne = 1)
     {
         zeb::Arena arena;
-        zeb::Seams seams(false, 1, arena);
+        zeb::Seams seams(false, depthOne, arena);
         zeb::Seams::Near* near = nullptr;
         for (const zeb::Piece* piece : pieces) {
             for (zeb::Seams::Side& side : seams.sides(*piece->grid(), zeb::Lines(zeb::Bound()))) {
@@ -341,6 +341,40 @@ TEST_F(SeamRules, AFlatSurfaceIsClosedInFrontAndBehind)
     add(row(10, 0.1f), row(0, 0.1f), {.umax = kOther});
     add(next(10, 0.1f), next(0, 0.1f), {.umin = kOther});
     EXPECT_EQ(hits(10.25f, 5), 2);
+}
+
+TEST_F(SeamRules, WhatIsNotSeenIsNotClosed)
+{
+    addPair();
+    add({{10, 0, 0.6f}, {0, 0, 0.6f}}, {{10, 10, 0.6f}, {0, 10, 0.6f}}, {.umin = kOther});
+    add({{20, 0, 0.6f}, {10.5f, 0, 0.6f}}, {{20, 10, 0.6f}, {10.5f, 10, 0.6f}}, {.umax = kOther});
+    EXPECT_EQ(hits(10.25f, 5), 2);
+    attrib->sides = 1;
+    EXPECT_EQ(hits(10.25f, 5), 1) << "one of them faces away";
+    EXPECT_EQ(hits(10.25f, 5, 1, 0.4), 0) << "both lie beyond the far clipping plane";
+}
+
+// Places outside are not looked at.
+TEST_F(SeamRules, NoSideReachesBeyondItsGrid)
+{
+    const zeb::Edges edges{kLine, kOther, kThird, kLine};
+    add({{0, 0, 0.5f}, {10, 1, 0.5f}}, {{0, 10, 0.5f}, {9, 10, 0.5f}}, edges);
+    add({{0, 0, 0.5f}, {5, 1, 0.5f}, {10, 0, 0.5f}}, {{0, 9, 0.5f}, {5, 8, 0.5f}, {9, 9, 0.5f}},
+        edges);
+    add({{0, 0, 0.5f}, {10, 1, 0.5f}}, {{0, 10, 0.5f}, {0, 10, 0.5f}}, edges, true);
+    zeb::Arena arena;
+    zeb::Seams seams(false, 1, arena);
+    for (const zeb::Piece* piece : pieces) {
+        const zeb::Bound all = zeb::Seams::reached(*piece->grid());
+        zeb::Bound sides = zeb::Bound::empty();
+        for (const zeb::Seams::Side& side : seams.sides(*piece->grid(), zeb::Lines(zeb::Bound()))) {
+            sides = joined(sides, side.bound());
+        }
+        EXPECT_LE(all.xmin, sides.xmin);
+        EXPECT_GE(all.xmax, sides.xmax);
+        EXPECT_LE(all.ymin, sides.ymin);
+        EXPECT_GE(all.ymax, sides.ymax);
+    }
 }
 
 // The line between an upper and a lower part goes round the outline of both, at x = 10, and back
@@ -409,4 +443,5 @@ TEST(Lines, KeepWhereEachOfThemIs)
     EXPECT_TRUE(lines.reach({.umin = kOther, .vmax = kLine}, there));
     EXPECT_FALSE(lines.reach({.umin = kOther, .vmax = kLine}, beyond));
     EXPECT_FALSE(lines.reach({.umin = kOther}, there));
+    EXPECT_TRUE(lines.reach({.umin = kThird}, {6, 7, 4, 5, 0, 0})) << "of the last line";
 }
