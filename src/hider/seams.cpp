@@ -155,8 +155,7 @@ void Seams::addSides(const Grid& grid)
         const Vertices vertices{grid, first, grid.at(i + di, j + dj) - first};
         const float reach = reachOf(vertices, n);
         const int ci = std::min(i, nu - 1), cj = std::min(j, nv - 1);
-        // The corners of a cell run round it: those of the last two edges, against the grid's
-        // order.
+        // Round a cell, the last two edges run against the order of vertices.
         const bool back = edge >= 2;
         for (int k = 0; k < n; ++k) {
             addSide({&grid, edge, ci + k * di, cj + k * dj, edge, vertices[k + back],

@@ -377,6 +377,25 @@ TEST_F(SeamRules, NoSideReachesBeyondItsGrid)
     }
 }
 
+// The shortest step, which is the first or the last one, counts.
+TEST_F(SeamRules, GapsReachAsFarWhicheverWayAnEdgeRuns)
+{
+    const auto reach = [this](const std::vector<float>& places) {
+        std::vector<zeb::Point> top, bottom;
+        for (const float x : places) {
+            top.emplace_back(x, 0.0f, 0.5f);
+            bottom.emplace_back(x, 5.0f, 0.5f);
+        }
+        zeb::Arena arena;
+        zeb::Seams seams(false, 1, arena);
+        return seams.sides(add(top, bottom, {.vmin = kLine}), zeb::Lines(zeb::Bound())).at(0).reach;
+    };
+    const float there = reach({0, 3, 6.25f, 9.75f}), back = reach({9.75f, 6.25f, 3, 0});
+    EXPECT_EQ(there, back);
+    EXPECT_GT(there, 0.17f);
+    EXPECT_LT(there, 0.2f);
+}
+
 // The line between an upper and a lower part goes round the outline of both, at x = 10, and back
 // behind them.
 TEST_F(SeamRules, NothingIsAddedBeyondAnOutlineThatALineTurnsRound)
