@@ -29,7 +29,7 @@ ArgList inCamera(const ArgList& args, const Matrix& toCamera, bool flip, bool kn
 
 Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Attrib> attrib,
            const Transform& transform, std::uint32_t seq, bool flip, bool triangular,
-           const ArgList& args, const Edges& edges, bool transposed, Pool* pool)
+           const ArgList& args, const Edges& edges, bool transposed)
     : fUSize(usize),
       fVSize(vsize),
       fAttrib(std::move(attrib)),
@@ -41,15 +41,14 @@ Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Att
       fTransposed(transposed),
       fEdges(edges),
       fVertexArgs(inCamera(args, transform.matrix(), flip, true)),
-      fOtherArgs(inCamera(args, transform.matrix(), flip, false)),
-      fPool(pool)
+      fOtherArgs(inCamera(args, transform.matrix(), flip, false))
 {
     std::size_t count = 0;
     for (int j = 0; j <= fVSize; ++j) count += static_cast<std::size_t>(vertexCount(j));
     const std::size_t rows = fVSize + 1u;
     constexpr std::size_t kBeyond = VertexBlock::kMultiple;
-    fLasting = makeArray<std::byte>(pool, rows * (sizeof(std::uint32_t) + sizeof(Bound)) +
-                                              (3 * count + kBeyond) * sizeof(float));
+    fLasting = makeArray<std::byte>(rows * (sizeof(std::uint32_t) + sizeof(Bound)) +
+                                    (3 * count + kBeyond) * sizeof(float));
     fRowStarts = new (fLasting.get()) std::uint32_t[rows];
     fRowBounds = new (fRowStarts + rows) Bound[rows];
     float* const planes = new (fRowBounds + rows) float[3 * count + kBeyond];
@@ -60,7 +59,7 @@ Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Att
         fRowStarts[j] = start;
         start += static_cast<std::uint32_t>(vertexCount(j));
     }
-    fVertices = makeArray<Vertex>(pool, count);
+    fVertices = makeArray<Vertex>(count);
 }
 
 void Grid::shade() const
@@ -83,8 +82,8 @@ void Grid::shade() const
 void Grid::ColorPlane::begin(const Grid& grid)
 {
     const std::size_t count = grid.vertexCount();
-    values = makeArray<Color>(grid.fPool, count);
-    taken = makeArray<bool>(grid.fPool, count);
+    values = makeArray<Color>(count);
+    taken = makeArray<bool>(count);
     std::fill_n(taken.get(), count, false);
 }
 

@@ -42,7 +42,7 @@ public:
 
 // Rectangular: v rows of u micropolygons. Triangular: rows shorten towards the last, so that the
 // micropolygons cover u + v <= 1. The buckets that it reaches share it.
-class Grid
+class Grid : public Pooled
 {
 public:
     const unsigned short fUSize, fVSize;
@@ -61,8 +61,7 @@ public:
 
     Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Attrib> attrib,
          const Transform& transform, std::uint32_t seq, bool flip, bool triangular,
-         const ArgList& args, const Edges& edges = {}, bool transposed = false,
-         Pool* pool = nullptr);
+         const ArgList& args, const Edges& edges = {}, bool transposed = false);
 
     // Where column i of vertex row j lies: rows lie one behind the other, each as long as it is
     // used.
@@ -198,7 +197,6 @@ private:
     void knowOpacity(int i, int j) const;
     VertexShader& shader() const;
     // What lasts as long as the grid, in one allocation: there are many small grids.
-    Pool* const fPool;
     PoolArray<std::byte> fLasting;
     std::uint32_t* fRowStarts = nullptr;
     Bound* fRowBounds = nullptr;

@@ -307,9 +307,9 @@ bool BicubicPatch::diceable(Dicing& dicing, float) const
 std::unique_ptr<Grid> BicubicPatch::dice(const Dicing& dicing) const
 {
     const int usteps = dicing.fUSteps, vsteps = dicing.fVSteps;
-    auto grid = std::make_unique<Grid>(dicing.fVSteps, dicing.fUSteps, fCommon->fAttrib,
-                                       transform(), fCommon->fSeq, flipped(), false, fArgs,
-                                       fEdges.transposed(), true, dicing.pool);
+    auto grid =
+        std::make_unique<Grid>(dicing.fVSteps, dicing.fUSteps, fCommon->fAttrib, transform(),
+                               fCommon->fSeq, flipped(), false, fArgs, fEdges.transposed(), true);
     // The coefficients in v are cubics of u; they and their derivatives advance with the rows.
     const PowerForm form = ownForm();
     const double du = 1.0 / usteps, dv = 1.0 / vsteps;

@@ -342,9 +342,8 @@ void Primitive::mendDerivatives(Grid& grid) const
 std::unique_ptr<Grid> Primitive::dice(const Dicing& dicing) const
 {
     const int usteps = dicing.fUSteps, vsteps = dicing.fVSteps;
-    auto grid =
-        std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib, transform(),
-                               fCommon->fSeq, flipped(), false, fArgs, fEdges, false, dicing.pool);
+    auto grid = std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib,
+                                       transform(), fCommon->fSeq, flipped(), false, fArgs, fEdges);
     Columns columns;
     columns.u.reserve(static_cast<std::size_t>(usteps) + 1);
     for (int i = 0; i <= usteps; ++i) {

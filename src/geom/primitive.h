@@ -13,13 +13,13 @@
 #include "state/args.h"
 #include "state/attrib.h"
 #include "state/render_frame.h"
+#include "util/pool.h"
 #include "util/random.h"
 
 namespace zeb
 {
 
 class Grid;
-class Pool;
 class Primitive;
 struct Sweep;
 
@@ -55,7 +55,6 @@ struct Dicing {
     // A grid whose micropolygons differ much in size is finer in places than it need be; after too
     // many splits it is taken as it is.
     bool even = true;
-    Pool* pool = nullptr;  // that the grid is made in, if there is one
 };
 
 // Codes of the kinds that objects tell apart.
@@ -91,7 +90,7 @@ struct Columns {
     std::vector<double> kept;
 };
 
-class Primitive
+class Primitive : public Pooled
 {
 public:
     // Splitting ends: after so many halvings, and after so many splits. Every face of a surface has

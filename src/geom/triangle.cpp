@@ -214,9 +214,8 @@ bool Triangle::knowSteps(Dicing& dicing, float maxSize, const Pointwd& origin, c
 
 std::unique_ptr<Grid> Triangle::dice(const Dicing& dicing) const
 {
-    auto grid =
-        std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib, transform(),
-                               fCommon->fSeq, flipped(), true, fArgs, fEdges, false, dicing.pool);
+    auto grid = std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib,
+                                       transform(), fCommon->fSeq, flipped(), true, fArgs, fEdges);
     const Pointd dPdu = fCorners[1] - fCorners[0], dPdv = fCorners[2] - fCorners[0];
     VertexPlacer placer(*grid, matrix(), dicing.frame.plain);
     const int usteps = dicing.fUSteps, vsteps = dicing.fVSteps;

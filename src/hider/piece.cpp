@@ -28,9 +28,6 @@ double depthRounding(float zmin, float zmax)
 Piece::Piece(std::unique_ptr<Primitive> primitive, const Dicing& dicing)
     : fPrimitive(std::move(primitive)),
       fFrame(&dicing.frame),
-      // Transparent grids pile up, and are given back all at once. Opaque ones come and go in all
-      // sizes: the heap has other uses for what they leave.
-      fPool(fPrimitive->attrib().surfaceOpacity == gWhite ? nullptr : dicing.pool),
       fUSteps(dicing.fUSteps),
       fVSteps(dicing.fVSteps),
       fMoreThanOpaque(fPrimitive->hasOpacities() ||
@@ -66,7 +63,8 @@ const Grid& Piece::dice(Counts& counts)
     if (fGrid) return *fGrid;
     const Attrib& attrib = fPrimitive->attrib();
     const AttribNamesScope names(attrib.object.text(), attrib.group.text());
-    std::shared_ptr<Grid> grid = fPrimitive->dice(Dicing{*fFrame, fUSteps, fVSteps, true, fPool});
+    std::shared_ptr<Grid> grid(fPrimitive->dice(Dicing{*fFrame, fUSteps, fVSteps}).release(),
+                               std::default_delete<Grid>(), PoolAllocator<Grid>());
     fPrimitive.reset();
     grid->project(*fFrame);
     const Option& option = fFrame->option;

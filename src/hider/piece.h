@@ -49,7 +49,6 @@ private:
 
     std::unique_ptr<Primitive> fPrimitive;
     const RenderFrame* fFrame = nullptr;
-    Pool* fPool = nullptr;
     unsigned short fUSteps = 0, fVSteps = 0;
     std::shared_ptr<const Grid> fGrid;
     bool fMoreThanOpaque = false;

@@ -101,7 +101,6 @@ void Scene::init()
     fRows = (fY1 - fY0) / fBucketHeight + 1;
     fBuckets.resize(static_cast<std::size_t>(fRows));
     fFrame = std::make_unique<RenderFrame>(option, gCameraToRaster);
-    fGrids = std::make_unique<Pool>();
 
     const long width = fBucketWidth, height = fBucketHeight;
     if (width < asked.tuning[1] || height < asked.tuning[2]) {
@@ -263,7 +262,8 @@ void Scene::dice(std::unique_ptr<Primitive> primitive, const Dicing& dicing)
 {
     const long lastX = primitive->lastBucketX(), lastY = primitive->lastBucketY();
     const bool bounded = primitive->attrib().objectBound.finite;
-    const auto piece = std::make_shared<Piece>(std::move(primitive), dicing);
+    const auto piece =
+        std::allocate_shared<Piece>(PoolAllocator<Piece>(), std::move(primitive), dicing);
     ++fScratch.counts.pieces;
     // What the host says of an object's size may be wrong: only the grid tells where it is. And
     // boxes much larger than the surface would be filed under many buckets for nothing.
@@ -293,7 +293,7 @@ void Scene::process(std::unique_ptr<Primitive> primitive)
     const std::shared_ptr<PrimitiveCommon> common = primitive->shareCommon();
     const Attrib& attrib = *common->fAttrib;
     const AttribNamesScope names(attrib.object.text(), attrib.group.text());
-    Dicing dicing{*fFrame, 1, 1, true, fGrids.get()};
+    Dicing dicing{*fFrame, 1, 1};
     if (primitive->front() && primitive->diceable(dicing)) {
         dice(std::move(primitive), dicing);
     } else if (!primitive->canSplit()) {
@@ -309,7 +309,7 @@ void Scene::process(std::unique_ptr<Primitive> primitive)
 // leave slivers: how even their grids are matters no more, and they are split across.
 void Scene::finish(std::unique_ptr<Primitive> primitive)
 {
-    Dicing dicing{*fFrame, 1, 1, false, fGrids.get()};
+    Dicing dicing{*fFrame, 1, 1, false};
     const float size = kLarge * primitive->dicingLimit(*fFrame, -1);
     if (!primitive->keepsRest()) {
         giveUp(*primitive);
@@ -347,6 +347,7 @@ short Scene::renderBucket()
     }
     if (!fFrame) return 0;
     renderInit();
+    const Pool::Scope pool(fPool);
     try {
         renderNext();
     } catch (const Cancelled&) {
@@ -421,8 +422,7 @@ long Scene::progress() const
 void Scene::flush()
 {
     const auto frame = std::move(fFrame);
-    const auto grids = std::move(fGrids);
-    const auto buckets = std::move(fBuckets);
+    auto buckets = std::move(fBuckets);
     fBuckets.clear();
     fScratch = {};
     fColumn = fRow = 0;
@@ -430,6 +430,8 @@ void Scene::flush()
     fPercent = 0;
     fStarted = false;
     fUnread.clear();
+    buckets.clear();
+    fPool.empty();
 }
 
 }  // namespace zeb

@@ -117,7 +117,7 @@ private:
     void tellUnread(bool positioned, long nargs, const unsigned short* tokens);
 
     std::unique_ptr<RenderFrame> fFrame;
-    std::unique_ptr<Pool> fGrids;
+    Pool fPool;
     std::vector<std::unique_ptr<Row>> fBuckets;  // rows and buckets are made when first needed
     long fColumns = 0, fRows = 0;
     long fColumn = 0, fRow = 0;  // the bucket to be rendered next

@@ -347,6 +347,29 @@ TEST_F(SceneTest, FlushDropsEverythingUnrendered)
     EXPECT_EQ(gScene->progress(), 0);
 }
 
+TEST_F(SceneTest, APictureKeepsNoMemory)
+{
+    zebReset();
+    const std::size_t before = Pool::regions();
+    raster(100, 100);
+    zebSceneBegin();
+    for (int k = 0; k < 10000; ++k) {
+        const auto u = static_cast<float>(k % 100) / 50, v = static_cast<float>(k / 100) / 50;
+        zebMatrixPush();
+        zebTranslate(u - 1, v - 1, 0.5f);
+        zebSphere(0.02f, -0.02f, 0.02f, 360, 0);
+        zebMatrixPop();
+    }
+    zebRenderInit();
+    zebRenderBucket();
+    if (!Pool::kFromHeap) {
+        EXPECT_GE(Pool::regions(), before + 2);
+    }
+    zebSceneEnd();
+    zebReset();
+    EXPECT_EQ(Pool::regions(), before);
+}
+
 TEST_F(SceneTest, AMatteSurfaceStaysEmpty)
 {
     raster(12, 12);

@@ -64,6 +64,11 @@ bool isAtCorners(const ArgAssoc& assoc)
     return assoc.storage() == kVarying || Quark::isVertexColor(assoc.token);
 }
 
+std::shared_ptr<float[]> makeWords(std::size_t count)
+{
+    return std::allocate_shared_for_overwrite<float[]>(PoolAllocator<float>(), count);
+}
+
 bool isNormal(unsigned short token) { return token == kQNormal || token == kQPlane; }
 
 }  // namespace
@@ -79,7 +84,7 @@ ArgAssoc::ArgAssoc(unsigned short name, const void* value, const ArgCounts& coun
     fWidth = wordsOf(type);
     if (!fWidth) return;
     fCount = static_cast<unsigned>(countOf(Quark::getClass(token), counts));
-    fWords.reset(new float[fCount * std::size_t{fWidth}]);
+    fWords = makeWords(fCount * std::size_t{fWidth});
     const float* const samples =
         HostArrays::dense(static_cast<const float*>(value), hostWords(type));
     if (type != kColorType) {
@@ -102,7 +107,7 @@ ArgAssoc::ArgAssoc(const ArgAssoc& like, long count)
       fWidth(like.fWidth),
       fString(like.fString)
 {
-    if (fWidth) fWords.reset(new float[fCount * std::size_t{fWidth}]);
+    if (fWidth) fWords = makeWords(fCount * std::size_t{fWidth});
 }
 
 // Sets one element to evaluate(a, b, c, d) of the corners' words; of three corners, d completes the
@@ -170,7 +175,7 @@ Color ArgAssoc::color(long i) const
 void ArgAssoc::project(const Matrix& matrix, bool flip)
 {
     if (type() != kPointType) return;
-    const std::shared_ptr<float[]> words(new float[3 * std::size_t{fCount}]);
+    const std::shared_ptr<float[]> words = makeWords(3 * std::size_t{fCount});
     const Matrix normals = invtranspose(matrix);
     for (unsigned i = 0; i < fCount; ++i) {
         Point p = point(i);

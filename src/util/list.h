@@ -3,6 +3,8 @@
 
 #include <utility>
 
+#include "util/pool.h"
+
 namespace zeb
 {
 
@@ -15,6 +17,9 @@ public:
     struct Node {
         T value;
         Node* next;
+
+        static void* operator new(std::size_t bytes) { return Pool::take(bytes); }
+        static void operator delete(void* node) { Pool::give(node, sizeof(Node)); }
     };
 
     List() = default;

@@ -1,71 +1,116 @@
-// Memory for arrays that come and go by the thousand, in sizes that repeat.
+// Memory for small things that come and go by the thousand.
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
-#include <vector>
-
-#include "util/arena.h"
+#include <type_traits>
 
 namespace zeb
 {
 
-// Keeps what is given back for the next who takes as much; all goes when the pool does, at the
-// price of a few large blocks. That is several times as fast as the heap, which joins and parts
-// its neighbours every time. One thread at a time.
+// Small blocks lie in pages of the heap, each full of blocks of one size; a page goes back to the
+// heap with the last of its blocks. All threads take from the same pages, under a lock, and any may
+// give back what another took. A pool keeps a few blocks of every size at hand for the thread that
+// it is in force on, which rarely needs the lock then; blocks are in no pool's debt, and outlive
+// it. That is several times as fast as the heap, which parts and joins its neighbours every time.
+// Large blocks are the heap's own; and all are under the address sanitizer, which finds what is
+// done to them once they have been given back.
 class Pool
 {
 public:
-    // Aligned for everything.
-    void* take(std::size_t bytes);
-    // What take() gave for as many bytes.
-    void give(void* memory, std::size_t bytes) noexcept;
+    // Sizes of blocks are multiples of the first, up to the second.
+    static constexpr std::size_t kUnit = 16, kMost = 1024;
+#if defined(__SANITIZE_ADDRESS__)
+    static constexpr bool kFromHeap = true;
+#elif defined(__has_feature)
+    static constexpr bool kFromHeap = __has_feature(address_sanitizer);
+#else
+    static constexpr bool kFromHeap = false;
+#endif
 
-private:
-    // In cache lines; arrays that are larger than most go to the heap. Sizes of a class differ by
-    // an eighth at most: what one leaves fits many others.
-    static constexpr std::size_t kLine = 64, kMost = 64 * 1024;
-    struct Class {
-        std::size_t index, lines;
+    Pool() = default;
+    Pool(const Pool&) = delete;
+    Pool& operator=(const Pool&) = delete;
+    ~Pool() { empty(); }
+
+    // Puts a pool in force on this thread; it must be in force on no other.
+    class Scope
+    {
+    public:
+        explicit Scope(Pool& pool);
+        ~Scope();
+        Scope(const Scope&) = delete;
+        Scope& operator=(const Scope&) = delete;
+
+    private:
+        Pool* const fBefore;
     };
-    static Class classOf(std::size_t bytes);
-    struct alignas(kLine) Line {
-        Line() {}  // leaves the bytes as they are
-        std::byte bytes[kLine];
-    };
+
+    // Aligned as the heap does.
+    static void* take(std::size_t bytes);
+    // What take() gave for as many bytes.
+    static void give(void* memory, std::size_t bytes) noexcept;
+    // Gives back what is at hand.
+    void empty() noexcept;
+
+    // A block that nobody has.
     struct Free {
         Free* next;
     };
+    // What all pages are in, 1 MiB each.
+    static std::size_t regions();
 
-    Arena fArena;
-    std::vector<Free*> fFree = std::vector<Free*>(classOf(kMost).index + 1);
+private:
+    struct Shelf {
+        Free* first = nullptr;
+        std::uint32_t room = 0;  // for so many more; for none before the first
+    };
+    void restock(Shelf& shelf, std::size_t units);
+    void clear(Shelf& shelf, std::size_t units) noexcept;
+
+    std::array<Shelf, kMost / kUnit + 1> fShelves;
 };
 
-struct PoolDelete {
-    Pool* pool = nullptr;
-    std::size_t bytes = 0;
-
-    void operator()(void* memory) const noexcept
+// Takes objects from there that are made with new.
+struct Pooled {
+    static void* operator new(std::size_t bytes) { return Pool::take(bytes); }
+    static void operator delete(void* memory, std::size_t bytes) noexcept
     {
-        if (pool) {
-            pool->give(memory, bytes);
-        } else {
-            ::operator delete(memory);
-        }
+        Pool::give(memory, bytes);
     }
 };
 
-// From a pool that outlives it, or from the heap.
+template <class T>
+struct PoolAllocator {
+    using value_type = T;
+
+    PoolAllocator() = default;
+    template <class Other>
+    PoolAllocator(const PoolAllocator<Other>&)
+    {
+    }
+    T* allocate(std::size_t count) { return static_cast<T*>(Pool::take(count * sizeof(T))); }
+    void deallocate(T* array, std::size_t count) noexcept { Pool::give(array, count * sizeof(T)); }
+    bool operator==(const PoolAllocator&) const { return true; }
+};
+
+struct PoolDelete {
+    std::size_t bytes = 0;
+
+    void operator()(void* memory) const noexcept { Pool::give(memory, bytes); }
+};
+
 template <class T>
 using PoolArray = std::unique_ptr<T[], PoolDelete>;
 
 template <class T>
-PoolArray<T> makeArray(Pool* pool, std::size_t count)
+PoolArray<T> makeArray(std::size_t count)
 {
     static_assert(std::is_trivially_destructible_v<T>, "a pool runs no destructors");
     const std::size_t bytes = count * sizeof(T);
-    PoolArray<T> array(static_cast<T*>(pool ? pool->take(bytes) : ::operator new(bytes)),
-                       PoolDelete{pool, bytes});
+    PoolArray<T> array(static_cast<T*>(Pool::take(bytes)), PoolDelete{bytes});
     std::uninitialized_default_construct_n(array.get(), count);
     return array;
 }
