@@ -76,7 +76,7 @@ void Grid::shade() const
     fColors.isComplete();
     if (fOpacityVaries) fOpacities.isComplete();
     fVertices.reset();
-    fShader.reset();
+    fWanted = {};
 }
 
 void Grid::ColorPlane::begin(const Grid& grid)
@@ -85,29 +85,6 @@ void Grid::ColorPlane::begin(const Grid& grid)
     values = makeArray<Color>(count);
     taken = makeArray<bool>(count);
     std::fill_n(taken.get(), count, false);
-}
-
-void Grid::shadeWanted() const
-{
-    constexpr std::size_t kMost = 64;
-    Color found[kMost];
-    for (std::size_t done = 0; done < fWanted.size();) {
-        const VertexPlace* const places = fWanted.data() + done;
-        const std::size_t count = std::min(fWanted.size() - done, kMost);
-        shader().colors(places, count, found);
-        for (std::size_t k = 0; k < count; ++k) {
-            fColors.values[at(places[k].i, places[k].j)] = found[k];
-        }
-        done += count;
-    }
-    if (fShaded) *fShaded += fWanted.size();
-    fWanted.clear();
-}
-
-void Grid::knowOpacity(int i, int j) const
-{
-    const std::size_t k = at(i, j);
-    if (fFrame && fOpacities.take(k, *this)) fOpacities.values[k] = shader().opacity(i, j);
 }
 
 void Grid::project(const RenderFrame& frame)

@@ -29,17 +29,6 @@ struct VertexPlace {
     std::uint16_t i, j;
 };
 
-// Finds the colours of a grid's vertices. Where its shading is constant, those of the micropolygons
-// that begin there.
-class VertexShader
-{
-public:
-    virtual ~VertexShader() = default;
-    // As many at once as there are: that is several times as fast as one after the other.
-    virtual void colors(const VertexPlace* places, std::size_t count, Color* colors) = 0;
-    virtual Color opacity(int i, int j) = 0;
-};
-
 // Rectangular: v rows of u micropolygons. Triangular: rows shorten towards the last, so that the
 // micropolygons cover u + v <= 1. The buckets that it reaches share it.
 class Grid : public Pooled
@@ -90,7 +79,7 @@ public:
     const Bound& bound() const { return fBound; }
 
     // Lets colours be found when they are asked for, and counted; until then the grid is black and
-    // opaque. Frame and counter have to stay. Defined in shade/grid_shading.cpp.
+    // opaque. Frame and counter have to stay.
     void shadeOnDemand(const RenderFrame& frame, std::uint64_t* shaded = nullptr);
     Color color(int i, int j) const
     {
@@ -117,8 +106,9 @@ public:
         }
         return within(fOpacities, i, j, s, t);
     }
-    // Says that the colours of the micropolygon that begins at (i, j) will be asked for, so that
-    // many are found at once. Whether any of those that were wanted are unknown.
+    // Says that the colours of the micropolygon that begins at (i, j) will be asked for: many at
+    // once are found several times as fast as one after the other. Whether any of those that were
+    // wanted are unknown.
     bool want(int i, int j) const
     {
         if (fColors.complete || !fFrame) return false;
@@ -195,7 +185,6 @@ private:
         return true;
     }
     void knowOpacity(int i, int j) const;
-    VertexShader& shader() const;
     // What lasts as long as the grid, in one allocation: there are many small grids.
     PoolArray<std::byte> fLasting;
     std::uint32_t* fRowStarts = nullptr;
@@ -208,10 +197,10 @@ private:
     std::uint64_t* fShaded = nullptr;
     Color fOpacity = gWhite;
     bool fOpacityVaries = false, fOpaque = true;
-    // Found when first asked for.
-    mutable std::unique_ptr<VertexShader> fShader;
+    // Found when first asked for. Where shading is constant, those of the micropolygons that begin
+    // at the vertices.
     mutable ColorPlane fColors, fOpacities;
-    mutable std::vector<VertexPlace> fWanted;
+    mutable std::vector<VertexPlace, PoolAllocator<VertexPlace>> fWanted;
 };
 
 }  // namespace zeb

@@ -43,7 +43,8 @@ const ArgAssoc* opacities(const Grid& grid)
     return firstOf(grid.fVertexArgs, {Quark::fVertexOpacity, kQOpacity});
 }
 
-class GridShader : public VertexShader
+// Takes no memory before it is asked for colours.
+class GridShader
 {
 public:
     GridShader(const Grid& grid, const RenderFrame& frame)
@@ -52,24 +53,30 @@ public:
           fConstant(!grid.fSmooth),
           fPerspective(frame.option.perspective),
           fQuirks(frame.option.quirks),
+          fPlain(frame.plain),
           fNormal(grid.fVertexArgs.find(kQNormal)),
           fColor(firstOf(grid.fVertexArgs, {Quark::fVertexColor, kQColor})),
           fOpacity(opacities(grid)),
           fSurface(fAttrib.surfaceShader.get())
     {
-        fPoint.lights = &fAttrib.lights;
-        takeParameters();
-        if (!frame.plain) describe();
     }
 
-    void colors(const VertexPlace* places, std::size_t count, Color* colors) override
+    // To be called before colours are asked for.
+    void prepare()
+    {
+        fPoint.lights = &fAttrib.lights;
+        takeParameters();
+        if (!fPlain) describe();
+    }
+
+    void colors(const VertexPlace* places, std::size_t count, Color* colors)
     {
         const AttribNamesScope names(fAttrib.object.text(), fAttrib.group.text());
         if (fKernel && colorsByKernel(places, count, colors)) return;
         for (std::size_t k = 0; k < count; ++k) colors[k] = shade(places[k]);
     }
 
-    Color opacity(int i, int j) override
+    Color opacity(int i, int j)
     {
         place(i, j);
         return opacity();
@@ -80,9 +87,10 @@ private:
     void takeParameters()
     {
         const ArgList& args = fGrid.fOtherArgs;
-        if (args.empty() || !fSurface->clone()->parameters().names(args)) return;
+        if (args.empty()) return;
         fOwn = fSurface->clone();
         fParameters = fOwn->parameters();
+        if (!fParameters.names(args)) return;
         fParameters.override(args);
         for (const ArgAssoc& assoc : args) fVarying |= assoc.storage() == kVarying;
         fSurface = fOwn.get();
@@ -257,6 +265,7 @@ private:
     const bool fConstant;
     const bool fPerspective;
     const bool fQuirks;
+    const bool fPlain;
     const ArgAssoc *fNormal, *fColor, *fOpacity;
     const Surface* fSurface;
     std::unique_ptr<Surface> fOwn;
@@ -264,7 +273,7 @@ private:
     bool fVarying = false;
     SurfacePoint fPoint;
     SurfaceRecord fSurfaceRecord;
-    std::vector<LightRecord> fLights;
+    std::vector<LightRecord, PoolAllocator<LightRecord>> fLights;
     VolumeRecord fVolumeRecord;
     ShadingKernel fKernel = nullptr;
 };
@@ -277,7 +286,6 @@ void Grid::shadeOnDemand(const RenderFrame& frame, std::uint64_t* shaded)
 {
     fFrame = &frame;
     fShaded = shaded;
-    fShader.reset();
     fColors = {};
     fOpacities = {};
     fWanted.clear();
@@ -286,10 +294,31 @@ void Grid::shadeOnDemand(const RenderFrame& frame, std::uint64_t* shaded)
     fOpaque = !fOpacityVaries && fOpacity == gWhite;
 }
 
-VertexShader& Grid::shader() const
+void Grid::shadeWanted() const
 {
-    if (!fShader) fShader = std::make_unique<GridShader>(*this, *fFrame);
-    return *fShader;
+    if (fWanted.empty()) return;
+    constexpr std::size_t kMost = 64;
+    Color found[kMost];
+    GridShader shader(*this, *fFrame);
+    shader.prepare();
+    for (std::size_t done = 0; done < fWanted.size();) {
+        const VertexPlace* const places = fWanted.data() + done;
+        const std::size_t count = std::min(fWanted.size() - done, kMost);
+        shader.colors(places, count, found);
+        for (std::size_t k = 0; k < count; ++k) {
+            fColors.values[at(places[k].i, places[k].j)] = found[k];
+        }
+        done += count;
+    }
+    if (fShaded) *fShaded += fWanted.size();
+    fWanted.clear();
+}
+
+void Grid::knowOpacity(int i, int j) const
+{
+    const std::size_t k = at(i, j);
+    if (!fFrame || !fOpacities.take(k, *this)) return;
+    fOpacities.values[k] = GridShader(*this, *fFrame).opacity(i, j);
 }
 
 }  // namespace zeb
