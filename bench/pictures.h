@@ -48,8 +48,16 @@ void picture(benchmark::State& state, long width, long height, const Build& buil
     state.counters["kgrids"] = static_cast<double>(counts.grids) / 1e3;
     state.counters["Mmp"] = millions(counts.micropolygons);
     state.counters["Mshaded"] = millions(counts.shaded);
+    state.counters["Mseen"] = millions(counts.seen);
     state.counters["Mtests"] = millions(counts.tests);
     state.counters["Mhits"] = millions(counts.hits);
+    // Of the whole picture's time.
+    const auto timePer = [](std::uint64_t count) {
+        return Counter(static_cast<double>(count),
+                       Counter::kIsIterationInvariantRate | Counter::kInvert);
+    };
+    if (counts.shaded) state.counters["s/shaded"] = timePer(counts.shaded);
+    if (counts.tests) state.counters["s/test"] = timePer(counts.tests);
     state.counters["mp/s"] = Counter(micropolygons, Counter::kIsIterationInvariantRate);
     state.counters["samples/s"] =
         Counter(static_cast<double>(counts.samples), Counter::kIsIterationInvariantRate);

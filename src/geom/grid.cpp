@@ -62,9 +62,24 @@ Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Att
     fVertices = makeArray<Vertex>(count);
 }
 
+void Grid::wantCell(int i, int j) const
+{
+    if (fCounts) ++fCounts->seen;
+    wantVertex(i, j);
+    if (!fSmooth) return;
+    wantVertex(i + 1, j);
+    wantVertex(i, j + 1);
+    wantVertex(i + 1, j + 1);
+}
+
 void Grid::shade() const
 {
     if (fColors.complete || !fFrame) return;
+    for (int j = 0; fCounts && j < fVSize; ++j) {
+        for (int i = 0; i < cellCount(j); ++i) {
+            fCounts->seen += fColors.mark(at(i, j), ColorPlane::kSeen, *this);
+        }
+    }
     for (int j = 0; j < fVSize + fSmooth; ++j) {
         const int count = fSmooth ? vertexCount(j) : cellCount(j);
         for (int i = 0; i < count; ++i) {
@@ -83,8 +98,8 @@ void Grid::ColorPlane::begin(const Grid& grid)
 {
     const std::size_t count = grid.vertexCount();
     values = makeArray<Color>(count);
-    taken = makeArray<bool>(count);
-    std::fill_n(taken.get(), count, false);
+    marks = makeArray<std::uint8_t>(count);
+    std::fill_n(marks.get(), count, std::uint8_t{0});
 }
 
 void Grid::project(const RenderFrame& frame)

@@ -29,6 +29,12 @@ struct VertexPlace {
     std::uint16_t i, j;
 };
 
+// What was shaded of grids.
+struct ShadingCounts {
+    std::uint64_t shaded = 0;  // vertices, or micropolygons under constant shading
+    std::uint64_t seen = 0;    // micropolygons; of grids that are not opaque, all count
+};
+
 // Rectangular: v rows of u micropolygons. Triangular: rows shorten towards the last, so that the
 // micropolygons cover u + v <= 1. The buckets that it reaches share it.
 class Grid : public Pooled
@@ -80,7 +86,7 @@ public:
 
     // Lets colours be found when they are asked for, and counted; until then the grid is black and
     // opaque. Frame and counter have to stay.
-    void shadeOnDemand(const RenderFrame& frame, std::uint64_t* shaded = nullptr);
+    void shadeOnDemand(const RenderFrame& frame, ShadingCounts* counts = nullptr);
     Color color(int i, int j) const
     {
         if (wantVertex(i, j)) shadeWanted();
@@ -112,12 +118,7 @@ public:
     bool want(int i, int j) const
     {
         if (fColors.complete || !fFrame) return false;
-        wantVertex(i, j);
-        if (fSmooth) {
-            wantVertex(i + 1, j);
-            wantVertex(i, j + 1);
-            wantVertex(i + 1, j + 1);
-        }
+        if (fColors.mark(at(i, j), ColorPlane::kSeen, *this)) wantCell(i, j);
         return !fWanted.empty();
     }
     // As colorAt, of what has been wanted and found.
@@ -144,16 +145,20 @@ private:
     // Colours of vertices, as far as they are known or wanted; others are black.
     struct ColorPlane {
         PoolArray<Color> values;
-        PoolArray<bool> taken;  // null before the first is, and once all are known
+        // Of a vertex that its colour is known or wanted, and that the micropolygon is seen which
+        // begins there.
+        enum Mark : std::uint8_t { kTaken = 1, kSeen = 2 };
+        PoolArray<std::uint8_t> marks;  // null before there is one, and once all are known
         bool complete = false;
 
         // Whether this makes it so.
-        bool take(std::size_t k, const Grid& grid)
+        bool mark(std::size_t k, Mark which, const Grid& grid)
         {
-            if (complete) return false;
-            if (!taken) begin(grid);
-            return !std::exchange(taken[k], true);
+            if (!marks) begin(grid);
+            const std::uint8_t before = std::exchange(marks[k], marks[k] | which);
+            return !(before & which);
         }
+        bool take(std::size_t k, const Grid& grid) { return !complete && mark(k, kTaken, grid); }
         Color at(std::size_t k) const { return values ? values[k] : gBlack; }
         void set(std::size_t k, const Grid& grid, const Color& color)
         {
@@ -163,7 +168,7 @@ private:
         void begin(const Grid& grid);
         void isComplete()
         {
-            taken.reset();
+            marks.reset();
             complete = true;
         }
     };
@@ -184,6 +189,7 @@ private:
         fWanted.push_back({static_cast<std::uint16_t>(i), static_cast<std::uint16_t>(j)});
         return true;
     }
+    void wantCell(int i, int j) const;
     void knowOpacity(int i, int j) const;
     // What lasts as long as the grid, in one allocation: there are many small grids.
     PoolArray<std::byte> fLasting;
@@ -194,7 +200,7 @@ private:
     Bound fBound;
 
     const RenderFrame* fFrame = nullptr;  // that colours are found under
-    std::uint64_t* fShaded = nullptr;
+    ShadingCounts* fCounts = nullptr;
     Color fOpacity = gWhite;
     bool fOpacityVaries = false, fOpaque = true;
     // Found when first asked for. Where shading is constant, those of the micropolygons that begin

@@ -69,7 +69,7 @@ const Grid& Piece::dice(Counts& counts)
     grid->project(*fFrame);
     const Option& option = fFrame->option;
     const bool depthOnly = option.depth && !option.rgb && !option.alpha;
-    if (!depthOnly && !grid->fMatte) grid->shadeOnDemand(*fFrame, &counts.shaded);
+    if (!depthOnly && !grid->fMatte) grid->shadeOnDemand(*fFrame, &counts);
     ++counts.grids;
     for (int j = 0; j < grid->fVSize; ++j) {
         counts.micropolygons += static_cast<std::uint64_t>(grid->cellCount(j));

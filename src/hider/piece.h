@@ -12,11 +12,10 @@ namespace zeb
 {
 
 // What a picture took.
-struct Counts {
+struct Counts : ShadingCounts {
     std::uint64_t pieces = 0;         // small enough for one grid
     std::uint64_t grids = 0;          // that were diced of them
     std::uint64_t micropolygons = 0;  // in these
-    std::uint64_t shaded = 0;         // vertices, or micropolygons under constant shading
     // Of micropolygons with samples, and how many met; not counted in adaptive sampling.
     std::uint64_t tests = 0, hits = 0;
     std::uint64_t samples = 0;

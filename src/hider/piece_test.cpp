@@ -102,6 +102,29 @@ TEST_F(PieceTest, OnlyWhatIsSeenIsShaded)
                 static_cast<double>(far) / 10);
 }
 
+// However many buckets share a grid.
+TEST_F(PieceTest, WhatIsSeenIsCountedOnce)
+{
+    const auto taken = [this](float opacity, bool near) {
+        return counts([=] {
+            zebShadingModel(ZEB_SMOOTH);
+            zebShadingRate(1);
+            zebtest::rectangle(0, 0, 12, 24, 0.75f);
+            if (near) zebtest::rectangle(0, 0, 12, 24, 0.25f);
+            zebtest::opacity(1, 1, opacity);
+            zebtest::rectangle(12, 0, 24, 24, 0.5f);
+        });
+    };
+    const Counts opaque = taken(1, false);
+    EXPECT_LE(opaque.seen, opaque.micropolygons);
+    EXPECT_GE(opaque.seen, 24u * 24u);
+    EXPECT_EQ(taken(1, true).seen, opaque.seen) << "and half of that is hidden";
+    const Counts half = taken(0.5f, true);
+    EXPECT_GE(half.seen, opaque.seen) << "all of what is transparent";
+    EXPECT_LE(half.seen, opaque.micropolygons);
+    EXPECT_GT(half.shaded, half.seen);
+}
+
 TEST_F(PieceTest, MattesAreNotShaded)
 {
     const Counts taken = counts([] {

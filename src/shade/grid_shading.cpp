@@ -282,10 +282,10 @@ private:
 
 // Surfaces pass the opacity on that they are given, and atmospheres leave it alone: it is known
 // before anything is shaded.
-void Grid::shadeOnDemand(const RenderFrame& frame, std::uint64_t* shaded)
+void Grid::shadeOnDemand(const RenderFrame& frame, ShadingCounts* counts)
 {
     fFrame = &frame;
-    fShaded = shaded;
+    fCounts = counts;
     fColors = {};
     fOpacities = {};
     fWanted.clear();
@@ -310,7 +310,7 @@ void Grid::shadeWanted() const
         }
         done += count;
     }
-    if (fShaded) *fShaded += fWanted.size();
+    if (fCounts) fCounts->shaded += fWanted.size();
     fWanted.clear();
 }
 
