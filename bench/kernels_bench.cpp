@@ -132,11 +132,18 @@ void filter(benchmark::State& state)
     zebReset();
     zebFilter(static_cast<short>(state.range(0)));
     const PixelFilter pixelFilter(*gOption);
-    float x = -1;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(pixelFilter(x, 0.3f));
-        x = x >= 1 ? -1 : x + 0.001f;
+    WeightBlock block;
+    block.count = WeightBlock::kMost;
+    for (int k = 0; k < block.count; ++k) {
+        block.dx[k] = static_cast<float>(k - block.count / 2) / static_cast<float>(block.count / 2);
+        block.dy[k] = 0.3f;
     }
+    for (auto _ : state) {
+        pixelFilter.weigh(block);
+        benchmark::DoNotOptimize(block.weights);
+    }
+    state.counters["weights/s"] =
+        benchmark::Counter(block.count, benchmark::Counter::kIsIterationInvariantRate);
     zebReset();
 }
 
