@@ -313,8 +313,8 @@ void dropLoneEnds(Seams::Near*& list)
 {
     const auto goesOn = [&list](const Seams::Near& near) {
         for (const Seams::Near* other = list; other; other = other->next) {
-            if (other != &near && other->end() && other->side->line == near.side->line &&
-                samePlace(*other->end(), *near.end())) {
+            if (other != &near && other->beyond && other->side->line == near.side->line &&
+                samePlace(other->end(), near.end())) {
                 return true;
             }
         }
@@ -323,7 +323,7 @@ void dropLoneEnds(Seams::Near*& list)
     // What goes is nothing that another goes on with: it would go on with that one, too.
     for (Seams::Near** place = &list; *place;) {
         const Seams::Near& near = **place;
-        if (near.end() && isEnd(*near.side->grid, near.side->edge, *near.end()) && !goesOn(near)) {
+        if (near.beyond && isEnd(*near.side->grid, near.side->edge, near.end()) && !goesOn(near)) {
             *place = near.next;
         } else {
             place = &(*place)->next;
@@ -353,9 +353,9 @@ bool match(const Seams::Near& a, const Seams::Near& b)
 {
     // Beyond ends of both lies what an outline turns round. Grids that only end together have the
     // line in common, but no part of it.
-    if (a.end() && b.end()) return false;
-    if (a.end() && isEnd(*b.side->grid, b.side->edge, *a.end())) return false;
-    if (b.end() && isEnd(*a.side->grid, a.side->edge, *b.end())) return false;
+    if (a.beyond && b.beyond) return false;
+    if (a.beyond && isEnd(*b.side->grid, b.side->edge, a.end())) return false;
+    if (b.beyond && isEnd(*a.side->grid, a.side->edge, b.end())) return false;
     return a.side->line == b.side->line && a.dx * b.dx + a.dy * b.dy < 0 &&
            sameLayer(a, b, a.side->room + b.side->room);
 }

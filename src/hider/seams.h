@@ -95,7 +95,8 @@ public:
         Near* next;
         bool seen = false;
 
-        const Point* end() const { return beyond ? beyond < 0 ? &side->a : &side->b : nullptr; }
+        // Where the side ends that the sample lies beyond.
+        const Point& end() const { return beyond < 0 ? side->a : side->b; }
     };
 
     // In pixels: how far from a grid gaps can be.
