@@ -42,4 +42,34 @@ TEST(Plain, RandomScenesAreTheSame)
     zebReset();
 }
 
+// In the order of the sequence both sides of a sphere are equally far; which of them shows depends
+// on what came before, here something transparent that is nearer.
+TEST(Plain, BothSidesOfASurfaceCountUnderTheSequence)
+{
+    const auto render = [](Picture& picture, bool isPlain) {
+        renderPlainly(isPlain);
+        zebReset();
+        zebRasterViewport(0, 40, 0, 30);
+        picture.attachFloat();
+        zebHider(ZEB_HIDER_SEQUENCE);
+        zebViewOrthographic();
+        zebTranslate(0, 0, 3);
+        zebSceneBegin();
+        zebSurface(zebQuark("constant"), 0);
+        zebBackface(2);
+        static const float colors[12] = {1, 0, 0, 0, 1, 0, 0, 0, 1, 1, 1, 1};
+        zebSphere(0.8f, -0.8f, 0.8f, 360, zebQuark("color"), colors, 0);
+        const float half[3] = {0.5f, 0.5f, 0.5f};
+        zebOpacity(half);
+        const Vec p[4] = {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
+        zebPolygon(4, zebQuark("point"), p, 0);
+        zebSceneEnd();
+    };
+    Picture plain(3), picture(3);
+    render(plain, true);
+    render(picture, false);
+    EXPECT_TRUE(plain.words() == picture.words());
+    zebReset();
+}
+
 }  // namespace zebtest

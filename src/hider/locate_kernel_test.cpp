@@ -30,6 +30,8 @@ protected:
                 return static_cast<float>(random() % 9) * 0.125f + 100;
             case 2:
                 return std::uniform_real_distribution<float>(0, 2)(random);
+            case 3:  // so small that roots next to each other count as one
+                return std::uniform_real_distribution<float>(0, 4e-3f)(random);
             default:
                 return std::uniform_real_distribution<float>(-1, 2)(random) * 1e19f;
         }
@@ -39,7 +41,7 @@ protected:
         auto made = std::make_unique<LocateBlock>();
         made->count = count;
         for (int k = 0; k < count; ++k) {
-            fKind = static_cast<int>(random() % 4);
+            fKind = static_cast<int>(random() % 5);
             for (float* plane : {made->x, made->y, made->x00, made->x10, made->x01, made->x11,
                                  made->y00, made->y10, made->y01, made->y11}) {
                 plane[k] = place();
