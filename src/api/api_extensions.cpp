@@ -60,7 +60,7 @@ void zebProgressCallback(ZebProgressFunction function, void* data)
 void zebThreads(long n)
 {
     CallFrame frame("zebThreads");
-    gOption->threads(n);
+    gOption->setThreads(n);
 }
 
 short zebWindowEvents(short wait)

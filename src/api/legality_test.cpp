@@ -183,7 +183,7 @@ const std::vector<Call>& calls()
         {"zebCancel", kAnywhere, 0, [] { zebCancel(); }},
         {"zebProgressCallback", kOptions, 5, [] { zebProgressCallback(nullptr, nullptr); }},
         {"zebDepthNearest", kOptions, 5, [] { zebDepthNearest(0); }},
-        {"zebThreads", kOptions, 5, [] { zebThreads(1); }},
+        {"zebThreads", kOptions, 5, [] { zebThreads(2); }},
         {"zebWindowEvents", kAnywhere, 0, [] { zebWindowEvents(0); }},
         {"zebVersion", kAnywhere, 0, [] { zebVersion(); }},
     };

@@ -11,6 +11,7 @@
 #include "math/transform.h"
 #include "state/error.h"
 #include "state/state.h"
+#include "util/cores.h"
 #include "util/host_array.h"
 #include "util/number.h"
 
@@ -34,6 +35,7 @@ constexpr float kMaxSampleRate = 128;
 constexpr long kMaxGridSize = 1024;
 constexpr long kMaxBucketSize = 4096;
 constexpr long kMaxColorSamples = 4096;
+constexpr long kMaxThreads = kMaxCores;
 
 bool legal() { return verify(kOptionBlocks, kOptionState) != 0; }
 
@@ -416,10 +418,16 @@ void Option::progressCallback(ProgressFunction function, void* data)
     progressData = data;
 }
 
-void Option::threads(long n)
+void Option::setThreads(long n)
 {
     if (!legal()) return;
-    if (n != 0 && n != 1) error(kRange, kError, "%ld threads are not supported, using 1", n);
+    if (n < 0 || n > kMaxThreads) {
+        error(kRange, kError, "thread count %ld out of range", n);
+        return;
+    }
+    threads = n;
 }
+
+long Option::threadCount() const { return threads == 0 ? usableCores() : threads; }
 
 }  // namespace zeb

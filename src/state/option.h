@@ -68,6 +68,7 @@ public:
     bool depthNearest = false;
     ProgressFunction progress = nullptr;
     void* progressData = nullptr;
+    long threads = 1;        // 0: one a core
     bool closeSeams = true;  // tests look at what pictures are without
 
     Option();
@@ -107,7 +108,10 @@ public:
     void setQuirks(short on);
     void setDepthNearest(short on);
     void progressCallback(ProgressFunction function, void* data);
-    void threads(long n);
+    void setThreads(long n);
+
+    // How many render: one a core is resolved, which may change from call to call.
+    long threadCount() const;
 };
 
 // The record in force.

@@ -57,6 +57,7 @@ protected:
         EXPECT_EQ(gOption->tuning[0], o.tuning[0]);
         EXPECT_EQ(gOption->tuning[1], o.tuning[1]);
         EXPECT_EQ(gOption->tuning[2], o.tuning[2]);
+        EXPECT_EQ(gOption->threads, o.threads);
         EXPECT_TRUE(gOption->colorSpace.standard);
         EXPECT_EQ(gOption->colorSpace.samples, 3);
         EXPECT_EQ(gCameraToScreen, gIdentity);
@@ -131,6 +132,7 @@ TEST_F(OptionInputTest, NumbersOutOfAnyUseAreRefused)
     expectRefused("zebTune", [] { zebTune(32, 0, 12); });
     expectRefused("zebTune", [] { zebTune(32, 12, -1); });
     expectRefused("zebThreads", [] { zebThreads(-1); });
+    expectRefused("zebThreads", [] { zebThreads(257); });
     expectDefaults();
 }
 

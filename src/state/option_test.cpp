@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "math/spaces.h"
 #include "state/state.h"
 #include "support/reports.h"
+#include "util/cores.h"
 
 using namespace zeb;
 
@@ -92,6 +94,7 @@ TEST_F(OptionTest, Defaults)
     EXPECT_EQ(o.tuning[0], 32);
     EXPECT_EQ(o.tuning[1], 12);
     EXPECT_EQ(o.tuning[2], 12);
+    EXPECT_EQ(o.threads, 1);
 }
 
 TEST_F(OptionTest, PlainSettersStoreTheirValues)
@@ -426,6 +429,51 @@ TEST_F(OptionTest, DepthIsFilteredUnlessTheNearestIsWanted)
     EXPECT_FALSE(gOption->depthNearest);
 }
 
+TEST_F(OptionTest, ThreadsAreUpTo256)
+{
+    for (long n = 256; n >= 0; --n) {
+        gOption->setThreads(n);
+        EXPECT_EQ(gOption->threads, n);
+    }
+    EXPECT_TRUE(reports.empty());
+}
+
+TEST_F(OptionTest, OtherNumbersOfThreadsAreRefused)
+{
+    constexpr long kLeast = std::numeric_limits<long>::min();
+    constexpr long kMost = std::numeric_limits<long>::max();
+    for (const long before : {0L, 3L}) {
+        gOption->setThreads(before);
+        for (const long n : {-1L, 257L, -256L, kLeast, kMost}) {
+            gOption->setThreads(n);
+            expectReport("thread count " + std::to_string(n) + " out of range");
+            EXPECT_EQ(gOption->threads, before);
+        }
+    }
+}
+
+TEST_F(OptionTest, NoNumberOfThreadsIsOneACore)
+{
+    Option o;
+    EXPECT_EQ(o.threadCount(), 1);
+    o.threads = 256;
+    EXPECT_EQ(o.threadCount(), 256);
+    o.threads = 0;
+    EXPECT_EQ(o.threadCount(), usableCores());
+}
+
+TEST_F(OptionTest, AFrameGivesItsThreadsBack)
+{
+    zebThreads(3);
+    zebFrameBegin();
+    EXPECT_EQ(gOption->threads, 3);
+    zebThreads(5);
+    zebFrameEnd();
+    EXPECT_EQ(gOption->threads, 3);
+    zebReset();
+    EXPECT_EQ(gOption->threads, 1);
+}
+
 TEST_F(OptionTest, SettersAreRefusedInAWorldBlock)
 {
     zebHider(0);
@@ -466,7 +514,7 @@ TEST_F(OptionTest, SettersAreRefusedInAWorldBlock)
         [] { gOption->imager(1, 0, nullptr, nullptr); },
         [] { gOption->setQuirks(0); },
         [] { gOption->setDepthNearest(1); },
-        [] { gOption->threads(1); },
+        [] { gOption->setThreads(2); },
     };
     int number = 0;
     for (const auto& setter : setters) {
@@ -480,5 +528,6 @@ TEST_F(OptionTest, SettersAreRefusedInAWorldBlock)
     EXPECT_EQ(gOption->jitter, 0.5f);
     EXPECT_EQ(gOption->tuning[0], 32);
     EXPECT_EQ(gOption->hiderType, 0);
+    EXPECT_EQ(gOption->threads, 1);
     EXPECT_TRUE(gOption->colorSpace.standard);
 }

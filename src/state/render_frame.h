@@ -24,11 +24,13 @@ struct RenderFrame {
     // Everything is diced and shaded, and nothing left out because it is hidden: the pictures are
     // the same, and slower made. For tests, which set ZEBCORE_PLAIN.
     const bool plain = std::getenv("ZEBCORE_PLAIN") != nullptr;
+    const long threads;  // 1 or more
 
     RenderFrame(const Option& options, const Matrix& toRaster)
         : option(options),
           cameraToRaster(toRaster),
-          depthScale(options.projection ? static_cast<float>(powerWithin(range())) : 1.0f)
+          depthScale(options.projection ? static_cast<float>(powerWithin(range())) : 1.0f),
+          threads(options.threadCount())
     {
     }
 
