@@ -71,6 +71,7 @@ void setOutput(const Settings& settings, const Destination& destination)
 void setOptions(const Camera& camera, const Settings& settings, const Destination& destination)
 {
     zebQuirks(0);
+    zebThreads(settings.threads);
     zebRasterViewport(0, settings.width, 0, settings.height);
     setOutput(settings, destination);
     if (settings.threshold) {

@@ -21,6 +21,7 @@ namespace
 
 constexpr int kWrongUsage = 2;
 constexpr long kMaxSize = 65536;
+constexpr long kMaxThreads = 256;
 
 const std::map<std::string, Fit> kFits{{"tight", Fit::kTight}, {"sphere", Fit::kSphere}};
 
@@ -308,6 +309,10 @@ CommandLine readCommandLine(int argc, char** argv)
     addModelOptions(app, result.settings);
     addViewOptions(app, result.settings);
     addPictureOptions(app, result.settings);
+    app.add_option("--threads", result.settings.threads,
+                   "Threads that render, up to 256, or 0 for one a core; default 0")
+        ->type_name("N")
+        ->check(CLI::Range(0L, kMaxThreads));
     app.add_flag("-v,--verbose", result.settings.verbose,
                  "Tells what the models hold, and shows what the library reports as infos");
     try {

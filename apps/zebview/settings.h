@@ -46,6 +46,7 @@ struct Settings {
     std::optional<Color> color;       // unset: the model's own
     std::optional<Color> background;  // unset: transparent
 
+    long threads = 0;      // 0: one a core
     bool verbose = false;  // infos are shown
 
     bool listsCameras() const { return camera == "list"; }

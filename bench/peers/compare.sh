@@ -30,7 +30,7 @@ timer='TIMEFORMAT="%3U %3S"; exec 3>/dev/null
 whole_command() {
     case $1 in
     zebcore)
-        bash -c "$timer" - "$zebview" "$model" -o "$2" --size 1024x1024
+        bash -c "$timer" - "$zebview" "$model" -o "$2" --size 1024x1024 --threads 1
         ;;
     f3d)
         xvfb-run -a bash -c "$timer" - f3d --dry-run --fxaa --output "$2" \

@@ -67,6 +67,7 @@ TEST_F(Failures, WrongUsageIsStatusTwo)
         {"--turn", {"x", "inf", "nan", "9e9", ""}},
         {"--sheet", {"2", "0x2", "2x", "2x2x2", "1.5x2", "-1x1", "1001x1"}},
         {"--fit", {"loose", "Sphere", ""}},
+        {"--threads", {"-1", "257", "1.5", "x", "", "99999999999999999999"}},
         {"--up", {"w", "xy", "", "+z"}},
         {"--surface", {"wood", "plastic2"}},
         {"--color", {"1,1", "1,1,2", "-1,0,0", "red", "1,1,1,1", "nan,0,0"}},

@@ -431,6 +431,14 @@ TEST_F(Options, SurfacesDiffer)
     EXPECT_TRUE(plastic == ball({})) << "plastic is the default";
 }
 
+TEST_F(Options, ThreadsChangeNothing)
+{
+    const Image usual = ball({});
+    for (const char* threads : {"0", "1", "2", "256"}) {
+        EXPECT_TRUE(usual == ball({"--threads", threads})) << threads;
+    }
+}
+
 TEST_F(Options, ExrIsWritten)
 {
     const std::string file = read(render(kSphere, {}, "picture.EXR"));
@@ -444,9 +452,10 @@ TEST_F(Options, HelpNamesEveryOption)
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
     for (const char* name :
-         {"MODEL",  "--output",  "--channels", "--sheet",      "--frames", "--turn",   "--fit",
-          "--size", "--samples", "--adaptive", "--rate",       "--filter", "--view",   "--fov",
-          "--up",   "--surface", "--color",    "--background", "--help",   "--version"}) {
+         {"MODEL",  "--output",  "--channels", "--sheet",    "--frames", "--turn",
+          "--fit",  "--size",    "--samples",  "--adaptive", "--rate",   "--filter",
+          "--view", "--fov",     "--up",       "--surface",  "--color",  "--background",
+          "--help", "--version", "--threads"}) {
         EXPECT_NE(outcome.out.find(name), std::string::npos) << name;
     }
 }
