@@ -40,7 +40,7 @@
  * Memory. A call that finds none left reports code 1, severe, and ends the process. What the host
  * allocates in its callbacks, and on other threads, fails as it would without the library.
  *
- * Threads. All calls come from one thread.
+ * Threads. All calls come from one thread, and all callbacks run on it, whatever zebThreads says.
  */
 #ifndef ZEBCORE_ZEBCORE_H
 #define ZEBCORE_ZEBCORE_H
@@ -880,8 +880,11 @@ typedef short (*ZebProgressFunction)(void *data, long percent);
     @param function null is none, the default
     @param data its first argument */
 ZEB_API void zebProgressCallback(ZebProgressFunction function, void *data);
-/** Sets how many threads render; an option. 1 (default) is the caller's alone, 0 as many as this
-    version can; it can no more than one: code 10 for any other number. */
+/** Sets how many threads render; an option. Pictures are the same for any number, and the host's
+    code (callbacks) runs on the caller's thread only.
+    @param n 1 (default) is the caller's alone, 2 to 256 are so many together with it; 0 is one per
+    core the process may use (affinity and limits of control groups counted), up to 256. Code 10 for
+    any other. */
 ZEB_API void zebThreads(long n);
 /** Handles the events of the library's windows: they repaint, and close when their user wants it.
     While it renders, the library does so by itself; before and after, a host calls this from time to
