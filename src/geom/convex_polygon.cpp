@@ -103,26 +103,36 @@ ConvexPolygonMesh::ConvexPolygonMesh(long nfaces, const long* nverts, const long
     init(vertexCount(static_cast<long>(fIndices.size()), verts), nfaces, nargs, tokens, values);
 }
 
-void ConvexPolygonMesh::split(PrimitiveSink& sink)
+void ConvexPolygonMesh::prepareParts()
 {
+    if (!fParts.empty()) return;
     const long* indices = fIndices.data();
-    for (const long size : fFaceSizes) {
+    const auto done = [&] { return static_cast<std::size_t>(indices - fIndices.data()); };
+    for (std::size_t face = 0; face < fFaceSizes.size(); ++face) {
+        if (face % kPartFaces == 0) fParts.push_back(done());
+        const long size = fFaceSizes[face];
         for (long k = 0; k < size; ++k) {
             fShared.add(vertex(indices[k]), vertex(indices[(k + 1) % size]));
         }
         indices += size;
     }
     fShared.sort();
-    indices = fIndices.data();
-    std::uint32_t face = 0;
-    for (const long size : fFaceSizes) {
+}
+
+void ConvexPolygonMesh::splitPart(PrimitiveSink& sink, long part) const
+{
+    const long* indices = fIndices.data() + fParts[static_cast<std::size_t>(part)];
+    const std::size_t first = static_cast<std::size_t>(part) * kPartFaces;
+    const std::size_t end = std::min(first + kPartFaces, fFaceSizes.size());
+    for (std::size_t k = first; k < end; ++k) {
+        const long size = fFaceSizes[k];
+        const auto face = static_cast<std::uint32_t>(k);
         if (size < 4) {
             sink.add(std::make_unique<Triangle>(*this, face, indices));
         } else {
             sink.add(std::make_unique<ConvexPolygon>(*this, face, size, indices));
         }
         indices += size;
-        ++face;
     }
 }
 

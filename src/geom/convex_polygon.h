@@ -55,12 +55,16 @@ public:
         return fShared.contains(fPoints[static_cast<std::size_t>(from)],
                                 fPoints[static_cast<std::size_t>(to)]);
     }
-    void split(PrimitiveSink& sink) override;
+    void split(PrimitiveSink& sink) override { splitAllParts(sink); }
+    long parts() const override { return partsOf(fFaceSizes.size()); }
+    void prepareParts() override;
+    void splitPart(PrimitiveSink& sink, long part) const override;
 
 private:
     std::vector<long> fFaceSizes;
     std::vector<long> fIndices;
-    SharedSides fShared;  // while it splits
+    SharedSides fShared;              // once parts are prepared
+    std::vector<std::size_t> fParts;  // where the indices of each begin
 };
 
 }  // namespace zeb

@@ -272,20 +272,33 @@ GeneralPolygonMesh::GeneralPolygonMesh(long nfaces, const long* nloops, const lo
     init(vertexCount(static_cast<long>(fIndices.size()), verts), nfaces, nargs, tokens, values);
 }
 
-void GeneralPolygonMesh::split(PrimitiveSink& sink)
+void GeneralPolygonMesh::prepareParts()
 {
-    const long* indices = fIndices.data();
-    for (const long size : fLoopSizes) {
-        for (long k = 0; k < size; ++k) {
-            fShared.add(vertex(indices[k]), vertex(indices[(k + 1) % size]));
+    if (!fParts.empty()) return;
+    const long *indices = fIndices.data(), *loop = fLoopSizes.data();
+    for (std::size_t face = 0; face < fFaceLoops.size(); ++face) {
+        if (face % kPartFaces == 0) {
+            fParts.push_back({loop - fLoopSizes.data(), indices - fIndices.data()});
         }
-        indices += size;
+        for (const long* const end = loop + fFaceLoops[face]; loop != end; ++loop) {
+            for (long k = 0; k < *loop; ++k) {
+                fShared.add(vertex(indices[k]), vertex(indices[(k + 1) % *loop]));
+            }
+            indices += *loop;
+        }
     }
     fShared.sort();
-    indices = fIndices.data();
-    const long* size = fLoopSizes.data();
-    std::uint32_t face = 0;
-    for (const long loops : fFaceLoops) {
+}
+
+void GeneralPolygonMesh::splitPart(PrimitiveSink& sink, long part) const
+{
+    const Part& begin = fParts[static_cast<std::size_t>(part)];
+    const long *size = fLoopSizes.data() + begin.loop, *indices = fIndices.data() + begin.index;
+    const std::size_t first = static_cast<std::size_t>(part) * kPartFaces;
+    const std::size_t end = std::min(first + kPartFaces, fFaceLoops.size());
+    for (std::size_t k = first; k < end; ++k) {
+        const long loops = fFaceLoops[k];
+        const auto face = static_cast<std::uint32_t>(k);
         if (loops == 1 && *size < 4) {
             sink.add(std::make_unique<Triangle>(*this, face, indices));
         } else {
@@ -294,7 +307,6 @@ void GeneralPolygonMesh::split(PrimitiveSink& sink)
         }
         indices = std::accumulate(size, size + loops, indices);
         size += loops;
-        ++face;
     }
 }
 

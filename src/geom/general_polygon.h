@@ -81,13 +81,21 @@ public:
         return fShared.contains(fPoints[static_cast<std::size_t>(from)],
                                 fPoints[static_cast<std::size_t>(to)]);
     }
-    void split(PrimitiveSink& sink) override;
+    void split(PrimitiveSink& sink) override { splitAllParts(sink); }
+    long parts() const override { return partsOf(fFaceLoops.size()); }
+    void prepareParts() override;
+    void splitPart(PrimitiveSink& sink, long part) const override;
 
 private:
     std::vector<long> fFaceLoops;
     std::vector<long> fLoopSizes;
     std::vector<long> fIndices;
-    SharedSides fShared;  // while it splits
+    SharedSides fShared;  // once parts are prepared
+    // Where each begins.
+    struct Part {
+        std::ptrdiff_t loop, index;
+    };
+    std::vector<Part> fParts;
 };
 
 }  // namespace zeb

@@ -207,11 +207,11 @@ namespace
 
 // Where weights differ too much, most of the surface lies in a sliver of its parameters that no
 // number of splits reaches, and rounding scatters what is left over.
-std::optional<Primitive::SplitLimits> splitLimits(const NurbNet& net)
+std::optional<SplitLimits> splitLimits(const NurbNet& net)
 {
     constexpr double kLopsided = 1e7;
     if (net.weightRange() <= kLopsided) return std::nullopt;
-    return Primitive::SplitLimits{.surface = 16, .across = 0, .keepsRest = false};
+    return SplitLimits{.surface = 16, .across = 0, .keepsRest = false};
 }
 
 }  // namespace

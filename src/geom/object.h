@@ -19,6 +19,7 @@ public:
     Object(const Object& source, bool quirks);
 
     unsigned short type() const override { return kObject; }
+    bool callsHost() const override { return fType == kProcedural; }
     // All members are of one kind; a member of another is reported, and dropped.
     void add(std::unique_ptr<Primitive> member);
     Boundw bound() const override;

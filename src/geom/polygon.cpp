@@ -84,6 +84,12 @@ void Polygon::extractP(long n)
     fArgs.detach(kQPoint);
 }
 
+void Polygon::splitAllParts(PrimitiveSink& sink)
+{
+    prepareParts();
+    for (long part = 0; part < parts(); ++part) splitPart(sink, part);
+}
+
 Boundw Polygon::bound() const
 {
     Bound box = Bound::empty();

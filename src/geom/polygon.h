@@ -41,6 +41,13 @@ protected:
     }
 
     void init(long n, long faces, long nargs, const unsigned short* tokens, void* const* values);
+    // A mesh splits into its faces, so many in one part.
+    static constexpr std::size_t kPartFaces = 512;
+    static long partsOf(std::size_t faces)
+    {
+        return static_cast<long>((faces + kPartFaces - 1) / kPartFaces);
+    }
+    void splitAllParts(PrimitiveSink& sink);
     // Takes the first n values of "point" out of the variables.
     void extractP(long n);
 

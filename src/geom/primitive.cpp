@@ -139,17 +139,62 @@ void Primitive::limitSplits(const SplitLimits& limits)
     fSurfaceSplits->limits = limits;
 }
 
+void Primitive::beginCounting()
+{
+    if (!fSurfaceSplits) limitSplits({});
+    if (fFaceSplits) return;
+    fFaceSplits = std::make_shared<FaceSplits>();
+    fFaceSplits->surface = fSurfaceSplits;
+}
+
+double Primitive::mostSplits(const RenderFrame& frame, double pixels) const
+{
+    const double size = double{dicingLimit(frame, -1)};
+    return static_cast<double>(fSurfaceSplits->limits.surface) + 16 * pixels / (size * size);
+}
+
 bool Primitive::mayStillSplit(const RenderFrame& frame, double pixels)
 {
     if (fDepth >= kMaxSplitDepth) return false;
-    // A surface that becomes its faces hands its counter on to them.
-    if (!fSurfaceSplits) limitSplits({});
-    if (!fFaceSplits) fFaceSplits = std::make_shared<std::atomic<long>>(0);
-    const SplitLimits& limits = fSurfaceSplits->limits;
-    if (++*fFaceSplits <= limits.face) return true;
-    const double size = double{dicingLimit(frame, -1)};
-    return static_cast<double>(++fSurfaceSplits->count) <=
-           static_cast<double>(limits.surface) + 16 * pixels / (size * size);
+    beginCounting();
+    if (++fFaceSplits->count <= fSurfaceSplits->limits.face) return true;
+    return static_cast<double>(++fSurfaceSplits->count) <= mostSplits(frame, pixels);
+}
+
+bool Primitive::maySplitAhead(const RenderFrame& frame, double pixels,
+                              std::vector<SplitsAhead>& made)
+{
+    if (fDepth >= kMaxSplitDepth) return false;
+    beginCounting();
+    SurfaceSplits& surface = *fSurfaceSplits;
+    if (surface.tooMany) return false;
+    if (made.empty() || made.back().face != fFaceSplits) {
+        made.push_back({fFaceSplits, mostSplits(frame, pixels), 0});
+    }
+    if (++fFaceSplits->ahead > surface.limits.face &&
+        static_cast<double>(++surface.ahead) > made.back().most) {
+        surface.tooMany = true;
+        return false;
+    }
+    ++made.back().made;
+    return true;
+}
+
+void SplitsAhead::count(long more) const
+{
+    SurfaceSplits& surface = *face->surface;
+    const auto beyond = [&] { return std::max(face->count - surface.limits.face, 0L); };
+    const long before = beyond();
+    face->count += more;
+    surface.count += beyond() - before;
+}
+
+bool SplitsAhead::take() const
+{
+    count(made);
+    if (static_cast<double>(face->surface->count) <= most) return true;
+    giveBack();
+    return false;
 }
 
 bool Primitive::mayStillSplitAcross()

@@ -48,6 +48,46 @@ struct PrimitiveCommon {
     void inherit(std::uint32_t seq);
 };
 
+// Splitting ends: after so many halvings, and after so many splits. Every face of a surface has a
+// few of its own; the others are the surface's, more of them for a picture of more pixels. Where
+// these do not suffice, pieces are long and thin on the screen, which quarters of them would be
+// too: then they are cut across, so many times.
+struct SplitLimits {
+    long face = 1 << 8, surface = 1 << 13, across = 1 << 14;
+    bool keepsRest = true;  // what may not be split any more is still worth a coarse grid
+};
+
+// What all pieces of a surface have taken in their turn. Other threads may split ahead of it, as
+// long as no order in which that is done could take too many.
+struct SurfaceSplits {
+    SplitLimits limits;
+    long count = 0, across = 0;
+    std::atomic<long> ahead{0};
+    std::atomic<bool> tooMany{false};  // ahead
+};
+
+// The same of a face.
+struct FaceSplits {
+    std::shared_ptr<SurfaceSplits> surface;
+    long count = 0;
+    std::atomic<long> ahead{0};
+};
+
+// Splits that were made ahead of their turn.
+struct SplitsAhead {
+    std::shared_ptr<FaceSplits> face;
+    double most;  // of the surface
+    long made;
+
+    // Counts them in their turn, if they are as many as there may be; otherwise some would have
+    // been refused.
+    bool take() const;
+    void giveBack() const { count(-made); }
+
+private:
+    void count(long more) const;
+};
+
 // A dicing test and what it found: the resolution of the grid, in micropolygons along u and v.
 struct Dicing {
     const RenderFrame& frame;
@@ -93,15 +133,7 @@ struct Columns {
 class Primitive : public Pooled
 {
 public:
-    // Splitting ends: after so many halvings, and after so many splits. Every face of a surface has
-    // a few of its own; the others are the surface's, more of them for a picture of more pixels.
-    // Where these do not suffice, pieces are long and thin on the screen, which quarters of them
-    // would be too: then they are cut across, so many times.
     static constexpr int kMaxSplitDepth = 160;
-    struct SplitLimits {
-        long face = 1 << 8, surface = 1 << 13, across = 1 << 14;
-        bool keepsRest = true;  // what may not be split any more is still worth a coarse grid
-    };
     // Micropolygons are no smaller than this, whatever the shading rate asks for.
     static constexpr float kMinSide = 1.0f / 16;
 
@@ -113,6 +145,8 @@ public:
     virtual ~Primitive();
 
     virtual unsigned short type() const { return kNoType; }
+    // Whether it calls the host when it is split, or goes.
+    virtual bool callsHost() const { return false; }
     // Of the points in camera space.
     virtual Boundw bound() const { return Boundw::empty(); }
     // What the scene culls and files by: lies within the bound, and holds the surface all the same.
@@ -125,6 +159,11 @@ public:
     virtual std::unique_ptr<Grid> dice(const Dicing& dicing) const;
     virtual bool canSplit() const { return true; }
     virtual void split(PrimitiveSink&) {}
+    // Of what splits into very many at once: in how many parts that can be done. Once they are
+    // prepared, any thread may do a part; one after the other they do what split() does.
+    virtual long parts() const { return 1; }
+    virtual void prepareParts() {}
+    virtual void splitPart(PrimitiveSink&, long) const {}
     // In two, across the direction in which the piece is longer on the screen. Of what lies in
     // front of the eye.
     virtual void splitAcross(PrimitiveSink& sink, const RenderFrame&) { split(sink); }
@@ -185,6 +224,8 @@ public:
 
     // Whether another split is allowed in a picture of so many pixels; counts it.
     bool mayStillSplit(const RenderFrame& frame, double pixels);
+    // Whether it is for sure, ahead of its turn; adds it to the splits of the kind.
+    bool maySplitAhead(const RenderFrame& frame, double pixels, std::vector<SplitsAhead>& made);
     // Whether another cut across is; counts it.
     bool mayStillSplitAcross();
     // Whether what may not be split any more should be diced as it is.
@@ -251,13 +292,12 @@ private:
     std::uint32_t fPath = 0;
     int fDepth = 0;
     bool fIsPiece = false;
-    // What all pieces of the surface have taken, and all of the face.
-    struct SurfaceSplits {
-        SplitLimits limits;
-        std::atomic<long> count{0}, across{0};
-    };
+    // Makes the counters that there are none of yet. A surface that becomes its faces hands its own
+    // on to them.
+    void beginCounting();
+    double mostSplits(const RenderFrame& frame, double pixels) const;
     std::shared_ptr<SurfaceSplits> fSurfaceSplits;
-    std::shared_ptr<std::atomic<long>> fFaceSplits;
+    std::shared_ptr<FaceSplits> fFaceSplits;
 };
 
 }  // namespace zeb

@@ -31,6 +31,7 @@ public:
     Procedural(const Procedural& other) = default;
 
     unsigned short type() const override { return kProcedural; }
+    bool callsHost() const override { return true; }
     Boundw bound() const override;
     bool diceable(Dicing&, float) const override { return false; }
     // Calls the host, under the attributes and transformation of this primitive. What it builds
