@@ -5,8 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <latch>
-#include <mutex>
+#include <optional>
 #include <random>
 #include <set>
 #include <stdexcept>
@@ -34,8 +33,8 @@ public:
     // The owner runs what may be taken, and so many tasks are expected to be.
     void runOthers(int count)
     {
-        fRest = count;
-        fKnown.count_down();
+        fOthers.emplace(count);
+        fKnown.countDown();
         crew.finish(*fBusy);
     }
     std::shared_ptr<Task> counted(std::function<void()> work)
@@ -43,21 +42,20 @@ public:
         return job([this, work = std::move(work)](int worker) {
             EXPECT_EQ(worker, 0);
             work();
-            --fRest;
-            fRest.notify_one();
+            fOthers->countDown();
         });
     }
 
     Crew crew{2};
 
 private:
-    std::atomic<int> fRest{0};
-    std::latch fBegun{1}, fKnown{1};
+    Latch fBegun{1}, fKnown{1};
+    std::optional<Latch> fOthers;
     const std::shared_ptr<Task> fBusy = job([this](int worker) {
         EXPECT_EQ(worker, 1);
-        fBegun.count_down();
+        fBegun.countDown();
         fKnown.wait();
-        for (int rest; (rest = fRest) > 0;) fRest.wait(rest);
+        fOthers->wait();
     });
 };
 
@@ -147,8 +145,8 @@ TEST(Crew, TakesNothingBeforeItIsOpen)
     Crew crew(2);
     const auto least = job([] {});
     crew.put(kLeast, least);
-    std::latch first(1);
-    const auto second = job([&] { first.count_down(); });
+    Latch first(1);
+    const auto second = job([&] { first.countDown(); });
     crew.put(kLeast + 1, second);
     crew.clear();
     EXPECT_FALSE(least->isDone());
@@ -164,16 +162,16 @@ TEST(Crew, HelpersWorkWhileTheOwnerDoesNot)
     ASSERT_EQ(crew.threads(), 16);
     for (const bool openFirst : {false, true}) {
         crew.open(openFirst ? kAll : 0);
-        std::latch meeting(16);
+        Latch meeting(16);
         std::array<std::atomic<int>, 16> seen{};
         for (int k = 0; k < 15; ++k) {
             crew.put(k, job([&](int worker) {
                          ++seen[static_cast<std::size_t>(worker)];
-                         meeting.arrive_and_wait();
+                         meeting.meet();
                      }));
         }
         crew.open(kAll);
-        meeting.arrive_and_wait();
+        meeting.meet();
         for (int worker = 0; worker < 16; ++worker) {
             EXPECT_EQ(seen[static_cast<std::size_t>(worker)], worker > 0 ? 1 : 0);
         }
@@ -215,10 +213,10 @@ TEST(Crew, WakesTheOwnerForTasksThatHelpersWaitFor)
     Crew crew(2);
     crew.open(kAll);
     for (int round = 0; round < 3000; ++round) {
-        std::latch begun(1), other(1);
+        Latch begun(1), other(1);
         const auto task = job([&] {
-            begun.count_down();
-            crew.put(0, job([&] { other.count_down(); }));
+            begun.countDown();
+            crew.put(0, job([&] { other.countDown(); }));
             other.wait();
         });
         crew.put(0, task);
@@ -232,10 +230,10 @@ TEST(Crew, ThrowsNothing)
 {
     Crew crew(2);
     crew.open(kAll);
-    std::latch done(1);
+    Latch done(1);
     struct Signal {
-        std::latch& latch;
-        ~Signal() { latch.count_down(); }
+        Latch& latch;
+        ~Signal() { latch.countDown(); }
     };
     const auto own = job([] { throw std::runtime_error("own"); });
     const auto helpers = job([&] {
@@ -259,7 +257,7 @@ TEST(Crew, ClearDropsWhatNobodyHasTakenAndWaitsForTheRest)
     Crew crew(2);
     crew.open(10);
     for (int round = 0; round < 100; ++round) {
-        std::latch begun(1);
+        Latch begun(1);
         std::atomic<bool> cleared{false}, ended{false};
         std::weak_ptr<Task> dropped[3];
         const auto put = [&](int which, int key) {
@@ -268,7 +266,7 @@ TEST(Crew, ClearDropsWhatNobodyHasTakenAndWaitsForTheRest)
             crew.put(key, task);
         };
         const auto task = job([&] {
-            begun.count_down();
+            begun.countDown();
             while (!cleared) std::this_thread::yield();
             for (int k = 0; k < 3; ++k) std::this_thread::yield();
             put(2, 1);
@@ -292,13 +290,13 @@ TEST(Crew, ClearDropsWhatNobodyHasTakenAndWaitsForTheRest)
 TEST(Crew, EndsWithTasksThatWait)
 {
     std::weak_ptr<Task> dropped;
-    std::latch begun(1);
+    Latch begun(1);
     std::atomic<bool> ended{false};
     {
         Crew crew(2);
         crew.open(0);
         crew.put(-1, job([&] {
-            begun.count_down();
+            begun.countDown();
             for (int k = 0; k < 3; ++k) std::this_thread::yield();
             ended = true;
         }));
@@ -316,15 +314,15 @@ TEST(Crew, TasksMayGoWhereTheyPutOthers)
     // Whose destructors come back to the crew, too.
     struct Parting {
         Crew* crew;
-        std::latch* gone;
+        Latch* gone;
         ~Parting()
         {
             crew->put(0, job([] {}));
-            gone->count_down();
+            gone->countDown();
         }
     };
     Crew crew(2);
-    std::latch gone(3);
+    Latch gone(3);
     const auto parting = [&] { return job([last = std::make_shared<Parting>(&crew, &gone)] {}); };
     crew.put(1, parting());
     crew.clear();

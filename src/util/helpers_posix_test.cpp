@@ -12,7 +12,6 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <latch>
 #include <mutex>
 #include <set>
 #include <string>
@@ -42,14 +41,14 @@ void onAllHelpers(int threads, Work work)
     Crew crew(threads);
     ASSERT_EQ(crew.threads(), threads);
     crew.open(kAll);
-    std::latch meeting(threads);
+    Latch meeting(threads);
     for (int k = 1; k < threads; ++k) {
         crew.put(k, job([&] {
                      work();
-                     meeting.arrive_and_wait();
+                     meeting.meet();
                  }));
     }
-    meeting.arrive_and_wait();
+    meeting.meet();
 }
 
 // The states of the process's kept threads, a letter for each.
@@ -229,11 +228,11 @@ TEST_F(CrewForks, MayHappenInTasks)
     for (int round = 0; round < 20; ++round) {
         Crew crew(3);
         crew.open(kAll);
-        std::latch both(3);
+        Latch both(3);
         std::vector<std::shared_ptr<Task>> tasks;
         for (int k = 0; k < 3; ++k) {
             tasks.push_back(job([&] {
-                both.arrive_and_wait();
+                both.meet();
                 const pid_t child = fork();
                 if (child == 0) {
                     Crew own(2);
@@ -255,7 +254,7 @@ TEST_F(CrewForks, EndAHelperWithItsTask)
     {
         Crew crew(2);
         crew.open(kAll);
-        std::latch done(1);
+        Latch done(1);
         int begun = 0;
         crew.put(0, job([&] {
                      child = fork();
@@ -263,7 +262,7 @@ TEST_F(CrewForks, EndAHelperWithItsTask)
                          begun = 1;
                          return;
                      }
-                     done.count_down();
+                     done.countDown();
                  }));
         crew.put(1, job([&] {
                      if (begun) _exit(1);
@@ -295,10 +294,10 @@ TEST_F(CrewForks, ExitWaitsForTasksUnderWayAndDropsTheRest)
     if (child == 0) {
         Crew crew(2);
         crew.open(kAll);
-        std::latch begun(1);
+        Latch begun(1);
         bool ended = false, dropped = true;
         crew.put(0, job([&] {
-                     begun.count_down();
+                     begun.countDown();
                      while (!Helpers::shallLeave()) usleep(100);
                      usleep(1000);
                      ended = true;
@@ -323,9 +322,9 @@ TEST_F(CrewForks, ExitMayBeCalledInATask)
         onAllHelpers(3, [] {});
         Crew crew(2);
         crew.open(kAll);
-        std::latch begun(1);
+        Latch begun(1);
         const auto task = job([&] {
-            begun.count_down();
+            begun.countDown();
             std::exit(7);
         });
         crew.put(0, task);
@@ -341,9 +340,9 @@ TEST_F(CrewForks, CrewsThatNobodyEndsHinderNobody)
     if (child == 0) {
         auto* const left = new Crew(4);
         left->open(0);
-        std::latch begun(1);
+        Latch begun(1);
         left->put(1, job([] { _exit(1); }));
-        left->put(-1, job([&] { begun.count_down(); }));
+        left->put(-1, job([&] { begun.countDown(); }));
         begun.wait();
         onAllHelpers(4, [] {});
         const pid_t grandchild = fork();
