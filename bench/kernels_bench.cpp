@@ -102,9 +102,19 @@ void shade(benchmark::State& state)
     for (long k = 0; k < state.range(0); ++k) zebLightSource(zebQuark("distant"), 0);
     kernel.polygon->common().inherit(0);
     const std::unique_ptr<Grid> grid = kernel.grid();
+    std::vector<AskedCells> cells(1);
+    for (int j = 0; j < grid->fVSize; ++j) {
+        for (int i = 0; i < grid->cellCount(j); ++i) {
+            if (cells.back().count == AskedCells::kMost) cells.emplace_back();
+            cells.back().cells[cells.back().count++] = {static_cast<std::uint16_t>(i),
+                                                        static_cast<std::uint16_t>(j)};
+        }
+    }
+    for (std::size_t k = 1; k < cells.size(); ++k) cells[k - 1].next = &cells[k];
+    ShadingCounts counts;
     for (auto _ : state) {
         grid->shadeOnDemand(*kernel.frame);
-        grid->shade();
+        grid->shade(cells.data(), counts);
         benchmark::ClobberMemory();
     }
     perCell(state, *grid);

@@ -482,7 +482,11 @@ void zebCustomErrorHandler(short mask, ZebErrorFunction handler)
     setErrorHandler(mask, handler);
 }
 
-long zebLastError(void) { return Error::fLastError; }
+long zebLastError(void)
+{
+    upcall::settleScene();
+    return Error::fLastError;
+}
 
 void zebComment(const char*) {}
 

@@ -47,6 +47,8 @@ public:
     virtual bool error(long) { return true; }
     // Whether it takes light as it is: gamma is not applied then. Asked once it is open.
     virtual bool isLinear() const { return false; }
+    // Whether it hands the picture to the host while it is made.
+    virtual bool callsHost() const { return false; }
     // The pixels x0 ... x1 of row y.
     virtual void span(long, long, long, const std::uint32_t*) {}
     // Rows y0 ... y1 are final.

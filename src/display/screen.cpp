@@ -200,6 +200,8 @@ void updateWindows()
     if (desk.screen && desk.mayUpdate()) desk.handleEventsInside();
 }
 
+bool windowsCallHost() { return desktop().screen != nullptr; }
+
 short windowEvents(bool wait)
 {
     Desktop& desk = desktop();

@@ -50,6 +50,8 @@ void completeWindow(TDisplayWindow* window);
 // Draws what is new and handles events, for the library's own sake: unless that was done a moment
 // ago, because drawing every span by itself would cost more than rendering it.
 void updateWindows();
+// Whether that may call the host, which may have windows of its own.
+bool windowsCallHost();
 // The same at once, for the host's sake; waits for an event if told to and a window is open. How
 // many windows are open, the console not counted; 0 if the process is told to end.
 short windowEvents(bool wait);

@@ -1,6 +1,7 @@
 #include "geom/grid.h"
 
 #include <algorithm>
+#include <mutex>
 
 #include "geom/vertex_kernel.h"
 #include "state/quark.h"
@@ -62,44 +63,103 @@ Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Att
     fVertices = makeArray<Vertex>(count);
 }
 
-void Grid::wantCell(int i, int j) const
+void Grid::want(int i, int j, Places& wanted) const
 {
-    if (fCounts) ++fCounts->seen;
-    wantVertex(i, j);
+    if (!mark(i, j, kFound)) return;
+    if (wanted.empty()) wanted.reserve(vertexCount());
+    wanted.push_back({static_cast<std::uint16_t>(i), static_cast<std::uint16_t>(j)});
+}
+
+void Grid::wantCell(VertexPlace cell, Places& wanted, ShadingCounts& counts) const
+{
+    const auto [i, j] = cell;
+    if (!mark(i, j, kSeen)) return;
+    ++counts.seen;
+    want(i, j, wanted);
     if (!fSmooth) return;
-    wantVertex(i + 1, j);
-    wantVertex(i, j + 1);
-    wantVertex(i + 1, j + 1);
+    want(i + 1, j, wanted);
+    want(i, j + 1, wanted);
+    want(i + 1, j + 1, wanted);
 }
 
-void Grid::shade() const
+void Grid::shade(const AskedCells* cells, ShadingCounts& counts) const
 {
-    if (fColors.complete || !fFrame) return;
-    for (int j = 0; fCounts && j < fVSize; ++j) {
-        for (int i = 0; i < cellCount(j); ++i) {
-            fCounts->seen += fColors.mark(at(i, j), ColorPlane::kSeen, *this);
+    if (!fFrame) return;
+    const std::lock_guard lock(fLock);
+    if (!fComplete) {
+        beginShading();
+        Places wanted;
+        for (const AskedCells* block = cells; block; block = block->next) {
+            for (int k = 0; k < block->count; ++k) wantCell(block->cells[k], wanted, counts);
         }
+        shadeVertices(wanted, counts);
     }
-    for (int j = 0; j < fVSize + fSmooth; ++j) {
-        const int count = fSmooth ? vertexCount(j) : cellCount(j);
-        for (int i = 0; i < count; ++i) {
-            wantVertex(i, j);
-            if (fOpacityVaries) knowOpacity(i, j);
-        }
-    }
-    shadeWanted();
-    fColors.isComplete();
-    if (fOpacityVaries) fOpacities.isComplete();
-    fVertices.reset();
-    fWanted = {};
+    logReports(cells);
 }
 
-void Grid::ColorPlane::begin(const Grid& grid)
+void Grid::shade(ShadingCounts& counts) const
 {
-    const std::size_t count = grid.vertexCount();
-    values = makeArray<Color>(count);
-    marks = makeArray<std::uint8_t>(count);
-    std::fill_n(marks.get(), count, std::uint8_t{0});
+    if (!fFrame) return;
+    const auto each = [this](const auto& visit) {
+        for (int j = 0; j < fVSize + fSmooth; ++j) {
+            const int count = fSmooth ? vertexCount(j) : cellCount(j);
+            for (int i = 0; i < count; ++i) visit(i, j);
+        }
+    };
+    if (!fComplete.load(std::memory_order_acquire)) {
+        const std::lock_guard lock(fLock);
+        if (!fComplete) {
+            beginShading();
+            for (int j = 0; j < fVSize; ++j) {
+                for (int i = 0; i < cellCount(j); ++i) counts.seen += mark(i, j, kSeen);
+            }
+            Places wanted;
+            each([&](int i, int j) { want(i, j, wanted); });
+            shadeVertices(wanted, counts);
+            fVertices.reset();
+            fMarks.reset();
+            fComplete.store(true, std::memory_order_release);
+        }
+    }
+    if (fReports.empty()) return;
+    each([this](int i, int j) {
+        logReports({static_cast<std::uint16_t>(i), static_cast<std::uint16_t>(j)});
+    });
+}
+
+void Grid::beginShading() const
+{
+    if (fMarks) return;
+    const std::size_t count = vertexCount();
+    if (!fColors.values) fColors.values = makeArray<Color>(count);
+    fMarks = makeArray<std::uint8_t>(count);
+    std::fill_n(fMarks.get(), count, std::uint8_t{0});
+}
+
+// What was reported of a point is told where it is first asked for, whoever was the first to shade
+// it.
+void Grid::logReports(VertexPlace place) const
+{
+    for (const VertexReports& known : fReports) {
+        if (known.place.i == place.i && known.place.j == place.j) {
+            tellInTurn(known.log);
+        }
+    }
+}
+
+void Grid::logReports(const AskedCells* cells) const
+{
+    if (fReports.empty()) return;
+    for (; cells; cells = cells->next) {
+        for (int k = 0; k < cells->count; ++k) {
+            for (const int j : {0, fSmooth ? 1 : 0}) {
+                for (const int i : {0, fSmooth ? 1 : 0}) {
+                    logReports({static_cast<std::uint16_t>(cells->cells[k].i + i),
+                                static_cast<std::uint16_t>(cells->cells[k].j + j)});
+                }
+            }
+        }
+    }
 }
 
 void Grid::project(const RenderFrame& frame)

@@ -1,6 +1,7 @@
 // The grid of micropolygon vertices that dicing makes.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <utility>
@@ -14,6 +15,8 @@
 #include "state/args.h"
 #include "state/attrib.h"
 #include "state/render_frame.h"
+#include "state/report_log.h"
+#include "util/lock.h"
 #include "util/pool.h"
 
 namespace zeb
@@ -27,6 +30,20 @@ struct Vertex {
 // Column i of vertex row j.
 struct VertexPlace {
     std::uint16_t i, j;
+};
+
+// Micropolygons whose colours will be read, named by the vertices that they begin at, in blocks.
+struct AskedCells {
+    static constexpr int kMost = 30;
+    VertexPlace cells[kMost];
+    int count = 0;
+    AskedCells* next = nullptr;
+};
+
+// What shading reported of a vertex.
+struct VertexReports {
+    VertexPlace place;
+    std::shared_ptr<ReportLog> log;
 };
 
 // What was shaded of grids.
@@ -84,50 +101,27 @@ public:
     const Bound& rowBound(int j) const { return fRowBounds[j]; }
     const Bound& bound() const { return fBound; }
 
-    // Lets colours be found when they are asked for, and counted; until then the grid is black and
-    // opaque. Frame and counter have to stay.
-    void shadeOnDemand(const RenderFrame& frame, ShadingCounts* counts = nullptr);
-    Color color(int i, int j) const
-    {
-        if (wantVertex(i, j)) shadeWanted();
-        return fColors.at(at(i, j));
-    }
+    // Lets colours be found when they are asked for; until then the grid is black and opaque. The
+    // frame has to stay.
+    void shadeOnDemand(const RenderFrame& frame);
+    // Finds the colours of micropolygons that nobody has asked for before: many at once are found
+    // several times as fast as one after the other. Any thread may ask, and read then what it has
+    // asked for.
+    void shade(const AskedCells* cells, ShadingCounts& counts) const;
+    // Finds all colours. The vertices are given back then: nothing else reads them.
+    void shade(ShadingCounts& counts) const;
+    // Colours that nobody has asked for are black.
+    Color color(int i, int j) const { return fColors.at(at(i, j)); }
     Color opacity(int i, int j) const
     {
-        if (!fOpacityVaries) return fOpacity;
-        knowOpacity(i, j);
-        return fOpacities.at(at(i, j));
+        return fOpacityVaries ? fOpacities.at(at(i, j)) : fOpacity;
     }
     // At a place of the micropolygon that begins at vertex (i, j).
-    Color colorAt(int i, int j, float s, float t) const
-    {
-        if (want(i, j)) shadeWanted();
-        return within(fColors, i, j, s, t);
-    }
+    Color colorAt(int i, int j, float s, float t) const { return within(fColors, i, j, s, t); }
     Color opacityAt(int i, int j, float s, float t) const
     {
-        if (!fOpacityVaries) return fOpacity;
-        for (const int v : {j, j + fSmooth}) {
-            for (const int u : {i, i + fSmooth}) knowOpacity(u, v);
-        }
-        return within(fOpacities, i, j, s, t);
+        return fOpacityVaries ? within(fOpacities, i, j, s, t) : fOpacity;
     }
-    // Says that the colours of the micropolygon that begins at (i, j) will be asked for: many at
-    // once are found several times as fast as one after the other. Whether any of those that were
-    // wanted are unknown.
-    bool want(int i, int j) const
-    {
-        if (fColors.complete || !fFrame) return false;
-        if (fColors.mark(at(i, j), ColorPlane::kSeen, *this)) wantCell(i, j);
-        return !fWanted.empty();
-    }
-    // As colorAt, of what has been wanted and found.
-    Color foundColorAt(int i, int j, float s, float t) const { return within(fColors, i, j, s, t); }
-    bool wantsAny() const { return !fWanted.empty(); }
-    void shadeWanted() const;
-    // Finds all colours and opacities now. The vertices are given back then: nothing else reads
-    // them.
-    void shade() const;
     // Of a vertex that needs no shader.
     void setColor(int i, int j, const Color& color) { fColors.set(at(i, j), *this, color); }
     void setOpacity(int i, int j, const Color& opacity)
@@ -142,36 +136,18 @@ public:
     bool isOpaque() const { return fOpaque; }
 
 private:
-    // Colours of vertices, as far as they are known or wanted; others are black.
+    // Of the vertices; black where nobody has set them.
     struct ColorPlane {
-        PoolArray<Color> values;
-        // Of a vertex that its colour is known or wanted, and that the micropolygon is seen which
-        // begins there.
-        enum Mark : std::uint8_t { kTaken = 1, kSeen = 2 };
-        PoolArray<std::uint8_t> marks;  // null before there is one, and once all are known
-        bool complete = false;
+        PoolArray<Color> values;  // null before the first
 
-        // Whether this makes it so.
-        bool mark(std::size_t k, Mark which, const Grid& grid)
-        {
-            if (!marks) begin(grid);
-            const std::uint8_t before = std::exchange(marks[k], marks[k] | which);
-            return !(before & which);
-        }
-        bool take(std::size_t k, const Grid& grid) { return !complete && mark(k, kTaken, grid); }
         Color at(std::size_t k) const { return values ? values[k] : gBlack; }
         void set(std::size_t k, const Grid& grid, const Color& color)
         {
-            take(k, grid);
+            if (!values) values = makeArray<Color>(grid.vertexCount());
             values[k] = color;
         }
-        void begin(const Grid& grid);
-        void isComplete()
-        {
-            marks.reset();
-            complete = true;
-        }
     };
+    using Places = std::vector<VertexPlace, PoolAllocator<VertexPlace>>;
 
     Color within(const ColorPlane& plane, int i, int j, float s, float t) const
     {
@@ -182,15 +158,21 @@ private:
         const Color* const lower = values + at(i, j + 1);
         return bilerp(s, t, upper[0], upper[1], lower[0], lower[1]);
     }
-    bool wantVertex(int i, int j) const
+    // Whether this is what makes the mark.
+    bool mark(int i, int j, std::uint8_t which) const
     {
-        if (!fFrame || !fColors.take(at(i, j), *this)) return false;
-        if (fWanted.empty()) fWanted.reserve(vertexCount());
-        fWanted.push_back({static_cast<std::uint16_t>(i), static_cast<std::uint16_t>(j)});
-        return true;
+        std::uint8_t& marks = fMarks[at(i, j)];
+        const std::uint8_t before = std::exchange(marks, marks | which);
+        return !(before & which);
     }
-    void wantCell(int i, int j) const;
-    void knowOpacity(int i, int j) const;
+    void want(int i, int j, Places& wanted) const;
+    void wantCell(VertexPlace cell, Places& wanted, ShadingCounts& counts) const;
+    void beginShading() const;
+    void shadeVertices(const Places& wanted, ShadingCounts& counts) const;
+    void findOpacities();
+    void logReports(const AskedCells* cells) const;
+    void logReports(VertexPlace place) const;
+
     // What lasts as long as the grid, in one allocation: there are many small grids.
     PoolArray<std::byte> fLasting;
     std::uint32_t* fRowStarts = nullptr;
@@ -200,13 +182,17 @@ private:
     Bound fBound;
 
     const RenderFrame* fFrame = nullptr;  // that colours are found under
-    ShadingCounts* fCounts = nullptr;
     Color fOpacity = gWhite;
     bool fOpacityVaries = false, fOpaque = true;
-    // Found when first asked for. Where shading is constant, those of the micropolygons that begin
-    // at the vertices.
-    mutable ColorPlane fColors, fOpacities;
-    mutable std::vector<VertexPlace, PoolAllocator<VertexPlace>> fWanted;
+    // Where shading is constant, of the micropolygons that begin at the vertices.
+    ColorPlane fOpacities;
+    mutable ColorPlane fColors;
+    // Of a vertex that its colour is found, and that the micropolygon is seen which begins there.
+    enum Mark : std::uint8_t { kFound = 1, kSeen = 2 };
+    mutable PoolArray<std::uint8_t> fMarks;  // null before there is one, and once all are found
+    mutable std::vector<VertexReports> fReports;
+    mutable std::atomic<bool> fComplete{false};
+    mutable Lock fLock;  // of who finds colours
 };
 
 }  // namespace zeb

@@ -21,10 +21,12 @@ protected:
     GridTest() { zebReset(); }
     ~GridTest() override { zebReset(); }
 
-    Grid make(int u, int v, bool triangular = false, const Matrix& m = gIdentity)
+    Grid& make(int u, int v, bool triangular = false, const Matrix& m = gIdentity)
     {
-        Grid grid(static_cast<unsigned short>(u), static_cast<unsigned short>(v),
-                  std::make_shared<const Attrib>(), Transform(m), 5, false, triangular, args);
+        grids.push_back(std::make_unique<Grid>(
+            static_cast<unsigned short>(u), static_cast<unsigned short>(v),
+            std::make_shared<const Attrib>(), Transform(m), 5, false, triangular, args));
+        Grid& grid = *grids.back();
         zebtest::projectAsTheyAre(grid);
         return grid;
     }
@@ -52,6 +54,7 @@ protected:
     }
 
     ArgList args;
+    std::vector<std::unique_ptr<Grid>> grids;
     zebtest::Reports reports;
 };
 
@@ -59,14 +62,14 @@ protected:
 
 TEST_F(GridTest, AGridOfOneYieldsOneMicropolygon)
 {
-    const Grid grid = make(1, 1);
+    const Grid& grid = make(1, 1);
     EXPECT_EQ(grid.vertexCount(0) + grid.vertexCount(1), 4);
     EXPECT_EQ(walk(grid), 1);
 }
 
 TEST_F(GridTest, NewVerticesAreAtTheOrigin)
 {
-    const Grid grid = make(2, 1);
+    const Grid& grid = make(2, 1);
     EXPECT_EQ(grid.vertex(2, 1).P, Point(0, 0, 0));
     EXPECT_EQ(grid.vertex(2, 1).dPdu, Point(0, 0, 0));
     EXPECT_EQ(grid.vertex(2, 1).dPdv, Point(0, 0, 0));
@@ -74,14 +77,14 @@ TEST_F(GridTest, NewVerticesAreAtTheOrigin)
 
 TEST_F(GridTest, ARectangularGridHasEqualRows)
 {
-    const Grid grid = make(3, 2);
+    const Grid& grid = make(3, 2);
     for (int j = 0; j <= 2; ++j) EXPECT_EQ(grid.vertexCount(j), 4);
     EXPECT_EQ(walk(grid), 6);
 }
 
 TEST_F(GridTest, ATriangularGridLosesOneCellARow)
 {
-    const Grid grid = make(4, 4, true);
+    const Grid& grid = make(4, 4, true);
     for (int j = 0; j < 4; ++j) EXPECT_EQ(grid.cellCount(j), 4 - j);
     EXPECT_EQ(walk(grid), 4 + 3 + 2 + 1);
     EXPECT_EQ(grid.vertexCount(0), 5);
@@ -92,14 +95,14 @@ TEST_F(GridTest, ATriangularGridLosesOneCellARow)
 
 TEST_F(GridTest, ATriangularGridOfUnequalStepsShortensByIntegerDivision)
 {
-    const Grid wide = make(4, 2, true);
+    const Grid& wide = make(4, 2, true);
     EXPECT_EQ(wide.cellCount(0), 4);
     EXPECT_EQ(wide.cellCount(1), 2);
     EXPECT_EQ(wide.vertexCount(0), 5);
     EXPECT_EQ(wide.vertexCount(1), 5);
     EXPECT_EQ(wide.vertexCount(2), 3);
     EXPECT_EQ(walk(wide), 6);
-    const Grid high = make(2, 4, true);
+    const Grid& high = make(2, 4, true);
     EXPECT_EQ(high.cellCount(0), 2);
     EXPECT_EQ(high.cellCount(1), 2);
     EXPECT_EQ(high.cellCount(2), 1);
@@ -110,7 +113,7 @@ TEST_F(GridTest, ATriangularGridOfUnequalStepsShortensByIntegerDivision)
 
 TEST_F(GridTest, CellsAreVisitedRowByRow)
 {
-    Grid grid = make(2, 2);
+    Grid& grid = make(2, 2);
     GridIterator cells(number(grid));
     std::vector<std::pair<int, int>> seen;
     while (const MicroPolygon* cell = cells++) seen.push_back(corner(*cell));
@@ -119,7 +122,7 @@ TEST_F(GridTest, CellsAreVisitedRowByRow)
 
 TEST_F(GridTest, CellsOfATriangularGridAreVisitedInTheirRows)
 {
-    Grid grid = make(3, 3, true);
+    Grid& grid = make(3, 3, true);
     GridIterator cells(number(grid));
     std::vector<std::pair<int, int>> seen;
     while (const MicroPolygon* cell = cells++) seen.push_back(corner(*cell));
@@ -129,7 +132,7 @@ TEST_F(GridTest, CellsOfATriangularGridAreVisitedInTheirRows)
 
 TEST_F(GridTest, PreIncrementAdvancesFirst)
 {
-    Grid grid = make(2, 2);
+    Grid& grid = make(2, 2);
     GridIterator cells(number(grid));
     std::vector<std::pair<int, int>> seen;
     while (const MicroPolygon* cell = ++cells) seen.push_back(corner(*cell));
@@ -139,7 +142,7 @@ TEST_F(GridTest, PreIncrementAdvancesFirst)
 
 TEST_F(GridTest, RestartBeginsAgain)
 {
-    Grid grid = make(2, 1);
+    Grid& grid = make(2, 1);
     GridIterator cells(number(grid));
     while (cells++) {
     }
@@ -157,7 +160,7 @@ TEST_F(GridTest, VariablesAreDistributedByTheirToken)
     const unsigned short own = zebDeclare("grid test: own", 0xD01, 0xE01);
     args.add(ArgAssoc(own, values, {}));
     args.add(ArgAssoc(kQKa, values, {}));
-    const Grid grid = make(1, 1);
+    const Grid& grid = make(1, 1);
     for (unsigned short token = kQPoint; token <= kQPointw; ++token) {
         EXPECT_EQ(grid.fVertexArgs.find(token), nullptr) << token;
         EXPECT_EQ(grid.fOtherArgs.find(token), nullptr) << token;
@@ -179,7 +182,7 @@ TEST_F(GridTest, VariablesAreBroughtToCameraSpace)
     const float values[3] = {1, 2, 3};
     const unsigned short own = zebDeclare("grid test: place", 0xD01, 0xE05);
     args.add(ArgAssoc(own, values, {}));
-    const Grid grid = make(1, 1, false, m);
+    const Grid& grid = make(1, 1, false, m);
     ASSERT_NE(grid.fOtherArgs.find(own), nullptr);
     EXPECT_EQ(grid.fOtherArgs.find(own)->point(0), Point(11, 2, 3));
 }
@@ -190,7 +193,7 @@ TEST_F(GridTest, UnderTheIdentityProjectionDepthIsCameraZ)
     option.projection = false;
     Matrix toRaster;
     toRaster.scale(2, 3, 100);
-    Grid grid = make(1, 1);
+    Grid& grid = make(1, 1);
     grid.vertex(1, 1).P = Point(1, 1, 0.625f);
     grid.project(RenderFrame(option, toRaster));
     EXPECT_EQ(grid.raster(1, 1), Point(2, 3, 0.625f));
@@ -203,7 +206,7 @@ TEST_F(GridTest, UnderAProjectionDepthIsTheShareOfTheClippingRange)
     option.nearClip = 2;
     option.farClip = 10;
     const RenderFrame frame(option, Matrix());
-    Grid grid = make(1, 1);
+    Grid& grid = make(1, 1);
     grid.vertex(0, 0).P = Point(0, 0, 2);
     grid.vertex(1, 0).P = Point(0, 0, 4);
     grid.vertex(0, 1).P = Point(0, 0, 10);
@@ -220,7 +223,7 @@ TEST_F(GridTest, ProjectionDividesByWAndLeavesTheDerivatives)
     Matrix toRaster;
     toRaster.m[2][3] = 1;
     toRaster.m[3][3] = 0;  // w = z
-    Grid grid = make(1, 1);
+    Grid& grid = make(1, 1);
     grid.vertex(1, 0).P = Point(8, 12, 4);
     grid.vertex(1, 0).dPdu = Point(1, 2, 3);
     grid.vertex(1, 0).dPdv = Point(4, 5, 6);
@@ -237,7 +240,7 @@ TEST_F(GridTest, RowBoundsHoldTheVerticesOfTheirRow)
 {
     Option option;
     option.projection = false;
-    Grid grid = make(3, 3, true);
+    Grid& grid = make(3, 3, true);
     number(grid).project(RenderFrame(option, Matrix()));
     EXPECT_EQ(grid.rowBound(0), Bound(0, 3, 0, 0, 0.5f, 0.5f));
     EXPECT_EQ(grid.rowBound(3), Bound(0, 1, 3, 3, 0.5f, 0.5f));

@@ -132,7 +132,8 @@ void AdaptiveBucket::hide(SamplePoint& point, const MultiSample& pixel, const Pi
 }
 
 void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, const Pieces& pieces,
-                                 const Seams& seams, const Hits& hits, BucketScratch& scratch) const
+                                 const Seams& seams, const Hits& hits, Wants& wants,
+                                 BucketScratch& scratch) const
 {
     const auto place = [](float v) {
         return static_cast<std::uint32_t>(static_cast<std::int64_t>(std::floor(v * 1024.0 + 0.5)));
@@ -140,7 +141,6 @@ void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, cons
     Random random(mixSeeds(mixSeeds(place(left), place(top)), kRoundDraws));
     Quadrant quadrants[4];
     pixel.samples = scratch.arena.array<PackedSample>(kRounds * kRoundSamples);
-    std::vector<const Grid*> grids;
     for (int round = 0; round < kRounds; ++round) {
         SamplePoint points[kRoundSamples];
         for (int s = 0; s < kRoundSamples; ++s) {
@@ -149,10 +149,9 @@ void AdaptiveBucket::samplePixel(MultiSample& pixel, float left, float top, cons
             points[s].x = left + 0.5f + (s & 1 ? -dx : dx);
             points[s].y = top + 0.5f + (s & 2 ? -dy : dy);
             hide(points[s], pixel, pieces, seams, hits, scratch.counts);
-            hits.want(points[s], grids);
+            hits.want(points[s], wants);
         }
-        for (const Grid* grid : grids) grid->shadeWanted();
-        grids.clear();
+        wants.shade(scratch.counts);
         for (int s = 0; s < kRoundSamples; ++s) {
             const PackedSample packed = hits.resolve(points[s]);
             quadrants[s % 4].add(packed.color);
@@ -180,13 +179,18 @@ void AdaptiveBucket::generate(const Pieces& pieces, const Window& window, Bucket
     // Whole squares are sampled, also those that reach beyond the window.
     const Window squares{window.xmin, window.xmin + static_cast<float>(fColumns), window.ymin,
                          window.ymin + static_cast<float>(fRows)};
+    auto* const grids = arena.array<const Grid*>(pieces.size());
     for (const Ranked& ranked : nearestFirst(pieces, squares)) {
-        collect(pieces[ranked.rank]->dice(scratch.counts), ranked, window, arena);
+        const Grid& grid = pieces[ranked.rank]->dice(scratch.counts);
+        if (!grid.isOpaque()) grid.shade(scratch.counts);
+        collect(grid, ranked, window, arena);
+        grids[ranked.rank] = &grid;
     }
-    for (const Piece* piece : pieces) {
-        if (!fFrame.option.closeSeams || !piece->grid()) continue;
-        const SampleOrder least = piece->least(fFrame);
-        for (const Seams::Side& side : seams.sides(*piece->grid(), Lines(squares.rectangle()))) {
+    Wants wants(pieces.size(), arena);
+    for (std::size_t rank = 0; rank < pieces.size(); ++rank) {
+        if (!fFrame.option.closeSeams || !grids[rank]) continue;
+        const SampleOrder least = pieces[rank]->least(fFrame);
+        for (const Seams::Side& side : seams.sides(*grids[rank], Lines(squares.rectangle()))) {
             Seams::Side* kept = nullptr;
             eachPixel(side.bound(), window, [&](MultiSample& pixel) {
                 if (!kept) kept = arena.make<Seams::Side>(side);
@@ -197,7 +201,7 @@ void AdaptiveBucket::generate(const Pieces& pieces, const Window& window, Bucket
     for (long j = 0; j < fRows; ++j) {
         for (long i = 0; i < fColumns; ++i) {
             samplePixel(at(i, j), static_cast<float>(i) + window.xmin,
-                        static_cast<float>(j) + window.ymin, pieces, seams, hits, scratch);
+                        static_cast<float>(j) + window.ymin, pieces, seams, hits, wants, scratch);
             scratch.counts.samples += static_cast<std::uint64_t>(at(i, j).count);
         }
     }

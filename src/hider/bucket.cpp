@@ -67,14 +67,6 @@ Bucket::Bucket(const RenderFrame& frame, long x0, long x1, long y0, long y1)
 {
 }
 
-std::unique_ptr<Primitive> Bucket::takePrimitive()
-{
-    if (fPrimitives.empty()) return nullptr;
-    std::unique_ptr<Primitive> last = std::move(fPrimitives.back());
-    fPrimitives.pop_back();
-    return last;
-}
-
 Bucket::Window Bucket::sampleWindow() const
 {
     const float rx = fFilter.xwidth() * 0.5f, ry = fFilter.ywidth() * 0.5f;
@@ -130,6 +122,7 @@ void Bucket::closeGaps(SamplePoint& point, Seams::Near* list, const Pieces& piec
         point.x, point.y, list, pieces, counts,
         [&](const Seams::Near& near) { return isSeen(point, cover, near); },
         [&](const MicroPolygon& cell, float s, float t) {
+            if (!cell.grid().isOpaque()) cell.grid().shade(counts);
             hits.add(point, cell, s, t, Hits::kLast);
         });
 }
@@ -147,19 +140,18 @@ void Bucket::exposeRow(float inverseGamma, BucketScratch& scratch) const
     expose(fFrame.option.gain, inverseGamma, scratch.colors.data(), static_cast<int>(count));
 }
 
-void Bucket::renderRow(long y, const Window& window, float inverseGamma,
-                       BucketScratch& scratch) const
+void Bucket::fillRow(long y, bool linear, BucketScratch& scratch, std::uint32_t* words) const
 {
     const Option& option = fFrame.option;
+    const Window window = sampleWindow();
     const float cy = static_cast<float>(y) + 0.5f;
     scratch.pixels.clear();
     for (long x = fX0; x <= fX1; ++x) {
         scratch.pixels.push_back(filter(static_cast<float>(x) + 0.5f, cy, window));
     }
-    if (option.rgb) exposeRow(inverseGamma, scratch);
+    if (option.rgb) exposeRow(linear ? 1 : option.inverseGamma, scratch);
     const FilteredPixel* pixel = scratch.pixels.data();
     const float* color = scratch.colors.data();
-    std::uint32_t* words = scratch.words.data();
     for (long x = fX0; x <= fX1; ++x, ++pixel) {
         if (option.rgb) {
             for (std::uint32_t c = 0; c < 3; ++c) *words++ = colorWord(*color++, option, x, y, c);
@@ -174,27 +166,30 @@ void Bucket::renderRow(long y, const Window& window, float inverseGamma,
     }
 }
 
-void Bucket::render(Display& display, BucketScratch& scratch)
+void Bucket::sample(BucketScratch& scratch)
 {
-    if (fX1 < fX0 || fY1 < fY0) return;
-    const Window window = sampleWindow();
     scratch.arena.reset();
     // The latest is the first that counts.
     Pieces pieces;
     pieces.reserve(fPieces.size());
     std::transform(fPieces.rbegin(), fPieces.rend(), std::back_inserter(pieces),
                    [](const std::shared_ptr<Piece>& piece) { return piece.get(); });
-    generate(pieces, window, scratch);
+    generate(pieces, sampleWindow(), scratch);
     fPieces = {};
-    scratch.words.resize(static_cast<std::size_t>(fX1 - fX0 + 1) * fFrame.option.sampleCount);
-    const float inverseGamma = display.isLinear() ? 1 : fFrame.option.inverseGamma;
+}
+
+void Bucket::render(Display& display, BucketScratch& scratch)
+{
+    if (fX1 < fX0 || fY1 < fY0) return;
+    sample(scratch);
+    scratch.words.resize(rowWords());
     for (long y = fY0; y <= fY1; ++y) {
         checkCancelled();
-        if (fFilter.builtIn()) {
-            renderRow(y, window, inverseGamma, scratch);
-        } else {
+        if (filtersByHost()) {
             CallbackScope scope;
-            renderRow(y, window, inverseGamma, scratch);
+            fillRow(y, display.isLinear(), scratch, scratch.words.data());
+        } else {
+            fillRow(y, display.isLinear(), scratch, scratch.words.data());
         }
         display.span(fX0, fX1, y, scratch.words.data());
     }

@@ -34,11 +34,23 @@ public:
     Bucket(const Bucket&) = delete;
     Bucket& operator=(const Bucket&) = delete;
 
-    void add(std::unique_ptr<Primitive> primitive) { fPrimitives.push_back(std::move(primitive)); }
     void add(std::shared_ptr<Piece> piece) { fPieces.push_back(std::move(piece)); }
-    // The primitive added last; null if there is none left.
-    std::unique_ptr<Primitive> takePrimitive();
     void render(Display& display, BucketScratch& scratch);
+
+    // The same in steps: first find the samples, which stay in the scratch, and are a host's to
+    // weigh if it has given a filter of its own. Then ask for the words of any row of pixels.
+    void sample(BucketScratch& scratch);
+    bool filtersByHost() const { return !fFilter.builtIn(); }
+    void fillRow(long y, bool linear, BucketScratch& scratch, std::uint32_t* words) const;
+    // The pixels of the columns x0() to x1() and the rows y0() to y1().
+    long x0() const { return fX0; }
+    long x1() const { return fX1; }
+    long y0() const { return fY0; }
+    long y1() const { return fY1; }
+    std::size_t rowWords() const
+    {
+        return static_cast<std::size_t>(fX1 - fX0 + 1) * fFrame.option.sampleCount;
+    }
 
     // The positions of samples that can touch the bucket's pixels.
     struct Window {
@@ -86,11 +98,8 @@ protected:
     const bool fBySequence;
 
 private:
-    // Fills the words of the row; colours are raised to the power inverseGamma.
-    void renderRow(long y, const Window& window, float inverseGamma, BucketScratch& scratch) const;
     void exposeRow(float inverseGamma, BucketScratch& scratch) const;
 
-    std::vector<std::unique_ptr<Primitive>> fPrimitives;
     std::vector<std::shared_ptr<Piece>> fPieces;  // one goes with the last bucket that has it
     long fX0, fX1, fY0, fY1;
 };
@@ -120,7 +129,7 @@ private:
 
     void placeSamples(const Window& window, Arena& arena);
     void hide(const Pieces& pieces, const Hits& hits, const Window& window, Counts& counts);
-    void shade(const Hits& hits) const;
+    void shade(const Pieces& pieces, const Hits& hits, BucketScratch& scratch) const;
     // Samples that may lie in cells of a grid.
     struct Candidates : LocateBlock {
         long sample[kMost];
@@ -180,6 +189,7 @@ private:
     SampleOrder* fCovers = nullptr;
     bool* fOpen = nullptr;  // whether a gap may show there that no surface closes
     Tile* fTiles = nullptr;
+    const Grid** fGrids = nullptr;  // of the pieces that may be seen
     PackedSample* fPacked = nullptr;
 };
 
@@ -236,7 +246,8 @@ private:
     void hide(SamplePoint& point, const MultiSample& pixel, const Pieces& pieces,
               const Seams& seams, const Hits& hits, Counts& counts) const;
     void samplePixel(MultiSample& pixel, float left, float top, const Pieces& pieces,
-                     const Seams& seams, const Hits& hits, BucketScratch& scratch) const;
+                     const Seams& seams, const Hits& hits, Wants& wants,
+                     BucketScratch& scratch) const;
     MultiSample& at(long i, long j) { return fPixels[j * fColumns + i]; }
 
     float fChiSquare[kRounds];

@@ -1,6 +1,10 @@
 #include "hider/hits.h"
 
 #include <algorithm>
+#include <bit>
+#include <utility>
+
+#include "util/cancel.h"
 
 namespace zeb
 {
@@ -59,25 +63,79 @@ SampleOrder Hits::coverOf(const SamplePoint& point) const
     return cover;
 }
 
-void Hits::want(const SamplePoint& point, std::vector<const Grid*>& grids) const
+void Hits::want(const SamplePoint& point, Wants& wants) const
 {
-    const auto wantOf = [&grids](const Hit& hit) {
-        const bool wanted = hit.grid->wantsAny();
-        if (hit.grid->want(hit.column, hit.row) && !wanted) grids.push_back(hit.grid);
-    };
-    if (point.cover.grid) wantOf(point.cover);
+    if (point.cover.grid) wants.add(point.cover);
     if (!point.colorless) return;
     for (const ListedHit* hit = point.latest; hit; hit = hit->earlier) {
-        if (!hit->colored && hit->order <= point.cover.order) wantOf(*hit);
+        if (!hit->colored && hit->order <= point.cover.order) wants.add(*hit);
     }
+}
+
+Wants::Wants(std::size_t grids, Arena& arena)
+    : fArena(arena),
+      fMask(std::bit_ceil(2 * grids + 1) - 1),
+      fSlots(arena.array<OfGrid*>(fMask + 1))
+{
+}
+
+Wants::OfGrid& Wants::find(const Grid& grid)
+{
+    if (fLast && fLast->grid == &grid) return *fLast;
+    const auto address = reinterpret_cast<std::uintptr_t>(&grid);
+    std::size_t slot = (address * 0x9E3779B1u >> 12) & fMask;
+    while (fSlots[slot] && fSlots[slot]->grid != &grid) slot = (slot + 1) & fMask;
+    OfGrid*& known = fSlots[slot];
+    if (known) return *known;
+    known = fFreeGrids ? std::exchange(fFreeGrids, fFreeGrids->next) : fArena.make<OfGrid>();
+    *known = {&grid, &known, nullptr, nullptr, nullptr};
+    (fLast ? fLast->next : fFirst) = known;
+    fLast = known;
+    return *known;
+}
+
+AskedCells* Wants::takeBlock()
+{
+    if (!fFreeBlocks) return fArena.make<AskedCells>();
+    AskedCells* const block = std::exchange(fFreeBlocks, fFreeBlocks->next);
+    block->count = 0;
+    block->next = nullptr;
+    return block;
+}
+
+void Wants::add(const Hit& hit)
+{
+    OfGrid& asked = find(*hit.grid);
+    AskedCells*& last = asked.last;
+    if (last) {
+        const VertexPlace before = last->cells[last->count - 1];
+        if (before.i == hit.column && before.j == hit.row) return;
+    }
+    if (!last || last->count == AskedCells::kMost) {
+        AskedCells* const block = takeBlock();
+        (last ? last->next : asked.first) = block;
+        last = block;
+    }
+    last->cells[last->count++] = {hit.column, hit.row};
+}
+
+void Wants::shade(ShadingCounts& counts)
+{
+    for (OfGrid* asked = fFirst; asked; asked = asked->next) {
+        checkCancelled();
+        asked->grid->shade(asked->first, counts);
+        *asked->slot = nullptr;
+        asked->last->next = std::exchange(fFreeBlocks, asked->first);
+    }
+    if (fLast) fLast->next = std::exchange(fFreeGrids, fFirst);
+    fFirst = fLast = nullptr;
 }
 
 SampleHit Hits::seen(const Entry& entry)
 {
     const Hit& hit = *entry.hit;
     const Grid& grid = *hit.grid;
-    return {hit.order,
-            entry.color ? *entry.color : grid.foundColorAt(hit.column, hit.row, hit.s, hit.t),
+    return {hit.order, entry.color ? *entry.color : grid.colorAt(hit.column, hit.row, hit.s, hit.t),
             grid.opacityAt(hit.column, hit.row, hit.s, hit.t), grid.fMatte};
 }
 
@@ -113,7 +171,7 @@ PackedSample Hits::resolveCover(const SamplePoint& point) const
     if (!hit.grid || hit.grid->fMatte) {
         return {point.x, point.y, gBlack, 0, double{fFrame.depthScale}};
     }
-    const Color color = hit.grid->foundColorAt(hit.column, hit.row, hit.s, hit.t);
+    const Color color = hit.grid->colorAt(hit.column, hit.row, hit.s, hit.t);
     return {point.x, point.y, gBlack + color, 1, hit.order};
 }
 

@@ -53,6 +53,37 @@ struct SamplePoint {
     }
 };
 
+// The micropolygons whose colours resolving will read.
+class Wants
+{
+public:
+    // Of so many grids at most.
+    Wants(std::size_t grids, Arena& arena);
+
+    void add(const Hit& hit);
+    // Finds the colours of all, and begins anew. Grids come in the order in which they were added
+    // first: what shading reports is told in it.
+    void shade(ShadingCounts& counts);
+
+private:
+    struct OfGrid {
+        const Grid* grid;
+        OfGrid** slot;
+        AskedCells *first, *last;
+        OfGrid* next;
+    };
+    OfGrid& find(const Grid& grid);
+    AskedCells* takeBlock();
+
+    Arena& fArena;
+    std::size_t fMask;  // slots minus 1: a power of two
+    OfGrid** fSlots;    // by the grid's address, or the next one free
+    OfGrid *fFirst = nullptr, *fLast = nullptr;
+    // Of earlier times.
+    OfGrid* fFreeGrids = nullptr;
+    AskedCells* fFreeBlocks = nullptr;
+};
+
 // Grids may come in any order: what is seen is what taking them by their ranks would give. Where
 // some are more than opaque, what hides them from others is only known in the end: then nothing
 // covers anything before, and `inOrder` says so.
@@ -67,14 +98,14 @@ public:
     // The rank of what closes gaps: after all grids.
     static constexpr std::uint32_t kLast = 0xFFFFFFFF;
 
-    // A grid's hits come in the order of its micropolygons.
+    // A grid's hits come in the order of its micropolygons; grids that are not opaque have been
+    // shaded.
     void add(SamplePoint& point, const MicroPolygon& cell, float s, float t,
              std::uint32_t rank) const;
     // What lies behind this is not seen at the position, as far as is known.
     SampleOrder coverOf(const SamplePoint& point) const;
-    // Wants the colours that resolving will ask for; grids that wanted none before are added. They
-    // have to find them first.
-    void want(const SamplePoint& point, std::vector<const Grid*>& grids) const;
+    // Adds the micropolygons whose colours resolving will read: they have to be found first.
+    void want(const SamplePoint& point, Wants& wants) const;
     PackedSample resolve(const SamplePoint& point) const;
 
 private:

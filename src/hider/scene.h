@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <set>
 #include <utility>
@@ -9,12 +10,13 @@
 
 #include "geom/object.h"
 #include "geom/procedural.h"
-#include "hider/bucket.h"
+#include "hider/front.h"
+#include "hider/render_task.h"
 
 namespace zeb
 {
 
-class Scene : public PrimitiveSink
+class Scene : public PrimitiveSink, private Delivery
 {
 public:
     ~Scene() override { flush(); }
@@ -74,39 +76,34 @@ public:
     void objectInstance(const void* handle);
 
     void define(Object* object) { fDefining = object; }
+    // Has the reports told of all that the walk over the buckets has left behind.
+    void settleReports();
     // What the picture has taken so far; kept until the next one begins.
     const Counts& counts() const { return fCounts; }
 
     // What the buckets are laid out for; null without buckets.
-    const RenderFrame* frame() const { return fFrame.get(); }
-    long columns() const { return fColumns; }
-    long rows() const { return fRows; }
+    const RenderFrame* frame() const { return fLayout ? &fLayout->frame() : nullptr; }
+    long columns() const { return fLayout ? fLayout->columns() : 0; }
+    long rows() const { return fLayout ? fLayout->rows() : 0; }
 
 private:
-    using Row = std::vector<std::unique_ptr<Bucket>>;
-
-    // Settles the sides of buckets, and the sampling rates, so that no bucket takes more samples
-    // than there may be.
-    void limitSamples(Option& option);
-    bool culled(const Boundw& camera) const;
-    void file(Primitive& primitive, const Boundw& camera, const Boundw& raster, long& column,
-              long& row) const;
-    Bound screenBound(const Boundw& camera, Boundw raster) const;
-    Bucket& bucketAt(long column, long row);
-    std::unique_ptr<Bucket> makeBucket(long column, long row) const;
-    // May throw Cancelled.
+    // Whether a bucket is left after the next one. May call the host.
+    bool renderSome(bool ahead);
+    bool mayRunAhead() const;
+    // The next bucket in turn, alone. May throw Cancelled, as all of these.
     void renderNext();
+    // The same, with others under way on other threads.
+    void renderAhead();
+    void deliver();
+    bool settle() override;
+    // Whether the host hears or does anything between one bucket and the next.
+    bool hostMayCall() const;
+    int threads() const;
+    void endAhead();
+    // To what is delivered, if what was filed from there on is still known.
+    void goBack();
+    void finishBucket(const Counts& counts);
     void tellProgress();
-    void process(std::unique_ptr<Primitive> primitive);
-    void finish(std::unique_ptr<Primitive> primitive);
-    // Files what becomes one grid.
-    void dice(std::unique_ptr<Primitive> primitive, const Dicing& dicing);
-    void giveUp(const Primitive& primitive);
-    // Of the crop window.
-    double pixels() const
-    {
-        return static_cast<double>(fX1 - fX0 + 1) * static_cast<double>(fY1 - fY0 + 1);
-    }
     void finishRow();
     // In the object that is being defined, if there is one, or in the picture.
     void keep(std::unique_ptr<Primitive> primitive);
@@ -116,16 +113,16 @@ private:
     // picture.
     void tellUnread(bool positioned, long nargs, const unsigned short* tokens);
 
-    std::unique_ptr<RenderFrame> fFrame;
+    std::unique_ptr<Layout> fLayout;  // null without buckets
+    std::unique_ptr<Front> fFront;
     Pool fPool;
-    std::vector<std::unique_ptr<Row>> fBuckets;  // rows and buckets are made when first needed
-    long fColumns = 0, fRows = 0;
-    long fColumn = 0, fRow = 0;  // the bucket to be rendered next
-    std::int64_t fDone = 0;      // buckets; more than a long may hold
-    long fPercent = 0;           // what the host has heard of them
-    long fX0 = 0, fX1 = 0, fY0 = 0, fY1 = 0;
-    long fBucketWidth = 1, fBucketHeight = 1;
-    float fXmin = 0, fXmax = 0, fYmin = 0, fYmax = 0;  // of all sample positions
+    std::unique_ptr<Workers> fWorkers;
+    std::deque<std::shared_ptr<RenderTask>> fTasks;  // from the next one to be delivered on
+    std::int64_t fDelivered = 0;                     // buckets, the one under way included
+    std::int64_t fDone = 0;                          // without it; more than a long may hold
+    long fPercent = 0;                               // what the host has heard of them
+    bool fHasInstances = false;                      // of objects
+    bool fDelivering = false;
     bool fStarted = false;
     Object* fDefining = nullptr;
     std::set<std::pair<const char*, unsigned short>> fUnread;  // surfaces and variables told of

@@ -283,14 +283,19 @@ protected:
         add({{10.5f, 0, 0.5f}, {20, 0, 0.5f}}, {{10.5f, 10, 0.5f}, {20, 10, 0.5f}},
             {.umin = kLine});
     }
+    static const zeb::Grid& gridOf(zeb::Piece& piece)
+    {
+        zeb::Counts counts;
+        return piece.dice(counts);
+    }
     // Looks at the sides of every grid as often as given, then closes.
     int hits(float x, float y, int times = 1, double depthOne = 1)
     {
         zeb::Arena arena;
         zeb::Seams seams(false, depthOne, arena);
         zeb::Seams::Near* near = nullptr;
-        for (const zeb::Piece* piece : pieces) {
-            for (zeb::Seams::Side& side : seams.sides(*piece->grid(), zeb::Lines(zeb::Bound()))) {
+        for (zeb::Piece* piece : pieces) {
+            for (zeb::Seams::Side& side : seams.sides(gridOf(*piece), zeb::Lines(zeb::Bound()))) {
                 for (int k = 0; k < times; ++k) seams.look(side, x, y, near);
             }
         }
@@ -364,10 +369,10 @@ TEST_F(SeamRules, NoSideReachesBeyondItsGrid)
     add({{0, 0, 0.5f}, {10, 1, 0.5f}}, {{0, 10, 0.5f}, {0, 10, 0.5f}}, edges, true);
     zeb::Arena arena;
     zeb::Seams seams(false, 1, arena);
-    for (const zeb::Piece* piece : pieces) {
-        const zeb::Bound all = zeb::Seams::reached(*piece->grid());
+    for (zeb::Piece* piece : pieces) {
+        const zeb::Bound all = zeb::Seams::reached(gridOf(*piece));
         zeb::Bound sides = zeb::Bound::empty();
-        for (const zeb::Seams::Side& side : seams.sides(*piece->grid(), zeb::Lines(zeb::Bound()))) {
+        for (const zeb::Seams::Side& side : seams.sides(gridOf(*piece), zeb::Lines(zeb::Bound()))) {
             sides = joined(sides, side.bound());
         }
         EXPECT_LE(all.xmin, sides.xmin);
@@ -412,11 +417,11 @@ TEST_F(SeamRules, NothingIsAddedBeyondAnOutlineThatALineTurnsRound)
 TEST_F(SeamRules, AGapIsClosedAlongALineThatIsSeenFromEitherSide)
 {
     addPair();
-    unseen = {pieces[0]->grid()};
+    unseen = {&gridOf(*pieces[0])};
     EXPECT_EQ(hits(10.25f, 5), 1);
-    unseen = {pieces[1]->grid()};
+    unseen = {&gridOf(*pieces[1])};
     EXPECT_EQ(hits(10.25f, 5), 1);
-    unseen = {pieces[0]->grid(), pieces[1]->grid()};
+    unseen = {&gridOf(*pieces[0]), &gridOf(*pieces[1])};
     EXPECT_EQ(hits(10.25f, 5), 0);
 }
 

@@ -166,9 +166,10 @@ void UniformBucket::generate(const Pieces& pieces, const Window& window, BucketS
     }
     placeSamples(window, arena);
     const Hits hits = this->hits(pieces, arena);
+    fGrids = arena.array<const Grid*>(pieces.size());
     hide(pieces, hits, window, scratch.counts);
     if (fFrame.option.closeSeams) closeSeams(pieces, hits, window, scratch);
-    shade(hits);
+    shade(pieces, hits, scratch);
     // A sample serves every pixel its position is within reach of: it is resolved once.
     scratch.counts.samples += count;
     fPacked = arena.array<PackedSample>(count);
@@ -178,15 +179,12 @@ void UniformBucket::generate(const Pieces& pieces, const Window& window, BucketS
     }
 }
 
-// Finds the colours of all that is seen: many of a grid at once are found faster.
-void UniformBucket::shade(const Hits& hits) const
+// Finds the colours of all that is seen.
+void UniformBucket::shade(const Pieces& pieces, const Hits& hits, BucketScratch& scratch) const
 {
-    std::vector<const Grid*> grids;
-    for (long k = 0; k < fColumns * fRows; ++k) hits.want(fSamples[k], grids);
-    for (const Grid* grid : grids) {
-        checkCancelled();
-        grid->shadeWanted();
-    }
+    Wants wants(pieces.size(), scratch.arena);
+    for (long k = 0; k < fColumns * fRows; ++k) hits.want(fSamples[k], wants);
+    wants.shade(scratch.counts);
 }
 
 void UniformBucket::hide(const Pieces& pieces, const Hits& hits, const Window& window,
@@ -197,7 +195,9 @@ void UniformBucket::hide(const Pieces& pieces, const Hits& hits, const Window& w
         checkCancelled();
         Piece& piece = *pieces[ranked.rank];
         if (hidden(piece.box(), ranked.least, window)) continue;
-        hideGrid({piece.dice(counts), ranked.rank, hits, counts, candidates}, window);
+        const Grid& grid = piece.dice(counts);
+        fGrids[ranked.rank] = &grid;
+        hideGrid({grid, ranked.rank, hits, counts, candidates}, window);
     }
 }
 
@@ -218,8 +218,10 @@ void UniformBucket::hideGrid(const Hiding& hiding, const Window& window)
     const auto outside = [&](const Bound& b) {
         return window.misses(b) || b.zmax < 0 || b.zmin > fFrame.depthScale;
     };
+    const Bound& box = grid.bound();
+    if (window.misses(box) || hidden(box, leastOf(box, grid), window)) return;
     // Most of what is transparent is seen, and at hand now.
-    if (!grid.isOpaque()) grid.shade();
+    if (!grid.isOpaque()) grid.shade(hiding.counts);
     CellRow cells;
     cells.isFlipped = grid.fFlip != grid.fTransposed;
     for (int j = 0; j < grid.fVSize; ++j) {
@@ -345,13 +347,14 @@ bool UniformBucket::openSamples(const Pieces& pieces, Seams& seams, const Window
 {
     const Lines everywhere(window.rectangle());
     bool any = false;
-    for (const Piece* piece : pieces) {
+    for (std::size_t rank = 0; rank < pieces.size(); ++rank) {
         checkCancelled();
-        const SampleOrder least = piece->least(fFrame);
-        if (!piece->grid()) continue;
-        const Bound box = Seams::reached(*piece->grid());
+        if (!fGrids[rank]) continue;
+        const Grid& grid = *fGrids[rank];
+        const SampleOrder least = pieces[rank]->least(fFrame);
+        const Bound box = Seams::reached(grid);
         if (window.misses(box) || !anyOpen(box, least, window)) continue;
-        for (Seams::Side& side : seams.sides(*piece->grid(), everywhere)) {
+        for (Seams::Side& side : seams.sides(grid, everywhere)) {
             const Bound bySide = side.bound();
             eachSample(bySide, window, [&](long k) {
                 if (fCovers[k] < least || !isIn(bySide, k)) return;

@@ -69,11 +69,16 @@ public:
         if (!fPlain) describe();
     }
 
-    void colors(const VertexPlace* places, std::size_t count, Color* colors)
+    // What the points report is added, where reports are kept.
+    void colors(const VertexPlace* places, std::size_t count, Color* colors,
+                std::vector<VertexReports>& reports)
     {
         const AttribNamesScope names(fAttrib.object.text(), fAttrib.group.text());
         if (fKernel && colorsByKernel(places, count, colors)) return;
-        for (std::size_t k = 0; k < count; ++k) colors[k] = shade(places[k]);
+        for (std::size_t k = 0; k < count; ++k) {
+            auto log = keepingReports([&] { colors[k] = shade(places[k]); });
+            if (log) reports.push_back({places[k], std::move(log)});
+        }
     }
 
     Color opacity(int i, int j)
@@ -282,43 +287,43 @@ private:
 
 // Surfaces pass the opacity on that they are given, and atmospheres leave it alone: it is known
 // before anything is shaded.
-void Grid::shadeOnDemand(const RenderFrame& frame, ShadingCounts* counts)
+void Grid::shadeOnDemand(const RenderFrame& frame)
 {
     fFrame = &frame;
-    fCounts = counts;
-    fColors = {};
-    fOpacities = {};
-    fWanted.clear();
+    fMarks.reset();
+    fComplete = false;
     fOpacityVaries = fPieceColors.hasOpacity() || opacities(*this);
     fOpacity = frame.option.quirks ? fAttrib->surfaceOpacity : clamped(fAttrib->surfaceOpacity);
     fOpaque = !fOpacityVaries && fOpacity == gWhite;
+    if (fOpacityVaries) findOpacities();
 }
 
-void Grid::shadeWanted() const
+void Grid::shadeVertices(const Places& wanted, ShadingCounts& counts) const
 {
-    if (fWanted.empty()) return;
+    if (wanted.empty()) return;
     constexpr std::size_t kMost = 64;
     Color found[kMost];
     GridShader shader(*this, *fFrame);
     shader.prepare();
-    for (std::size_t done = 0; done < fWanted.size();) {
-        const VertexPlace* const places = fWanted.data() + done;
-        const std::size_t count = std::min(fWanted.size() - done, kMost);
-        shader.colors(places, count, found);
+    for (std::size_t done = 0; done < wanted.size();) {
+        const VertexPlace* const places = wanted.data() + done;
+        const std::size_t count = std::min(wanted.size() - done, kMost);
+        shader.colors(places, count, found, fReports);
         for (std::size_t k = 0; k < count; ++k) {
             fColors.values[at(places[k].i, places[k].j)] = found[k];
         }
         done += count;
     }
-    if (fCounts) fCounts->shaded += fWanted.size();
-    fWanted.clear();
+    counts.shaded += wanted.size();
 }
 
-void Grid::knowOpacity(int i, int j) const
+void Grid::findOpacities()
 {
-    const std::size_t k = at(i, j);
-    if (!fFrame || !fOpacities.take(k, *this)) return;
-    fOpacities.values[k] = GridShader(*this, *fFrame).opacity(i, j);
+    GridShader shader(*this, *fFrame);
+    for (int j = 0; j < fVSize + fSmooth; ++j) {
+        const int count = fSmooth ? vertexCount(j) : cellCount(j);
+        for (int i = 0; i < count; ++i) fOpacities.set(at(i, j), *this, shader.opacity(i, j));
+    }
 }
 
 }  // namespace zeb

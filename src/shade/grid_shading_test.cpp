@@ -87,7 +87,7 @@ protected:
     {
         frame = std::make_unique<RenderFrame>(option, Matrix());
         grid->shadeOnDemand(*frame);
-        grid->shade();
+        grid->shade(counts);
     }
     template <std::size_t N>
     void give(unsigned short token, const float (&values)[N], const ArgCounts& counts)
@@ -101,6 +101,7 @@ protected:
     std::shared_ptr<Attrib> attrib;
     Option option;
     std::unique_ptr<RenderFrame> frame;
+    ShadingCounts counts;
     ArgList args;
     std::unique_ptr<Grid> grid;
     zebtest::Reports reports;
@@ -417,18 +418,32 @@ TEST_F(GridShading, OnlyWhatIsAskedForIsShaded)
 {
     const RenderFrame unshaded(option, Matrix());
     make(2, 2).shadeOnDemand(unshaded);
+    AskedCells cells;
+    cells.cells[cells.count++] = {1, 0};
+    grid->shade(&cells, counts);
     EXPECT_EQ(grid->color(1, 0), Color(1, 0.5f, 0));
-    EXPECT_EQ(grid->color(1, 0), Color(1, 0.5f, 0));
-    EXPECT_EQ(seen.size(), 1u);
+    EXPECT_EQ(grid->color(0, 0), gBlack);
+    EXPECT_EQ(seen.size(), 4u);
+    EXPECT_EQ(counts.shaded, 4u);
+    EXPECT_EQ(counts.seen, 1u);
+
+    cells.cells[cells.count++] = {0, 0};
+    grid->shade(&cells, counts);
+    EXPECT_EQ(seen.size(), 6u) << "what is known is not shaded again";
+    EXPECT_EQ(counts.seen, 2u);
 }
 
 TEST_F(GridShading, PositionsStay)
 {
     const RenderFrame unshaded(option, Matrix());
     make(2, 2).shadeOnDemand(unshaded);
+    AskedCells cells;
+    for (const std::uint16_t i : {0, 1}) {
+        for (const std::uint16_t j : {0, 1}) cells.cells[cells.count++] = {i, j};
+    }
+    grid->shade(&cells, counts);
     for (int j = 0; j <= 2; ++j) {
         for (int i = 0; i <= 2; ++i) {
-            grid->color(i, j);
             EXPECT_EQ(grid->vertex(i, j).P,
                       Point(static_cast<float>(i), static_cast<float>(j), 10));
         }

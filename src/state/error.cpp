@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "state/callback.h"
+#include "state/report_log.h"
 #include "state/upcalls.h"
 #include "util/format.h"
 
@@ -91,21 +92,6 @@ bool builtIn(ErrorHandler handler)
     return handler == zebErrorIgnore || handler == zebErrorPrint || handler == zebErrorAbort;
 }
 
-void dispatch(long code, long severity, const char* message)
-{
-    const ErrorHandler handler = severity == kInfo      ? Error::fInfoHandler
-                                 : severity == kWarning ? Error::fWarningHandler
-                                 : severity == kError   ? Error::fErrorHandler
-                                                        : Error::fSevereHandler;
-    if (!handler) return;
-    if (builtIn(handler)) {
-        handler(code, severity, message);
-    } else {
-        CallbackScope scope;
-        handler(code, severity, message);
-    }
-}
-
 void printLine(const char* line)
 {
     if (!Error::fPrintHandler) return;
@@ -141,10 +127,30 @@ void printLine(std::initializer_list<std::string_view> parts)
 
 [[gnu::noinline]] const void* CallbackScope::stackPosition() { return __builtin_frame_address(0); }
 
+void report(long code, long severity, const char* message)
+{
+    if (ReportLog* const log = ReportLog::current()) {
+        log->keep(code, severity, message);
+        return;
+    }
+    upcall::settleScene();
+    const ErrorHandler handler = severity == kInfo      ? Error::fInfoHandler
+                                 : severity == kWarning ? Error::fWarningHandler
+                                 : severity == kError   ? Error::fErrorHandler
+                                                        : Error::fSevereHandler;
+    if (!handler) return;
+    if (builtIn(handler)) {
+        handler(code, severity, message);
+    } else {
+        CallbackScope scope;
+        handler(code, severity, message);
+    }
+}
+
 void error(long code, long severity, const char* format, ...)
 {
     if (!format) {
-        dispatch(code, severity, Error::fFuncName);
+        report(code, severity, Error::fFuncName);
         return;
     }
     std::va_list args;
@@ -162,7 +168,15 @@ void verror(long code, long severity, const char* format, std::va_list args)
         if (used >= kMessageSize) used = kMessageSize - 1;
     }
     formatMessage(message + used, static_cast<std::size_t>(kMessageSize - used), format, args);
-    dispatch(code, severity, message);
+    report(code, severity, message);
+}
+
+bool hostHearsReports()
+{
+    const auto ours = [](ErrorHandler handler) { return !handler || builtIn(handler); };
+    return !ours(Error::fInfoHandler) || !ours(Error::fWarningHandler) ||
+           !ours(Error::fErrorHandler) || !ours(Error::fSevereHandler) ||
+           (Error::fPrintHandler && Error::fPrintHandler != upcall::printMessage);
 }
 
 void setErrorHandler(short mask, short kind)

@@ -31,6 +31,9 @@ struct Error {
 };
 
 void verror(long code, long severity, const char* format, std::va_list args);
+// Hands a whole message, or null for none, to the handler of the severity; where reports of this
+// thread are kept, to their log.
+void report(long code, long severity, const char* message);
 
 // The built-in handlers.
 enum HandlerKind : short { kIgnoreReports = 0xC00, kPrintReports, kAbortOnReports };
@@ -48,6 +51,9 @@ void zebErrorAbort(long code, long severity, const char* message);
 
 // Whether anybody hears infos. Those that take some looking for are not made otherwise.
 inline bool infosHeard() { return Error::fInfoHandler && Error::fInfoHandler != zebErrorIgnore; }
+
+// Whether reports go to handlers or a printer of the host.
+bool hostHearsReports();
 
 // Names the object being rendered for the messages of a scope. Empty names count as none.
 class AttribNamesScope

@@ -13,6 +13,7 @@ namespace
 {
 
 thread_local bool gGuarded = false;
+thread_local bool gThrows = false;
 
 // Given back when memory runs out: a handler or printer of the host may need some.
 constexpr std::size_t kReserve = 64 * 1024;
@@ -40,14 +41,24 @@ bool guardFreeStore(bool on)
     return before;
 }
 
+ThrowingFreeStoreScope::ThrowingFreeStoreScope() : fBefore(std::exchange(gThrows, true)) {}
+
+ThrowingFreeStoreScope::~ThrowingFreeStoreScope() { gThrows = fBefore; }
+
 void errorNewHandler()
 {
+    if (gThrows) throw std::bad_alloc();
     if (!gGuarded && inForce()) {
         const std::new_handler other = Error::fStoredNewHandler;
         if (!other) throw std::bad_alloc();
         other();
         return;
     }
+    endWithoutMemory();
+}
+
+void endWithoutMemory()
+{
     // A second failure while reporting must not come back here.
     guardFreeStore(false);
     memoryReserve().reset();

@@ -17,6 +17,22 @@ using MallocMemory = std::unique_ptr<void, MallocFree>;
 // end of the process. Answers what it was before.
 bool guardFreeStore(bool on);
 
+// For a scope, running out of memory on this thread is an exception, whatever handlers there are.
+class ThrowingFreeStoreScope
+{
+public:
+    ThrowingFreeStoreScope();
+    ~ThrowingFreeStoreScope();
+    ThrowingFreeStoreScope(const ThrowingFreeStoreScope&) = delete;
+    ThrowingFreeStoreScope& operator=(const ThrowingFreeStoreScope&) = delete;
+
+private:
+    const bool fBefore;
+};
+
+// The severe report, and the end of the process.
+[[noreturn]] void endWithoutMemory();
+
 // The handler in force meanwhile. What the host allocates, on other threads or in its callbacks,
 // fails as it would without the library.
 void errorNewHandler();

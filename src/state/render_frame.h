@@ -24,13 +24,14 @@ struct RenderFrame {
     // Everything is diced and shaded, and nothing left out because it is hidden: the pictures are
     // the same, and slower made. For tests, which set ZEBCORE_PLAIN.
     const bool plain = std::getenv("ZEBCORE_PLAIN") != nullptr;
-    const long threads;  // 1 or more
+    // 1 or more. Tests may set ZEBCORE_THREADS, which goes before the option.
+    const long threads;
 
     RenderFrame(const Option& options, const Matrix& toRaster)
         : option(options),
           cameraToRaster(toRaster),
           depthScale(options.projection ? static_cast<float>(powerWithin(range())) : 1.0f),
-          threads(options.threadCount())
+          threads(threadsOf(options))
     {
     }
 
@@ -45,6 +46,11 @@ struct RenderFrame {
     float depthRange() const { return static_cast<float>(range() / depthScale); }
 
 private:
+    static long threadsOf(const Option& option)
+    {
+        const char* const asked = std::getenv("ZEBCORE_THREADS");
+        return asked ? std::atol(asked) : option.threadCount();
+    }
     // The largest power of two that is not larger.
     static double powerWithin(double x)
     {

@@ -34,6 +34,9 @@ void closeDisplay();
 void initScene();
 void flushScene();
 void renderScene();
+// Before a report, or a question about reports: has those told that come first, of buckets that
+// were rendered ahead.
+void settleScene();
 // The object that new primitives go into; null for the scene.
 void defineObject(Object* object);
 

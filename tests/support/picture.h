@@ -21,6 +21,8 @@ public:
     // For pictures with another number of samples than the device was made for.
     void setChannels(int channels) { fChannels = channels; }
 
+    int channels() const { return fChannels; }
+
     // Makes this the device of what follows. The object must live until the world's end.
     void attach()
     {

@@ -1,6 +1,7 @@
 // Scenes that are drawn at random.
 #pragma once
 
+#include <functional>
 #include <random>
 #include <vector>
 
@@ -18,10 +19,12 @@ class RandomScene
 public:
     explicit RandomScene(unsigned number) : fRandom(number) {}
 
-    void render(Picture& picture)
+    // Options that more() sets go before the scene's own.
+    void render(Picture& picture, const std::function<void()>& more = {})
     {
         zebReset();
         options(picture);
+        if (more) more();
         zebSceneBegin();
         lights();
         const int count = 2 + draw(6);

@@ -1,0 +1,94 @@
+#include "hider/refiner.h"
+
+#include "state/error.h"
+#include "util/number.h"
+
+namespace zeb
+{
+
+namespace
+{
+
+// Micropolygons along the sides of a grid that can't be made as fine as it should be.
+constexpr unsigned short kCoarse = 8;
+
+// How much larger than others grids are that have to end splitting.
+constexpr float kLarge = 4;
+
+bool isFiniteBound(const Boundw& b)
+{
+    return isFinite(b.xmin) && isFinite(b.xmax) && isFinite(b.ymin) && isFinite(b.ymax) &&
+           isFinite(b.zmin) && isFinite(b.zmax) && isFinite(b.wmin) && isFinite(b.wmax);
+}
+
+}  // namespace
+
+void Refiner::add(std::unique_ptr<Primitive> primitive)
+{
+    const Boundw camera = primitive->hull();
+    if (fLayout.culled(camera)) return;
+    const Boundw raster = camera * fLayout.frame().cameraToRaster;
+    if (!isFiniteBound(raster)) {
+        giveUp(*primitive);
+        return;
+    }
+    const BucketPlace place = fLayout.file(*primitive, camera, raster, fBucket);
+    fFilingTo.file(std::move(primitive), place);
+}
+
+void Refiner::dice(std::unique_ptr<Primitive> primitive, const Dicing& dicing)
+{
+    const BucketPlace last{primitive->lastBucketX(), primitive->lastBucketY()};
+    const bool bounded = primitive->attrib().objectBound.finite;
+    auto piece = std::allocate_shared<Piece>(PoolAllocator<Piece>(), std::move(primitive), dicing);
+    ++fCounts.pieces;
+    // What the host says of an object's size may be wrong: only the grid tells where it is. And
+    // boxes much larger than the surface would be filed under many buckets for nothing.
+    if (fLayout.frame().plain || bounded || piece->isLoose()) piece->settle(fCounts);
+    const BucketRange range = fLayout.range(*piece, fBucket, last);
+    fFilingTo.file(std::move(piece), range);
+}
+
+void Refiner::refine(std::unique_ptr<Primitive>& primitive)
+{
+    const Attrib& attrib = primitive->attrib();
+    // A host that is called may give other attributes to what it has made.
+    const bool callsHost = primitive->type() == kProcedural;
+    const auto kept = callsHost ? primitive->common().fAttrib : nullptr;
+    const AttribNamesScope names(attrib.object.text(), attrib.group.text());
+    Dicing dicing{fLayout.frame(), 1, 1};
+    if (primitive->front() && primitive->diceable(dicing)) {
+        dice(std::move(primitive), dicing);
+    } else if (!primitive->canSplit()) {
+        giveUp(*primitive);
+    } else if (fFilingTo.maySplit(*primitive)) {
+        primitive->split(*this);
+    } else {
+        finish(primitive);
+    }
+}
+
+// Of a surface that has taken many splits. At the edge of a very wide view or near a pole these
+// leave slivers: how even their grids are matters no more, and they are split across.
+void Refiner::finish(std::unique_ptr<Primitive>& primitive)
+{
+    const RenderFrame& frame = fLayout.frame();
+    Dicing dicing{frame, 1, 1, false};
+    const float size = kLarge * primitive->dicingLimit(frame, -1);
+    if (!primitive->keepsRest()) {
+        giveUp(*primitive);
+    } else if (primitive->front() && primitive->diceable(dicing, size)) {
+        dice(std::move(primitive), dicing);
+    } else if (primitive->mayStillSplitAcross()) {
+        if (primitive->front()) {
+            primitive->splitAcross(*this, frame);
+        } else {
+            primitive->split(*this);
+        }
+    } else {
+        giveUp(*primitive);
+        if (primitive->front()) dice(std::move(primitive), Dicing{frame, kCoarse, kCoarse});
+    }
+}
+
+}  // namespace zeb
