@@ -6,6 +6,7 @@
 #include "math/spaces.h"
 #include "state/quark.h"
 #include "state/state.h"
+#include "state/upcalls.h"
 #include "zebcore/zebcore.h"
 
 // The last named argument of some functions with a variable list is a float or a short, which the C
