@@ -334,6 +334,7 @@ TEST(Crew, TasksMayGoWhereTheyPutOthers)
     crew.put(3, parting());
     crew.open(4);
     gone.wait();
+    crew.clear();
 }
 
 TEST_P(CrewTest, RunsEveryTaskOnce)

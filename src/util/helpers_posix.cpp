@@ -151,6 +151,7 @@ private:
         thread->next = fThreads;
         fThreads = thread.release();
         ++fThreadCount;
+        ++fHere;  // until it is at rest
         return true;
     }
     static void* keep(void* kept)
@@ -161,6 +162,8 @@ private:
     void keep()
     {
         std::unique_lock lock(fMutex);
+        --fHere;
+        fLeft.notify_all();
         for (;;) {
             KeptHelpers* helpers = nullptr;
             fCalled.wait(lock, [&] { return fEnded || (helpers = called()); });

@@ -58,6 +58,7 @@ void onAllHelpers(int threads, Work work)
                  }));
     }
     meeting.meet();
+    crew.clear();
 }
 
 // The states of the process's kept threads, a letter for each.
@@ -237,6 +238,7 @@ TEST_F(CrewForks, WaitForTasksUnderWay)
         EXPECT_EQ(statusOf(child), 7);
     }
     over = true;
+    crew.clear();
 }
 
 TEST_F(CrewForks, FindNothingHalfPut)
@@ -306,6 +308,7 @@ TEST_F(CrewForks, EndAHelperWithItsTask)
                      if (begun) _exit(1);
                  }));
         done.wait();
+        crew.clear();
     }
     EXPECT_EQ(statusOf(child), 7);
 }
