@@ -1,4 +1,4 @@
-// A lock as small as a number: for what there are many of, and what is rarely asked for twice at
+// A lock as small as a pointer: for what there are many of, and what is rarely asked for twice at
 // once.
 #pragma once
 
@@ -15,6 +15,14 @@ public:
     Lock(const Lock&) = delete;
     Lock& operator=(const Lock&) = delete;
 
+#ifdef _WIN32
+    // The system's own: atomics that are waited for lose wake-ups there with GCC 12.
+    void lock();
+    void unlock();
+
+private:
+    void* fSystem = nullptr;
+#else
     void lock()
     {
         while (fTaken.exchange(1, std::memory_order_acquire)) {
@@ -29,6 +37,7 @@ public:
 
 private:
     std::atomic<int> fTaken{0};
+#endif
 };
 
 }  // namespace zeb
