@@ -2,8 +2,13 @@
 // its own thread, in the order that one thread would call it in.
 
 #include <gtest/gtest.h>
+#ifndef _WIN32
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
 
 #include <algorithm>
+#include <csetjmp>
 #include <cstdint>
 #include <cstdlib>
 #include <functional>
@@ -27,6 +32,17 @@ unsigned sceneCount()
 {
     const char* const count = std::getenv("THREAD_SCENES");
     return count ? static_cast<unsigned>(std::atol(count)) : 60;
+}
+
+// Lets tasks begin and end late, so that work falls otherwise every time.
+void delayBy(long seed)
+{
+    const std::string text = std::to_string(seed * 1009 % 1000003);
+#ifdef _WIN32
+    _putenv_s("ZEBCORE_DELAYS", text.c_str());
+#else
+    setenv("ZEBCORE_DELAYS", text.c_str(), 1);
+#endif
 }
 
 // All that a host hears of a picture, in the order in which it does.
@@ -91,6 +107,7 @@ public:
     {
         const auto serial = log(1, render);
         for (const long threads : kThreads) {
+            delayBy(threads);
             const auto log = Host::log(threads, render);
             EXPECT_EQ(log.size(), serial.size()) << what << ", " << threads << " threads";
             std::size_t k = 0;
@@ -362,5 +379,92 @@ TEST_F(Threads, ACustomFilterIsCalledInTurn)
     };
     Host::expectSame(render, "custom filter");
 }
+
+TEST_F(Threads, APictureThatIsGivenUpEndsInOrder)
+{
+    const auto render = [] {
+        int rows = 0;
+        Host::fInSpan = [&rows](long, long) {
+            if (++rows == 40) zebCancel();
+        };
+        begin();
+        ball(0, 0, 0, 1.2f);
+        zebSceneEnd();
+    };
+    Host::expectSame(render, "given up");
+}
+
+// Some host leaves a callback by a jump, against the rules: it may begin anew.
+TEST_F(Threads, APictureThatWasLeftByAJumpCanBeDropped)
+{
+    static std::jmp_buf place;
+    Host::fInSpan = [](long x, long y) {
+        if (x == 8 && y == 10) std::longjmp(place, 1);
+    };
+    if (setjmp(place) == 0) {
+        Host::log(3, [] {
+            begin();
+            ball(0, 0, 0, 1.2f);
+            zebSceneEnd();
+        });
+        FAIL();
+    }
+    Host::fInSpan = nullptr;
+    Host::expectSame(
+        [] {
+            begin();
+            ball(0, 0, 0, 1.2f);
+            zebSceneEnd();
+        },
+        "after a jump");
+}
+
+#ifndef _WIN32
+// In the middle of a picture, too: the child goes on alone.
+TEST_F(Threads, AForkedChildRendersTheRest)
+{
+#if defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the thread sanitizer does not follow forks";
+#endif
+    static pid_t child;
+    const auto render = [] {
+        begin();
+        ball(0, 0, 0, 1.2f);
+        zebSceneEnd();
+    };
+    const auto serial = Host::log(1, render);
+    int forks = 0;
+    Host::fInSpan = [&forks](long x, long y) {
+        if (x == 8 && y == 10 && ++forks == 1) child = fork();
+    };
+    const auto log = Host::log(3, render);
+    if (child == 0) {
+        Host::fInSpan = nullptr;
+        const bool again = Host::log(3, render) == serial;
+        _exit(log == serial && again ? 0 : 1);
+    }
+    EXPECT_TRUE(log == serial);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+TEST_F(Threads, AHostMayExitFromACallback)
+{
+    EXPECT_EXIT(
+        {
+            Host::fInSpan = [](long x, long y) {
+                if (x == 8 && y == 10) std::exit(3);
+            };
+            Host::log(3, [] {
+                begin();
+                ball(0, 0, 0, 1.2f);
+                zebSceneEnd();
+            });
+        },
+        testing::ExitedWithCode(3), "");
+}
+#endif
 
 }  // namespace zebtest

@@ -33,8 +33,8 @@
  * negative, zero or absurd report code 10 or 11.
  *
  * Callbacks. Filters, both functions of procedurals, devices, error handlers and printers may make
- * calls. While one of them runs, no other call counts as under way: a report carries the name of the
- * call that the callback itself has made, and when it returns, that of the outer call again.
+ * calls. While one of them runs, no other call counts as under way: a report carries the name of
+ * the call that the callback itself has made, and when it returns, that of the outer call again.
  * zebReset has no name in reports: refused in a callback, it reports code 8 without a message.
  *
  * Memory. A call that finds none left reports code 1, severe, and ends the process. What the host
@@ -100,9 +100,9 @@
 
 /** @name Hiders (zebHider) */
 /** @{ */
-#define ZEB_HIDER_NULL 0           /**< checks the calls and renders nothing */
-#define ZEB_HIDER_HIDDEN 0x400     /**< the nearest surface shows; the default */
-#define ZEB_HIDER_SEQUENCE 0x401   /**< the primitive given last shows */
+#define ZEB_HIDER_NULL 0         /**< checks the calls and renders nothing */
+#define ZEB_HIDER_HIDDEN 0x400   /**< the nearest surface shows; the default */
+#define ZEB_HIDER_SEQUENCE 0x401 /**< the primitive given last shows */
 /** @} */
 
 /** @name Shading interpolation (zebShadingModel) */
@@ -167,21 +167,21 @@
 /** @name Storage classes (zebDeclare) */
 /** @{ */
 #define ZEB_CLASS_NONE 0xD00 /**< a plain name */
-#define ZEB_UNIFORM 0xD01 /**< one value a face or curved surface */
-#define ZEB_VARYING 0xD02 /**< one value a corner */
-#define ZEB_VERTEX 0xD03  /**< one value a control point */
+#define ZEB_UNIFORM 0xD01    /**< one value a face or curved surface */
+#define ZEB_VARYING 0xD02    /**< one value a corner */
+#define ZEB_VERTEX 0xD03     /**< one value a control point */
 /** @} */
 
 /** @name Value types (zebDeclare) */
 /** @{ */
 #define ZEB_TYPE_NONE 0xE00 /**< no value */
-#define ZEB_FLOAT 0xE01   /**< 32 bits */
-#define ZEB_INTEGER 0xE02 /**< 32 bits */
-#define ZEB_STRING 0xE03  /**< the value pointer is the character string itself */
-#define ZEB_PAIR 0xE04    /**< two floats */
-#define ZEB_POINT 0xE05   /**< three floats */
-#define ZEB_POINTW 0xE06  /**< four floats: (w x, w y, w z, w) */
-#define ZEB_COLOR 0xE07   /**< as many floats as colour samples; three by default */
+#define ZEB_FLOAT 0xE01     /**< 32 bits */
+#define ZEB_INTEGER 0xE02   /**< 32 bits */
+#define ZEB_STRING 0xE03    /**< the value pointer is the character string itself */
+#define ZEB_PAIR 0xE04      /**< two floats */
+#define ZEB_POINT 0xE05     /**< three floats */
+#define ZEB_POINTW 0xE06    /**< four floats: (w x, w y, w z, w) */
+#define ZEB_COLOR 0xE07     /**< as many floats as colour samples; three by default */
 /** @} */
 
 #ifdef __cplusplus
@@ -197,14 +197,14 @@ typedef float ZebMatrix[4][4];
 typedef float (*ZebFilterFunction)(float dx, float dy, float xwidth, float ywidth);
 /** Builds the geometry of a procedural; detail is its bound's area in pixels, 1e38 if the bound
     reaches the eye. */
-typedef void (*ZebSubdivideFunction)(void *data, float detail);
+typedef void (*ZebSubdivideFunction)(void* data, float detail);
 /** Releases what a procedural's data pointer stands for; called exactly once. */
-typedef void (*ZebFreeFunction)(void *data);
+typedef void (*ZebFreeFunction)(void* data);
 /** Receives a report: its code, severity (ZEB_INFO ...) and text, which it must not free. The
     message of a call in the wrong block is the function's bare name; it may be null. */
-typedef void (*ZebErrorFunction)(long code, long severity, const char *message);
+typedef void (*ZebErrorFunction)(long code, long severity, const char* message);
 /** Receives one finished line of a printed report. */
-typedef void (*ZebPrintFunction)(const char *line);
+typedef void (*ZebPrintFunction)(const char* line);
 
 /** @name Tokens */
 /** @{ */
@@ -215,8 +215,8 @@ typedef void (*ZebPrintFunction)(const char *line);
  * Names are case-sensitive. These 36 exist from the start, as tokens 1 to 36: point, height,
  * pointw, normal, plane, color, opacity; constant, diffuse, metal, plastic; ka, kd, ks, roughness,
  * specularcolor; ambient, omni, distant, spot; intensity, from, to, coneangle, conedeltaangle,
- * beamdistribution; depthcue, fog; hither, yon, distance; raster, image, eye, world, model. Two more
- * come with a class and a type when they are first asked for: vertexcolor, vertexopacity.
+ * beamdistribution; depthcue, fog; hither, yon, distance; raster, image, eye, world, model. Two
+ * more come with a class and a type when they are first asked for: vertexcolor, vertexopacity.
  *
  * @param name  copied
  * @return the name's token, always the same; 0 for a null name and when all 65,535 are used.
@@ -224,7 +224,7 @@ typedef void (*ZebPrintFunction)(const char *line);
  *
  * Legal anywhere.
  */
-ZEB_API unsigned short zebQuark(const char *name);
+ZEB_API unsigned short zebQuark(const char* name);
 /** @} */
 
 /** @name Frame and world blocks */
@@ -328,11 +328,11 @@ ZEB_API void zebDepthQuantize(long one, long min, long max);
 /** zebColorJitter for depth; default 0. */
 ZEB_API void zebDepthJitter(float amplitude);
 /** Sends the picture to a window; the default, with the title "Zebrix". It opens with the world, of
-    the picture's size, and shows red, green and blue, or else the first sample as grey, 8 bits each.
-    It stays until its user closes it or the process ends; see zebWindowEvents. Opening it reports
-    code 2, a warning, where there is no screen, and code 10 for pictures of more than 32767 pixels a
-    side or 2^28 in all; they are dropped. @param name the title, in UTF-8 */
-ZEB_API void zebOutputDisplay(const char *name);
+    the picture's size, and shows red, green and blue, or else the first sample as grey, 8 bits
+   each. It stays until its user closes it or the process ends; see zebWindowEvents. Opening it
+   reports code 2, a warning, where there is no screen, and code 10 for pictures of more than 32767
+   pixels a side or 2^28 in all; they are dropped. @param name the title, in UTF-8 */
+ZEB_API void zebOutputDisplay(const char* name);
 /**
  * Sends the picture to a file. It appears when the world ends, whole or not at all: whatever fails
  * is reported, code 10, and leaves the file that had the name as it was.
@@ -356,11 +356,11 @@ ZEB_API void zebOutputDisplay(const char *name);
  * A process made by fork while the world is open does not finish the picture, nor take it away: it
  * is its parent's.
  */
-ZEB_API void zebOutputFile(short kind, const char *name);
+ZEB_API void zebOutputFile(short kind, const char* name);
 /** Chooses what each pixel holds (ZEB_SAMPLES_...). Code 10 for any other number.
     Colours are premultiplied. Depth is (z - near) / (far - near) of the z in camera space, linear
-    between the clipping distances (zebClip), 1 where nothing is; with zebViewIdentity it is z. It is
-    filtered as colours are: at an edge it is a mean of the surface and what lies behind, be it
+    between the clipping distances (zebClip), 1 where nothing is; with zebViewIdentity it is z. It
+   is filtered as colours are: at an edge it is a mean of the surface and what lies behind, be it
     nothing (zebDepthNearest). */
 ZEB_API void zebOutputSamples(short samples);
 /** Chooses the hider (ZEB_HIDER_...). Code 10 for any other number, taken as ZEB_HIDER_HIDDEN. */
@@ -369,7 +369,7 @@ ZEB_API void zebHider(short type);
     @param n number of samples of a colour, 1 or more
     @param ntorgb n x 3: what each sample adds to red, green and blue
     @param rgbton 3 x n: how many of each sample red, green and blue hold */
-ZEB_API void zebColorSpace(long n, const float *ntorgb, const float *rgbton);
+ZEB_API void zebColorSpace(long n, const float* ntorgb, const float* rgbton);
 /** Sets tuning values.
     @param gridsize largest side of a grid in micropolygons; default 32
     @param width,height of a bucket in pixels; default 12 and 12
@@ -391,10 +391,10 @@ ZEB_API void zebAttributePush(void);
 /** Closes the attribute block: restores attributes and transformation. */
 ZEB_API void zebAttributePop(void);
 /** Sets the surface colour, as many floats as colour samples; default white. */
-ZEB_API void zebColor(const float *color);
+ZEB_API void zebColor(const float* color);
 /** Sets the opacity, as zebColor: 1 hides what is behind, 0 shows it; default 1. A surface adds
     its colour times the square of its opacity, or times its opacity (zebQuirks). */
-ZEB_API void zebOpacity(const float *opacity);
+ZEB_API void zebOpacity(const float* opacity);
 /** Sets the area of a micropolygon in pixels, default 0.25. Code 10 below 1e-10. Below 1/256 it
     renders as 1/256. */
 ZEB_API void zebShadingRate(float rate);
@@ -418,12 +418,12 @@ ZEB_API void zebMatteObject(short on);
  * @return a handle for zebLightSwitch, good until the frame or world block ends in which the light
  *         was made; null if refused: code 10 for an unknown name
  */
-ZEB_API const void *zebLightSource(unsigned short name, ...);
+ZEB_API const void* zebLightSource(unsigned short name, ...);
 /** zebLightSource with the parameter list as arrays. */
-ZEB_API const void *zebLightSourceV(unsigned short name, long n, const unsigned short *tokens,
-                                    void *const *values);
+ZEB_API const void* zebLightSourceV(unsigned short name, long n, const unsigned short* tokens,
+                                    void* const* values);
 /** Switches a light on (non-zero) or off for what follows. Code 10 for a dead handle. */
-ZEB_API void zebLightSwitch(const void *light, short on);
+ZEB_API void zebLightSwitch(const void* light, short on);
 /**
  * Sets the surface shader.
  *
@@ -439,17 +439,17 @@ ZEB_API void zebLightSwitch(const void *light, short on);
  */
 ZEB_API void zebSurface(unsigned short name, ...);
 /** zebSurface with the parameter list as arrays. */
-ZEB_API void zebSurfaceV(unsigned short name, long n, const unsigned short *tokens,
-                         void *const *values);
+ZEB_API void zebSurfaceV(unsigned short name, long n, const unsigned short* tokens,
+                         void* const* values);
 /** Sets the atmosphere: "depthcue" (hither 0, yon 1, color black), linear in camera z, or "fog"
     (distance 1, color black), exponential. Code 10 for any other name, and then there is none. */
 ZEB_API void zebAtmosphere(unsigned short name, ...);
 /** zebAtmosphere with the parameter list as arrays. */
-ZEB_API void zebAtmosphereV(unsigned short name, long n, const unsigned short *tokens,
-                            void *const *values);
+ZEB_API void zebAtmosphereV(unsigned short name, long n, const unsigned short* tokens,
+                            void* const* values);
 /** Promises that what follows lies in a box (xmin, xmax, ymin, ymax, zmin, zmax; object space):
     primitives are bounded by it as well, and those outside it are not drawn. */
-ZEB_API void zebBound(const float *bound);
+ZEB_API void zebBound(const float* bound);
 /** Sets how far a curved surface may stray from its micropolygons, in pixels; default 0.5. Code 10
     below 1e-10. */
 ZEB_API void zebFlatness(float flatness);
@@ -458,9 +458,9 @@ ZEB_API void zebOrientation(short orientation);
 /** Sets how many sides surfaces have: 2 (default), or 1 to drop those that face away. */
 ZEB_API void zebBackface(short sides);
 /** Names what follows in messages raised while it renders. */
-ZEB_API void zebObjectName(const char *name);
+ZEB_API void zebObjectName(const char* name);
 /** Names the shading group of what follows, for messages. */
-ZEB_API void zebGroupName(const char *name);
+ZEB_API void zebGroupName(const char* name);
 /** Chooses the spline basis (ZEB_BASIS_...) for u, v or both (ZEB_APPLY_...). Code 10 for any other
     number. */
 ZEB_API void zebBasis(short basis, short application);
@@ -511,8 +511,8 @@ ZEB_API void zebMarkSpace(unsigned short space);
  * @param points   n points
  * @return points, or null: code 10 for an unknown space, 15 for a singular matrix
  */
-ZEB_API ZebPoint *zebProjectPoints(unsigned short from, unsigned short to, long n,
-                                   ZebPoint *points);
+ZEB_API ZebPoint* zebProjectPoints(unsigned short from, unsigned short to, long n,
+                                   ZebPoint* points);
 /** @} */
 
 /** @name Polygons
@@ -525,33 +525,33 @@ ZEB_API ZebPoint *zebProjectPoints(unsigned short from, unsigned short to, long 
 /** Adds a planar convex polygon. @param nvertices 3 or more */
 ZEB_API void zebPolygon(long nvertices, ...);
 /** zebPolygon with the parameter list as arrays. */
-ZEB_API void zebPolygonV(long nvertices, long n, const unsigned short *tokens, void *const *values);
+ZEB_API void zebPolygonV(long nvertices, long n, const unsigned short* tokens, void* const* values);
 /** Adds a planar polygon, concave or with holes.
     @param nloops 1 or more; the first is the outline, the others are holes
     @param nvertices vertices of each loop, 3 or more; the points follow loop by loop */
-ZEB_API void zebGeneralPolygon(long nloops, const long *nvertices, ...);
+ZEB_API void zebGeneralPolygon(long nloops, const long* nvertices, ...);
 /** zebGeneralPolygon with the parameter list as arrays. */
-ZEB_API void zebGeneralPolygonV(long nloops, const long *nvertices, long n,
-                                const unsigned short *tokens, void *const *values);
+ZEB_API void zebGeneralPolygonV(long nloops, const long* nvertices, long n,
+                                const unsigned short* tokens, void* const* values);
 /** Adds convex polygons that share vertices.
     @param npolys 1 or more
     @param nvertices vertices of each face, 3 or more
     @param vertices indices into the points, face by face, from 0 */
-ZEB_API void zebPolygonMesh(long npolys, const long *nvertices, const long *vertices, ...);
+ZEB_API void zebPolygonMesh(long npolys, const long* nvertices, const long* vertices, ...);
 /** zebPolygonMesh with the parameter list as arrays. */
-ZEB_API void zebPolygonMeshV(long npolys, const long *nvertices, const long *vertices, long n,
-                             const unsigned short *tokens, void *const *values);
+ZEB_API void zebPolygonMeshV(long npolys, const long* nvertices, const long* vertices, long n,
+                             const unsigned short* tokens, void* const* values);
 /** Adds general polygons that share vertices.
     @param npolys 1 or more
     @param nloops loops of each face
     @param nvertices vertices of each loop of all faces
     @param vertices indices into the points, loop by loop, from 0 */
-ZEB_API void zebGeneralPolygonMesh(long npolys, const long *nloops, const long *nvertices,
-                                   const long *vertices, ...);
+ZEB_API void zebGeneralPolygonMesh(long npolys, const long* nloops, const long* nvertices,
+                                   const long* vertices, ...);
 /** zebGeneralPolygonMesh with the parameter list as arrays. */
-ZEB_API void zebGeneralPolygonMeshV(long npolys, const long *nloops, const long *nvertices,
-                                    const long *vertices, long n, const unsigned short *tokens,
-                                    void *const *values);
+ZEB_API void zebGeneralPolygonMeshV(long npolys, const long* nloops, const long* nvertices,
+                                    const long* vertices, long n, const unsigned short* tokens,
+                                    void* const* values);
 /** @} */
 
 /** @name Patches and NURBS
@@ -568,8 +568,8 @@ ZEB_API void zebGeneralPolygonMeshV(long npolys, const long *nloops, const long 
  * Code 13 without, 11 with more than one. Other primitive variables: uniform one value, for the
  * whole surface or mesh; varying four, at its corners (u, v) = (0, 0), (1, 0), (0, 1), (1, 1),
  * interpolated bilinearly; vertex one a control point, interpolated as the points are, on rational
- * surfaces by their weights too: "vertexcolor" and "vertexopacity" are colours of this kind. Normals
- * are those of the surface, dP/du x dP/dv, if none are given. */
+ * surfaces by their weights too: "vertexcolor" and "vertexopacity" are colours of this kind.
+ * Normals are those of the surface, dP/du x dP/dv, if none are given. */
 /** @{ */
 
 /**
@@ -582,7 +582,7 @@ ZEB_API void zebGeneralPolygonMeshV(long npolys, const long *nloops, const long 
  */
 ZEB_API void zebPatch(short type, ...);
 /** zebPatch with the parameter list as arrays. */
-ZEB_API void zebPatchV(short type, long n, const unsigned short *tokens, void *const *values);
+ZEB_API void zebPatchV(short type, long n, const unsigned short* tokens, void* const* values);
 /**
  * Adds patches that share control points.
  *
@@ -603,15 +603,15 @@ ZEB_API void zebPatchV(short type, long n, const unsigned short *tokens, void *c
 ZEB_API void zebPatchMesh(short type, long nu, short uwrap, long nv, short vwrap, ...);
 /** zebPatchMesh with the parameter list as arrays. */
 ZEB_API void zebPatchMeshV(short type, long nu, short uwrap, long nv, short vwrap, long n,
-                           const unsigned short *tokens, void *const *values);
+                           const unsigned short* tokens, void* const* values);
 /** Adds a rational B-spline surface of one span: its orders are its counts, nu and nv, so it has
     2 nu and 2 nv knots. Everything else is as with zebNurbMesh. */
-ZEB_API void zebNurb(long nu, const float *uknot, float umin, float umax, long nv,
-                     const float *vknot, float vmin, float vmax, ...);
+ZEB_API void zebNurb(long nu, const float* uknot, float umin, float umax, long nv,
+                     const float* vknot, float vmin, float vmax, ...);
 /** zebNurb with the parameter list as arrays. */
-ZEB_API void zebNurbV(long nu, const float *uknot, float umin, float umax, long nv,
-                      const float *vknot, float vmin, float vmax, long n,
-                      const unsigned short *tokens, void *const *values);
+ZEB_API void zebNurbV(long nu, const float* uknot, float umin, float umax, long nv,
+                      const float* vknot, float vmin, float vmax, long n,
+                      const unsigned short* tokens, void* const* values);
 /**
  * Adds a rational B-spline surface, non-uniform as its knots are. "point" and "height" give every
  * control point the weight 1.
@@ -627,12 +627,12 @@ ZEB_API void zebNurbV(long nu, const float *uknot, float umin, float umax, long 
  * must appear in non-decreasing order", "parametric limits must lie between knot[order-1] and
  * knot[n]"; it ends where the knots' range does.
  */
-ZEB_API void zebNurbMesh(long nu, long uorder, const float *uknot, float umin, float umax, long nv,
-                         long vorder, const float *vknot, float vmin, float vmax, ...);
+ZEB_API void zebNurbMesh(long nu, long uorder, const float* uknot, float umin, float umax, long nv,
+                         long vorder, const float* vknot, float vmin, float vmax, ...);
 /** zebNurbMesh with the parameter list as arrays. */
-ZEB_API void zebNurbMeshV(long nu, long uorder, const float *uknot, float umin, float umax, long nv,
-                          long vorder, const float *vknot, float vmin, float vmax, long n,
-                          const unsigned short *tokens, void *const *values);
+ZEB_API void zebNurbMeshV(long nu, long uorder, const float* uknot, float umin, float umax, long nv,
+                          long vorder, const float* vknot, float vmin, float vmax, long n,
+                          const unsigned short* tokens, void* const* values);
 /** @} */
 
 /** @name Quadrics
@@ -650,38 +650,38 @@ ZEB_API void zebNurbMeshV(long nu, long uorder, const float *uknot, float umin, 
 ZEB_API void zebSphere(float radius, float zmin, float zmax, float thetamax, ...);
 /** zebSphere with the parameter list as arrays. */
 ZEB_API void zebSphereV(float radius, float zmin, float zmax, float thetamax, long n,
-                        const unsigned short *tokens, void *const *values);
+                        const unsigned short* tokens, void* const* values);
 /** Adds the side of a cone that stands on the xy plane with its tip at z = height. It shows from
     z = 0 up to cutheight, which is clamped to 0 ... height: cutheight = height shows it whole. A
     cone of negative height is never cut. */
 ZEB_API void zebCone(float radius, float height, float cutheight, float thetamax, ...);
 /** zebCone with the parameter list as arrays. */
 ZEB_API void zebConeV(float radius, float height, float cutheight, float thetamax, long n,
-                      const unsigned short *tokens, void *const *values);
+                      const unsigned short* tokens, void* const* values);
 /** Adds the side of a cylinder from zmin to zmax, without end caps. */
 ZEB_API void zebCylinder(float radius, float zmin, float zmax, float thetamax, ...);
 /** zebCylinder with the parameter list as arrays. */
 ZEB_API void zebCylinderV(float radius, float zmin, float zmax, float thetamax, long n,
-                          const unsigned short *tokens, void *const *values);
+                          const unsigned short* tokens, void* const* values);
 /** Adds the surface that the straight line between two points (x, y, z each) sweeps. Code 10 for a
     null pointer. */
-ZEB_API void zebHyperboloid(const float *point1, const float *point2, float thetamax, ...);
+ZEB_API void zebHyperboloid(const float* point1, const float* point2, float thetamax, ...);
 /** zebHyperboloid with the parameter list as arrays. */
-ZEB_API void zebHyperboloidV(const float *point1, const float *point2, float thetamax, long n,
-                             const unsigned short *tokens, void *const *values);
+ZEB_API void zebHyperboloidV(const float* point1, const float* point2, float thetamax, long n,
+                             const unsigned short* tokens, void* const* values);
 /** Adds a paraboloid with its tip at the origin and the radius rmax at z = zmax, or the part of it
     from zmin on. Code 10: "zmax may not equal 0"; "paraboloid may not cross z plane, use two" if
     zmin and zmax lie on different sides. */
 ZEB_API void zebParaboloid(float rmax, float zmin, float zmax, float thetamax, ...);
 /** zebParaboloid with the parameter list as arrays. */
 ZEB_API void zebParaboloidV(float rmax, float zmin, float zmax, float thetamax, long n,
-                            const unsigned short *tokens, void *const *values);
+                            const unsigned short* tokens, void* const* values);
 /** Adds a disk in the xy plane about the origin, or a ring: innerradius, clamped to 0 ... radius,
     is that of the hole. v runs inwards. */
 ZEB_API void zebDisk(float innerradius, float radius, float thetamax, ...);
 /** zebDisk with the parameter list as arrays. */
 ZEB_API void zebDiskV(float innerradius, float radius, float thetamax, long n,
-                      const unsigned short *tokens, void *const *values);
+                      const unsigned short* tokens, void* const* values);
 /** Adds a torus about the z axis. majorradius reaches from the axis to the middle of the tube,
     minorradius is that of the tube. The tube's circle shows from phimin to phimax, in degrees from
     the outermost point towards +z, at most a full turn. */
@@ -689,7 +689,7 @@ ZEB_API void zebTorus(float majorradius, float minorradius, float phimin, float 
                       float thetamax, ...);
 /** zebTorus with the parameter list as arrays. */
 ZEB_API void zebTorusV(float majorradius, float minorradius, float phimin, float phimax,
-                       float thetamax, long n, const unsigned short *tokens, void *const *values);
+                       float thetamax, long n, const unsigned short* tokens, void* const* values);
 /** @} */
 
 /** @name Procedurals, objects and motion */
@@ -707,19 +707,19 @@ ZEB_API void zebTorusV(float majorradius, float minorradius, float phimin, float
  *
  * Legal in a world block and what nests in it, but not in a motion block; elsewhere code 7.
  */
-ZEB_API void zebProcedural(void *data, const float *bound, ZebSubdivideFunction subdivide,
+ZEB_API void zebProcedural(void* data, const float* bound, ZebSubdivideFunction subdivide,
                            ZebFreeFunction free);
 /** Opens the definition of an object: primitives, all of one kind (code 11), are kept instead of
     drawn. @return its handle, good until the frame or world block ends; null if refused. Legal
     everywhere but in object and motion blocks; elsewhere code 8. */
-ZEB_API const void *zebObjectBegin(void);
+ZEB_API const void* zebObjectBegin(void);
 /** Closes the definition. Legal in an object block; elsewhere code 4. */
 ZEB_API void zebObjectEnd(void);
 /** Draws an object under the current attributes, spline bases among them, and transformation. By
     default all instances share those of the last call (zebQuirks). Legal in a world block and what
     nests in it, but not in object and motion blocks; elsewhere code 7. Code 10 for a dead handle.
  */
-ZEB_API void zebObjectCall(const void *object);
+ZEB_API void zebObjectCall(const void* object);
 /** @} */
 
 /** @name Errors */
@@ -734,7 +734,7 @@ ZEB_API void zebCustomErrorHandler(short mask, ZebErrorFunction handler);
 /** @return the code of the last report that reached a built-in handler; 0 before the first. */
 ZEB_API long zebLastError(void);
 /** Does nothing with a comment. */
-ZEB_API void zebComment(const char *text);
+ZEB_API void zebComment(const char* text);
 /** @} */
 
 #ifdef __cplusplus
@@ -748,14 +748,15 @@ ZEB_API void zebComment(const char *text);
     handlers, tokens and marked spaces stay. Legal anywhere, but from inside a callback: code 8. */
 ZEB_API void zebReset(void) ZEB_DECORATED("_Z8zebResetv");
 /** Sends the lines of printed reports to a function of the host; null drops them. By default they
-    go to the message console, a window "ZEB Messages", if the picture goes to a window and there is a
-    screen; otherwise to standard error. Legal anywhere; kept by zebReset. */
+    go to the message console, a window "ZEB Messages", if the picture goes to a window and there is
+   a screen; otherwise to standard error. Legal anywhere; kept by zebReset. */
 ZEB_API void zebErrorPrinter(ZebPrintFunction printer) ZEB_DECORATED("_Z15zebErrorPrinterPFvPKcE");
 /** Begins to render the world block in stages: zebRenderInit, then zebRenderBucket until it returns
-    0, then zebSceneEnd. Primitives added on the way show in the bucket under way and right of it, in
-    its row and the rows below. From inside a callback: code 8. */
+    0, then zebSceneEnd. Primitives added on the way show in the bucket under way and right of it,
+   in its row and the rows below. From inside a callback: code 8. */
 ZEB_API void zebRenderInit(void) ZEB_DECORATED("_Z13zebRenderInitv");
-/** Renders the next bucket. From inside a callback: code 8. @return non-zero while buckets remain */
+/** Renders the next bucket. From inside a callback: code 8. @return non-zero while buckets remain
+ */
 ZEB_API short zebRenderBucket(void) ZEB_DECORATED("_Z15zebRenderBucketv");
 /** @return how much is rendered, in percent, the bucket under way included; 0 when nothing is being
     rendered */
@@ -767,7 +768,7 @@ ZEB_API void zebBoundDisplacement(float amount) ZEB_DECORATED("_Z20zebBoundDispl
     motion blocks; elsewhere code 8. */
 ZEB_API void zebMotionBegin(long n, ...) ZEB_DECORATED("_Z14zebMotionBeginlz");
 /** zebMotionBegin with the times as an array. */
-ZEB_API void zebMotionBeginV(long n, float *times) ZEB_DECORATED("_Z15zebMotionBeginVlPf");
+ZEB_API void zebMotionBeginV(long n, float* times) ZEB_DECORATED("_Z15zebMotionBeginVlPf");
 /** Closes the motion block. Elsewhere code 4. */
 ZEB_API void zebMotionEnd(void) ZEB_DECORATED("_Z12zebMotionEndv");
 /** @} */
@@ -789,25 +790,25 @@ extern "C" {
  * in several pieces.
  */
 typedef struct ZebDisplay {
-    void *data; /**< the first argument of every call */
+    void* data; /**< the first argument of every call */
     /** The world block opens: the picture's size and origin. */
-    void (*open)(void *data, const char *name, long xres, long yres, long xorigin, long yorigin);
+    void (*open)(void* data, const char* name, long xres, long yres, long xorigin, long yorigin);
     /** Pixels x0 ... x1 of row y. */
-    void (*span)(void *data, long x0, long x1, long y, const unsigned int *words);
+    void (*span)(void* data, long x0, long x1, long y, const unsigned int* words);
     /** Rows y0 ... y1 are final. */
-    void (*flush)(void *data, long y0, long y1);
+    void (*flush)(void* data, long y0, long y1);
     /** The picture is whole, or given up. */
-    void (*close)(void *data);
+    void (*close)(void* data);
 } ZebDisplay;
 
 /** Sends the picture to a device of the host's own; an option. The struct is copied; null brings
     the window back, under the name given last. The last of zebOutputDisplay, zebOutputFile and
     zebCustomDisplay counts. */
-ZEB_API void zebCustomDisplay(const ZebDisplay *device);
+ZEB_API void zebCustomDisplay(const ZebDisplay* device);
 /** Interns a name with a class (ZEB_UNIFORM ...) and a type (ZEB_FLOAT ...), so that it can carry
     values on primitives. A name that exists keeps its own. Code 10 for other numbers.
     @return the token, 0 if refused. Legal anywhere. */
-ZEB_API unsigned short zebDeclare(const char *name, short storage, short type);
+ZEB_API unsigned short zebDeclare(const char* name, short storage, short type);
 /**
  * Says of an array that the next call is given how many elements it holds, and how far apart they
  * lie: for wrappers, which can refuse arrays that are too short, and for arrays of structs, whose
@@ -824,7 +825,7 @@ ZEB_API unsigned short zebDeclare(const char *name, short storage, short type);
  * both numbers if it is too short, and does nothing else then.
  * Legal anywhere. Code 10 for null and a negative count.
  */
-ZEB_API void zebArray(const void *array, long count, long stride);
+ZEB_API void zebArray(const void* array, long count, long stride);
 /** Keeps (non-zero, the default) or mends some odd ways; an option.
     Mended: each instance of an object has its own attributes, transformation and order; a patch
     in an object keeps its points; filters wider than 2 pixels show no seams; an unset spot cone is
@@ -849,7 +850,7 @@ ZEB_API void zebDepthNearest(short on);
  * Legal wherever transformations are; elsewhere code 6. Code 10 for null or what is not finite,
  * code 15 if the eye is at the place, or if up is 0 or leads straight towards or away from it.
  */
-ZEB_API void zebLookAt(const float *eye, const float *at, const float *up);
+ZEB_API void zebLookAt(const float* eye, const float* at, const float* up);
 /**
  * Makes many whole spheres at once, as for the points of a plot. Each is a primitive like those of
  * zebSphere, whose rules hold here too.
@@ -860,10 +861,10 @@ ZEB_API void zebLookAt(const float *eye, const float *at, const float *up);
  * Of every variable in the parameter list each sphere takes one value: "color" and "opacity" have
  * 3 n floats. Code 10 for null, what is not finite, a negative n and one above 2^27.
  */
-ZEB_API void zebSpheres(long n, const float *centers, const float *radii, ...);
+ZEB_API void zebSpheres(long n, const float* centers, const float* radii, ...);
 /** zebSpheres with the parameter list as arrays. */
-ZEB_API void zebSpheresV(long n, const float *centers, const float *radii, long nargs,
-                         const unsigned short *tokens, void *const *values);
+ZEB_API void zebSpheresV(long n, const float* centers, const float* radii, long nargs,
+                         const unsigned short* tokens, void* const* values);
 /**
  * Gives up the picture of the world block that is open, at the next bucket, split or row of
  * samples. The device is closed then, a picture's file does not appear, and the world block ends in
@@ -875,11 +876,11 @@ ZEB_API void zebSpheresV(long n, const float *centers, const float *radii, long 
 ZEB_API void zebCancel(void);
 /** Hears how far a picture is: in percent, after each bucket that makes a difference, the last time
     100. @return non-zero to give the picture up, as zebCancel does */
-typedef short (*ZebProgressFunction)(void *data, long percent);
+typedef short (*ZebProgressFunction)(void* data, long percent);
 /** Calls a function of the host's while a picture is rendered; an option.
     @param function null is none, the default
     @param data its first argument */
-ZEB_API void zebProgressCallback(ZebProgressFunction function, void *data);
+ZEB_API void zebProgressCallback(ZebProgressFunction function, void* data);
 /** Sets how many threads render; an option. Pictures are the same for any number, and the host's
     code (callbacks) runs on the caller's thread only.
     @param n 1 (default) is the caller's alone, 2 to 256 are so many together with it; 0 is one per
@@ -887,11 +888,11 @@ ZEB_API void zebProgressCallback(ZebProgressFunction function, void *data);
     any other. */
 ZEB_API void zebThreads(long n);
 /** Handles the events of the library's windows: they repaint, and close when their user wants it.
-    While it renders, the library does so by itself; before and after, a host calls this from time to
-    time, or until it returns 0. Windows outlive the world that opened them.
-    A host that has windows of the same window system (FLTK on Linux) gets its own events handled
-    here too, on Windows only while it waits. What handles them while the library renders is a
-    callback: zebReset and rendering are refused there with code 8.
+    While it renders, the library does so by itself; before and after, a host calls this from time
+   to time, or until it returns 0. Windows outlive the world that opened them. A host that has
+   windows of the same window system (FLTK on Linux) gets its own events handled here too, on
+   Windows only while it waits. What handles them while the library renders is a callback: zebReset
+   and rendering are refused there with code 8.
     @param wait non-zero waits for an event, if a window is open
     @return how many windows with pictures are open; 0 also if the process is told to end (WM_QUIT,
     which stays for the host's own loop). Legal anywhere. */

@@ -356,3 +356,37 @@ TEST_F(PrimitiveTest, AGridIsFlippedWhereTransformationAndOrientationDisagree)
     zebOrientation(ZEB_REVERSE);
     EXPECT_FALSE(Probe().dice(Dicing{frame})->fFlip);
 }
+
+// Of a face 256, and of the surface 8192 and 16 for every micropolygon's room of the picture: here,
+// in a picture without pixels, none.
+TEST_F(PrimitiveTest, SplitsAheadAreForSureUntilTheSurfaceHasTakenAll)
+{
+    const RenderFrame frame(option, toRaster);
+    constexpr long kMost = 256 + 8192;
+    Probe probe;
+    std::vector<SplitsAhead> made;
+    for (long k = 0; k < kMost; ++k) ASSERT_TRUE(probe.maySplitAhead(frame, 0, made)) << k;
+    EXPECT_FALSE(probe.maySplitAhead(frame, 0, made));
+    EXPECT_FALSE(probe.maySplitAhead(frame, 0, made));
+    ASSERT_EQ(made.size(), 1u);
+    EXPECT_EQ(made[0].made, kMost);
+    // In its turn nothing is counted yet.
+    EXPECT_TRUE(probe.mayStillSplit(frame, 0));
+}
+
+TEST_F(PrimitiveTest, SplitsAheadAreCountedInTheirTurnAndGivenBack)
+{
+    const RenderFrame frame(option, toRaster);
+    Probe probe;
+    std::vector<SplitsAhead> made;
+    for (long k = 0; k < 300; ++k) ASSERT_TRUE(probe.maySplitAhead(frame, 0, made));
+    EXPECT_TRUE(made[0].take());
+    for (long k = 300; k < 256 + 8192; ++k) ASSERT_TRUE(probe.mayStillSplit(frame, 0)) << k;
+    EXPECT_FALSE(probe.mayStillSplit(frame, 0));
+
+    made[0].giveBack();
+    EXPECT_TRUE(probe.mayStillSplit(frame, 0)) << "there is room for 299";
+    EXPECT_FALSE(made[0].take()) << "but not for 300";
+    for (long k = 1; k < 299; ++k) ASSERT_TRUE(probe.mayStillSplit(frame, 0)) << k;
+    EXPECT_FALSE(probe.mayStillSplit(frame, 0));
+}

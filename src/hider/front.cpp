@@ -12,7 +12,10 @@ namespace
 {
 
 // How many buckets ahead of the walk threads may refine, each.
-constexpr std::int64_t kAhead = 32;
+constexpr std::int64_t kAhead = 16;
+
+// So many buckets more at once.
+constexpr std::int64_t kStep = 8;
 
 }  // namespace
 
@@ -38,8 +41,9 @@ void Front::beginAhead(Workers& workers)
 {
     fWorkers = &workers;
     fAhead = true;
-    for (std::int64_t n = 0; n < buckets(); ++n) lookAhead(fNext + n);
-    workers.crew().open(2 * (fNext + buckets()));
+    const std::int64_t most = buckets() + kStep;
+    for (std::int64_t n = 0; n < most; ++n) lookAhead(fNext + n);
+    workers.crew().open(2 * (fNext + most));
 }
 
 std::int64_t Front::buckets() const { return kAhead * fWorkers->crew().threads(); }
@@ -70,7 +74,7 @@ void Front::share(std::vector<Filed<QueueItem>::Entry>& entries, BucketPlace pla
                           shared.back().thing.task == made.back() &&
                           shared.back().from == entry.from;
         if (!fits) {
-            made.push_back(std::make_shared<RefineTask>(*fWorkers, fLayout, place, kind));
+            made.push_back(RefineTask::make(*fWorkers, fLayout, place, kind));
             shared.push_back({{nullptr, made.back(), {}}, entry.from});
         }
         made.back()->add(std::move(primitive));
@@ -125,9 +129,9 @@ bool Front::walk(BucketQueue& queue)
     if (column + 1 == fLayout.columns()) queues.reset();
     ++fNext;
     fRefiner.moveTo(here());
-    if (fAhead) {
-        lookAhead(fNext + buckets() - 1);
-        fWorkers->crew().open(2 * (fNext + buckets()));
+    if (fAhead && fNext % kStep == 0) {
+        for (std::int64_t n = 0; n < kStep; ++n) lookAhead(fNext + buckets() + n);
+        fWorkers->crew().open(2 * (fNext + buckets() + kStep));
     }
     return true;
 }

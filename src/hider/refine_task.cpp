@@ -87,8 +87,7 @@ void RefineTask::expand(Refiner& refiner)
     }
     primitive.prepareParts();
     for (long part = 0; part < parts; ++part) {
-        auto& task =
-            fParts.emplace_back(std::make_shared<RefineTask>(fWorkers, fLayout, fBucket, kExpand));
+        auto& task = fParts.emplace_back(make(fWorkers, fLayout, fBucket, kExpand));
         task->fWhole = this;
         task->fPart = part;
     }
@@ -111,7 +110,7 @@ void RefineTask::file(std::unique_ptr<Primitive> primitive, BucketPlace place)
         (*known)->add(std::move(primitive));
         return;
     }
-    fLater.push_back(std::make_shared<RefineTask>(fWorkers, fLayout, place, kind));
+    fLater.push_back(make(fWorkers, fLayout, place, kind));
     fLater.back()->add(std::move(primitive));
 }
 

@@ -32,6 +32,12 @@ public:
     static Kind kindOf(const Primitive& primitive);
 
     RefineTask(Workers& workers, const Layout& layout, BucketPlace bucket, Kind kind);
+    static std::shared_ptr<RefineTask> make(Workers& workers, const Layout& layout,
+                                            BucketPlace bucket, Kind kind)
+    {
+        return std::allocate_shared<RefineTask>(PoolAllocator<RefineTask>(), workers, layout,
+                                                bucket, kind);
+    }
 
     Kind kind() const { return fKind; }
     BucketPlace bucket() const { return fBucket; }
@@ -49,17 +55,21 @@ public:
         std::unique_ptr<Primitive> primitive;  // null once it is a piece
         FiledPiece piece;
     };
-    std::vector<Input>& inputs() { return fInputs; }
+    template <class T>
+    using Several = std::vector<T, PoolAllocator<T>>;
+    using Tasks = Several<std::shared_ptr<RefineTask>>;
+
+    Several<Input>& inputs() { return fInputs; }
 
     // Once it is done, in its turn: whether what was found holds. Counts it then.
     bool takeTurn(Counts& counts);
     // The walk has gone back before it.
     void leaveTurn();
-    const std::vector<FiledPiece>& pieces() const { return fPieces; }
+    const Several<FiledPiece>& pieces() const { return fPieces; }
     // For this bucket or later ones.
-    const std::vector<std::shared_ptr<RefineTask>>& later() const { return fLater; }
+    const Tasks& later() const { return fLater; }
     // Of a mesh: tasks that share its faces.
-    const std::vector<std::shared_ptr<RefineTask>>& parts() const { return fParts; }
+    const Tasks& parts() const { return fParts; }
     const std::vector<std::shared_ptr<PrimitiveCommon>>& givenUp() const { return fGivenUp; }
     ReportLog& reports() { return fReports; }
     // That is expanded, or whose part is.
@@ -82,16 +92,16 @@ private:
     const Layout& fLayout;
     const BucketPlace fBucket;
     const Kind fKind;
-    std::vector<Input> fInputs;
+    Several<Input> fInputs;
     const RefineTask* fWhole = nullptr;  // that this is a part of, and that holds it
     long fPart = 0;
 
     Input* fInput = nullptr;  // that is being refined, itself
-    std::vector<std::unique_ptr<Primitive>> fStack;
+    Several<std::unique_ptr<Primitive>> fStack;
     bool fOutOfTurn = false;
     bool fTaken = false, fCounted = false;
-    std::vector<FiledPiece> fPieces;
-    std::vector<std::shared_ptr<RefineTask>> fLater, fParts;
+    Several<FiledPiece> fPieces;
+    Tasks fLater, fParts;
     std::vector<std::shared_ptr<PrimitiveCommon>> fGivenUp;
     std::vector<SplitsAhead> fSplits;
     ReportLog fReports;

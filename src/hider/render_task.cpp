@@ -8,52 +8,60 @@
 namespace zeb
 {
 
-RenderTask::RenderTask(Workers& workers, const Layout& layout, BucketPlace place, BucketQueue queue,
-                       bool stays, bool linear)
-    : fWorkers(workers),
-      fQueue(std::move(queue)),
-      fStays(stays),
-      fLinear(linear),
-      fBucket(layout.makeBucket(place))
+void RenderTask::add(BucketPlace place, BucketQueue queue)
 {
+    Part& part = fParts.emplace_back();
+    part.queue = std::move(queue);
+    part.bucket = fLayout.makeBucket(place);
 }
 
 void RenderTask::run(int worker)
 {
-    const Workers::Scope scope(fWorkers, worker, fReports);
-    checkCancelled();
-    if (fBucket->filtersByHost()) fScratch = std::make_unique<BucketScratch>();
-    BucketScratch& scratch = fScratch ? *fScratch : fWorkers.scratch(worker);
-    scratch.counts = {};
-    for (const auto& filed : fQueue.pieces.entries()) fBucket->add(filed.thing);
-    if (!fStays) fQueue = {};
-    fBucket->sample(scratch);
-    fCounts = scratch.counts;
-    if (fScratch) return;
-    const std::size_t size = fBucket->rowWords();
-    fWords.resize(size * static_cast<std::size_t>(fBucket->y1() - fBucket->y0() + 1));
-    std::uint32_t* words = fWords.data();
-    for (long y = fBucket->y0(); y <= fBucket->y1(); ++y, words += size) {
+    for (Part& part : fParts) {
+        const Workers::Scope scope(fWorkers, worker, part.reports);
+        fDone.clear();
         checkCancelled();
-        fBucket->fillRow(y, fLinear, scratch, words);
+        if (part.bucket->filtersByHost()) part.scratch = std::make_unique<BucketScratch>();
+        render(part, part.scratch ? *part.scratch : fWorkers.scratch(worker));
     }
 }
 
-void RenderTask::deliver(Display& display)
+void RenderTask::render(Part& part, BucketScratch& scratch)
 {
-    fReports.tell();
-    const std::size_t size = fBucket->rowWords();
-    if (fScratch) fWords.resize(size);
-    std::uint32_t* words = fWords.data();
-    for (long y = fBucket->y0(); y <= fBucket->y1(); ++y) {
+    Bucket& bucket = *part.bucket;
+    scratch.counts = {};
+    for (const auto& filed : part.queue.pieces.entries()) bucket.add(filed.thing);
+    if (!fStays) part.queue = {};
+    bucket.sample(scratch);
+    part.counts = scratch.counts;
+    if (part.scratch) return;
+    const std::size_t size = bucket.rowWords();
+    part.words.resize(size * static_cast<std::size_t>(bucket.y1() - bucket.y0() + 1));
+    std::uint32_t* words = part.words.data();
+    for (long y = bucket.y0(); y <= bucket.y1(); ++y, words += size) {
         checkCancelled();
-        if (fScratch) {
-            const CallbackScope filter;
-            fBucket->fillRow(y, fLinear, *fScratch, words);
-        }
-        display.span(fBucket->x0(), fBucket->x1(), y, words);
-        if (!fScratch) words += size;
+        bucket.fillRow(y, fLinear, scratch, words);
     }
+}
+
+void RenderTask::deliver(std::size_t number, Display& display)
+{
+    Part& part = fParts[number];
+    const Bucket& bucket = *part.bucket;
+    part.reports.tell();
+    const std::size_t size = bucket.rowWords();
+    if (part.scratch) part.words.resize(size);
+    std::uint32_t* words = part.words.data();
+    for (long y = bucket.y0(); y <= bucket.y1(); ++y) {
+        checkCancelled();
+        if (part.scratch) {
+            const CallbackScope filter;
+            bucket.fillRow(y, fLinear, *part.scratch, words);
+        }
+        display.span(bucket.x0(), bucket.x1(), y, words);
+        if (!part.scratch) words += size;
+    }
+    part.scratch.reset();
 }
 
 }  // namespace zeb

@@ -25,6 +25,9 @@ namespace
 // How many buckets ahead of delivery threads may render, each.
 constexpr std::size_t kAhead = 16;
 
+// How many of them make a task at most.
+constexpr std::int64_t kTogether = 4;
+
 }  // namespace
 
 namespace upcall
@@ -151,18 +154,38 @@ void Scene::renderAhead()
 {
     if (!fWorkers) fWorkers = std::make_unique<Workers>(threads());
     if (!fFront->isAhead()) fFront->beginAhead(*fWorkers);
-    const std::size_t most = kAhead * static_cast<std::size_t>(fWorkers->crew().threads());
-    while (mayRunAhead() && fTasks.size() < most && !fFront->isDone()) {
-        if (!fTasks.empty() && fTasks.front()->isDone()) break;
-        BucketQueue queue;
-        const std::int64_t number = fFront->next();
-        if (!fFront->walk(queue)) continue;
-        fTasks.push_back(std::make_shared<RenderTask>(*fWorkers, *fLayout, fLayout->place(number),
-                                                      std::move(queue), hostMayCall(),
-                                                      gDisplay->isLinear()));
-        fWorkers->crew().put(2 * number + 1, fTasks.back());
+    const auto threads = static_cast<std::size_t>(fWorkers->crew().threads());
+    while (mayRunAhead() && fTasks.size() < kAhead * threads && !fFront->isDone()) {
+        if (!fTasks.empty() && fTasks.front().task->isDone()) break;
+        walkOn();
     }
     if (!fTasks.empty()) deliver();
+}
+
+// As many buckets as make a task: fewer where threads would go without.
+void Scene::walkOn()
+{
+    const std::int64_t together = std::clamp<std::int64_t>(
+        fLayout->buckets() / (8 * fWorkers->crew().threads()), 1, kTogether);
+    const std::int64_t last = std::min(fFront->next() + together, fLayout->buckets());
+    BucketQueue queue;
+    while (fFront->next() < last && fFront->walk(queue)) {
+        if (!fOpen) {
+            fOpen = std::make_shared<RenderTask>(*fWorkers, *fLayout, hostMayCall(),
+                                                 gDisplay->isLinear());
+        }
+        fTasks.push_back({fOpen, fOpen->size()});
+        fOpen->add(fLayout->place(fFront->next() - 1), std::move(queue));
+    }
+    offer();
+}
+
+void Scene::offer()
+{
+    if (!fOpen) return;
+    fOpen->leave(std::exchange(fGone, {}));
+    const auto size = static_cast<std::int64_t>(fOpen->size());
+    fWorkers->crew().put(2 * (fFront->next() - size) + 1, std::exchange(fOpen, nullptr));
 }
 
 void Scene::endAhead()
@@ -178,6 +201,7 @@ void Scene::settleReports()
 {
     if (!fFront || !fFront->callsHost() || fDelivering) return;
     try {
+        offer();
         while (!fTasks.empty()) deliver();
     } catch (const Cancelled&) {
         // No exception may pass the host's functions: the walk will notice, too.
@@ -188,32 +212,37 @@ void Scene::settleReports()
 void Scene::deliver()
 {
     fDelivering = true;
-    const std::shared_ptr<RenderTask> task = fTasks.front();
+    const auto [task, bucket] = fTasks.front();
     fWorkers->crew().finish(*task);
     rethrowFailure(*task);
     fTasks.pop_front();
     ++fDelivered;
-    task->deliver(*gDisplay);
+    task->deliver(bucket, *gDisplay);
     fDelivering = false;
-    finishBucket(task->counts());
+    if (bucket + 1 == task->size()) fGone.push_back(task);
+    finishBucket(task->counts(bucket));
 }
 
 bool Scene::settle()
 {
     if (!hostMayCall()) return true;
     const std::int64_t number = fFront->next();
+    offer();
     while (!fTasks.empty()) deliver();
     return fFront->next() == number;
 }
 
 void Scene::goBack()
 {
-    const auto stays = [](const auto& task) { return task->stays(); };
+    const auto stays = [](const Ahead& ahead) { return ahead.task->stays(); };
     if (fFront->next() == fDelivered || !std::all_of(fTasks.begin(), fTasks.end(), stays)) return;
     fWorkers->crew().clear();
     std::int64_t number = fDelivered;
-    for (const auto& task : fTasks) fFront->restore(number++, std::move(task->queue()));
+    for (const auto& [task, bucket] : fTasks) {
+        fFront->restore(number++, std::move(task->queue(bucket)));
+    }
     fTasks.clear();
+    fOpen.reset();
     fFront->goBack(fDelivered);
 }
 
@@ -260,6 +289,8 @@ void Scene::flush()
     const auto layout = std::move(fLayout);
     auto front = std::move(fFront);
     auto tasks = std::exchange(fTasks, {});
+    auto gone = std::exchange(fGone, {});
+    fOpen.reset();
     const auto workers = std::move(fWorkers);
     fScratch = {};
     fDone = fDelivered = 0;
@@ -268,6 +299,7 @@ void Scene::flush()
     fHasInstances = fDelivering = false;
     fUnread.clear();
     tasks.clear();
+    gone.clear();
     front.reset();
     fPool.empty();
 }

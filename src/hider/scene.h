@@ -94,6 +94,9 @@ private:
     void renderNext();
     // The same, with others under way on other threads.
     void renderAhead();
+    void walkOn();
+    // Lets threads have the task that buckets are being added to.
+    void offer();
     void deliver();
     bool settle() override;
     // Whether the host hears or does anything between one bucket and the next.
@@ -117,11 +120,18 @@ private:
     std::unique_ptr<Front> fFront;
     Pool fPool;
     std::unique_ptr<Workers> fWorkers;
-    std::deque<std::shared_ptr<RenderTask>> fTasks;  // from the next one to be delivered on
-    std::int64_t fDelivered = 0;                     // buckets, the one under way included
-    std::int64_t fDone = 0;                          // without it; more than a long may hold
-    long fPercent = 0;                               // what the host has heard of them
-    bool fHasInstances = false;                      // of objects
+    // Buckets that the walk has left behind, from the next one to be delivered on.
+    struct Ahead {
+        std::shared_ptr<RenderTask> task;
+        std::size_t bucket;  // of the task
+    };
+    std::deque<Ahead> fTasks;
+    std::shared_ptr<RenderTask> fOpen;         // that the last of them belong to and others may
+    std::vector<std::shared_ptr<Task>> fGone;  // of which all is delivered
+    std::int64_t fDelivered = 0;               // buckets, the one under way included
+    std::int64_t fDone = 0;                    // without it; more than a long may hold
+    long fPercent = 0;                         // what the host has heard of them
+    bool fHasInstances = false;                // of objects
     bool fDelivering = false;
     bool fStarted = false;
     Object* fDefining = nullptr;

@@ -6,6 +6,7 @@
 #include "geom/grid.h"
 #include "shade/surface.h"
 #include "shade/volume.h"
+#include "state/error.h"
 #include "state/quark.h"
 #include "support/reports.h"
 
@@ -90,9 +91,9 @@ protected:
         grid->shade(counts);
     }
     template <std::size_t N>
-    void give(unsigned short token, const float (&values)[N], const ArgCounts& counts)
+    void give(unsigned short token, const float (&values)[N], const ArgCounts& perFace)
     {
-        args.add(ArgAssoc(token, values, counts));
+        args.add(ArgAssoc(token, values, perFace));
     }
 
     std::vector<SurfacePoint> seen;
@@ -448,4 +449,53 @@ TEST_F(GridShading, PositionsStay)
                       Point(static_cast<float>(i), static_cast<float>(j), 10));
         }
     }
+}
+
+namespace
+{
+
+class ComplainingSurface : public ProbeSurface
+{
+public:
+    using ProbeSurface::ProbeSurface;
+    void evaluate(SurfacePoint& point) const override
+    {
+        ProbeSurface::evaluate(point);
+        error(kMath, kError, "at %g %g", double{point.u}, double{point.v});
+    }
+};
+
+}  // namespace
+
+// Whoever asks is told of all that it asked for, though others may have been the first to; the host
+// hears of it once.
+TEST_F(GridShading, WhatAPointReportsIsKeptForAllThatAskForIt)
+{
+    attrib->surfaceShader = std::make_shared<ComplainingSurface>(&seen);
+    const RenderFrame unshaded(option, Matrix());
+    make(2, 1).shadeOnDemand(unshaded);
+    AskedCells left, right;
+    left.cells[left.count++] = {0, 0};
+    right.cells[right.count++] = {1, 0};
+    ReportLog first, second;
+    {
+        const ReportLog::Scope scope(second);
+        grid->shade(&right, counts);
+    }
+    {
+        const ReportLog::Scope scope(first);
+        grid->shade(&left, counts);
+    }
+    EXPECT_EQ(seen.size(), 6u);
+    EXPECT_TRUE(reports.empty());
+    first.tell();
+    ASSERT_EQ(reports.size(), 4u);
+    EXPECT_EQ(reports[0].message, "at 0 0");
+    EXPECT_EQ(reports[1].message, "at 0.5 0");
+    EXPECT_EQ(reports[2].message, "at 0 1");
+    EXPECT_EQ(reports[3].message, "at 0.5 1");
+    second.tell();
+    ASSERT_EQ(reports.size(), 6u);
+    EXPECT_EQ(reports[4].message, "at 1 0");
+    EXPECT_EQ(reports[5].message, "at 1 1");
 }

@@ -154,7 +154,11 @@ const std::vector<Call>& optionCalls()
         },
         [](Player& p) { zebQuirks(static_cast<short>(p.in.upTo(3))); },
         [](Player& p) { zebDepthNearest(static_cast<short>(p.in.upTo(2))); },
-        [](Player& p) { zebThreads(p.in.integer()); },
+        // As many as may be would take longer to start than to render.
+        [](Player& p) {
+            const long n = p.in.integer();
+            zebThreads(n > 8 && n <= 256 ? n % 8 + 1 : n);
+        },
         [](Player& p) {
             if (p.in.oneIn(8)) zebCancel();
         },
