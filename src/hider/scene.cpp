@@ -212,15 +212,17 @@ void Scene::settleReports()
 void Scene::deliver()
 {
     fDelivering = true;
-    const auto [task, bucket] = fTasks.front();
+    fUnderWay = fTasks.front();
+    const auto& [task, bucket] = fUnderWay;
     fWorkers->crew().finish(*task);
     rethrowFailure(*task);
     fTasks.pop_front();
     ++fDelivered;
     task->deliver(bucket, *gDisplay);
     fDelivering = false;
-    if (bucket + 1 == task->size()) fGone.push_back(task);
-    finishBucket(task->counts(bucket));
+    const Counts counts = task->counts(bucket);
+    if (bucket + 1 == task->size()) fGone.push_back(std::move(fUnderWay.task));
+    finishBucket(counts);
 }
 
 bool Scene::settle()
@@ -290,6 +292,7 @@ void Scene::flush()
     auto front = std::move(fFront);
     auto tasks = std::exchange(fTasks, {});
     auto gone = std::exchange(fGone, {});
+    const auto underWay = std::exchange(fUnderWay, {});
     fOpen.reset();
     const auto workers = std::move(fWorkers);
     fScratch = {};

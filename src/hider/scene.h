@@ -123,9 +123,10 @@ private:
     // Buckets that the walk has left behind, from the next one to be delivered on.
     struct Ahead {
         std::shared_ptr<RenderTask> task;
-        std::size_t bucket;  // of the task
+        std::size_t bucket = 0;  // of the task
     };
     std::deque<Ahead> fTasks;
+    Ahead fUnderWay;  // being delivered: kept here, where a host's jump does not lose it
     std::shared_ptr<RenderTask> fOpen;         // that the last of them belong to and others may
     std::vector<std::shared_ptr<Task>> fGone;  // of which all is delivered
     std::int64_t fDelivered = 0;               // buckets, the one under way included
