@@ -179,18 +179,18 @@ void AdaptiveBucket::generate(const Pieces& pieces, const Window& window, Bucket
     // Whole squares are sampled, also those that reach beyond the window.
     const Window squares{window.xmin, window.xmin + static_cast<float>(fColumns), window.ymin,
                          window.ymin + static_cast<float>(fRows)};
-    auto* const grids = arena.array<const Grid*>(pieces.size());
+    auto* const seen = arena.array<SeenPiece>(pieces.size());
     for (const Ranked& ranked : nearestFirst(pieces, squares)) {
         const Grid& grid = pieces[ranked.rank]->dice(scratch.counts);
         if (!grid.isOpaque()) grid.shade(scratch.counts);
         collect(grid, ranked, window, arena);
-        grids[ranked.rank] = &grid;
+        seen[ranked.rank].grid = &grid;
     }
     Wants wants(pieces.size(), arena);
     for (std::size_t rank = 0; rank < pieces.size(); ++rank) {
-        if (!fFrame.option.closeSeams || !grids[rank]) continue;
+        if (!fFrame.option.closeSeams || !seen[rank].grid) continue;
         const SampleOrder least = pieces[rank]->least(fFrame);
-        for (const Seams::Side& side : seams.sides(*grids[rank], Lines(squares.rectangle()))) {
+        for (const Seams::Side& side : seams.sides(*seen[rank].grid, Lines(squares.rectangle()))) {
             Seams::Side* kept = nullptr;
             eachPixel(side.bound(), window, [&](MultiSample& pixel) {
                 if (!kept) kept = arena.make<Seams::Side>(side);

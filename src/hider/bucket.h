@@ -25,6 +25,11 @@ struct BucketScratch {
     Counts counts;
 };
 
+// The grid of a piece, if it may be seen in the bucket.
+struct SeenPiece {
+    const Grid* grid = nullptr;
+};
+
 class Bucket
 {
 public:
@@ -189,7 +194,7 @@ private:
     SampleOrder* fCovers = nullptr;
     bool* fOpen = nullptr;  // whether a gap may show there that no surface closes
     Tile* fTiles = nullptr;
-    const Grid** fGrids = nullptr;  // of the pieces that may be seen
+    SeenPiece* fSeen = nullptr;
     PackedSample* fPacked = nullptr;
 };
 

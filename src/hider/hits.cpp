@@ -73,9 +73,7 @@ void Hits::want(const SamplePoint& point, Wants& wants) const
 }
 
 Wants::Wants(std::size_t grids, Arena& arena)
-    : fArena(arena),
-      fMask(std::bit_ceil(2 * grids + 1) - 1),
-      fSlots(arena.array<OfGrid*>(fMask + 1))
+    : fArena(arena), fMask(std::bit_ceil(2 * grids + 1) - 1), fSlots(arena.array<Slot>(fMask + 1))
 {
 }
 
@@ -84,11 +82,11 @@ Wants::OfGrid& Wants::find(const Grid& grid)
     if (fLast && fLast->grid == &grid) return *fLast;
     const auto address = reinterpret_cast<std::uintptr_t>(&grid);
     std::size_t slot = (address * 0x9E3779B1u >> 12) & fMask;
-    while (fSlots[slot] && fSlots[slot]->grid != &grid) slot = (slot + 1) & fMask;
-    OfGrid*& known = fSlots[slot];
+    while (fSlots[slot].known && fSlots[slot].known->grid != &grid) slot = (slot + 1) & fMask;
+    OfGrid*& known = fSlots[slot].known;
     if (known) return *known;
     known = fFreeGrids ? std::exchange(fFreeGrids, fFreeGrids->next) : fArena.make<OfGrid>();
-    *known = {&grid, &known, nullptr, nullptr, nullptr};
+    *known = {&grid, &fSlots[slot], nullptr, nullptr, nullptr};
     (fLast ? fLast->next : fFirst) = known;
     fLast = known;
     return *known;
@@ -124,7 +122,7 @@ void Wants::shade(ShadingCounts& counts)
     for (OfGrid* asked = fFirst; asked; asked = asked->next) {
         checkCancelled();
         asked->grid->shade(asked->first, counts);
-        *asked->slot = nullptr;
+        asked->slot->known = nullptr;
         asked->last->next = std::exchange(fFreeBlocks, asked->first);
     }
     if (fLast) fLast->next = std::exchange(fFreeGrids, fFirst);

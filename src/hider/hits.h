@@ -66,9 +66,13 @@ public:
     void shade(ShadingCounts& counts);
 
 private:
+    struct OfGrid;
+    struct Slot {
+        OfGrid* known = nullptr;
+    };
     struct OfGrid {
         const Grid* grid;
-        OfGrid** slot;
+        Slot* slot;
         AskedCells *first, *last;
         OfGrid* next;
     };
@@ -77,7 +81,7 @@ private:
 
     Arena& fArena;
     std::size_t fMask;  // slots minus 1: a power of two
-    OfGrid** fSlots;    // by the grid's address, or the next one free
+    Slot* fSlots;       // by the grid's address, or the next one free
     OfGrid *fFirst = nullptr, *fLast = nullptr;
     // Of earlier times.
     OfGrid* fFreeGrids = nullptr;

@@ -166,7 +166,7 @@ void UniformBucket::generate(const Pieces& pieces, const Window& window, BucketS
     }
     placeSamples(window, arena);
     const Hits hits = this->hits(pieces, arena);
-    fGrids = arena.array<const Grid*>(pieces.size());
+    fSeen = arena.array<SeenPiece>(pieces.size());
     hide(pieces, hits, window, scratch.counts);
     if (fFrame.option.closeSeams) closeSeams(pieces, hits, window, scratch);
     shade(pieces, hits, scratch);
@@ -196,7 +196,7 @@ void UniformBucket::hide(const Pieces& pieces, const Hits& hits, const Window& w
         Piece& piece = *pieces[ranked.rank];
         if (hidden(piece.box(), ranked.least, window)) continue;
         const Grid& grid = piece.dice(counts);
-        fGrids[ranked.rank] = &grid;
+        fSeen[ranked.rank].grid = &grid;
         hideGrid({grid, ranked.rank, hits, counts, candidates}, window);
     }
 }
@@ -349,8 +349,8 @@ bool UniformBucket::openSamples(const Pieces& pieces, Seams& seams, const Window
     bool any = false;
     for (std::size_t rank = 0; rank < pieces.size(); ++rank) {
         checkCancelled();
-        if (!fGrids[rank]) continue;
-        const Grid& grid = *fGrids[rank];
+        if (!fSeen[rank].grid) continue;
+        const Grid& grid = *fSeen[rank].grid;
         const SampleOrder least = pieces[rank]->least(fFrame);
         const Bound box = Seams::reached(grid);
         if (window.misses(box) || !anyOpen(box, least, window)) continue;
