@@ -275,9 +275,11 @@ TEST_F(Threads, ProceduralsOfObjectsAreFreedOnTheThreadOfTheHost)
         zebTranslate(100, 0, 0);
         Boxes::add(1);
         zebObjectEnd();
-        zebObjectCall(object);
-        zebTranslate(1, 0, 0);
-        zebObjectCall(object);
+        zebTranslate(-1.5f, -1.5f, 0);
+        for (int k = 0; k < 30; ++k) {
+            zebObjectCall(object);
+            zebTranslate(0.1f, 0.1f, 0);
+        }
         zebSceneEnd();
     };
     Host::expectSame(render, "procedurals of objects");
