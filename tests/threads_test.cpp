@@ -240,9 +240,9 @@ struct Boxes {
             zebMatrixPop();
         }
     }
-    static void add(int level)
+    static void add(int level, float x = 0)
     {
-        const float bound[6] = {-1, 1, -1, 1, -1, 1};
+        const float bound[6] = {x - 1, x + 1, -1, 1, -1, 1};
         zebProcedural(new int(level), bound, subdivide, [](void* data) {
             Host::note("free " + std::to_string(*static_cast<int*>(data)));
             delete static_cast<int*>(data);
@@ -272,8 +272,7 @@ TEST_F(Threads, ProceduralsOfObjectsAreFreedOnTheThreadOfTheHost)
         begin();
         const void* const object = zebObjectBegin();
         Boxes::add(1);
-        zebTranslate(100, 0, 0);
-        Boxes::add(1);
+        Boxes::add(1, 100);
         zebObjectEnd();
         zebTranslate(-1.5f, -1.5f, 0);
         for (int k = 0; k < 30; ++k) {
