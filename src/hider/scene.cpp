@@ -99,7 +99,9 @@ bool Scene::renderSome(bool ahead)
 {
     if (!fLayout) return false;
     renderInit();
+    // What a host left by a jump.
     fDelivering = false;
+    offer();
     const Pool::Scope pool(fPool);
     try {
         checkCancelled();
@@ -147,7 +149,8 @@ void Scene::renderNext()
 bool Scene::hostMayCall() const
 {
     const Option& option = fLayout->frame().option;
-    return gDisplay->callsHost() || option.progress || windowsCallHost() || hostHearsReports();
+    return gDisplay->callsHost() || option.progress || !PixelFilter(option).builtIn() ||
+           windowsCallHost() || hostHearsReports();
 }
 
 void Scene::renderAhead()
