@@ -120,6 +120,22 @@ TEST_F(Output, FloatsAreNumbersWhateverTheHostMakesOfThem)
     }
 }
 
+// The weights of a pixel may sum up to less than 0.
+TEST_F(Output, NothingIsNoNegativeZero)
+{
+    raster(40, 40);
+    zebFilter(ZEB_FILTER_SINC);
+    zebFilterWidth(4, 4);
+    zebSampleUniform(1, 1);
+    zebSampleJitter(4);
+    beginFlat();
+    // In the boxes of many buckets, of which only samples know that nothing is there.
+    polygon({{0, 0, 0.5f}, {40, 39, 0.5f}, {39, 40, 0.5f}});
+    zebSceneEnd();
+    EXPECT_GT(picture.sum(3), 0);
+    for (const std::uint32_t word : picture.words()) ASSERT_NE(word, 0x80000000u);
+}
+
 TEST_F(Output, QuantizationRoundsAndClamps)
 {
     raster(8, 8);

@@ -24,7 +24,8 @@ enum : std::uint32_t { kDitherDraws = 2 };
 std::uint32_t floatWord(double value, double min, double max)
 {
     const double number = value == value ? value : 0;
-    const auto clamped = static_cast<float>(std::clamp(number, min, max));
+    // Nor that of a negative zero, which filters make of nothing.
+    const float clamped = static_cast<float>(std::clamp(number, min, max)) + 0.0f;
     std::uint32_t word;
     std::memcpy(&word, &clamped, sizeof word);
     return word;
