@@ -14,6 +14,8 @@ namespace zeb
 {
 
 std::uint32_t PrimitiveCommon::fCurSeq = 0;
+std::uint32_t SeedScope::fSeed = 0;
+std::uint32_t SeedScope::fMade = 0;
 
 namespace
 {
@@ -81,7 +83,10 @@ bool everyCell(const Sweep& sweep, double limit, Random& random, const Visit& vi
 }  // namespace
 
 PrimitiveCommon::PrimitiveCommon()
-    : fSeq(fCurSeq++), fAttrib(gState->getAttrib()), fTransform(gState->getTransform())
+    : fSeq(fCurSeq++),
+      fSeed(SeedScope::seedFor(fSeq)),
+      fAttrib(gState->getAttrib()),
+      fTransform(gState->getTransform())
 {
 }
 
@@ -90,6 +95,7 @@ void PrimitiveCommon::inherit(std::uint32_t seq)
     fAttrib = gState->getAttrib();
     fTransform = gState->getTransform();
     fSeq = seq;
+    fSeed = SeedScope::seedFor(seq);
 }
 
 Primitive::Primitive() : fCommon(std::make_shared<PrimitiveCommon>()) {}
@@ -122,10 +128,7 @@ bool Primitive::hasOpacities() const
     return fArgs.find(kQOpacity) || fArgs.find(Quark::fVertexOpacity);
 }
 
-Random Primitive::random(std::uint32_t purpose) const
-{
-    return Random(mixSeeds(mixSeeds(fCommon->fSeq, fPath), purpose));
-}
+Random Primitive::random(std::uint32_t purpose) const { return Random(mixSeeds(seed(), purpose)); }
 
 unsigned short Primitive::stepsFor(double length) const
 {

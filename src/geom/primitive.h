@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "geom/edges.h"
@@ -37,6 +38,9 @@ struct PrimitiveCommon {
     static std::uint32_t fCurSeq;
 
     std::uint32_t fSeq;
+    // Of the draws that are its own: what procedurals make draws the same whether others are called
+    // before them, or are out of sight.
+    std::uint32_t fSeed;
     std::shared_ptr<const Attrib> fAttrib;
     std::shared_ptr<const Transform> fTransform;
     // One report is enough for all pieces that had to be given up.
@@ -46,6 +50,35 @@ struct PrimitiveCommon {
     PrimitiveCommon();
     // Takes the records in force now, and a sequence number.
     void inherit(std::uint32_t seq);
+};
+
+// While a procedural is called: what it makes has its seeds from this one.
+class SeedScope
+{
+public:
+    explicit SeedScope(std::uint32_t seed)
+        : fOuterSeed(std::exchange(fSeed, seed | 1)), fOuterMade(std::exchange(fMade, 0))
+    {
+    }
+    ~SeedScope()
+    {
+        fSeed = fOuterSeed;
+        fMade = fOuterMade;
+    }
+    SeedScope(const SeedScope&) = delete;
+    SeedScope& operator=(const SeedScope&) = delete;
+
+    // For what takes a sequence number.
+    static std::uint32_t seedFor(std::uint32_t seq)
+    {
+        return fSeed ? mixSeeds(fSeed, ++fMade) : seq;
+    }
+    // A host may have left the scope by a jump.
+    static void reset() { fSeed = fMade = 0; }
+
+private:
+    static std::uint32_t fSeed, fMade;  // 0 where no procedural is called
+    const std::uint32_t fOuterSeed, fOuterMade;
 };
 
 // Splitting ends: after so many halvings, and after so many splits. Every face of a surface has a
@@ -230,7 +263,8 @@ public:
     bool mayStillSplitAcross();
     // Whether what may not be split any more should be diced as it is.
     bool keepsRest() const { return !fSurfaceSplits || fSurfaceSplits->limits.keepsRest; }
-    // Draws that decide this piece's dicing: the same in every run, whatever was drawn before.
+    // What is drawn for this piece: the same in every run, whatever was drawn before.
+    std::uint32_t seed() const { return mixSeeds(fCommon->fSeed, fPath); }
     Random random(std::uint32_t purpose) const;
 
 protected:

@@ -37,6 +37,7 @@ void Procedural::split(PrimitiveSink&)
     const float size = detail();
     {
         const CallbackScope scope;
+        const SeedScope seeds(seed());
         fSubdivide(fData->get(), size);
     }
     fData.reset();
