@@ -28,6 +28,7 @@ public:
         while (!fEntries.empty() && fEntries.back().from >= from) fEntries.pop_back();
     }
     std::vector<Entry>& entries() { return fEntries; }
+    bool isEmpty() const { return fEntries.empty(); }
 
 private:
     std::vector<Entry> fEntries;
@@ -44,6 +45,8 @@ struct QueueItem {
 struct BucketQueue {
     Filed<QueueItem> items;  // the last is the first to be refined
     Filed<std::shared_ptr<Piece>> pieces;
+    // Of the buckets between it and the one rendered before.
+    std::vector<std::pair<BucketPlace, BucketQueue>> before;
 };
 
 }  // namespace zeb

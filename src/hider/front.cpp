@@ -17,6 +17,10 @@ constexpr std::int64_t kAhead = 16;
 // So many buckets more at once.
 constexpr std::int64_t kStep = 8;
 
+constexpr BucketPlace kBeforeAll{-1, 0};
+
+BucketPlace after(BucketPlace place) { return {place.column + 1, place.row}; }
+
 }  // namespace
 
 Front::Front(const Layout& layout, Delivery& delivery, Counts& counts)
@@ -24,17 +28,52 @@ Front::Front(const Layout& layout, Delivery& delivery, Counts& counts)
       fDelivery(delivery),
       fCounts(counts),
       fRefiner(layout, *this, counts),
-      fRows(static_cast<std::size_t>(layout.rows()))
+      fRows(static_cast<std::size_t>(layout.last().row + 1)),
+      fHere(kBeforeAll)
 {
 }
 
 BucketQueue& Front::queueAt(BucketPlace place)
 {
     auto& row = fRows[static_cast<std::size_t>(place.row)];
-    if (!row) row = std::make_unique<Row>(static_cast<std::size_t>(fLayout.columns()));
+    if (!row) row = std::make_unique<Row>(static_cast<std::size_t>(fLayout.last().column + 1));
     auto& queue = (*row)[static_cast<std::size_t>(place.column)];
     if (!queue) queue = std::make_unique<BucketQueue>();
     return *queue;
+}
+
+BucketQueue* Front::queueIfAny(BucketPlace place) const
+{
+    const auto& row = fRows[static_cast<std::size_t>(place.row)];
+    return row ? (*row)[static_cast<std::size_t>(place.column)].get() : nullptr;
+}
+
+BucketQueue Front::takeQueue(BucketPlace place)
+{
+    auto& row = *fRows[static_cast<std::size_t>(place.row)];
+    const auto queue = std::move(row[static_cast<std::size_t>(place.column)]);
+    return std::move(*queue);
+}
+
+BucketPlace Front::before(std::int64_t number) const
+{
+    return number > 0 ? fLayout.place(number - 1) : kBeforeAll;
+}
+
+BucketPlace Front::nextFiled(BucketPlace from, BucketPlace aim) const
+{
+    for (; from.row < aim.row; from = {0, from.row + 1}) {
+        if (!fRows[static_cast<std::size_t>(from.row)]) continue;
+        for (; from.column <= fLayout.last().column; ++from.column) {
+            const BucketQueue* const queue = queueIfAny(from);
+            if (queue && !queue->items.isEmpty()) return from;
+        }
+    }
+    for (; from.column < aim.column; ++from.column) {
+        const BucketQueue* const queue = queueIfAny(from);
+        if (queue && !queue->items.isEmpty()) return from;
+    }
+    return aim;
 }
 
 void Front::beginAhead(Workers& workers)
@@ -52,11 +91,12 @@ std::int64_t Front::buckets() const { return kAhead * fWorkers->crew().threads()
 void Front::lookAhead(std::int64_t number)
 {
     if (number >= fLayout.buckets()) return;
-    const BucketPlace place = fLayout.place(number);
-    const auto& row = fRows[static_cast<std::size_t>(place.row)];
-    if (!row) return;
-    const auto& queue = (*row)[static_cast<std::size_t>(place.column)];
-    if (queue) share(queue->items.entries(), place);
+    const BucketPlace aim = fLayout.place(number);
+    BucketPlace place = before(number);
+    while (place != aim) {
+        place = nextFiled(after(place), aim);
+        if (BucketQueue* const queue = queueIfAny(place)) share(queue->items.entries(), place);
+    }
 }
 
 void Front::share(std::vector<Filed<QueueItem>::Entry>& entries, BucketPlace place)
@@ -92,17 +132,20 @@ void Front::shareStack()
         fStack.pop_back();
     }
     std::reverse(entries.begin(), entries.end());
-    share(entries, here());
+    share(entries, fHere);
     for (auto& entry : entries) fStack.push_back(std::move(entry.thing));
 }
 
 void Front::begin()
 {
-    fRefiner.moveTo(here());
+    long passed = fHere.row;
+    fHere = nextFiled(after(fHere), fLayout.place(fNext));
+    for (; passed < fHere.row; ++passed) fRows[static_cast<std::size_t>(passed)].reset();
+    fRefiner.moveTo(fHere);
     fWalking = true;
-    auto& entries = queueAt(here()).items.entries();
+    auto& entries = queueAt(fHere).items.entries();
     if (fAhead) {
-        share(entries, here());
+        share(entries, fHere);
         for (const auto& entry : entries) fStack.push_back({nullptr, entry.thing.task, {}});
     } else {
         for (auto& entry : entries) fStack.push_back(std::move(entry.thing));
@@ -111,6 +154,27 @@ void Front::begin()
 }
 
 bool Front::walk(BucketQueue& queue)
+{
+    const BucketPlace aim = fLayout.place(fNext);
+    if (!refineAll()) return false;
+    while (fHere != aim) {
+        fBefore.emplace_back(fHere, takeQueue(fHere));
+        if (!refineAll()) return false;
+    }
+    queue = takeQueue(aim);
+    queue.before = std::exchange(fBefore, {});
+    ++fNext;
+    // What the host adds now is for what is rendered next.
+    fRefiner.moveTo(fLayout.place(fNext));
+    if (fAhead && fNext % kStep == 0) {
+        for (std::int64_t n = 0; n < kStep; ++n) lookAhead(fNext + buckets() + n);
+        fWorkers->crew().open(2 * (fNext + buckets() + kStep));
+    }
+    return true;
+}
+
+// What is filed under one bucket; false if the walk was taken back.
+bool Front::refineAll()
 {
     if (!fWalking) begin();
     while (!fStack.empty()) {
@@ -122,17 +186,6 @@ bool Front::walk(BucketQueue& queue)
         if (!refine(std::move(item))) return false;
     }
     fWalking = false;
-    const auto [column, row] = here();
-    queue = std::move(queueAt({column, row}));
-    auto& queues = fRows[static_cast<std::size_t>(row)];
-    (*queues)[static_cast<std::size_t>(column)].reset();
-    if (column + 1 == fLayout.columns()) queues.reset();
-    ++fNext;
-    fRefiner.moveTo(here());
-    if (fAhead && fNext % kStep == 0) {
-        for (std::int64_t n = 0; n < kStep; ++n) lookAhead(fNext + buckets() + n);
-        fWorkers->crew().open(2 * (fNext + buckets() + kStep));
-    }
     return true;
 }
 
@@ -200,7 +253,7 @@ bool Front::mergeExpanded(RefineTask& task)
 void Front::fileLater(const RefineTask& task)
 {
     for (const auto& later : task.later()) {
-        if (isHere(later->bucket())) {
+        if (later->bucket() == fHere) {
             fStack.push_back({nullptr, later, {}});
         } else {
             queueAt(later->bucket()).items.add({nullptr, later, {}}, from());
@@ -208,18 +261,21 @@ void Front::fileLater(const RefineTask& task)
     }
 }
 
-void Front::restore(std::int64_t number, BucketQueue queue)
+void Front::restore(BucketPlace place, BucketQueue queue)
 {
-    queueAt(fLayout.place(number)) = std::move(queue);
+    for (auto& [earlier, of] : std::exchange(queue.before, {})) restore(earlier, std::move(of));
+    queueAt(place) = std::move(queue);
 }
 
 void Front::goBack(std::int64_t number)
 {
+    for (auto& [place, queue] : std::exchange(fBefore, {})) restore(place, std::move(queue));
     fStack.clear();
     fWalking = false;
     fNext = number;
-    fRefiner.moveTo(here());
-    for (auto row = static_cast<std::size_t>(here().row); row < fRows.size(); ++row) {
+    fHere = before(number);
+    fRefiner.moveTo(fLayout.place(number));
+    for (auto row = static_cast<std::size_t>(fHere.row); row < fRows.size(); ++row) {
         if (!fRows[row]) continue;
         for (const auto& queue : *fRows[row]) {
             if (!queue) continue;
@@ -235,7 +291,7 @@ void Front::goBack(std::int64_t number)
 void Front::file(std::unique_ptr<Primitive> primitive, BucketPlace place)
 {
     QueueItem item{std::move(primitive), nullptr, {}};
-    if (fWalking && isHere(place)) {
+    if (fWalking && place == fHere) {
         fStack.push_back(std::move(item));
     } else {
         queueAt(place).items.add(std::move(item), from());

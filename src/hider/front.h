@@ -1,4 +1,5 @@
-// The walk over the buckets in which everything is filed: serial, on the caller's thread.
+// The walk over the buckets in which everything is filed: serial, on the caller's thread. It takes
+// those that are not rendered on the way to the next one that is.
 #pragma once
 
 #include <cstdint>
@@ -29,7 +30,7 @@ class Front : private Filing
 public:
     Front(const Layout& layout, Delivery& delivery, Counts& counts);
 
-    // The number of the bucket that the walk is at.
+    // The number of the bucket that the walk is at, or on its way to.
     std::int64_t next() const { return fNext; }
     bool isDone() const { return fNext >= fLayout.buckets(); }
     // Files what the host adds: for the bucket under way, or later ones.
@@ -46,20 +47,25 @@ public:
     bool walk(BucketQueue& queue);
     // Goes back to a bucket, before anything was filed from there. The queues of those from there
     // on have to be restored first.
-    void restore(std::int64_t number, BucketQueue queue);
+    void restore(BucketPlace place, BucketQueue queue);
     void goBack(std::int64_t number);
 
 private:
     using Row = std::vector<std::unique_ptr<BucketQueue>>;
 
     BucketQueue& queueAt(BucketPlace place);
-    BucketPlace here() const { return fLayout.place(fNext); }
-    bool isHere(BucketPlace place) const { return fLayout.number(place) == fNext; }
+    BucketQueue* queueIfAny(BucketPlace place) const;
+    BucketQueue takeQueue(BucketPlace place);
+    // The one that is rendered before.
+    BucketPlace before(std::int64_t number) const;
+    // From a place on, the next that anything is filed under; no further than the aim.
+    BucketPlace nextFiled(BucketPlace from, BucketPlace aim) const;
     // That threads look at ahead of the walk.
     std::int64_t buckets() const;
     // Of what is filed now.
     std::int64_t from() const { return fWalking ? fNext : fNext - 1; }
     void begin();
+    bool refineAll();
     void lookAhead(std::int64_t number);
     // Makes tasks of primitives that were filed one after the other.
     void share(std::vector<Filed<QueueItem>::Entry>& entries, BucketPlace place);
@@ -85,6 +91,8 @@ private:
     Refiner fRefiner;
     std::vector<std::unique_ptr<Row>> fRows;  // rows and queues are made when first needed
     std::int64_t fNext = 0;
+    BucketPlace fHere;  // where the walk is, or where it was last
+    std::vector<std::pair<BucketPlace, BucketQueue>> fBefore;  // left behind on the way
     bool fWalking = false;
     bool fCallsHost = false;
     std::vector<QueueItem> fStack;  // of the bucket under way

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
+#include <utility>
 
 #include "display/display.h"
 #include "math/shading_math.h"
@@ -17,12 +19,8 @@ namespace
 // Samples of one bucket: what memory can be counted on to hold.
 constexpr double kMaxBucketSamples = 1 << 22;
 
-struct Pixels {
-    long first, last;
-};
-
-// The pixels of a crop window along one axis.
-Pixels croppedPixels(long resolution, float min, float max)
+// The first and last pixel of a crop window along one axis.
+std::pair<long, long> croppedPixels(long resolution, float min, float max)
 {
     const auto size = static_cast<float>(resolution);
     return {clampToLong(std::ceil(size * min), 0, resolution - 1),
@@ -49,36 +47,47 @@ long bucketOf(float coordinate, float offset, long size)
 
 }  // namespace
 
-Layout::Layout(const Option& option, const Display& device, const Matrix& cameraToRaster)
-    : fFrame(limited(option, device), cameraToRaster),
-      fColumns((fX1 - fX0) / fBucketWidth + 1),
-      fRows((fY1 - fY0) / fBucketHeight + 1)
+// Of a crop window elsewhere than on the borders of the picture's buckets, buckets begin where it
+// does.
+void Layout::Axis::layOut(long resolution, float filterWidth)
 {
-    const float rx = option.filterXwidth * 0.5f, ry = option.filterYwidth * 0.5f;
-    fXmin = static_cast<float>(fX0) + 0.5f - rx;
-    fXmax = static_cast<float>(fX1) + 0.5f + rx;
-    fYmin = static_cast<float>(fY0) + 0.5f - ry;
-    fYmax = static_cast<float>(fY1) + 0.5f + ry;
+    const bool onBorders = cropped0 <= cropped1 && cropped0 % size == 0 &&
+                           ((cropped1 + 1) % size == 0 || cropped1 + 1 == resolution);
+    pixel0 = onBorders ? 0 : cropped0;
+    pixel1 = onBorders ? resolution - 1 : cropped1;
+    count = (pixel1 - pixel0) / size + 1;
+    first = (cropped0 - pixel0) / size;
+    last = (cropped1 - pixel0) / size;
+    const float radius = filterWidth * 0.5f;
+    min = static_cast<float>(pixel0) + 0.5f - radius;
+    max = static_cast<float>(pixel1) + 0.5f + radius;
+    croppedMin = static_cast<float>(cropped0) + 0.5f - radius;
+    croppedMax = static_cast<float>(cropped1) + 0.5f + radius;
+}
+
+Layout::Layout(const Option& option, const Display& device, const Matrix& cameraToRaster)
+    : fFrame(limited(option, device), cameraToRaster)
+{
+    fX.layOut(device.xDim(), option.filterXwidth);
+    fY.layOut(device.yDim(), option.filterYwidth);
 }
 
 Option Layout::limited(const Option& asked, const Display& device)
 {
     Option option = asked;
-    const Pixels x = croppedPixels(device.xDim(), option.cropXmin, option.cropXmax);
-    const Pixels y = croppedPixels(device.yDim(), option.cropYmin, option.cropYmax);
-    fX0 = x.first;
-    fX1 = x.last;
-    fY0 = y.first;
-    fY1 = y.last;
-    fBucketWidth = option.tuning[1];
-    fBucketHeight = option.tuning[2];
+    const long xres = device.xDim(), yres = device.yDim();
+    std::tie(fX.cropped0, fX.cropped1) = croppedPixels(xres, option.cropXmin, option.cropXmax);
+    std::tie(fY.cropped0, fY.cropped1) = croppedPixels(yres, option.cropYmin, option.cropYmax);
+    fX.size = option.tuning[1];
+    fY.size = option.tuning[2];
+    // Whatever is cropped, so that the borders of buckets stay where they are.
     const auto fits = [&] {
-        return samplesIn(std::min(fBucketWidth, fX1 - fX0 + 1),
-                         std::min(fBucketHeight, fY1 - fY0 + 1), option) <= kMaxBucketSamples;
+        return samplesIn(std::min(fX.size, xres), std::min(fY.size, yres), option) <=
+               kMaxBucketSamples;
     };
-    while (!fits() && (fBucketWidth > 1 || fBucketHeight > 1)) {
-        fBucketWidth = std::max(fBucketWidth / 2, 1L);
-        fBucketHeight = std::max(fBucketHeight / 2, 1L);
+    while (!fits() && (fX.size > 1 || fY.size > 1)) {
+        fX.size = std::max(fX.size / 2, 1L);
+        fY.size = std::max(fY.size / 2, 1L);
     }
     // The widest filter takes few enough at one sample a pixel.
     while (!fits()) {
@@ -88,12 +97,20 @@ Option Layout::limited(const Option& asked, const Display& device)
     return option;
 }
 
+std::int64_t Layout::number(BucketPlace place) const
+{
+    const std::int64_t across = columns();
+    const std::int64_t before = (place.row - fY.first) * across;
+    if (before < 0) return 0;
+    return before + std::clamp<std::int64_t>(place.column - fX.first, 0, across);
+}
+
 void Layout::reportLimits(const Option& asked) const
 {
     const Option& option = fFrame.option;
-    if (fBucketWidth < asked.tuning[1] || fBucketHeight < asked.tuning[2]) {
+    if (fX.size < asked.tuning[1] || fY.size < asked.tuning[2]) {
         error(kRange, kError, "bucket of %ld x %ld takes too many samples, using %ld x %ld",
-              asked.tuning[1], asked.tuning[2], fBucketWidth, fBucketHeight);
+              asked.tuning[1], asked.tuning[2], fX.size, fY.size);
     }
     if (option.xsamples < asked.xsamples || option.ysamples < asked.ysamples) {
         error(kRange, kError, "sampling rate of %g x %g takes too many samples, using %g x %g",
@@ -104,10 +121,8 @@ void Layout::reportLimits(const Option& asked) const
 
 std::unique_ptr<Bucket> Layout::makeBucket(BucketPlace place) const
 {
-    const auto [column, row] = place;
-    const long x0 = fX0 + column * fBucketWidth, y0 = fY0 + row * fBucketHeight;
-    const long x1 = column + 1 == fColumns ? fX1 : x0 + fBucketWidth - 1;
-    const long y1 = row + 1 == fRows ? fY1 : y0 + fBucketHeight - 1;
+    const long x0 = fX.border(place.column), x1 = fX.end(place.column);
+    const long y0 = fY.border(place.row), y1 = fY.end(place.row);
     if (fFrame.option.adaptiveThreshold >= 1e-10) {
         return std::make_unique<AdaptiveBucket>(fFrame, x0, x1, y0, y1);
     }
@@ -132,7 +147,7 @@ double least(const double (&form)[4], const Boundw& b)
 // In homogeneous form, so that nothing is divided. What can be seen has a positive w, and x no
 // larger than w times that of the window's right border: the difference is linear in camera space,
 // and where all of a box is beyond it, nothing of the box can be seen. The other borders likewise.
-bool Layout::culled(const Boundw& camera) const
+bool Layout::culled(const Boundw& camera, float room) const
 {
     const Option& option = fFrame.option;
     if (option.nearClip * camera.wmin > camera.zmax || option.farClip * camera.wmax < camera.zmin) {
@@ -148,8 +163,11 @@ bool Layout::culled(const Boundw& camera) const
         for (int k = 0; k < 4; ++k) form[k] = sign * (m[k][axis] - border * m[k][3]);
         return least(form, camera) > 0;
     };
-    return beyond(0, fXmax, 1) || beyond(0, fXmin, -1) || beyond(1, fYmax, 1) ||
-           beyond(1, fYmin, -1);
+    const auto outside = [&](int axis, const Axis& a) {
+        return beyond(axis, std::min(a.max, a.croppedMax + room), 1) ||
+               beyond(axis, std::max(a.min, a.croppedMin - room), -1);
+    };
+    return outside(0, fX) || outside(1, fY);
 }
 
 // On the screen, with depths of the hider.
@@ -176,22 +194,21 @@ BucketPlace Layout::file(Primitive& primitive, const Boundw& camera, const Bound
 {
     const Option& option = fFrame.option;
     const float w1 = raster.wmin, w2 = raster.wmax;
-    const auto first = [&](float min, float windowMin, float width, long size, long current,
-                           long count) {
+    const auto first = [&](float min, const Axis& axis, float width, long current) {
         const float early = option.quirks ? 0 : std::max(width * 0.5f - 1, 0.0f);
-        const float offset = width * 0.5f + windowMin + early;
-        return std::max(std::min(bucketOf(div(min, w2), offset, size), count - 1), current);
+        const float offset = width * 0.5f + axis.min + early;
+        return std::max(std::min(bucketOf(div(min, w2), offset, axis.size), axis.count - 1),
+                        current);
     };
-    const auto last = [&](float max, float windowMin, long size, long count) {
-        if (!(w1 > kEpsilon)) return count - 1;
-        return std::min(bucketOf(div(max, max < 0 ? w2 : w1), windowMin, size), count - 1);
+    const auto last = [&](float max, const Axis& axis) {
+        if (!(w1 > kEpsilon)) return axis.count - 1;
+        return std::min(bucketOf(div(max, max < 0 ? w2 : w1), axis.min, axis.size), axis.count - 1);
     };
     const bool front = w1 > 0 && raster.homogenizable();
     primitive.setFiled(front, front ? screenBound(camera, raster) : Bound(), w1,
-                       last(raster.xmax, fXmin, fBucketWidth, fColumns),
-                       last(raster.ymax, fYmin, fBucketHeight, fRows));
-    return {first(raster.xmin, fXmin, option.filterXwidth, fBucketWidth, earliest.column, fColumns),
-            first(raster.ymin, fYmin, option.filterYwidth, fBucketHeight, earliest.row, fRows)};
+                       last(raster.xmax, fX), last(raster.ymax, fY));
+    return {first(raster.xmin, fX, option.filterXwidth, earliest.column),
+            first(raster.ymin, fY, option.filterYwidth, earliest.row)};
 }
 
 // The column starts at the current one in later rows too: work only moves forward.
@@ -199,16 +216,17 @@ BucketRange Layout::range(const Piece& piece, BucketPlace earliest, BucketPlace 
 {
     const Option& option = fFrame.option;
     const Bound& box = piece.box();
-    const auto first = [](float min, float windowMin, float width, long size, long current) {
-        return std::max(bucketOf(min, windowMin + width, size) - 1, current);
+    const auto first = [](float min, const Axis& axis, float width, long current) {
+        const long bucket = std::max(bucketOf(min, axis.min + width, axis.size) - 1, current);
+        return std::max(bucket, axis.first);
     };
-    const auto last = [](float max, float windowMin, long size, long bound) {
-        return std::min(bucketOf(max, windowMin, size) + 1, bound);
+    const auto last = [](float max, const Axis& axis, long bound) {
+        const long bucket = std::min(bucketOf(max, axis.min, axis.size) + 1, bound);
+        return std::min(bucket, axis.last);
     };
-    return {{first(box.xmin, fXmin, option.filterXwidth, fBucketWidth, earliest.column),
-             first(box.ymin, fYmin, option.filterYwidth, fBucketHeight, earliest.row)},
-            {last(box.xmax, fXmin, fBucketWidth, lastFiled.column),
-             last(box.ymax, fYmin, fBucketHeight, lastFiled.row)}};
+    return {{first(box.xmin, fX, option.filterXwidth, earliest.column),
+             first(box.ymin, fY, option.filterYwidth, earliest.row)},
+            {last(box.xmax, fX, lastFiled.column), last(box.ymax, fY, lastFiled.row)}};
 }
 
 }  // namespace zeb

@@ -56,7 +56,7 @@ Piece::Piece(std::unique_ptr<Primitive> primitive, const Dicing& dicing)
                       isMoreThanOpaque(fPrimitive->attrib().surfaceOpacity)),
       fSeq(fPrimitive->common().fSeq),
       fEdges(fPrimitive->edges()),
-      fBox(grown(fPrimitive->screen(), Seams::reach(fPrimitive->attrib()) + 1))
+      fBox(grown(fPrimitive->screen(), Seams::reach(fPrimitive->attrib()) + kRoom))
 {
 }
 

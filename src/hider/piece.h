@@ -29,6 +29,9 @@ struct Counts : ShadingCounts {
 class Piece
 {
 public:
+    // In pixels: how far beyond its primitive's bound, and what closes gaps, a piece is looked for.
+    static constexpr float kRoom = 1;
+
     Piece(std::unique_ptr<Primitive> primitive, const Dicing& dicing);
     // Of a projected grid.
     explicit Piece(std::shared_ptr<const Grid> grid);

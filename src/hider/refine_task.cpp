@@ -95,7 +95,7 @@ void RefineTask::expand(Refiner& refiner)
 
 void RefineTask::file(std::unique_ptr<Primitive> primitive, BucketPlace place)
 {
-    if (fKind == kSplit && place.column == fBucket.column && place.row == fBucket.row) {
+    if (fKind == kSplit && place == fBucket) {
         fStack.push_back(std::move(primitive));
         return;
     }
@@ -104,7 +104,7 @@ void RefineTask::file(std::unique_ptr<Primitive> primitive, BucketPlace place)
     const Kind kind = kindOf(*primitive);
     const auto end = fLater.rbegin() + std::min(std::ssize(fLater), kLatest);
     const auto known = std::find_if(fLater.rbegin(), end, [&](const auto& task) {
-        return task->fBucket.column == place.column && task->fBucket.row == place.row;
+        return task->fBucket == place;
     });
     if (known != end && !(*known)->isFull() && kind == kSplit) {
         (*known)->add(std::move(primitive));

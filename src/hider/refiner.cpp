@@ -1,5 +1,8 @@
 #include "hider/refiner.h"
 
+#include <algorithm>
+
+#include "hider/seams.h"
 #include "state/error.h"
 #include "util/number.h"
 
@@ -21,18 +24,29 @@ bool isFiniteBound(const Boundw& b)
            isFinite(b.zmin) && isFinite(b.zmax) && isFinite(b.wmin) && isFinite(b.wmax);
 }
 
+// In pixels: how far from it a primitive still has a part in the picture. Its pieces reach as far
+// beyond themselves, and adaptive sampling looks at whole pixels.
+float roomAround(const Primitive& primitive)
+{
+    // Of what the host will make nothing is known yet.
+    constexpr float kRoomOfOthers = 16;
+    const float room = Piece::kRoom + Seams::reach(primitive.attrib()) + 1;
+    return primitive.callsHost() ? std::max(room, kRoomOfOthers) : room;
+}
+
 }  // namespace
 
 void Refiner::add(std::unique_ptr<Primitive> primitive)
 {
     const Boundw camera = primitive->hull();
-    if (fLayout.culled(camera)) return;
+    if (fLayout.culled(camera, roomAround(*primitive))) return;
     const Boundw raster = camera * fLayout.frame().cameraToRaster;
     if (!isFiniteBound(raster)) {
         giveUp(*primitive);
         return;
     }
     const BucketPlace place = fLayout.file(*primitive, camera, raster, fBucket);
+    if (fLayout.isBeyond(place)) return;
     fFilingTo.file(std::move(primitive), place);
 }
 

@@ -43,6 +43,7 @@ void Scene::init()
 {
     flush();
     PrimitiveCommon::fCurSeq = 0;
+    SeedScope::reset();
     fCounts = {};
     fLayout = std::make_unique<Layout>(*gOption, *gDisplay, gCameraToRaster);
     fFront = std::make_unique<Front>(*fLayout, static_cast<Delivery&>(*this), fCounts);
@@ -244,7 +245,7 @@ void Scene::goBack()
     fWorkers->crew().clear();
     std::int64_t number = fDelivered;
     for (const auto& [task, bucket] : fTasks) {
-        fFront->restore(number++, std::move(task->queue(bucket)));
+        fFront->restore(fLayout->place(number++), std::move(task->queue(bucket)));
     }
     fTasks.clear();
     fOpen.reset();
