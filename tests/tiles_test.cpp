@@ -103,6 +103,7 @@ protected:
     }
 
     std::mt19937 fRandom{1};
+    double fShown = 0;  // alpha, of all pictures
 };
 
 }  // namespace
@@ -229,6 +230,82 @@ TEST_F(Tiles, OfInstancesAreTheWhole)
     }
 }
 
+// Whose faces are given in any order, and made only where they may be seen: of instances, and of a
+// mesh that a projection moves, too.
+TEST_F(Tiles, OfMeshesAreTheWhole)
+{
+    constexpr int kSide = 40;
+    std::mt19937 random(3);
+    std::vector<Vec> points;
+    for (int k = 0; k < (kSide + 1) * (kSide + 1); ++k) {
+        const float u = static_cast<float>(k % (kSide + 1)) / kSide * 6.2832f;
+        const float v = static_cast<float>(k / (kSide + 1)) / kSide * 6.2832f;
+        const float r = 1 + 0.4f * std::cos(v);
+        points.push_back({r * std::cos(u), r * std::sin(u), 0.4f * std::sin(v)});
+    }
+    std::vector<long> faces(kSide * kSide), sizes, loops, indices;
+    for (std::size_t k = 0; k < faces.size(); ++k) faces[k] = static_cast<long>(k);
+    for (std::size_t k = faces.size() - 1; k > 0; --k)
+        std::swap(faces[k], faces[random() % (k + 1)]);
+    for (const long face : faces) {
+        const long a = face / kSide * (kSide + 1) + face % kSide;
+        indices.insert(indices.end(), {a, a + 1, a + kSide + 2, a + kSide + 1});
+        sizes.push_back(4);
+        loops.push_back(1);
+    }
+    const auto count = static_cast<long>(faces.size());
+    for (int kind = 0; kind < 12; ++kind) {
+        const auto add = [&] {
+            if (kind % 2) {
+                zebPolygonMesh(count, sizes.data(), indices.data(), zebQuark("point"),
+                               points.data(), 0);
+            } else {
+                zebGeneralPolygonMesh(count, loops.data(), sizes.data(), indices.data(),
+                                      zebQuark("point"), points.data(), 0);
+            }
+        };
+        const auto render = [&](Picture& picture, const auto& more) {
+            zebReset();
+            zebRasterViewport(0, 60, 0, 44);
+            zebViewPerspective(50);
+            zebOutputSamples(ZEB_SAMPLES_RGBA);
+            picture.setChannels(4);
+            picture.attachFloat();
+            zebQuirks(0);
+            more();
+            zebTranslate(0, 0, 2.5f);
+            zebSceneBegin();
+            zebSurface(zebQuark("diffuse"), 0);
+            zebLightSource(zebQuark("distant"), 0);
+            const bool instances = kind / 2 % 2 != 0;
+            const void* object = nullptr;
+            if (instances) {
+                object = zebObjectBegin();
+                add();
+                zebObjectEnd();
+            }
+            if (kind / 4 == 1) zebRotate(70, 1, 0.3f, 0);
+            if (kind / 4 == 2) {
+                ZebMatrix bend = {{1, 0, 0, 0.2f}, {0, 1, 0, 0}, {0, 0, 1, 0.1f}, {0, 0, 0, 1}};
+                zebMultMatrix(bend);
+            }
+            for (int k = 0; k < (instances ? 3 : 1); ++k) {
+                color(0.3f * static_cast<float>(k), 0.6f, 1);
+                if (instances) {
+                    zebObjectCall(object);
+                } else {
+                    add();
+                }
+                zebTranslate(0.5f, 0.3f, 0.4f);
+            }
+            zebSceneEnd();
+            fShown += picture.sum(3);
+        };
+        expectSame(render, "mesh " + std::to_string(kind));
+    }
+    EXPECT_GT(fShown, 1000);
+}
+
 // Far from the picture's first buckets, of which nothing is rendered.
 TEST_F(Tiles, OfWideFiltersAreTheWhole)
 {
@@ -256,12 +333,14 @@ TEST_F(Tiles, OfWideFiltersAreTheWhole)
                     rectangle(x, y, x + 3, y + 5, 0.5f);
                 }
                 zebSceneEnd();
+                fShown += picture.sum(3);
             };
             for (int k = 0; k < 4; ++k) {
                 expectSame(render, "filter of " + std::to_string(width));
             }
         }
     }
+    EXPECT_GT(fShown, 1000);
 }
 
 // Elsewhere than on the borders of the picture's buckets they begin where the window does.

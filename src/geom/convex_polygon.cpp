@@ -97,43 +97,17 @@ bool ConvexPolygonMesh::verify(long nfaces, const long* nverts, const long* vert
 
 ConvexPolygonMesh::ConvexPolygonMesh(long nfaces, const long* nverts, const long* verts, long nargs,
                                      const unsigned short* tokens, void* const* values)
-    : fFaceSizes(nverts, nverts + nfaces),
-      fIndices(verts, verts + std::accumulate(nverts, nverts + nfaces, 0L))
+    : PolygonMesh(std::make_shared<MeshFaces>(std::vector<long>(),
+                                              std::vector<long>(nverts, nverts + nfaces), verts))
 {
-    init(vertexCount(static_cast<long>(fIndices.size()), verts), nfaces, nargs, tokens, values);
+    init(nargs, tokens, values);
 }
 
-void ConvexPolygonMesh::prepareParts()
+std::unique_ptr<Primitive> ConvexPolygonMesh::makeFace(std::uint32_t face, long,
+                                                       const MeshFaces::Place& place) const
 {
-    if (!fParts.empty()) return;
-    const long* indices = fIndices.data();
-    const auto done = [&] { return static_cast<std::size_t>(indices - fIndices.data()); };
-    for (std::size_t face = 0; face < fFaceSizes.size(); ++face) {
-        if (face % kPartFaces == 0) fParts.push_back(done());
-        const long size = fFaceSizes[face];
-        for (long k = 0; k < size; ++k) {
-            fShared.add(vertex(indices[k]), vertex(indices[(k + 1) % size]));
-        }
-        indices += size;
-    }
-    fShared.sort();
-}
-
-void ConvexPolygonMesh::splitPart(PrimitiveSink& sink, long part) const
-{
-    const long* indices = fIndices.data() + fParts[static_cast<std::size_t>(part)];
-    const std::size_t first = static_cast<std::size_t>(part) * kPartFaces;
-    const std::size_t end = std::min(first + kPartFaces, fFaceSizes.size());
-    for (std::size_t k = first; k < end; ++k) {
-        const long size = fFaceSizes[k];
-        const auto face = static_cast<std::uint32_t>(k);
-        if (size < 4) {
-            sink.add(std::make_unique<Triangle>(*this, face, indices));
-        } else {
-            sink.add(std::make_unique<ConvexPolygon>(*this, face, size, indices));
-        }
-        indices += size;
-    }
+    if (*place.size < 4) return std::make_unique<Triangle>(*this, face, place.index);
+    return std::make_unique<ConvexPolygon>(*this, face, *place.size, place.index);
 }
 
 }  // namespace zeb

@@ -1,7 +1,7 @@
 // Convex polygons and their meshes.
 #pragma once
 
-#include "geom/polygon.h"
+#include "geom/polygon_mesh.h"
 
 namespace zeb
 {
@@ -37,7 +37,7 @@ private:
     SideFlags fSides;
 };
 
-class ConvexPolygonMesh : public Polygon
+class ConvexPolygonMesh : public PolygonMesh
 {
 public:
     static bool verify(long nfaces, const long* nverts, const long* verts, long nargs,
@@ -50,21 +50,10 @@ public:
     {
         return std::make_unique<ConvexPolygonMesh>(*this);
     }
-    bool shared(long from, long to) const override
-    {
-        return fShared.contains(fPoints[static_cast<std::size_t>(from)],
-                                fPoints[static_cast<std::size_t>(to)]);
-    }
-    void split(PrimitiveSink& sink) override { splitAllParts(sink); }
-    long parts() const override { return partsOf(fFaceSizes.size()); }
-    void prepareParts() override;
-    void splitPart(PrimitiveSink& sink, long part) const override;
 
 private:
-    std::vector<long> fFaceSizes;
-    std::vector<long> fIndices;
-    SharedSides fShared;              // once parts are prepared
-    std::vector<std::size_t> fParts;  // where the indices of each begin
+    std::unique_ptr<Primitive> makeFace(std::uint32_t face, long loops,
+                                        const MeshFaces::Place& place) const override;
 };
 
 }  // namespace zeb

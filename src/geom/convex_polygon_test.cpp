@@ -278,6 +278,54 @@ TEST_F(ConvexPolygonTest, AMeshGivesTrianglesAndPolygonsFaceByFace)
     EXPECT_EQ(pieces.xs(2), (Floats{2, 4, 0}));
 }
 
+// Takes what begins below a limit along x.
+class SinkWithALimit : public Pieces
+{
+public:
+    explicit SinkWithALimit(float limit) : fLimit(limit) {}
+    Sight sight(const Primitive&, const Boundw& bound) const override
+    {
+        ++asked;
+        if (bound.xmin >= fLimit) return Sight::kNone;
+        return bound.xmax < fLimit ? Sight::kAll : Sight::kSome;
+    }
+    mutable int asked = 0;
+
+private:
+    const float fLimit;
+};
+
+// In the order of its faces, wherever they are.
+TEST_F(ConvexPolygonTest, AMeshMakesNoFacesThatAreOutOfSight)
+{
+    constexpr int kFaces = 2000;
+    Floats points;
+    std::vector<long> sizes(kFaces, 3), indices;
+    std::vector<float> expected;
+    for (int k = 0; k < kFaces; ++k) {
+        const auto x = static_cast<float>(k * 777 % kFaces);
+        points.insert(points.end(), {x, 0, 1, x + 1, 0, 1, x, 1, 1});
+        for (int corner = 0; corner < 3; ++corner) indices.push_back(3 * k + corner);
+        if (x < 300) expected.push_back(x);
+    }
+    const unsigned short token = kQPoint;
+    void* const value = points.data();
+    ConvexPolygonMesh mesh(kFaces, sizes.data(), indices.data(), 1, &token, &value);
+    SinkWithALimit some(300);
+    mesh.split(some);
+    ASSERT_EQ(some.list.size(), expected.size());
+    for (std::size_t k = 0; k < expected.size(); ++k) {
+        EXPECT_EQ(some.xs(k).front(), expected[k]) << k;
+    }
+    EXPECT_LT(some.asked, 250);
+    SinkWithALimit all(1e6f), none(0);
+    mesh.split(all);
+    EXPECT_EQ(all.list.size(), static_cast<std::size_t>(kFaces));
+    mesh.split(none);
+    EXPECT_TRUE(none.list.empty());
+    EXPECT_EQ(mesh.parts(), 0);
+}
+
 TEST_F(ConvexPolygonTest, APolygonNeedsItsPointsOnce)
 {
     void* const values[] = {const_cast<float*>(kSquare.data()), const_cast<float*>(kSquare.data())};

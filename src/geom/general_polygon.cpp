@@ -265,49 +265,20 @@ bool GeneralPolygonMesh::verify(long nfaces, const long* nloops, const long* nve
 GeneralPolygonMesh::GeneralPolygonMesh(long nfaces, const long* nloops, const long* nverts,
                                        const long* verts, long nargs, const unsigned short* tokens,
                                        void* const* values)
-    : fFaceLoops(nloops, nloops + nfaces),
-      fLoopSizes(nverts, nverts + std::accumulate(nloops, nloops + nfaces, 0L)),
-      fIndices(verts, verts + std::accumulate(fLoopSizes.begin(), fLoopSizes.end(), 0L))
+    : PolygonMesh(std::make_shared<MeshFaces>(
+          std::vector<long>(nloops, nloops + nfaces),
+          std::vector<long>(nverts, nverts + std::accumulate(nloops, nloops + nfaces, 0L)), verts))
 {
-    init(vertexCount(static_cast<long>(fIndices.size()), verts), nfaces, nargs, tokens, values);
+    init(nargs, tokens, values);
 }
 
-void GeneralPolygonMesh::prepareParts()
+std::unique_ptr<Primitive> GeneralPolygonMesh::makeFace(std::uint32_t face, long loops,
+                                                        const MeshFaces::Place& place) const
 {
-    if (!fParts.empty()) return;
-    const long *indices = fIndices.data(), *loop = fLoopSizes.data();
-    for (std::size_t face = 0; face < fFaceLoops.size(); ++face) {
-        if (face % kPartFaces == 0) {
-            fParts.push_back({loop - fLoopSizes.data(), indices - fIndices.data()});
-        }
-        for (const long* const end = loop + fFaceLoops[face]; loop != end; ++loop) {
-            for (long k = 0; k < *loop; ++k) {
-                fShared.add(vertex(indices[k]), vertex(indices[(k + 1) % *loop]));
-            }
-            indices += *loop;
-        }
-    }
-    fShared.sort();
-}
-
-void GeneralPolygonMesh::splitPart(PrimitiveSink& sink, long part) const
-{
-    const Part& begin = fParts[static_cast<std::size_t>(part)];
-    const long *size = fLoopSizes.data() + begin.loop, *indices = fIndices.data() + begin.index;
-    const std::size_t first = static_cast<std::size_t>(part) * kPartFaces;
-    const std::size_t end = std::min(first + kPartFaces, fFaceLoops.size());
-    for (std::size_t k = first; k < end; ++k) {
-        const long loops = fFaceLoops[k];
-        const auto face = static_cast<std::uint32_t>(k);
-        if (loops == 1 && *size < 4) {
-            sink.add(std::make_unique<Triangle>(*this, face, indices));
-        } else {
-            sink.add(std::make_unique<GeneralPolygon>(
-                *this, face, std::vector<long>(size, size + loops), indices));
-        }
-        indices = std::accumulate(size, size + loops, indices);
-        size += loops;
-    }
+    const auto& [size, index] = place;
+    if (loops == 1 && *size < 4) return std::make_unique<Triangle>(*this, face, index);
+    return std::make_unique<GeneralPolygon>(*this, face, std::vector<long>(size, size + loops),
+                                            index);
 }
 
 }  // namespace zeb

@@ -1,7 +1,7 @@
 // Polygons that may be concave or have holes, and their meshes.
 #pragma once
 
-#include "geom/polygon.h"
+#include "geom/polygon_mesh.h"
 
 namespace zeb
 {
@@ -63,7 +63,7 @@ private:
     void indexLoops();
 };
 
-class GeneralPolygonMesh : public Polygon
+class GeneralPolygonMesh : public PolygonMesh
 {
 public:
     static bool verify(long nfaces, const long* nloops, const long* nverts, const long* verts,
@@ -76,26 +76,10 @@ public:
     {
         return std::make_unique<GeneralPolygonMesh>(*this);
     }
-    bool shared(long from, long to) const override
-    {
-        return fShared.contains(fPoints[static_cast<std::size_t>(from)],
-                                fPoints[static_cast<std::size_t>(to)]);
-    }
-    void split(PrimitiveSink& sink) override { splitAllParts(sink); }
-    long parts() const override { return partsOf(fFaceLoops.size()); }
-    void prepareParts() override;
-    void splitPart(PrimitiveSink& sink, long part) const override;
 
 private:
-    std::vector<long> fFaceLoops;
-    std::vector<long> fLoopSizes;
-    std::vector<long> fIndices;
-    SharedSides fShared;  // once parts are prepared
-    // Where each begins.
-    struct Part {
-        std::ptrdiff_t loop, index;
-    };
-    std::vector<Part> fParts;
+    std::unique_ptr<Primitive> makeFace(std::uint32_t face, long loops,
+                                        const MeshFaces::Place& place) const override;
 };
 
 }  // namespace zeb

@@ -19,54 +19,16 @@ Polygon::Polygon(const Polygon& parent, std::uint32_t face, long n, const long* 
     fArgs.split(n, indices, parent.args(), static_cast<long>(face));
 }
 
-namespace
-{
-
-std::uint32_t placeHash(const Point& p)
+std::uint32_t Polygon::placeHash(const Point& p)
 {
     // A zero of either sign is one place.
     const auto bits = [](float v) { return std::bit_cast<std::uint32_t>(v + 0.0f); };
     return mixSeeds(mixSeeds(bits(p.x), bits(p.y)), bits(p.z));
 }
 
-}  // namespace
-
 std::uint32_t Polygon::lineBetween(const Point& a, const Point& b)
 {
     return mixBits(placeHash(a) + placeHash(b)) | 1;
-}
-
-void SharedSides::add(const Point& a, const Point& b) { fKeys.push_back(key(a, b)); }
-
-// Keeps those that occur more than once.
-void SharedSides::sort()
-{
-    std::sort(fKeys.begin(), fKeys.end());
-    std::size_t kept = 0;
-    for (std::size_t i = 0; i + 1 < fKeys.size(); ++i) {
-        const bool seen = kept > 0 && fKeys[kept - 1] == fKeys[i];
-        if (fKeys[i] == fKeys[i + 1] && !seen) fKeys[kept++] = fKeys[i];
-    }
-    fKeys.resize(kept);
-    fKeys.shrink_to_fit();
-    fShift = 64 - static_cast<int>(std::bit_width(kept | 1));
-    fStarts.assign(first(~std::uint64_t{0}) + 2, 0);
-    for (const std::uint64_t key : fKeys) ++fStarts[first(key) + 1];
-    std::partial_sum(fStarts.begin(), fStarts.end(), fStarts.begin());
-}
-
-bool SharedSides::contains(const Point& a, const Point& b) const
-{
-    const std::uint64_t wanted = key(a, b);
-    const std::size_t start = first(wanted);
-    const auto* const keys = fKeys.data();
-    return std::binary_search(keys + fStarts[start], keys + fStarts[start + 1], wanted);
-}
-
-std::uint64_t SharedSides::key(const Point& a, const Point& b)
-{
-    const std::uint64_t p = placeHash(a), q = placeHash(b);
-    return p < q ? p << 32 | q : q << 32 | p;
 }
 
 void Polygon::init(long n, long faces, long nargs, const unsigned short* tokens,
@@ -84,10 +46,11 @@ void Polygon::extractP(long n)
     fArgs.detach(kQPoint);
 }
 
-void Polygon::splitAllParts(PrimitiveSink& sink)
+Boundw Polygon::clipped(const Bound& box) const
 {
-    prepareParts();
-    for (long part = 0; part < parts(); ++part) splitPart(sink, part);
+    Boundw result(box, 1, 1);
+    clipToBound(result);
+    return result;
 }
 
 Boundw Polygon::bound() const
@@ -95,9 +58,7 @@ Boundw Polygon::bound() const
     Bound box = Bound::empty();
     const Matrix& toCamera = matrix();
     for (const Point& p : fPoints) box.add(p * toCamera);
-    Boundw result(box, 1, 1);
-    clipToBound(result);
-    return result;
+    return clipped(box);
 }
 
 bool verifyCount(const char* name, long count, long min)

@@ -22,6 +22,7 @@ public:
     // places, whichever face asks.
     virtual bool shared(long, long) const { return false; }
     static std::uint32_t lineBetween(const Point& a, const Point& b);
+    static std::uint32_t placeHash(const Point& place);
 
     Boundw bound() const override;
     bool diceable(Dicing&, float) const override { return false; }
@@ -41,13 +42,8 @@ protected:
     }
 
     void init(long n, long faces, long nargs, const unsigned short* tokens, void* const* values);
-    // A mesh splits into its faces, so many in one part.
-    static constexpr std::size_t kPartFaces = 512;
-    static long partsOf(std::size_t faces)
-    {
-        return static_cast<long>((faces + kPartFaces - 1) / kPartFaces);
-    }
-    void splitAllParts(PrimitiveSink& sink);
+    // What is left of a box in camera space by the bound that the host has given.
+    Boundw clipped(const Bound& box) const;
     // Takes the first n values of "point" out of the variables.
     void extractP(long n);
 
@@ -75,26 +71,6 @@ public:
 
 private:
     std::string fFlags;  // which keeps those of small polygons without an allocation
-};
-
-// The sides that two faces of a mesh have in common, by their ends' places: meshes that have
-// several vertices at one place close there too.
-class SharedSides
-{
-public:
-    void add(const Point& a, const Point& b);
-    // To be called before the first question.
-    void sort();
-    bool contains(const Point& a, const Point& b) const;
-
-private:
-    static std::uint64_t key(const Point& a, const Point& b);
-    std::size_t first(std::uint64_t key) const { return static_cast<std::size_t>(key >> fShift); }
-
-    std::vector<std::uint64_t> fKeys;
-    // Keys are hashes: few begin with the same bits. Where those begin that a key begins with.
-    std::vector<std::uint32_t> fStarts;
-    int fShift = 0;
 };
 
 // Whether a list can make a polygon of that many vertices and faces: exactly one "point", and every

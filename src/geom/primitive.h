@@ -24,12 +24,18 @@ class Grid;
 class Primitive;
 struct Sweep;
 
+// How much of something may be seen.
+enum class Sight { kNone, kSome, kAll };
+
 // Takes the pieces of a primitive that splits.
 class PrimitiveSink
 {
 public:
     virtual ~PrimitiveSink() = default;
     virtual void add(std::unique_ptr<Primitive> piece) = 0;
+    // Of the pieces of a primitive within a bound in camera space: those that would be dropped need
+    // not be made.
+    virtual Sight sight(const Primitive&, const Boundw&) const { return Sight::kAll; }
 };
 
 // What a primitive and all pieces split from it share.
@@ -195,7 +201,7 @@ public:
     // Of what splits into very many at once: in how many parts that can be done. Once they are
     // prepared, any thread may do a part; one after the other they do what split() does.
     virtual long parts() const { return 1; }
-    virtual void prepareParts() {}
+    virtual void prepareParts(const PrimitiveSink&) {}
     virtual void splitPart(PrimitiveSink&, long) const {}
     // In two, across the direction in which the piece is longer on the screen. Of what lies in
     // front of the eye.

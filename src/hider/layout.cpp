@@ -170,6 +170,25 @@ bool Layout::culled(const Boundw& camera, float room) const
     return outside(0, fX) || outside(1, fY);
 }
 
+bool Layout::holds(const Boundw& camera) const
+{
+    const Option& option = fFrame.option;
+    if (!(option.nearClip * camera.wmax <= camera.zmin &&
+          option.farClip * camera.wmin >= camera.zmax)) {
+        return false;
+    }
+    const auto& m = fFrame.cameraToRaster.m;
+    const auto within = [&](int axis, double border, double sign) {
+        double form[4];
+        for (int k = 0; k < 4; ++k) form[k] = sign * (m[k][axis] - border * m[k][3]);
+        return least(form, camera) >= 0;
+    };
+    const auto inside = [&](int axis, const Axis& a) {
+        return within(axis, a.croppedMax, -1) && within(axis, a.croppedMin, 1);
+    };
+    return inside(0, fX) && inside(1, fY);
+}
+
 // On the screen, with depths of the hider.
 Bound Layout::screenBound(const Boundw& camera, Boundw raster) const
 {

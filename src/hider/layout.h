@@ -63,6 +63,8 @@ public:
 
     // Whether nothing in a box can be seen, nor so many pixels beyond it.
     bool culled(const Boundw& camera, float room) const;
+    // Whether nothing in a box is culled.
+    bool holds(const Boundw& camera) const;
     // Tells a primitive what is known of its place on the screen, and answers the first bucket that
     // needs it, no earlier than one column and row.
     BucketPlace file(Primitive& primitive, const Boundw& camera, const Boundw& raster,

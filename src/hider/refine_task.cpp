@@ -79,14 +79,13 @@ void RefineTask::expand(Refiner& refiner)
         return;
     }
     Primitive& primitive = *fInputs.front().primitive;
-    const long parts = primitive.parts();
     if (!maySplit(primitive)) return;
-    if (parts == 1) {
+    if (primitive.parts() == 1) {
         primitive.split(refiner);
         return;
     }
-    primitive.prepareParts();
-    for (long part = 0; part < parts; ++part) {
+    primitive.prepareParts(refiner);
+    for (long part = 0; part < primitive.parts(); ++part) {
         auto& task = fParts.emplace_back(make(fWorkers, fLayout, fBucket, kExpand));
         task->fWhole = this;
         task->fPart = part;
@@ -103,9 +102,8 @@ void RefineTask::file(std::unique_ptr<Primitive> primitive, BucketPlace place)
     constexpr std::ptrdiff_t kLatest = 8;
     const Kind kind = kindOf(*primitive);
     const auto end = fLater.rbegin() + std::min(std::ssize(fLater), kLatest);
-    const auto known = std::find_if(fLater.rbegin(), end, [&](const auto& task) {
-        return task->fBucket == place;
-    });
+    const auto known = std::find_if(fLater.rbegin(), end,
+                                    [&](const auto& task) { return task->fBucket == place; });
     if (known != end && !(*known)->isFull() && kind == kSplit) {
         (*known)->add(std::move(primitive));
         return;

@@ -36,6 +36,12 @@ float roomAround(const Primitive& primitive)
 
 }  // namespace
 
+Sight Refiner::sight(const Primitive& primitive, const Boundw& camera) const
+{
+    if (fLayout.holds(camera)) return Sight::kAll;
+    return fLayout.culled(camera, roomAround(primitive)) ? Sight::kNone : Sight::kSome;
+}
+
 void Refiner::add(std::unique_ptr<Primitive> primitive)
 {
     const Boundw camera = primitive->hull();

@@ -34,6 +34,7 @@ public:
     // Files a primitive under the first bucket it can be seen in; one that can't be seen is
     // dropped.
     void add(std::unique_ptr<Primitive> primitive) override;
+    Sight sight(const Primitive& primitive, const Boundw& camera) const override;
     // Splits it, files it as a piece, or gives it up. It is left to the caller if it was split.
     void refine(std::unique_ptr<Primitive>& primitive);
 
