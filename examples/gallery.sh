@@ -45,7 +45,7 @@ for program in "$build"/examples/example_*; do
     name=${program##*/example_}
     case $name in
     exr) file=$name.exr ;;
-    host_device | scatter) file=$name.ppm ;;
+    host_device | scatter | tiles_mpi) file=$name.ppm ;;
     *) file=$name.png ;;
     esac
     picture "$out/$file" "$program" "$out/$file"

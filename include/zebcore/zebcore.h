@@ -276,7 +276,16 @@ ZEB_API void zebImageWindow(float left, float right, float bottom, float top);
     and pixel aspect. */
 ZEB_API void zebImageAspect(float aspect);
 /** Sets the part of the picture to render, as fractions 0 to 1, y downwards; swapped bounds are
-    put right. Code 10 outside 0 to 1; the values are kept and clamped. */
+    put right. Code 10 outside 0 to 1; the values are kept and clamped.
+
+    A part that begins and ends on borders of buckets shows exactly what the whole picture has there,
+    to the last bit: pictures can be rendered in tiles, in any order, by any number of processes.
+    Along x, borders are the pixels that are multiples of the bucket's width (zebTune), and both ends
+    of the picture; along y likewise. For columns b to c - 1, of xres, give (b - 0.5) / xres and
+    (c - 0.5) / xres, where rounding does no harm, but 0 at the left end and 1 at the right. Reports
+    are those of the part. It may differ where bounds (zebBound, zebProcedural) do not hold what they
+    should, where a surface takes too many splits (code 10), and where an instance within a
+    procedural rewrites others (zebQuirks). */
 ZEB_API void zebImageCrop(float xmin, float xmax, float ymin, float ymax);
 /** Makes the current transformation the screen projection, without perspective, and resets the
     transformation to the identity. The default projection. */
@@ -375,7 +384,8 @@ ZEB_API void zebColorSpace(long n, const float* ntorgb, const float* rgbton);
     @param width,height of a bucket in pixels; default 12 and 12
     Code 10 for values below 1 and absurd ones; and when the world opens, for a bucket that would
     take more than 2^22 samples at the rates and the filter width in force: its sides are halved
-    until it does not, or they are 1; then the rates are halved (zebSampleUniform). */
+    until it does not, or they are 1; then the rates are halved (zebSampleUniform). How much of the
+    picture is rendered does not matter for that (zebImageCrop). */
 ZEB_API void zebTune(long gridsize, long width, long height);
 /** @} */
 
