@@ -42,11 +42,18 @@ struct QueueItem {
     bool alone = false;  // a primitive that only its turn can refine
 };
 
+struct PassedQueue;
+
 struct BucketQueue {
     Filed<QueueItem> items;  // the last is the first to be refined
     Filed<std::shared_ptr<Piece>> pieces;
-    // Of the buckets between it and the one rendered before.
-    std::vector<std::pair<BucketPlace, BucketQueue>> before;
+    std::vector<PassedQueue> before;  // that the walk has passed on its way here
+};
+
+// Of a bucket that is not rendered, between the one that has it and the one rendered before.
+struct PassedQueue {
+    BucketPlace place;
+    BucketQueue queue;
 };
 
 }  // namespace zeb

@@ -158,7 +158,7 @@ bool Front::walk(BucketQueue& queue)
     const BucketPlace aim = fLayout.place(fNext);
     if (!refineAll()) return false;
     while (fHere != aim) {
-        fBefore.emplace_back(fHere, takeQueue(fHere));
+        fBefore.push_back({fHere, takeQueue(fHere)});
         if (!refineAll()) return false;
     }
     queue = takeQueue(aim);

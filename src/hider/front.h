@@ -91,8 +91,8 @@ private:
     Refiner fRefiner;
     std::vector<std::unique_ptr<Row>> fRows;  // rows and queues are made when first needed
     std::int64_t fNext = 0;
-    BucketPlace fHere;  // where the walk is, or where it was last
-    std::vector<std::pair<BucketPlace, BucketQueue>> fBefore;  // left behind on the way
+    BucketPlace fHere;                 // where the walk is, or where it was last
+    std::vector<PassedQueue> fBefore;  // left behind on the way
     bool fWalking = false;
     bool fCallsHost = false;
     std::vector<QueueItem> fStack;  // of the bucket under way

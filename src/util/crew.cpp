@@ -17,6 +17,7 @@ namespace
 {
 
 std::atomic<std::uint32_t> gDelay{0};
+std::atomic<void (*)(bool)> gWatcher{nullptr};
 
 void delay()
 {
@@ -162,19 +163,27 @@ public:
     }
     void finish(Task& task)
     {
-        if (task.take()) return task.perform(0);
+        if (task.take()) return performOwn(task);
         if (task.isDone()) return;
         std::unique_lock lock(fMutex);
         while (!task.isDone()) {
             if (std::shared_ptr<Task> other = next(lock)) {
                 lock.unlock();
-                other->perform(0);
+                performOwn(*other);
                 other.reset();
                 lock.lock();
             } else if (!task.isDone()) {
                 sleep(lock, &task);
             }
         }
+    }
+    // On the owner's thread.
+    static void performOwn(Task& task)
+    {
+        const auto watcher = gWatcher.load(std::memory_order_relaxed);
+        if (watcher) watcher(true);
+        task.perform(0);
+        if (watcher) watcher(false);
     }
     void clear()
     {
@@ -303,6 +312,8 @@ void Crew::open(std::int64_t limit) { fHall->open(limit); }
 void Crew::finish(Task& task) { fHall->finish(task); }
 
 void Crew::clear() { fHall->clear(); }
+
+void Crew::watch(void (*watcher)(bool begins)) { gWatcher = watcher; }
 
 void Crew::delay(std::uint32_t seed) { gDelay.store(seed, std::memory_order_relaxed); }
 

@@ -79,6 +79,8 @@ public:
 
     // For tests: lets all tasks begin and end late by chance. A seed, or 0 for none.
     static void delay(std::uint32_t seed);
+    // For benchmarks: hears when an owner begins a task and when it has ended it. Null for nobody.
+    static void watch(void (*watcher)(bool begins));
 
 private:
     class Queue;

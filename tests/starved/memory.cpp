@@ -1,5 +1,6 @@
 #include "memory.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
@@ -43,6 +44,13 @@ struct Refusals {
 
 thread_local Refusals gRefusals;
 
+// Of threads other than one.
+std::atomic<bool> gOthersRefused{false};
+std::atomic<long> gOthersLeft{0};
+thread_local bool gSpared = false;
+
+bool refusedToOthers() { return gOthersRefused && !gSpared && gOthersLeft.fetch_sub(1) <= 0; }
+
 }  // namespace
 
 namespace starved
@@ -51,6 +59,12 @@ namespace starved
 void refuseMalloc(long n) { gRefusals = {n, -1, false, false, nullptr}; }
 void refuseAllFromNew(long n) { gRefusals = {-1, n, false, false, nullptr}; }
 void refuseAll() { gRefusals = {-1, -1, true, false, nullptr}; }
+void refuseOthersFromNew(long n)
+{
+    gSpared = true;
+    gOthersLeft = n;
+    gOthersRefused = true;
+}
 void refuseNone() { gRefusals = {-1, -1, false, gRefusals.happened, nullptr}; }
 bool refused() { return gRefusals.happened; }
 void atNextNew(void (*function)()) { gRefusals.hook = function; }
@@ -81,7 +95,8 @@ template <class Take>
 void* takeOrHandle(Take take)
 {
     for (;;) {
-        void* memory = gRefusals.newRefused() ? nullptr : take();
+        const bool refused = gRefusals.newRefused() || refusedToOthers();
+        void* memory = refused ? nullptr : take();
         if (memory) return memory;
         const std::new_handler handler = std::get_new_handler();
         if (!handler) throw std::bad_alloc();

@@ -4,13 +4,15 @@
 namespace starved
 {
 
-// All of these count for the calling thread alone.
+// All of these but one count for the calling thread alone.
 
 // Refuses what C asks for the n-th time from now, counted from 0, and nothing else; negative:
 // never.
 void refuseMalloc(long n);
 // From the n-th time on that C++ asks, counted from 0, there is no memory for anybody.
 void refuseAllFromNew(long n);
+// The same for all threads but the calling one, for good.
+void refuseOthersFromNew(long n);
 // There is none from now on, until there is again.
 void refuseAll();
 void refuseNone();

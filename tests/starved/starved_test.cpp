@@ -124,6 +124,38 @@ TEST(Starved, APictureThatGetsNoMemoryLeavesTheOldFile)
     }
 }
 
+// What threads of the library find no memory for is reported by the caller's, under the name of its
+// call.
+TEST(Starved, APictureWhoseThreadsGetNoMemoryIsReportedUnderTheNameOfTheCall)
+{
+    const std::string words = "severe error: Out of memory. zebSceneEnd: free store exhausted\n";
+    int failures = 0;
+    for (const long n : {0, 1, 2, 3, 5, 8, 13, 21, 40, 80, 160, 320, 640, 1280}) {
+        const End end = endOf([n] {
+            const ZebDisplay nowhere{};
+            zebReset();
+            zebRasterViewport(0, 200, 0, 150);
+            zebCustomDisplay(&nowhere);
+            zebThreads(4);
+            zebViewPerspective(50);
+            zebTranslate(0, 0, 3);
+            zebSceneBegin();
+            for (int k = 0; k < 20; ++k) {
+                zebSphere(1, -1, 1, 360, 0);
+                zebTranslate(0.05f, 0, 0.1f);
+            }
+            starved::refuseOthersFromNew(n);
+            zebSceneEnd();
+            return 0;
+        });
+        if (end.status == 0) continue;
+        ++failures;
+        EXPECT_TRUE(aborted(end)) << end.status << ", " << n;
+        EXPECT_EQ(end.words, words) << n;
+    }
+    EXPECT_GT(failures, 5);
+}
+
 // Names of any length are printed with what room there is.
 TEST(Starved, AReportWithLongNamesIsCut)
 {

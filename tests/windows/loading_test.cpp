@@ -28,6 +28,29 @@ unsigned short use(HMODULE library)
     return quark("a name of this test's own");
 }
 
+// A picture by four threads; false if a function is missing.
+bool renderByThreads(HMODULE library)
+{
+    const auto threads = function<decltype(zebThreads)>(library, "zebThreads");
+    const auto viewport = function<decltype(zebRasterViewport)>(library, "zebRasterViewport");
+    const auto device = function<decltype(zebCustomDisplay)>(library, "zebCustomDisplay");
+    const auto begin = function<decltype(zebSceneBegin)>(library, "zebSceneBegin");
+    const auto sphere = function<decltype(zebSphereV)>(library, "zebSphereV");
+    const auto end = function<decltype(zebSceneEnd)>(library, "zebSceneEnd");
+    if (!threads || !viewport || !device || !begin || !sphere || !end) return false;
+    const ZebDisplay nowhere = {};
+    threads(4);
+    viewport(0, 120, 0, 90);
+    device(&nowhere);
+    begin();
+    for (int k = 1; k <= 5; ++k) {
+        const auto radius = 0.2f * static_cast<float>(k);
+        sphere(radius, -radius, radius, 360, 0, nullptr, nullptr);
+    }
+    end();
+    return true;
+}
+
 }  // namespace
 
 TEST_F(Loading, FunctionsAreFoundByTheirStatedNames)
@@ -63,6 +86,18 @@ TEST_F(Loading, ALibraryThatIsLetGoIsGoneAndStartsAnew)
         EXPECT_TRUE(loaded()) << "held once more";
         FreeLibrary(library);
         EXPECT_FALSE(loaded());
+    }
+}
+
+// Nothing of it is left at work, however soon it goes.
+TEST_F(Loading, ALibraryThatRenderedByThreadsIsGoneAtOnce)
+{
+    for (int round = 0; round < 20; ++round) {
+        const HMODULE library = load();
+        ASSERT_NE(library, nullptr);
+        EXPECT_TRUE(renderByThreads(library));
+        FreeLibrary(library);
+        EXPECT_FALSE(loaded()) << round;
     }
 }
 
