@@ -62,15 +62,18 @@ inline void addCurved(const Scene& scene)
     }
 }
 
+inline void addMesh(const Mesh& mesh, const Lists::Triangles& triangles)
+{
+    zebPolygonMesh(static_cast<long>(triangles.sizes.size()), triangles.sizes.data(),
+                   triangles.indices.data(), zebQuark("point"), mesh.points.data(),
+                   zebQuark("normal"), mesh.normals.data(), 0);
+}
+
 inline void addMeshes(const Scene& scene, const Lists& lists)
 {
     for (std::size_t k = 0; k < scene.meshes.size(); ++k) {
-        const Mesh& mesh = scene.meshes[k];
-        const Lists::Triangles& triangles = lists.meshes[k];
-        zebColor(mesh.color.data());
-        zebPolygonMesh(static_cast<long>(triangles.sizes.size()), triangles.sizes.data(),
-                       triangles.indices.data(), zebQuark("point"), mesh.points.data(),
-                       zebQuark("normal"), mesh.normals.data(), 0);
+        zebColor(scene.meshes[k].color.data());
+        addMesh(scene.meshes[k], lists.meshes[k]);
     }
 }
 

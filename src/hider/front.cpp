@@ -243,10 +243,10 @@ bool Front::mergeExpanded(RefineTask& task)
         for (const auto& surface : task.givenUp()) giveUp(surface);
         fCallsHost = false;
     }
-    fileLater(task);
     for (const auto& part : task.parts()) {
         if (!merge(*part)) return false;
     }
+    fileLater(task);
     return true;
 }
 

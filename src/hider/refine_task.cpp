@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <map>
+#include <utility>
 
 #include "util/cancel.h"
 
@@ -55,6 +57,7 @@ void RefineTask::run(int worker)
     }
     for (const auto& task : fLater) task->offer(fWorkers.crew());
     for (const auto& task : fParts) task->offer(fWorkers.crew());
+    if (fWhole && --fWhole->fPartsLeft == 0) fWhole->groupParts();
 }
 
 void RefineTask::refine(Refiner& refiner)
@@ -90,12 +93,36 @@ void RefineTask::expand(Refiner& refiner)
         task->fWhole = this;
         task->fPart = part;
     }
+    fPartsLeft = primitive.parts();
+}
+
+// Faces come in any order: those of one bucket, wherever they are in the mesh, are worth a task.
+void RefineTask::groupParts()
+{
+    std::map<std::pair<long, long>, RefineTask*> latest;
+    for (const auto& part : fParts) {
+        for (Filed& filed : part->fFiled) {
+            const Kind kind = kindOf(*filed.primitive);
+            RefineTask*& task = latest[{filed.place.row, filed.place.column}];
+            if (!task || kind != kSplit || task->isFull()) {
+                fLater.push_back(make(fWorkers, fLayout, filed.place, kind));
+                task = fLater.back().get();
+            }
+            task->add(std::move(filed.primitive));
+        }
+        Several<Filed>().swap(part->fFiled);
+    }
+    for (const auto& task : fLater) task->offer(fWorkers.crew());
 }
 
 void RefineTask::file(std::unique_ptr<Primitive> primitive, BucketPlace place)
 {
     if (fKind == kSplit && place == fBucket) {
         fStack.push_back(std::move(primitive));
+        return;
+    }
+    if (fWhole) {
+        fFiled.push_back({std::move(primitive), place});
         return;
     }
     // Among the latest: others are not worth a search.

@@ -1,6 +1,7 @@
 // Primitives that are refined ahead of their turn, on any thread.
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -68,7 +69,7 @@ public:
     const Several<FiledPiece>& pieces() const { return fPieces; }
     // For this bucket or later ones.
     const Tasks& later() const { return fLater; }
-    // Of a mesh: tasks that share its faces.
+    // Of a mesh: tasks that share its faces. Once all are done, later() has what they made.
     const Tasks& parts() const { return fParts; }
     const std::vector<std::shared_ptr<PrimitiveCommon>>& givenUp() const { return fGivenUp; }
     ReportLog& reports() { return fReports; }
@@ -83,6 +84,7 @@ private:
     void run(int worker) override;
     void refine(Refiner& refiner);
     void expand(Refiner& refiner);
+    void groupParts();
     void file(std::unique_ptr<Primitive> primitive, BucketPlace place) override;
     void file(std::shared_ptr<Piece> piece, const BucketRange& range) override;
     void giveUp(const std::shared_ptr<PrimitiveCommon>& surface) override;
@@ -93,8 +95,14 @@ private:
     const BucketPlace fBucket;
     const Kind fKind;
     Several<Input> fInputs;
-    const RefineTask* fWhole = nullptr;  // that this is a part of, and that holds it
+    RefineTask* fWhole = nullptr;  // that this is a part of, and that holds it
     long fPart = 0;
+    struct Filed {
+        std::unique_ptr<Primitive> primitive;
+        BucketPlace place;
+    };
+    Several<Filed> fFiled;  // of a part
+    std::atomic<long> fPartsLeft{0};
 
     Input* fInput = nullptr;  // that is being refined, itself
     Several<std::unique_ptr<Primitive>> fStack;
