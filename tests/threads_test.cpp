@@ -5,6 +5,8 @@
 #ifndef _WIN32
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "support/folder.h"
 #endif
 
 #include <algorithm>
@@ -119,6 +121,7 @@ public:
     }
 
     static inline std::function<void(long x, long y)> fInSpan;
+    static long threads() { return fThreads; }
 
 private:
     static void heard(long code, long severity, const char* message)
@@ -380,6 +383,44 @@ TEST_F(Threads, ACustomFilterIsCalledInTurn)
     };
     Host::expectSame(render, "custom filter");
 }
+
+#ifndef _WIN32
+// A filter is called while a bucket is delivered, too, whatever the device.
+TEST_F(Threads, GeometryFromAFilterIsSeenByTheBucketsThatAreLeft)
+{
+    const Folder folder;
+    const auto path = folder / "picture.png";
+    // So that the host hears of nothing else.
+    zebErrorHandler(static_cast<short>(0xB0F), ZEB_ERROR_IGNORE);
+    static long calls;
+    const auto render = [&] {
+        calls = 0;
+        zebOutputFile(ZEB_FILE_PNG, path.c_str());
+        zebRasterViewport(0, 40, 0, 40);
+        zebThreads(Host::threads());
+        zebTune(16, 8, 6);
+        zebCustomFilter([](float x, float y, float, float) {
+            if (++calls % 4000 == 0) {
+                color(1, 0.1f * static_cast<float>(calls / 4000), 0);
+                ball(0.3f, 0.4f, -1.2f - 0.1f * static_cast<float>(calls / 4000), 0.4f);
+            }
+            return 1 - 0.25f * (x * x + y * y);
+        });
+        zebViewPerspective(60);
+        zebTranslate(0, 0, 3);
+        zebSceneBegin();
+        zebSurface(zebQuark("constant"), 0);
+        color(0, 0, 1);
+        ball(0, 0, 0, 1.2f);
+        zebSceneEnd();
+        Host::note("calls " + std::to_string(calls));
+        EXPECT_FALSE(contents(path).empty());
+        Host::note(contents(path));
+    };
+    Host::expectSame(render, "added by a filter");
+    EXPECT_GT(calls, 12000);
+}
+#endif
 
 TEST_F(Threads, APictureThatIsGivenUpEndsInOrder)
 {
