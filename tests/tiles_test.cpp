@@ -61,6 +61,16 @@ protected:
         }
         return {cuts.begin(), cuts.end()};
     }
+    // 60 x 44 pixels, with words that are floats.
+    static void prepare(Picture& picture, float fieldOfView)
+    {
+        zebReset();
+        zebRasterViewport(0, 60, 0, 44);
+        zebViewPerspective(fieldOfView);
+        zebOutputSamples(ZEB_SAMPLES_RGBA);
+        picture.setChannels(4);
+        picture.attachFloat();
+    }
     // All tiles of a random tiling against the whole. render(picture, more) makes the picture, with
     // options that more() sets before the world opens.
     template <class Render>
@@ -171,12 +181,7 @@ TEST_F(Tiles, OfProceduralsAreTheWhole)
     for (const short hider : {ZEB_HIDER_HIDDEN, ZEB_HIDER_SEQUENCE}) {
         for (unsigned number = 1; number <= 12; ++number) {
             const auto render = [&](Picture& picture, const auto& more) {
-                zebReset();
-                zebRasterViewport(0, 60, 0, 44);
-                zebViewPerspective(60);
-                zebOutputSamples(ZEB_SAMPLES_RGBA);
-                picture.setChannels(4);
-                picture.attachFloat();
+                prepare(picture, 60);
                 zebHider(hider);
                 more();
                 zebTranslate(0, 0, 3);
@@ -202,12 +207,7 @@ TEST_F(Tiles, OfInstancesAreTheWhole)
 {
     for (const short quirks : {0, 1}) {
         const auto render = [&](Picture& picture, const auto& more) {
-            zebReset();
-            zebRasterViewport(0, 60, 0, 44);
-            zebViewPerspective(60);
-            zebOutputSamples(ZEB_SAMPLES_RGBA);
-            picture.setChannels(4);
-            picture.attachFloat();
+            prepare(picture, 60);
             zebQuirks(quirks);
             more();
             zebTranslate(0, 0, 3);
@@ -265,12 +265,7 @@ TEST_F(Tiles, OfMeshesAreTheWhole)
             }
         };
         const auto render = [&](Picture& picture, const auto& more) {
-            zebReset();
-            zebRasterViewport(0, 60, 0, 44);
-            zebViewPerspective(50);
-            zebOutputSamples(ZEB_SAMPLES_RGBA);
-            picture.setChannels(4);
-            picture.attachFloat();
+            prepare(picture, 50);
             zebQuirks(0);
             more();
             zebTranslate(0, 0, 2.5f);
