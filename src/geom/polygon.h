@@ -42,7 +42,7 @@ protected:
     }
 
     void init(long n, long faces, long nargs, const unsigned short* tokens, void* const* values);
-    // What is left of a box in camera space by the bound that the host has given.
+    // What the bound that the host has given leaves of a box in camera space.
     Boundw clipped(const Bound& box) const;
     // Takes the first n values of "point" out of the variables.
     void extractP(long n);
