@@ -26,5 +26,7 @@ function(zeb_kernel_sources list)
   else()
     list(REMOVE_ITEM sources ${kernels8} ${kernels16})
   endif()
+  # Headers compiled for another instruction set don't fit.
+  set_property(SOURCE ${kernels4} ${kernels8} ${kernels16} PROPERTY SKIP_PRECOMPILE_HEADERS ON)
   set(${list} ${sources} PARENT_SCOPE)
 endfunction()

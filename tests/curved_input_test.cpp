@@ -394,7 +394,12 @@ TEST_F(CurvedInput, ExtremeNumbersComeToAnEnd)
         });
         EXPECT_TRUE(std::isfinite(picture.sum(3)));
     }
-    for (const float huge : {1e10f, 1e25f, 3e38f, 1e-30f, 1e-44f}) {
+#ifdef ZEB_SANITIZED
+    const std::vector<float> sizes = {3e38f, 1e-44f};  // each takes tens of seconds
+#else
+    const std::vector<float> sizes = {1e10f, 1e25f, 3e38f, 1e-30f, 1e-44f};
+#endif
+    for (const float huge : sizes) {
         SCOPED_TRACE(huge);
         std::vector<float> net = gNet;
         for (float& x : net) x *= huge / 16;

@@ -484,7 +484,12 @@ TEST_F(CurvedEye, TheUnitsMakeNoDifference)
 // with one report.
 TEST_F(CurvedEye, NothingHangsOrCrashes)
 {
-    for (const float size : {0.0f, 1e-30f, 1e-6f, 1.0f, 1e6f, 1e30f}) {
+#ifdef ZEB_SANITIZED
+    const std::vector<float> sizes = {0.0f, 1.0f, 1e30f};  // each takes tens of seconds
+#else
+    const std::vector<float> sizes = {0.0f, 1e-30f, 1e-6f, 1.0f, 1e6f, 1e30f};
+#endif
+    for (const float size : sizes) {
         std::vector<Vec> points(16);
         for (std::size_t k = 0; k < 16; ++k) {
             points[k] = {size * (static_cast<float>(k % 4) - 1.5f),
