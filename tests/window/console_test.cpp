@@ -43,6 +43,11 @@ protected:
         });
         return text;
     }
+    // Messages come a moment after they were made.
+    bool shows(int line, const std::string& text)
+    {
+        return until([&] { return row(line) == text; });
+    }
 };
 
 TEST_F(Console, IsOpenedByTheFirstMessageBeforeAnyFrame)
@@ -55,7 +60,7 @@ TEST_F(Console, IsOpenedByTheFirstMessageBeforeAnyFrame)
     EXPECT_GE(icon.width, 32);
     EXPECT_GT(redness(icon), 100);
     EXPECT_EQ(zebWindowEvents(0), 0) << "it is no picture";
-    EXPECT_EQ(row(0), complaint(7));
+    EXPECT_TRUE(shows(0, complaint(7)));
 }
 
 TEST_F(Console, StaysWhereItIsAndTakesAllMessages)
@@ -64,21 +69,21 @@ TEST_F(Console, StaysWhereItIsAndTakesAllMessages)
     complain(2);
     zebFrameEnd();
     EXPECT_EQ(desktop->find(kTitle).size(), 1u);
-    EXPECT_EQ(row(1), complaint(2));
-    EXPECT_EQ(row(2), "error: Bad begin-end nesting. zebFrameEnd");
+    EXPECT_TRUE(shows(1, complaint(2)));
+    EXPECT_TRUE(shows(2, "error: Bad begin-end nesting. zebFrameEnd"));
 }
 
 TEST_F(Console, HasRoomFor80ColumnsAnd10LinesAndShowsTheNewest)
 {
     for (int i = 1; i <= 40; ++i) complain(i);
     // The last of the ten is the empty one after the newest message's end.
-    EXPECT_EQ(row(8), complaint(40));
-    EXPECT_EQ(row(0), complaint(32));
+    EXPECT_TRUE(shows(8, complaint(40)));
+    EXPECT_TRUE(shows(0, complaint(32)));
     EXPECT_EQ(complaint(40).size(), 80u) << "and fits into a row";
 #if !defined(_WIN32)
     // There the font may be narrower than its metrics say.
     complain(100);
-    EXPECT_EQ(row(8), "range") << "of 81 characters the last word goes to the next row";
+    EXPECT_TRUE(shows(8, "range")) << "of 81 characters the last word goes to the next row";
 #endif
 }
 
@@ -88,8 +93,8 @@ TEST_F(Console, CannotBeTypedInto)
     desktop->typeText(only(kTitle), "typed");
     zebWindowEvents(0);
     complain(6);
-    EXPECT_EQ(row(0), complaint(5));
-    EXPECT_EQ(row(1), complaint(6));
+    EXPECT_TRUE(shows(0, complaint(5)));
+    EXPECT_TRUE(shows(1, complaint(6)));
 }
 
 TEST_F(Console, LeavesSelectedWhatItsUserHasSelected)
@@ -98,11 +103,11 @@ TEST_F(Console, LeavesSelectedWhatItsUserHasSelected)
     desktop->selectLine(only(kTitle), 0);
     for (int i = 1; i <= 20; ++i) complain(i);
     EXPECT_EQ(selection(), complaint(5));
-    EXPECT_EQ(row(8), complaint(20)) << "and shows the newest all the same";
+    EXPECT_TRUE(shows(8, complaint(20))) << "and shows the newest all the same";
     // The first half of so much text is dropped.
     for (int i = 1; i <= 700; ++i) complain(100);
     complain(7);
-    ASSERT_TRUE(until([this] { return row(8) == complaint(7); }));
+    ASSERT_TRUE(shows(8, complaint(7)));
     for (int i = 1; i <= 200; ++i) complain(100);
     EXPECT_EQ(selection(), complaint(7));
 }
@@ -113,7 +118,7 @@ TEST_F(Console, OpensAgainAfterItWasClosed)
     desktop->close(only(kTitle));
     ASSERT_TRUE(until([&] { return desktop->find(kTitle).empty(); }));
     complain(4);
-    EXPECT_EQ(row(1), complaint(4)) << "earlier messages are still there";
+    EXPECT_TRUE(shows(1, complaint(4))) << "earlier messages are still there";
 }
 
 TEST_F(Console, IsNotForPicturesThatGoElsewhere)
@@ -140,7 +145,7 @@ TEST_F(Console, KeepsUpWithAFloodAndShowsTheNewest)
 {
     for (int i = 1; i <= 20000; ++i) complain(i);
     complain(7);
-    EXPECT_TRUE(until([this] { return row(8) == complaint(7); }));
+    EXPECT_TRUE(shows(8, complaint(7)));
 }
 
 TEST_F(Console, ShowsTheEndOfAFloodOnceTheHostsOwnLoopRuns)
@@ -160,7 +165,7 @@ TEST_F(Console, ShowsTheEndOfAFloodOnceTheHostsOwnLoopRuns)
     const Shot shot = desktop->shoot(window);
     zebWindowEvents(0);
     EXPECT_TRUE(desktop->shoot(window) == shot) << "there was something left to show";
-    EXPECT_EQ(row(8), complaint(7));
+    EXPECT_TRUE(shows(8, complaint(7)));
 }
 
 #if defined(_WIN32)
@@ -169,7 +174,7 @@ TEST_F(Console, OpensAgainAfterTheHostDestroyedIt)
     complain(3);
     DestroyWindow(reinterpret_cast<HWND>(only(kTitle)));
     complain(4);
-    EXPECT_EQ(row(0), complaint(4));
+    EXPECT_TRUE(shows(0, complaint(4)));
 }
 #endif
 
@@ -178,7 +183,7 @@ TEST_F(Console, TakesNamesInAnyEncoding)
     zebObjectName("k\xC3\xBCrbis");
     zebObjectName("caf\xE9");
     complain(2);
-    EXPECT_EQ(row(0), complaint(2));
+    EXPECT_TRUE(shows(0, complaint(2)));
 }
 
 TEST_F(Console, IsNotForHostsThatPrintThemselves)
@@ -198,7 +203,7 @@ TEST_F(Console, ShowsMessagesOfAPictureBesideIt)
     zebClip(1, 2);
     zebSceneEnd();
     only("ball");
-    EXPECT_EQ(row(0), "error: Invalid state for parameters. zebClip");
+    EXPECT_TRUE(shows(0, "error: Invalid state for parameters. zebClip"));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
