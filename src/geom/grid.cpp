@@ -100,12 +100,6 @@ void Grid::shade(const AskedCells* cells, ShadingCounts& counts) const
 void Grid::shade(ShadingCounts& counts) const
 {
     if (!fFrame) return;
-    const auto each = [this](const auto& visit) {
-        for (int j = 0; j < fVSize + fSmooth; ++j) {
-            const int count = fSmooth ? vertexCount(j) : cellCount(j);
-            for (int i = 0; i < count; ++i) visit(i, j);
-        }
-    };
     if (!fComplete.load(std::memory_order_acquire)) {
         const std::lock_guard lock(fLock);
         if (!fComplete) {
@@ -114,7 +108,7 @@ void Grid::shade(ShadingCounts& counts) const
                 for (int i = 0; i < cellCount(j); ++i) counts.seen += mark(i, j, kSeen);
             }
             Places wanted;
-            each([&](int i, int j) { want(i, j, wanted); });
+            eachPoint([&](VertexPlace place) { want(place.i, place.j, wanted); });
             shadeVertices(wanted, counts);
             fVertices.reset();
             fMarks.reset();
@@ -122,9 +116,7 @@ void Grid::shade(ShadingCounts& counts) const
         }
     }
     if (fReports.empty()) return;
-    each([this](int i, int j) {
-        logReports({static_cast<std::uint16_t>(i), static_cast<std::uint16_t>(j)});
-    });
+    eachPoint([this](VertexPlace place) { logReports(place); });
 }
 
 void Grid::beginShading() const

@@ -158,6 +158,18 @@ private:
         const Color* const lower = values + at(i, j + 1);
         return bilerp(s, t, upper[0], upper[1], lower[0], lower[1]);
     }
+    // Calls visit(place) for all that can be shaded: vertices, or micropolygons under constant
+    // shading.
+    template <class Visit>
+    void eachPoint(const Visit& visit) const
+    {
+        for (int j = 0; j < fVSize + fSmooth; ++j) {
+            const int count = fSmooth ? vertexCount(j) : cellCount(j);
+            for (int i = 0; i < count; ++i) {
+                visit(VertexPlace{static_cast<std::uint16_t>(i), static_cast<std::uint16_t>(j)});
+            }
+        }
+    }
     // Whether this is what makes the mark.
     bool mark(int i, int j, std::uint8_t which) const
     {

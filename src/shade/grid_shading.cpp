@@ -2,11 +2,10 @@
 // micropolygon.
 
 #include "geom/grid.h"
-#include "math/shading_math.h"
+#include "shade/grid_points.h"
 #include "shade/surface.h"
 #include "shade/volume.h"
 #include "state/error.h"
-#include "state/quark.h"
 
 namespace zeb
 {
@@ -14,49 +13,17 @@ namespace zeb
 namespace
 {
 
-// A standard variable at (u, v): three values are a triangle's corners, four a rectangle's.
-template <class T, class Get>
-T interpolated(const ArgAssoc& assoc, float u, float v, const Get& get)
-{
-    if (assoc.count() < 3) return get(0);
-    if (assoc.count() < 4) return barylerp(u, v, get(0), get(1), get(2));
-    return bilerp(u, v, get(0), get(1), get(2), get(3));
-}
-
-// Opacities beyond these would make more of a surface than there is, or less than nothing.
-Color clamped(const Color& c)
-{
-    const auto clamp = [](float x) { return x > 0 ? (x < 1 ? x : 1) : 0; };
-    return {clamp(c.r), clamp(c.g), clamp(c.b)};
-}
-
-const ArgAssoc* firstOf(const ArgList& args, std::initializer_list<unsigned short> tokens)
-{
-    for (const unsigned short token : tokens) {
-        if (const ArgAssoc* assoc = args.find(token)) return assoc;
-    }
-    return nullptr;
-}
-
-const ArgAssoc* opacities(const Grid& grid)
-{
-    return firstOf(grid.fVertexArgs, {Quark::fVertexOpacity, kQOpacity});
-}
-
 // Takes no memory before it is asked for colours.
 class GridShader
 {
 public:
     GridShader(const Grid& grid, const RenderFrame& frame)
         : fGrid(grid),
+          fPoints(grid, frame),
           fAttrib(*grid.fAttrib),
-          fConstant(!grid.fSmooth),
           fPerspective(frame.option.perspective),
           fQuirks(frame.option.quirks),
           fPlain(frame.plain),
-          fNormal(grid.fVertexArgs.find(kQNormal)),
-          fColor(firstOf(grid.fVertexArgs, {Quark::fVertexColor, kQColor})),
-          fOpacity(opacities(grid)),
           fSurface(fAttrib.surfaceShader.get())
     {
     }
@@ -79,12 +46,6 @@ public:
             auto log = keepingReports([&] { colors[k] = shade(places[k]); });
             if (log) reports.push_back({places[k], std::move(log)});
         }
-    }
-
-    Color opacity(int i, int j)
-    {
-        place(i, j);
-        return opacity();
     }
 
 private:
@@ -121,9 +82,9 @@ private:
         ShadingBlock block;
         block.isPerspective = fPerspective;
         block.isFlipped = fGrid.fFlip;
-        block.hasNormals = fNormal;
-        block.hasColors = fColor || fGrid.fPieceColors.hasColor();
-        block.hasOpacities = fOpacity || fGrid.fPieceColors.hasOpacity();
+        block.hasNormals = fPoints.hasNormals();
+        block.hasColors = fPoints.hasColors();
+        block.hasOpacities = fPoints.hasOpacities();
         const bool varies = block.hasNormals || block.hasColors || block.hasOpacities;
         for (std::size_t done = 0; done < count; done += ShadingBlock::kMost) {
             block.count = static_cast<int>(std::min<std::size_t>(count - done, block.kMost));
@@ -132,10 +93,8 @@ private:
                 // The last one, as often as it takes.
                 const int n = std::min(k, block.count - 1);
                 const VertexPlace at = places[done + static_cast<std::size_t>(n)];
-                putVertex(block, k, vertexAt(at));
-                if (k > 0 && !varies) continue;
-                place(at.i, at.j);
-                putVariables(block, k);
+                putVertex(block, k, fPoints.vertex(at));
+                if (k == 0 || varies) putVariables(block, k, fPoints.parameters(at));
             }
             if (!fKernel(fSurfaceRecord, fLights.data(), static_cast<int>(fLights.size()),
                          fVolumeRecord, block)) {
@@ -166,31 +125,21 @@ private:
         put(block.dPdu, k, vertex.dPdu);
         put(block.dPdv, k, vertex.dPdv);
     }
-    void putVariables(ShadingBlock& block, int k) const
+    void putVariables(ShadingBlock& block, int k, GridPoints::Parameters at) const
     {
-        if (fNormal) put(block.N, k, normal());
-        put(block.Cs, k, color());
-        put(block.Os, k, opacity());
-    }
-
-    // Under constant shading derivatives are the sum of the corners', four times their mean:
-    // shaders are tuned to that scale.
-    Vertex vertexAt(VertexPlace at) const
-    {
-        const Vertex& a = fGrid.vertex(at.i, at.j);
-        if (!fConstant) return a;
-        const Vertex &b = fGrid.vertex(at.i + 1, at.j), &c = fGrid.vertex(at.i, at.j + 1),
-                     &d = fGrid.vertex(at.i + 1, at.j + 1);
-        return {(a.P + b.P + c.P + d.P) * 0.25f, a.dPdu + b.dPdu + c.dPdu + d.dPdu,
-                a.dPdv + b.dPdv + c.dPdv + d.dPdv};
+        if (block.hasNormals) put(block.N, k, fPoints.normal(at));
+        put(block.Cs, k, fPoints.color(at));
+        put(block.Os, k, fPoints.opacity(at));
     }
 
     // All that the surface asks of a point.
     void find(VertexPlace at)
     {
-        place(at.i, at.j);
+        const GridPoints::Parameters parameters = fPoints.parameters(at);
         SurfacePoint& p = fPoint;
-        const Vertex vertex = vertexAt(at);
+        p.u = parameters.u;
+        p.v = parameters.v;
+        const Vertex vertex = fPoints.vertex(at);
         p.P = vertex.P;
         p.dPdu = vertex.dPdu;
         p.dPdv = vertex.dPdv;
@@ -198,9 +147,9 @@ private:
         p.I = p.P - p.E;
         p.Ng = rounded(Pointd(p.dPdu) ^ Pointd(p.dPdv));
         if (fGrid.fFlip) p.Ng = -p.Ng;
-        p.N = fNormal ? normal() : p.Ng;
-        p.Cs = color();
-        p.Os = opacity();
+        p.N = fPoints.hasNormals() ? fPoints.normal(parameters) : p.Ng;
+        p.Cs = fPoints.color(parameters);
+        p.Os = fPoints.opacity(parameters);
         const float *s = fAttrib.textureS, *t = fAttrib.textureT;
         p.s = bilerp(p.u, p.v, s[0], s[1], s[2], s[3]);
         p.t = bilerp(p.u, p.v, t[0], t[1], t[2], t[3]);
@@ -220,58 +169,12 @@ private:
         return seen.Ci;
     }
 
-    // At the parameters that place() set.
-    Point normal() const
-    {
-        return interpolated<Point>(*fNormal, fPoint.u, fPoint.v,
-                                   [&](long k) { return fNormal->point(k); });
-    }
-    Color color() const
-    {
-        return fGrid.fPieceColors.hasColor() ? fGrid.fPieceColors.color(fPoint.u, fPoint.v)
-               : fColor                      ? variable(*fColor)
-                                             : fAttrib.surfaceColor;
-    }
-    Color opacity() const
-    {
-        const SurfacePoint& p = fPoint;
-        const Color opacity = fGrid.fPieceColors.hasOpacity() ? fGrid.fPieceColors.opacity(p.u, p.v)
-                              : fOpacity                      ? variable(*fOpacity)
-                                                              : fAttrib.surfaceOpacity;
-        return fQuirks ? opacity : clamped(opacity);
-    }
-
-    // Sets the parameters of the point: of a vertex, or of the middle of the micropolygon that
-    // begins there. Those beyond a triangle's long side are folded back.
-    void place(int i, int j)
-    {
-        SurfacePoint& p = fPoint;
-        const float middle = fConstant ? 0.5f : 0;
-        p.u = (static_cast<float>(i) + middle) / static_cast<float>(fGrid.fUSize);
-        p.v = (static_cast<float>(j) + middle) / static_cast<float>(fGrid.fVSize);
-        if (fGrid.fTransposed) std::swap(p.u, p.v);
-        if (fGrid.fTriangular && p.u + p.v > 1) {
-            if (fGrid.fVSize <= fGrid.fUSize) {
-                p.v = 1 - p.u;
-            } else {
-                p.u = 1 - p.v;
-            }
-        }
-    }
-
-    Color variable(const ArgAssoc& assoc) const
-    {
-        return interpolated<Color>(assoc, fPoint.u, fPoint.v,
-                                   [&](long k) { return assoc.color(k); });
-    }
-
     const Grid& fGrid;
+    const GridPoints fPoints;
     const Attrib& fAttrib;
-    const bool fConstant;
     const bool fPerspective;
     const bool fQuirks;
     const bool fPlain;
-    const ArgAssoc *fNormal, *fColor, *fOpacity;
     const Surface* fSurface;
     std::unique_ptr<Surface> fOwn;
     ParmList fParameters = {};  // of fOwn; listed once, not for every point
@@ -292,8 +195,9 @@ void Grid::shadeOnDemand(const RenderFrame& frame)
     fFrame = &frame;
     fMarks.reset();
     fComplete = false;
-    fOpacityVaries = fPieceColors.hasOpacity() || opacities(*this);
-    fOpacity = frame.option.quirks ? fAttrib->surfaceOpacity : clamped(fAttrib->surfaceOpacity);
+    const GridPoints points(*this, frame);
+    fOpacityVaries = points.hasOpacities();
+    fOpacity = points.inRange(fAttrib->surfaceOpacity);
     fOpaque = !fOpacityVaries && fOpacity == gWhite;
     if (fOpacityVaries) findOpacities();
 }
@@ -319,11 +223,10 @@ void Grid::shadeVertices(const Places& wanted, ShadingCounts& counts) const
 
 void Grid::findOpacities()
 {
-    GridShader shader(*this, *fFrame);
-    for (int j = 0; j < fVSize + fSmooth; ++j) {
-        const int count = fSmooth ? vertexCount(j) : cellCount(j);
-        for (int i = 0; i < count; ++i) fOpacities.set(at(i, j), *this, shader.opacity(i, j));
-    }
+    const GridPoints points(*this, *fFrame);
+    eachPoint([&](VertexPlace place) {
+        fOpacities.set(at(place.i, place.j), *this, points.opacity(points.parameters(place)));
+    });
 }
 
 }  // namespace zeb
