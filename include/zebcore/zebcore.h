@@ -278,13 +278,13 @@ ZEB_API void zebImageAspect(float aspect);
 /** Sets the part of the picture to render, as fractions 0 to 1, y downwards; swapped bounds are
     put right. Code 10 outside 0 to 1; the values are kept and clamped.
 
-    A part that begins and ends on borders of buckets shows exactly what the whole picture has there,
-    to the last bit: pictures can be rendered in tiles, in any order, by any number of processes.
-    Along x, borders are the pixels that are multiples of the bucket's width (zebTune), and both ends
-    of the picture; along y likewise. For columns b to c - 1, of xres, give (b - 0.5) / xres and
-    (c - 0.5) / xres, where rounding does no harm, but 0 at the left end and 1 at the right. Reports
-    are those of the part. It may differ where bounds (zebBound, zebProcedural) do not hold what they
-    should, where a surface takes too many splits (code 10), and where an instance within a
+    A part that begins and ends on borders of buckets shows exactly what the whole picture has
+   there, to the last bit: pictures can be rendered in tiles, in any order, by any number of
+   processes. Along x, borders are the pixels that are multiples of the bucket's width (zebTune),
+   and both ends of the picture; along y likewise. For columns b to c - 1, of xres, give (b - 0.5) /
+   xres and (c - 0.5) / xres, where rounding does no harm, but 0 at the left end and 1 at the right.
+   Reports are those of the part. It may differ where bounds (zebBound, zebProcedural) do not hold
+   what they should, where a surface takes too many splits (code 10), and where an instance within a
     procedural rewrites others (zebQuirks). */
 ZEB_API void zebImageCrop(float xmin, float xmax, float ymin, float ymax);
 /** Makes the current transformation the screen projection, without perspective, and resets the
@@ -909,6 +909,176 @@ ZEB_API void zebThreads(long n);
 ZEB_API short zebWindowEvents(short wait);
 /** @return the library's version, 10000 * major + 100 * minor + patch. Legal anywhere. */
 ZEB_API long zebVersion(void);
+/** @} */
+
+/** @name Shading by the host
+ *
+ * Functions of the host's own take the place of built-in surfaces, atmospheres and lights. Each is
+ * called for whole rows of points: all points of a small piece of a surface that are to be shaded,
+ * a few or some hundreds, by planes. Plane P[0] holds the x of all points, P[1] the y, P[2] the z;
+ * element k of every plane belongs to point k. All is in camera space: the eye looks along +z.
+ * Pieces that nothing is seen of are not shaded; which points come together, and in which order, is
+ * the library's affair, but the same in every run.
+ *
+ * While one of them runs, the functions that take a row are at its service. All other calls, but
+ * for zebCancel and zebVersion, are refused with code 8. A function must come back by returning: no
+ * jump, no exception may leave it. What it writes beyond its planes can't be caught. */
+/** @{ */
+
+/** The function may be called on any thread, and on several at a time. Without it, it is called on
+    the caller's thread only, row by row in the order that one thread alone takes: pictures that
+   need it gain little from zebThreads. */
+#define ZEB_SHADE_ANYWHERE 1
+/** Of surfaces: the function sets Oi. It is called before it is known what hides what, also for
+    pieces of which nothing is seen in the end. Without it, Oi is what Os is. */
+#define ZEB_SHADE_OPACITY 2
+/** Of lights: the light comes from everywhere. It adds to what zebRowAmbient finds, and L is not
+    read. */
+#define ZEB_SHADE_AMBIENT 4
+
+/**
+ * Points that are shaded together. The planes are the function's own while it runs: they do not
+ * overlap, begin at multiples of 64 bytes, and hold count elements and as many more as make a
+ * multiple of 16, which repeat the last point and whose results are not read.
+ */
+typedef struct ZebRow {
+    long count;     /**< the number of points */
+    float* P[3];    /**< positions */
+    float* N[3];    /**< shading normals, of any length, turned neither way */
+    float* Ng[3];   /**< geometric normals, of any length */
+    float* I[3];    /**< from the eye to the point; along z in an orthographic view */
+    float* dPdu[3]; /**< derivatives of P; those of polygons lie along two sides of a part of one */
+    float* dPdv[3]; /**< the other */
+    float* u;       /**< parameters: 0 to 1 over a curved surface, a patch mesh or a NURBS mesh; of
+                         polygons, x in object space */
+    float* v;       /**< the other; of polygons, y */
+    float* s;       /**< texture coordinates: variables "s" and "t" of the primitive (ZEB_VARYING,
+                         ZEB_FLOAT) if it has them; or else what zebTextureCoordinates makes of u
+                         and v */
+    float* t;       /**< the other */
+    float* du;      /**< how far u is from one point to its neighbours */
+    float* dv;      /**< the same of v */
+    float* Cs[3];   /**< colours of the surface */
+    float* Os[3];   /**< opacities of the surface */
+    float* Ci[3];   /**< of surfaces: to be set, the colour that leaves the surface, weighed by its
+                         opacity as built-in surfaces do: Os * Cs * ... (zebQuirks). Of atmospheres:
+                         to be changed. Of lights: null */
+    float* Oi[3];   /**< of surfaces: to be set if ZEB_SHADE_OPACITY says so; Os before. Of
+                         atmospheres: the surface's, to be read. Of lights: null */
+    float* L[3];    /**< of lights: to be set, from the light to the point, of any length; null
+                         otherwise */
+    float* Cl[3];   /**< of lights: to be set, the colour that arrives; black is no light; null
+                         otherwise */
+    float* Ol[3];   /**< of lights: may be set, for surfaces that ask; white before; null
+                         otherwise */
+} ZebRow;
+
+/** Shades a row. */
+typedef void (*ZebShadeFunction)(void* data, ZebRow* row);
+
+/** A function that shades, and what belongs to it. */
+typedef struct ZebShader {
+    void* data;             /**< handed to both functions */
+    ZebShadeFunction shade; /**< shades */
+    ZebFreeFunction free;   /**< called exactly once, on the caller's thread, when a call ends after
+                                 which nothing uses the shader any more; may be null. A call that is
+                                 refused frees it as well. zebReset lets go of all that is in force
+                                 outside of blocks. */
+    long flags;             /**< the sum of some of ZEB_SHADE_... */
+} ZebShader;
+
+/**
+ * Makes a function of the host's the surface; an attribute, in place of zebSurface. The struct is
+ * copied.
+ *
+ * Colours that are not numbers become black, opacities that are not numbers 1; one report with code
+ * 15 says so for all of them. Legal as zebSurface is. Code 10 for null, a null function, and flags
+ * there are none of.
+ */
+ZEB_API void zebCustomSurface(const ZebShader* shader);
+/** Makes a function of the host's the atmosphere; an attribute, in place of zebAtmosphere. A null
+    shader is no atmosphere. Otherwise as zebCustomSurface. */
+ZEB_API void zebCustomAtmosphere(const ZebShader* shader);
+/**
+ * Adds a light that shines as a function of the host's says, and switches it on.
+ * @return its handle, as that of zebLightSource; null if refused
+ *
+ * It is called once for each row that asks for light, and before the surface is; what N is in it is
+ * the surface's shading normal. Built-in surfaces take its light as they take that of others: from
+ * the side that their normal, turned to the eye, is on. Light that is not a number is none, with
+ * one report. Legal as zebLightSource is.
+ */
+ZEB_API const void* zebCustomLight(const ZebShader* shader);
+
+/** Sets the texture coordinates at the corners of a surface's parameters, an attribute: s and t at
+    (u, v) = (0, 0), (1, 0), (0, 1) and (1, 1), bilinear between and beyond. By default s is u and t
+    is v. Functions that shade read them. Legal as zebColor is. Code 10 for what is not finite. */
+ZEB_API void zebTextureCoordinates(float s1, float t1, float s2, float t2, float s3, float t3,
+                                   float s4, float t4);
+
+/** @return a plane more, for the function's own ends, until it returns; its values are 0. Null and
+    code 8 for a row that is not being shaded on this thread: so do all functions that take one. */
+ZEB_API float* zebRowPlane(const ZebRow* row);
+/**
+ * Finds the values that a variable of the primitive (zebDeclare) has at the points, in camera space
+ * if they are points or normals.
+ * @param component of a value: 0 of floats, 0 to 2 of points and colours, 0 and 1 of pairs, 0 to 3
+ *   of homogeneous points
+ * @return a plane; null if the primitive has no such variable of one of these types
+ */
+ZEB_API float* zebRowVariable(const ZebRow* row, unsigned short token, long component);
+/** @return where the integers of a variable lie, as they were given: one, if its class is uniform;
+    null if the primitive has none */
+ZEB_API const int* zebRowInteger(const ZebRow* row, unsigned short token);
+/** @return the text of a variable; null if the primitive has none */
+ZEB_API const char* zebRowString(const ZebRow* row, unsigned short token);
+/** Finds the light that comes from everywhere. @param result three planes, set */
+ZEB_API void zebRowAmbient(const ZebRow* row, float* const* result);
+/**
+ * Finds how much light a rough surface takes: the sum of Cl times the cosine between its normal and
+ * the way to the light, over all lights on its side.
+ * @param N three planes, of any length; usually N turned to the eye (zebRowFacing)
+ * @param result three planes, set; they may be those of N
+ */
+ZEB_API void zebRowDiffuse(const ZebRow* row, float* const* N, float* const* result);
+/**
+ * Finds highlights: the sum of Cl times the cosine between the normal and the halfway vector, to
+ * the power 1 / roughness (J. Blinn, 1977).
+ * @param V three planes: from the point to the eye, of any length; usually -I
+ */
+ZEB_API void zebRowSpecular(const ZebRow* row, float* const* N, float* const* V, float roughness,
+                            float* const* result);
+/** Finds highlights about the mirror direction: the cosine to the power size (B. T. Phong, 1975).
+ */
+ZEB_API void zebRowPhong(const ZebRow* row, float* const* N, float* const* V, float size,
+                         float* const* result);
+/** @return how many lights are in force that do not come from everywhere */
+ZEB_API long zebRowLights(const ZebRow* row);
+/**
+ * Finds what one of them sends to the points, whatever side it is on.
+ * @param number 0 to zebRowLights - 1
+ * @param L three planes, set: from the point to the light, of length 1
+ * @param Cl three planes, set: its colour there; black where it does not reach
+ * @param Ol three planes, set: its opacity; may be null
+ * @return non-zero; 0 for another number, and nothing is set
+ */
+ZEB_API short zebRowLight(const ZebRow* row, long number, float* const* L, float* const* Cl,
+                          float* const* Ol);
+/** Turns normals to the eye: to unit length and, where the geometric normal points away, round.
+    @param N three planes
+    @param result three planes, set; they may be those of N */
+ZEB_API void zebRowFacing(const ZebRow* row, float* const* N, float* const* result);
+/**
+ * Finds how much values change from a point to the next, along the two ways that points are laid
+ * out in: half the difference of the neighbours before and after; at an end, that to the only one.
+ * @param values a plane
+ * @param along1,along2 planes, set; not the same as values
+ */
+ZEB_API void zebRowDifferences(const ZebRow* row, const float* values, float* along1,
+                               float* along2);
+/** Finds normals of positions moved by the function, from their differences, on the side that Ng
+    is on. @param positions,result three planes each; not the same */
+ZEB_API void zebRowNormals(const ZebRow* row, float* const* positions, float* const* result);
 /** @} */
 
 #ifdef __cplusplus

@@ -21,12 +21,14 @@ void zebCustomDisplay(const ZebDisplay* device)
 unsigned short zebDeclare(const char* name, short storage, short type)
 {
     NameFrame frame("zebDeclare");
+    if (!ShadingScope::allowsCalls()) return 0;
     return Quark::declareTyped(name, storage, type);
 }
 
 void zebArray(const void* array, long count, long stride)
 {
     NameFrame frame("zebArray");
+    if (!ShadingScope::allowsCalls()) return;
     HostArrays::describe(array, count, stride);
 }
 
@@ -63,9 +65,35 @@ void zebThreads(long n)
     gOption->setThreads(n);
 }
 
+void zebCustomSurface(const ZebShader* shader)
+{
+    CallFrame frame("zebCustomSurface");
+    gAttrib->customSurface(shader);
+}
+
+void zebCustomAtmosphere(const ZebShader* shader)
+{
+    CallFrame frame("zebCustomAtmosphere");
+    gAttrib->customAtmosphere(shader);
+}
+
+const void* zebCustomLight(const ZebShader* shader)
+{
+    CallFrame frame("zebCustomLight");
+    return gAttrib->customLight(shader);
+}
+
+void zebTextureCoordinates(float s1, float t1, float s2, float t2, float s3, float t3, float s4,
+                           float t4)
+{
+    CallFrame frame("zebTextureCoordinates");
+    gAttrib->textureCoordinates(s1, t1, s2, t2, s3, t3, s4, t4);
+}
+
 short zebWindowEvents(short wait)
 {
     CallFrame frame("zebWindowEvents");
+    if (!ShadingScope::allowsCalls()) return 0;
     return windowEvents(wait != 0);
 }
 

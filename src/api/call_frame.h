@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "state/error.h"
+#include "state/host_shader.h"
 #include "util/float_environment.h"
 #include "util/host_array.h"
 
@@ -33,11 +34,15 @@ private:
 };
 
 // The same for all functions that take the arrays which the host has described: but for those that
-// prepare a call's arguments.
+// prepare a call's arguments. What they let go is freed when they end.
 class CallFrame : public NameFrame
 {
 public:
     using NameFrame::NameFrame;
+    ~CallFrame()
+    {
+        if (!ShadingScope::active()) HostShader::freeGone();
+    }
 
 private:
     HostArrays::Call fArrays;

@@ -86,6 +86,7 @@ void Grid::shade(const AskedCells* cells, ShadingCounts& counts) const
 {
     if (!fFrame) return;
     const std::lock_guard lock(fLock);
+    if (!fComplete && shadedByHost()) complete(counts);
     if (!fComplete) {
         beginShading();
         Places wanted;
@@ -102,21 +103,25 @@ void Grid::shade(ShadingCounts& counts) const
     if (!fFrame) return;
     if (!fComplete.load(std::memory_order_acquire)) {
         const std::lock_guard lock(fLock);
-        if (!fComplete) {
-            beginShading();
-            for (int j = 0; j < fVSize; ++j) {
-                for (int i = 0; i < cellCount(j); ++i) counts.seen += mark(i, j, kSeen);
-            }
-            Places wanted;
-            eachPoint([&](VertexPlace place) { want(place.i, place.j, wanted); });
-            shadeVertices(wanted, counts);
-            fVertices.reset();
-            fMarks.reset();
-            fComplete.store(true, std::memory_order_release);
-        }
+        if (!fComplete) complete(counts);
     }
+    if (fAllReports) tellInTurn(fAllReports);
     if (fReports.empty()) return;
     eachPoint([this](VertexPlace place) { logReports(place); });
+}
+
+void Grid::complete(ShadingCounts& counts) const
+{
+    beginShading();
+    for (int j = 0; j < fVSize; ++j) {
+        for (int i = 0; i < cellCount(j); ++i) counts.seen += mark(i, j, kSeen);
+    }
+    Places wanted;
+    eachPoint([&](VertexPlace place) { want(place.i, place.j, wanted); });
+    shadeVertices(wanted, counts);
+    fVertices.reset();
+    fMarks.reset();
+    fComplete.store(true, std::memory_order_release);
 }
 
 void Grid::beginShading() const
@@ -141,6 +146,7 @@ void Grid::logReports(VertexPlace place) const
 
 void Grid::logReports(const AskedCells* cells) const
 {
+    if (fAllReports) tellInTurn(fAllReports);
     if (fReports.empty()) return;
     for (; cells; cells = cells->next) {
         for (int k = 0; k < cells->count; ++k) {

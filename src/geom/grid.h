@@ -9,6 +9,7 @@
 
 #include "geom/control_values.h"
 #include "geom/edges.h"
+#include "geom/surface_part.h"
 #include "math/bound.h"
 #include "math/color.h"
 #include "math/transform.h"
@@ -70,6 +71,9 @@ public:
     const ArgList fVertexArgs, fOtherArgs;
     // What its control points say of the surface's colours, in its own u and v.
     PieceColors fPieceColors;
+    // Where it lies on its surface, and that surface: for functions of the host's.
+    SurfacePart fPart;
+    std::shared_ptr<const Transform> fTransform;
 
     Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Attrib> attrib,
          const Transform& transform, std::uint32_t seq, bool flip, bool triangular,
@@ -101,6 +105,8 @@ public:
     const Bound& rowBound(int j) const { return fRowBounds[j]; }
     const Bound& bound() const { return fBound; }
 
+    // Whether functions of the host's take part in shading: they get all points at once.
+    bool shadedByHost() const { return fAttrib->hostShading != HostShading::kNone; }
     // Lets colours be found when they are asked for; until then the grid is black and opaque. The
     // frame has to stay.
     void shadeOnDemand(const RenderFrame& frame);
@@ -180,8 +186,11 @@ private:
     void want(int i, int j, Places& wanted) const;
     void wantCell(VertexPlace cell, Places& wanted, ShadingCounts& counts) const;
     void beginShading() const;
+    // Finds all colours that are not found yet.
+    void complete(ShadingCounts& counts) const;
     void shadeVertices(const Places& wanted, ShadingCounts& counts) const;
-    void findOpacities();
+    void shadeByHost(const Places& all) const;
+    void findOpacities() const;
     void logReports(const AskedCells* cells) const;
     void logReports(VertexPlace place) const;
 
@@ -197,12 +206,12 @@ private:
     Color fOpacity = gWhite;
     bool fOpacityVaries = false, fOpaque = true;
     // Where shading is constant, of the micropolygons that begin at the vertices.
-    ColorPlane fOpacities;
-    mutable ColorPlane fColors;
+    mutable ColorPlane fOpacities, fColors;
     // Of a vertex that its colour is found, and that the micropolygon is seen which begins there.
     enum Mark : std::uint8_t { kFound = 1, kSeen = 2 };
     mutable PoolArray<std::uint8_t> fMarks;  // null before there is one, and once all are found
     mutable std::vector<VertexReports> fReports;
+    mutable std::shared_ptr<ReportLog> fAllReports;  // of functions of the host's
     mutable std::atomic<bool> fComplete{false};
     mutable Lock fLock;  // of who finds colours
 };

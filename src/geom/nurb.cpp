@@ -260,7 +260,7 @@ NuPatchMesh::NuPatchMesh(const NuPatchMesh& parent, const Quadrant& part)
       fV1(parent.fV0 + part.v1)
 {
     fArgs.split(part.uv[0], part.uv[1], part.uv[2], part.uv[3], parent.fArgs);
-    takeEdges(parent, part.uv[0], part.uv[1], part.uv[2], part.uv[3]);
+    takePlace(parent, part.uv[0], part.uv[1], part.uv[2], part.uv[3]);
 }
 
 void NuPatchMesh::addHull(Boundw& box) const

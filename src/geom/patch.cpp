@@ -181,7 +181,7 @@ PolynomialPatch::PolynomialPatch(const Patch& mesh, std::uint32_t child, PieceFo
       fColors(std::move(forms.colors))
 {
     fArgs.split(range[0], range[1], range[2], range[3], mesh.args());
-    takeEdges(mesh, range[0], range[1], range[2], range[3]);
+    takePlace(mesh, range[0], range[1], range[2], range[3]);
 }
 
 PolynomialPatch::PolynomialPatch(float umin, float umax, float vmin, float vmax,
@@ -195,7 +195,7 @@ PolynomialPatch::PolynomialPatch(float umin, float umax, float vmin, float vmax,
       fVmax(parent.vAt(vmax))
 {
     fArgs.split(umin, umax, vmin, vmax, parent.fArgs);
-    takeEdges(parent, umin, umax, vmin, vmax);
+    takePlace(parent, umin, umax, vmin, vmax);
 }
 
 void PolynomialPatch::split(PrimitiveSink& sink)

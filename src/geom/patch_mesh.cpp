@@ -159,7 +159,7 @@ PatchMesh::PatchMesh(const PatchMesh& parent, const Quadrant& part)
     const Range r = parent.range();
     fRange = {r.u0 + part.u0, r.u0 + part.u1, r.v0 + part.v0, r.v0 + part.v1};
     fArgs.split(part.uv[0], part.uv[1], part.uv[2], part.uv[3], parent.fArgs);
-    takeEdges(parent, part.uv[0], part.uv[1], part.uv[2], part.uv[3]);
+    takePlace(parent, part.uv[0], part.uv[1], part.uv[2], part.uv[3]);
 }
 
 const PatchMesh::Layout& PatchMesh::layout() const

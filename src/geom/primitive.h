@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "geom/edges.h"
+#include "geom/surface_part.h"
 #include "math/bound.h"
 #include "math/transform.h"
 #include "state/args.h"
@@ -244,6 +245,11 @@ public:
     // Whether it has opacities of its own.
     virtual bool hasOpacities() const;
     const Edges& edges() const { return fEdges; }
+    virtual SurfacePart surfacePart() const
+    {
+        const auto [u0, u1, v0, v1] = fPlace;
+        return {{u0, u1, u0, u1}, {v0, v0, v1, v1}};
+    }
 
     // What the scene found when it filed the primitive: whether it lies wholly in front of the eye,
     // if so where on the screen, with the depths that hits are ordered by, and the last bucket it
@@ -302,9 +308,13 @@ protected:
     // For a surface that no number of splits does justice to.
     void limitSplits(const SplitLimits& limits);
 
-    // Takes the sides of a part of the parent, given in its parameters.
-    void takeEdges(const Primitive& parent, float umin, float umax, float vmin, float vmax)
+    // Takes the place and the sides of a part of the parent, given in its parameters.
+    void takePlace(const Primitive& parent, float umin, float umax, float vmin, float vmax)
     {
+        const auto between = [](float a, float b, float t) { return (1 - t) * a + t * b; };
+        const auto [u0, u1, v0, v1] = parent.fPlace;
+        fPlace = {between(u0, u1, umin), between(u0, u1, umax), between(v0, v1, vmin),
+                  between(v0, v1, vmax)};
         fEdges = parent.fEdges.part(umin, umax, vmin, vmax, parent.fPath);
     }
     std::uint32_t path() const { return fPath; }
@@ -325,6 +335,9 @@ private:
     };
     Local euclidean(const Differential& at) const;
 
+    struct {
+        float umin = 0, umax = 1, vmin = 0, vmax = 1;
+    } fPlace;  // in the parameters of the surface
     bool fFront = false;
     Bound fScreen;
     float fLeastW = 0;  // of its points in raster space, before these are divided by it

@@ -341,7 +341,7 @@ Quadric::Quadric(float umin, float umax, float vmin, float vmax, const Quadric& 
       fVmax(parent.curveParameter(vmax))
 {
     fArgs.split(umin, umax, vmin, vmax, parent.fArgs);
-    takeEdges(parent, umin, umax, vmin, vmax);
+    takePlace(parent, umin, umax, vmin, vmax);
 }
 
 void Quadric::describePart(Sweep& sweep) const

@@ -212,6 +212,16 @@ bool Triangle::knowSteps(Dicing& dicing, float maxSize, const Pointwd& origin, c
     return true;
 }
 
+SurfacePart Triangle::surfacePart() const
+{
+    SurfacePart part{};
+    for (int k = 0; k < 3; ++k) {
+        part.u[k] = static_cast<float>(fCorners[k].x);
+        part.v[k] = static_cast<float>(fCorners[k].y);
+    }
+    return part;
+}
+
 std::unique_ptr<Grid> Triangle::dice(const Dicing& dicing) const
 {
     auto grid = std::make_unique<Grid>(dicing.fUSteps, dicing.fVSteps, fCommon->fAttrib,

@@ -23,6 +23,7 @@ public:
     std::unique_ptr<Grid> dice(const Dicing& dicing) const override;
     void split(PrimitiveSink& sink) override;
     void splitAcross(PrimitiveSink& sink, const RenderFrame& frame) override;
+    SurfacePart surfacePart() const override;
     Pointwd pointAt(float u, float v) const override { return at(u, v); }
     Pointw evalP(float u, float v) const override { return rounded(at(u, v)); }
     Pointw evaldPdu(float, float) const override { return rounded(fCorners[1] - fCorners[0]); }

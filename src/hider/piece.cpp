@@ -54,6 +54,7 @@ Piece::Piece(std::unique_ptr<Primitive> primitive, const Dicing& dicing)
       fVSteps(dicing.fVSteps),
       fMoreThanOpaque(fPrimitive->hasOpacities() ||
                       isMoreThanOpaque(fPrimitive->attrib().surfaceOpacity)),
+      fHostShading(fPrimitive->attrib().hostShading),
       fSeq(fPrimitive->common().fSeq),
       fEdges(fPrimitive->edges()),
       fBox(grown(fPrimitive->screen(), Seams::reach(fPrimitive->attrib()) + kRoom))
@@ -96,10 +97,15 @@ void Piece::makeGrid(Counts& counts)
     std::shared_ptr<Grid> grid(fPrimitive->dice(Dicing{*fFrame, fUSteps, fVSteps}).release(),
                                std::default_delete<Grid>(), PoolAllocator<Grid>());
     grid->project(*fFrame);
+    if (grid->shadedByHost()) {
+        grid->fPart = fPrimitive->surfacePart();
+        grid->fTransform = fPrimitive->common().fTransform;
+    }
     const Option& option = fFrame->option;
     const bool depthOnly = option.depth && !option.rgb && !option.alpha;
     if (!depthOnly && !grid->fMatte) grid->shadeOnDemand(*fFrame);
-    if (fFrame->plain) grid->shade(counts);
+    // Functions that are called in order wait for their turn.
+    if (fFrame->plain && attrib.hostShading != HostShading::kInOrder) grid->shade(counts);
     fGrid = std::move(grid);
     fPrimitive.reset();
     countGrid(counts);

@@ -57,6 +57,8 @@ public:
     SampleOrder least(const RenderFrame& frame) const;
     // Whether opacities beyond 1 are possible.
     bool mayBeMoreThanOpaque() const { return fMoreThanOpaque; }
+    // Which functions of the host's shade it.
+    HostShading hostShading() const { return fHostShading; }
 
 private:
     void makeGrid(Counts& counts);
@@ -71,6 +73,7 @@ private:
     Lock fLock;  // of who dices it
     unsigned short fUSteps = 0, fVSteps = 0;
     bool fMoreThanOpaque = false;
+    HostShading fHostShading = HostShading::kNone;
     std::uint32_t fSeq;
     Edges fEdges;
     Bound fBox;

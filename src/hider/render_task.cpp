@@ -21,17 +21,33 @@ void RenderTask::run(int worker)
         const Workers::Scope scope(fWorkers, worker, part.reports);
         fDone.clear();
         checkCancelled();
+        part.waits = shadesInOrder(part);
+        if (part.waits) continue;
         if (part.bucket->filtersByHost()) part.scratch = std::make_unique<BucketScratch>();
         render(part, part.scratch ? *part.scratch : fWorkers.scratch(worker));
     }
+}
+
+bool RenderTask::shadesInOrder(Part& part)
+{
+    if (!HostShader::anyInOrder()) return false;
+    for (const auto& filed : part.queue.pieces.entries()) {
+        if (filed.thing->hostShading() == HostShading::kInOrder) return true;
+    }
+    return false;
+}
+
+void RenderTask::takePieces(Part& part)
+{
+    for (const auto& filed : part.queue.pieces.entries()) part.bucket->add(filed.thing);
+    if (!fStays) part.queue = {};
 }
 
 void RenderTask::render(Part& part, BucketScratch& scratch)
 {
     Bucket& bucket = *part.bucket;
     scratch.counts = {};
-    for (const auto& filed : part.queue.pieces.entries()) bucket.add(filed.thing);
-    if (!fStays) part.queue = {};
+    takePieces(part);
     bucket.sample(scratch);
     part.counts = scratch.counts;
     if (part.scratch) return;
@@ -49,6 +65,14 @@ void RenderTask::deliver(std::size_t number, Display& display)
     Part& part = fParts[number];
     const Bucket& bucket = *part.bucket;
     part.reports.tell();
+    if (part.waits) {
+        BucketScratch& scratch = fWorkers.scratch(0);
+        scratch.counts = {};
+        takePieces(part);
+        part.bucket->render(display, scratch);
+        part.counts = scratch.counts;
+        return;
+    }
     const std::size_t size = bucket.rowWords();
     if (part.scratch) part.words.resize(size);
     std::uint32_t* words = part.words.data();

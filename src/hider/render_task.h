@@ -36,6 +36,7 @@ public:
 private:
     struct Part {
         BucketQueue queue;
+        bool waits = false;  // for its turn: functions of the host's shade in order
         std::unique_ptr<Bucket> bucket;
         std::unique_ptr<BucketScratch> scratch;  // for a host that filters
         std::vector<std::uint32_t> words;
@@ -44,7 +45,9 @@ private:
     };
 
     void run(int worker) override;
+    void takePieces(Part& part);
     void render(Part& part, BucketScratch& scratch);
+    static bool shadesInOrder(Part& part);
 
     Workers& fWorkers;
     const Layout& fLayout;

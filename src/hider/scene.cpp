@@ -10,6 +10,7 @@
 #include "math/spaces.h"
 #include "state/callback.h"
 #include "state/error.h"
+#include "state/host_shader.h"
 #include "state/upcalls.h"
 #include "util/cancel.h"
 #include "util/number.h"
@@ -151,7 +152,7 @@ bool Scene::hostMayCall() const
 {
     const Option& option = fLayout->frame().option;
     return gDisplay->callsHost() || option.progress || !PixelFilter(option).builtIn() ||
-           windowsCallHost() || hostHearsReports();
+           windowsCallHost() || hostHearsReports() || HostShader::anyInOrder();
 }
 
 void Scene::renderAhead()

@@ -3,6 +3,7 @@
 
 #include "geom/grid.h"
 #include "shade/grid_points.h"
+#include "shade/host_row.h"
 #include "shade/surface.h"
 #include "shade/volume.h"
 #include "state/error.h"
@@ -26,14 +27,16 @@ public:
           fPlain(frame.plain),
           fSurface(fAttrib.surfaceShader.get())
     {
+        const Volume* const volume = fAttrib.atmosphereShader.get();
+        fVolume = volume && !volume->host() ? volume : nullptr;
     }
 
     // To be called before colours are asked for.
     void prepare()
     {
         fPoint.lights = &fAttrib.lights;
-        takeParameters();
-        if (!fPlain) describe();
+        if (!fSurface->host()) takeParameters();
+        if (!fPlain && !fGrid.shadedByHost()) describe();
     }
 
     // What the points report is added, where reports are kept.
@@ -48,7 +51,42 @@ public:
         }
     }
 
+    // With functions of the host's, all points at once.
+    void colorsByHost(HostRow& row, const VertexPlace* places, std::size_t count)
+    {
+        const AttribNamesScope names(fAttrib.object.text(), fAttrib.group.text());
+        const HostShader* const surface = fSurface->host();
+        if (surface) {
+            row.shadeSurface(*surface);
+            for (std::size_t k = 0; k < count && fVolume; ++k) {
+                row.setCi(k, through({row.P(k), row.I(k), row.Ci(k), row.Oi(k)}));
+            }
+        } else {
+            shadeBuiltIn(row, places, count);
+        }
+        const Volume* const volume = fAttrib.atmosphereShader.get();
+        if (volume && volume->host()) row.shadeVolume(*volume->host());
+    }
+
 private:
+    // A built-in surface with lights or an atmosphere of the host's.
+    void shadeBuiltIn(HostRow& row, const VertexPlace* places, std::size_t count)
+    {
+        std::vector<Color, PoolAllocator<Color>> colors(count);
+        const HostRow::LightRecords* const lights = fPlain ? nullptr : row.lightRecords();
+        if (lights) {
+            fLights = *lights;
+            describe();
+        }
+        fPoint.row = &row;
+        if (!fKernel || !colorsByKernel(places, count, colors.data())) {
+            for (fPoint.number = 0; fPoint.number < count; ++fPoint.number) {
+                colors[fPoint.number] = shade(places[fPoint.number]);
+            }
+        }
+        for (std::size_t k = 0; k < count; ++k) row.setCi(k, colors[k]);
+    }
+
     // The primitive may have parameters of its own for the shader, which others share.
     void takeParameters()
     {
@@ -67,14 +105,19 @@ private:
     void describe()
     {
         if (fVarying || !fSurface->describe(fSurfaceRecord)) return;
-        fLights.reserve(8);  // more than most have
-        for (const auto& light : fAttrib.lights) {
-            if (!light->describe(fLights.emplace_back())) return;
-        }
-        const Volume* const atmosphere = fAttrib.atmosphereShader.get();
-        if (atmosphere && !atmosphere->describe(fVolumeRecord)) return;
+        if (!fGrid.shadedByHost() && !describeLights()) return;
+        if (fVolume && !fVolume->describe(fVolumeRecord)) return;
         fVolumeRecord.coversAll = fQuirks;
         fKernel = shadingKernel();
+    }
+
+    bool describeLights()
+    {
+        fLights.reserve(8);  // more than most have
+        for (const auto& light : fAttrib.lights) {
+            if (!light->describe(fLights.emplace_back())) return false;
+        }
+        return true;
     }
 
     bool colorsByKernel(const VertexPlace* places, std::size_t count, Color* colors)
@@ -88,6 +131,7 @@ private:
         const bool varies = block.hasNormals || block.hasColors || block.hasOpacities;
         for (std::size_t done = 0; done < count; done += ShadingBlock::kMost) {
             block.count = static_cast<int>(std::min<std::size_t>(count - done, block.kMost));
+            block.first = static_cast<int>(done);
             const int most = (block.count + block.kMultiple - 1) & -block.kMultiple;
             for (int k = 0; k < most; ++k) {
                 // The last one, as often as it takes.
@@ -96,8 +140,8 @@ private:
                 putVertex(block, k, fPoints.vertex(at));
                 if (k == 0 || varies) putVariables(block, k, fPoints.parameters(at));
             }
-            if (!fKernel(fSurfaceRecord, fLights.data(), static_cast<int>(fLights.size()),
-                         fVolumeRecord, block)) {
+            if (!fKernel.shade(fSurfaceRecord, fLights.data(), static_cast<int>(fLights.size()),
+                               fVolumeRecord, block)) {
                 return false;
             }
             for (int k = 0; k < block.count; ++k) {
@@ -161,11 +205,13 @@ private:
         SurfacePoint& p = fPoint;
         if (fVarying) fParameters.bilerp(p.u, p.v, fGrid.fOtherArgs);
         fSurface->evaluate(p);
-        const Volume* atmosphere = fAttrib.atmosphereShader.get();
-        if (!atmosphere) return p.Ci;
+        return fVolume ? through({p.P, p.I, p.Ci, p.Oi}) : p.Ci;
+    }
+    Color through(VolumePoint seen) const
+    {
         // The quirk: compositing multiplies by the opacity, the atmosphere's colour too.
-        VolumePoint seen{p.P, p.I, p.Ci, p.Oi, fQuirks ? gWhite : p.Oi};
-        atmosphere->evaluate(seen);
+        if (!fQuirks) seen.cover = seen.Oi;
+        fVolume->evaluate(seen);
         return seen.Ci;
     }
 
@@ -176,14 +222,15 @@ private:
     const bool fQuirks;
     const bool fPlain;
     const Surface* fSurface;
+    const Volume* fVolume;  // null without one that is built in
     std::unique_ptr<Surface> fOwn;
     ParmList fParameters = {};  // of fOwn; listed once, not for every point
     bool fVarying = false;
     SurfacePoint fPoint;
     SurfaceRecord fSurfaceRecord;
-    std::vector<LightRecord, PoolAllocator<LightRecord>> fLights;
+    HostRow::LightRecords fLights;
     VolumeRecord fVolumeRecord;
-    ShadingKernel fKernel = nullptr;
+    ShadingKernel fKernel;
 };
 
 }  // namespace
@@ -198,13 +245,22 @@ void Grid::shadeOnDemand(const RenderFrame& frame)
     const GridPoints points(*this, frame);
     fOpacityVaries = points.hasOpacities();
     fOpacity = points.inRange(fAttrib->surfaceOpacity);
+    if (fAttrib->opacityByHost) {
+        fOpacityVaries = true;
+    } else if (fOpacityVaries) {
+        findOpacities();
+    }
     fOpaque = !fOpacityVaries && fOpacity == gWhite;
-    if (fOpacityVaries) findOpacities();
 }
 
 void Grid::shadeVertices(const Places& wanted, ShadingCounts& counts) const
 {
+    counts.shaded += wanted.size();
     if (wanted.empty()) return;
+    if (shadedByHost()) {
+        fAllReports = keepingReports([&] { shadeByHost(wanted); });
+        return;
+    }
     constexpr std::size_t kMost = 64;
     Color found[kMost];
     GridShader shader(*this, *fFrame);
@@ -218,10 +274,25 @@ void Grid::shadeVertices(const Places& wanted, ShadingCounts& counts) const
         }
         done += count;
     }
-    counts.shaded += wanted.size();
 }
 
-void Grid::findOpacities()
+void Grid::shadeByHost(const Places& all) const
+{
+    const GridPoints points(*this, *fFrame);
+    HostRow row(points, *fFrame, all.data(), all.size());
+    GridShader shader(*this, *fFrame);
+    shader.prepare();
+    shader.colorsByHost(row, all.data(), all.size());
+    const auto within = [](float x) { return x > 0 ? std::min(x, 1.0f) : 0; };
+    for (std::size_t k = 0; k < all.size(); ++k) {
+        fColors.values[at(all[k].i, all[k].j)] = row.Ci(k);
+        if (!fAttrib->opacityByHost) continue;
+        const Color Oi = row.Oi(k);
+        fOpacities.set(at(all[k].i, all[k].j), *this, {within(Oi.r), within(Oi.g), within(Oi.b)});
+    }
+}
+
+void Grid::findOpacities() const
 {
     const GridPoints points(*this, *fFrame);
     eachPoint([&](VertexPlace place) {

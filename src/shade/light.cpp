@@ -289,4 +289,32 @@ bool SpotLight::describe(LightRecord& record) const
     return true;
 }
 
+std::shared_ptr<Light> upcall::makeLight(std::shared_ptr<const HostShader> shader,
+                                         std::shared_ptr<const Transform> transform)
+{
+    auto light = std::make_shared<HostLight>(std::move(shader));
+    light->declare(0, std::move(transform));
+    return light;
+}
+
+float HostLight::illuminates(const Point&, const Point& N, float angle, long,
+                             LightSample& sample) const
+{
+    if (!sample.row) return 0;
+    const auto& [x, y, z] = sample.row->planes(*this).L;
+    const std::size_t k = sample.point;
+    sample.L = Point(x[k], y[k], z[k]);
+    const Point toLight = -normalize(scaled(sample.L));
+    return angle >= kPi || dot(normalize(N), toLight) >= coneCosine(angle) ? 1.0f : 0.0f;
+}
+
+void HostLight::evaluate(LightSample& sample) const
+{
+    if (!sample.row) return;
+    const RowLights::Planes& planes = sample.row->planes(*this);
+    const std::size_t k = sample.point;
+    sample.Cl = Color(planes.Cl[0][k], planes.Cl[1][k], planes.Cl[2][k]);
+    sample.Ol = Color(planes.Ol[0][k], planes.Ol[1][k], planes.Ol[2][k]);
+}
+
 }  // namespace zeb

@@ -10,11 +10,27 @@
 namespace zeb
 {
 
+class Light;
+
+// What lights of the host's send to the points of a row.
+class RowLights
+{
+public:
+    virtual ~RowLights() = default;
+    struct Planes {
+        float *L[3], *Cl[3], *Ol[3];
+    };
+    virtual const Planes& planes(const Light& light) const = 0;
+};
+
 // What a light finds out about one surface point.
 struct LightSample {
     Point L;  // from the light to the point
     Color Cl = gBlack, Ol = gWhite;
     Random random{1};  // for lights that are sampled
+    // Where the point is one of a row, and which.
+    const RowLights* row = nullptr;
+    std::size_t point = 0;
 };
 
 class Light : public Shader
@@ -128,6 +144,21 @@ private:
     SpotParms fParms;
     Point fAxis;
     float fCosOutside = 0, fCosInside = 0;
+};
+
+// Shines as a function of the host's says: reaches the points of rows alone.
+class HostLight : public Light
+{
+public:
+    explicit HostLight(std::shared_ptr<const HostShader> shader) : fShader(std::move(shader)) {}
+    bool isambient() const override { return fShader->isAmbient(); }
+    float illuminates(const Point& P, const Point& N, float angle, long n,
+                      LightSample& sample) const override;
+    void evaluate(LightSample& sample) const override;
+    const HostShader* host() const override { return fShader.get(); }
+
+private:
+    std::shared_ptr<const HostShader> fShader;
 };
 
 }  // namespace zeb

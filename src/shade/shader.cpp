@@ -1,8 +1,11 @@
 #include "shade/shader.h"
 
+#include <algorithm>
+
 #include "shade/light.h"
 #include "shade/surface.h"
 #include "shade/volume.h"
+#include "state/attrib.h"
 #include "state/upcalls.h"
 #include "util/report.h"
 
@@ -38,11 +41,28 @@ void upcall::tellUnread(Volume& volume, const ArgList& args)
     zeb::tellUnread(volume.parameters(), volume.name(), args);
 }
 
-const char* upcall::surfaceName(const Surface& surface) { return surface.name(); }
+const char* upcall::surfaceName(const Surface& surface)
+{
+    return surface.host() ? "custom" : surface.name();
+}
 
 bool upcall::surfaceReads(const Surface& surface, unsigned short token)
 {
-    return surface.clone()->parameters().has(token);
+    return surface.host() || surface.clone()->parameters().has(token);
+}
+
+void upcall::findHostShading(Attrib& attrib)
+{
+    attrib.hostShading = HostShading::kNone;
+    const auto add = [&](const Shader* shader) {
+        const HostShader* const host = shader ? shader->host() : nullptr;
+        if (host) attrib.hostShading = std::max(attrib.hostShading, host->kind());
+    };
+    const Surface* const surface = attrib.surfaceShader.get();
+    add(surface);
+    add(attrib.atmosphereShader.get());
+    for (const auto& light : attrib.lights) add(light.get());
+    attrib.opacityByHost = surface && surface->host() && surface->host()->setsOpacity();
 }
 
 }  // namespace zeb

@@ -5,6 +5,7 @@
 
 #include "math/transform.h"
 #include "state/args.h"
+#include "state/host_shader.h"
 #include "state/quark.h"
 
 namespace zeb
@@ -21,6 +22,8 @@ public:
     virtual void instance(const ArgList& args) { parameters().init(args); }
     // The parameters by name.
     virtual ParmList parameters() { return {}; }
+    // Null of those that are built in.
+    virtual const HostShader* host() const { return nullptr; }
 
     void declare(unsigned short name, std::shared_ptr<const Transform> transform)
     {
@@ -29,7 +32,6 @@ public:
     }
     const char* name() const { return Quark::getString(fName); }
 
-protected:
     // Shader to camera space.
     const Matrix& toCamera() const { return fTransform ? fTransform->matrix() : gIdentity; }
 

@@ -12,7 +12,7 @@ struct SurfaceRecord {
 };
 
 struct LightRecord {
-    enum Kind { kAmbient, kDistant, kOmni, kSpot } kind = kAmbient;
+    enum Kind { kAmbient, kDistant, kOmni, kSpot, kGiven, kGivenAmbient } kind = kAmbient;
     float intensity = 1;
     float color[3] = {1, 1, 1};    // not yet times the intensity
     float from[3] = {0, 0, 0};     // of omni and spot
@@ -22,6 +22,10 @@ struct LightRecord {
     float coscone = -1;            // light goes nowhere where the cosine of its angle is less
     float edge[2] = {0, 1};        // cosines between which it grows, the smaller one first
     float beamdistribution = 2;
+    // Of those given: what they send to the points of a row, by planes.
+    const float *L[3] = {}, *Cl[3] = {};
+
+    bool isAmbient() const { return kind == kAmbient || kind == kGivenAmbient; }
 };
 
 struct VolumeRecord {
@@ -46,19 +50,63 @@ struct ShadingBlock {
 
     // How many points there are; up to the next multiple there are copies of some.
     int count = 0;
+    // The place of the first in the planes of lights that are given.
+    int first = 0;
     alignas(64) Planes P;
     Planes dPdu, dPdv;
     Planes N, Cs, Os;
     Planes Ci;  // the result
 };
 
-// Sets Ci. False if a point needs a report: then the points have to be shaded one by one.
-using ShadingKernel = bool (*)(const SurfaceRecord& surface, const LightRecord* lights,
-                               int lightCount, const VolumeRecord& volume, ShadingBlock& block);
+// Planes of points in rows; what lies beyond the last, up to the next multiple, repeats it.
+struct RowGeometry {
+    bool isPerspective, isFlipped;
+    int count;
+    const float *const *P, *const *dPdu, *const *dPdv;
+    float *const *I, *const *Ng;  // the results
+};
+
+struct RowFacing {
+    int count;
+    const float *const *N, *const *I, *const *Ng;
+    float* const* result;
+};
+
+// What lights give to surfaces about normals N that are seen from V.
+struct RowGathering {
+    enum Kind { kAmbient, kDiffuse, kSpecular, kPhong } kind = kAmbient;
+    int count = 0;
+    const LightRecord* lights = nullptr;
+    int lightCount = 0;
+    const float *const *P = nullptr, *const *N = nullptr, *const *V = nullptr;
+    float shine = 0;  // the roughness, or the size
+    float* const* result = nullptr;
+};
+
+// What a light sends to points, whatever side it is on.
+struct RowArrival {
+    int count;
+    const LightRecord* light;
+    const float* const* P;
+    float *const *L, *const *Cl;  // the results: the way to the light, of length 1, and its colour
+};
+
+struct ShadingKernel {
+    // Sets Ci. False if a point needs a report: then the points have to be shaded one by one.
+    bool (*shade)(const SurfaceRecord& surface, const LightRecord* lights, int lightCount,
+                  const VolumeRecord& volume, ShadingBlock& block) = nullptr;
+    void (*orient)(const RowGeometry& row) = nullptr;
+    void (*face)(const RowFacing& row) = nullptr;
+    // Both as shade() does.
+    bool (*gather)(const RowGathering& row) = nullptr;
+    bool (*arrive)(const RowArrival& row) = nullptr;
+
+    explicit operator bool() const { return shade; }
+};
 
 // For as many lanes as the machine is best at.
 ShadingKernel shadingKernel();
-// For 1, 4, 8 or 16; null where the machine or the build has it not.
+// For 1, 4, 8 or 16; without functions where the machine or the build has it not.
 ShadingKernel shadingKernel(int lanes);
 
 }  // namespace zeb

@@ -4,6 +4,6 @@
 namespace zeb
 {
 
-ShadingKernel shadingKernel1() { return shadeBlock; }
+ShadingKernel shadingKernel1() { return {shadeBlock, orientRow, faceRow, gatherRow, arriveRow}; }
 
 }  // namespace zeb

@@ -4,6 +4,6 @@
 namespace zeb
 {
 
-ShadingKernel shadingKernel16() { return shadeBlock; }
+ShadingKernel shadingKernel16() { return {shadeBlock, orientRow, faceRow, gatherRow, arriveRow}; }
 
 }  // namespace zeb

@@ -4,6 +4,6 @@
 namespace zeb
 {
 
-ShadingKernel shadingKernel4() { return shadeBlock; }
+ShadingKernel shadingKernel4() { return {shadeBlock, orientRow, faceRow, gatherRow, arriveRow}; }
 
 }  // namespace zeb

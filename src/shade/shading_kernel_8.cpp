@@ -4,6 +4,6 @@
 namespace zeb
 {
 
-ShadingKernel shadingKernel8() { return shadeBlock; }
+ShadingKernel shadingKernel8() { return {shadeBlock, orientRow, faceRow, gatherRow, arriveRow}; }
 
 }  // namespace zeb

@@ -58,13 +58,30 @@ inline Float smoothstep(Float low, Float high, Float x)
     return select(x < low, 0.0f, select(x >= high, 1.0f, t * t * (Float(3.0f) - 2.0f * t)));
 }
 
-// axis is the surface's, about which it takes light.
-inline Arriving arriving(const LightRecord& light, Vector P, Vector axis)
+inline Vector loadVector(const float* const* planes, int k)
+{
+    return {Float::load(planes[0] + k), Float::load(planes[1] + k), Float::load(planes[2] + k)};
+}
+
+inline void storeVector(float* const* planes, int k, Vector v)
+{
+    v.x.store(planes[0] + k);
+    v.y.store(planes[1] + k);
+    v.z.store(planes[2] + k);
+}
+
+// At places of a row from `at` on. axis is the surface's, about which it takes light; nothing for
+// light from all sides.
+inline Arriving arriving(const LightRecord& light, Vector P, Vector axis, int at)
 {
     if (light.kind == LightRecord::kDistant) {
         const Vector toLight = broadcast(light.toLight);
         return {dot(axis, toLight) >= kHalfSpaceCosine, toLight,
                 broadcast(light.color) * Float(light.intensity)};
+    }
+    if (light.kind == LightRecord::kGiven) {
+        const Vector toLight = normalize(scaled(-loadVector(light.L, at)));
+        return {dot(axis, toLight) >= kHalfSpaceCosine, toLight, loadVector(light.Cl, at)};
     }
     const Vector L = -(P - broadcast(light.from));  // from the surface
     const Vector toLight = normalize(scaled(L));
@@ -82,24 +99,42 @@ inline Arriving arriving(const LightRecord& light, Vector P, Vector axis)
     return {andNot(faces, outside), toLight, broadcast(light.color) * (a * light.intensity)};
 }
 
+// Whether what a light sends to some point needs a report.
+inline bool isTooNear(const LightRecord& light, Vector P, Mask lit)
+{
+    constexpr float kNearZero = 1e-10f;
+    if (light.kind != LightRecord::kOmni) return false;
+    const Vector L = P - broadcast(light.from);
+    return any(lit & (dot(L, L) < kNearZero));
+}
+
+// Calls visit(what arrives) for the lights that reach some point on the side of the axis. False if
+// a point needs a report.
+template <class Visit>
+inline bool eachArriving(const LightRecord* lights, int lightCount, Vector P, Vector axis, int at,
+                         const Visit& visit)
+{
+    bool good = true;
+    for (int k = 0; k < lightCount; ++k) {
+        const LightRecord& light = lights[k];
+        if (light.isAmbient()) continue;
+        const Arriving from = arriving(light, P, axis, at);
+        if (!any(from.lit)) continue;
+        if (isTooNear(light, P, from.lit)) good = false;
+        visit(from);
+    }
+    return good;
+}
+
 // N and V have unit length, or are too short for that.
 template <bool isDiffuse, bool isSpecular>
 Gathered gather(const LightRecord* lights, int lightCount, Vector P, Vector Nf, Vector V,
-                float roughness)
+                float roughness, int at)
 {
-    constexpr float kNearZero = 1e-10f;
     Gathered sum{{0.0f, 0.0f, 0.0f}, {0.0f, 0.0f, 0.0f}};
-    const Vector N = normalize(Nf), axis = normalize(N);
+    const Vector N = normalize(Nf);
     V = normalize(V);
-    for (int k = 0; k < lightCount; ++k) {
-        const LightRecord& light = lights[k];
-        if (light.kind == LightRecord::kAmbient) continue;
-        const Arriving from = arriving(light, P, axis);
-        if (!any(from.lit)) continue;
-        if (light.kind == LightRecord::kOmni) {
-            const Vector L = P - broadcast(light.from);
-            if (any(from.lit & (dot(L, L) < kNearZero))) sum.needsReport = true;
-        }
+    sum.needsReport = !eachArriving(lights, lightCount, P, normalize(N), at, [&](Arriving from) {
         if (isDiffuse) {
             const Vector more = sum.diffuse + from.Cl * dot(from.toLight, N);
             sum.diffuse = select(from.lit, more, sum.diffuse);
@@ -109,16 +144,33 @@ Gathered gather(const LightRecord* lights, int lightCount, Vector P, Vector Nf, 
             const Float shine = power(select(cosine > 0.0f, cosine, 0.0f), 1 / roughness);
             sum.specular = select(from.lit, sum.specular + from.Cl * shine, sum.specular);
         }
-    }
+    });
     return sum;
 }
 
-inline Vector ambient(const LightRecord* lights, int lightCount)
+// About the mirror direction.
+inline Gathered gatherMirrored(const LightRecord* lights, int lightCount, Vector P, Vector Nf,
+                               Vector V, float size, int at)
+{
+    Gathered sum{{0.0f, 0.0f, 0.0f}, {0.0f, 0.0f, 0.0f}};
+    const Vector N = normalize(Nf), I = -normalize(V);
+    const Vector R = I - N * (Float(2.0f) * dot(I, N));
+    sum.needsReport = !eachArriving(lights, lightCount, P, normalize(N), at, [&](Arriving from) {
+        const Float cosine = dot(R, from.toLight);
+        const Float shine = power(select(cosine > 0.0f, cosine, 0.0f), size);
+        sum.specular = select(from.lit, sum.specular + from.Cl * shine, sum.specular);
+    });
+    return sum;
+}
+
+inline Vector ambient(const LightRecord* lights, int lightCount, int at)
 {
     Vector sum{0.0f, 0.0f, 0.0f};
     for (int k = 0; k < lightCount; ++k) {
-        if (lights[k].kind != LightRecord::kAmbient) continue;
-        sum = sum + broadcast(lights[k].color) * Float(lights[k].intensity);
+        const LightRecord& light = lights[k];
+        if (light.kind == LightRecord::kGivenAmbient) sum = sum + loadVector(light.Cl, at);
+        if (light.kind != LightRecord::kAmbient) continue;
+        sum = sum + broadcast(light.color) * Float(light.intensity);
     }
     return sum;
 }
@@ -139,17 +191,17 @@ inline Vector through(const VolumeRecord& volume, const ShadedPoints& points, Ve
 }
 
 inline Gathered lightOf(const SurfaceRecord& surface, const LightRecord* lights, int lightCount,
-                        const ShadedPoints& p)
+                        const ShadedPoints& p, int at)
 {
     const Vector Nf = faceforward(normalize(scaled(p.N)), scaled(p.I), scaled(p.Ng));
     const Vector V = normalize(scaled(-p.I));
     switch (surface.kind) {
         case SurfaceRecord::kMatte:
-            return gather<true, false>(lights, lightCount, p.P, Nf, V, surface.roughness);
+            return gather<true, false>(lights, lightCount, p.P, Nf, V, surface.roughness, at);
         case SurfaceRecord::kMetal:
-            return gather<false, true>(lights, lightCount, p.P, Nf, V, surface.roughness);
+            return gather<false, true>(lights, lightCount, p.P, Nf, V, surface.roughness, at);
         default:
-            return gather<true, true>(lights, lightCount, p.P, Nf, V, surface.roughness);
+            return gather<true, true>(lights, lightCount, p.P, Nf, V, surface.roughness, at);
     }
 }
 
@@ -172,14 +224,14 @@ inline Vector reflected(const SurfaceRecord& s, const ShadedPoints& p, const Gat
 bool shadeBlock(const SurfaceRecord& surface, const LightRecord* lights, int lightCount,
                 const VolumeRecord& volume, ShadingBlock& block)
 {
-    const Vector dim = ambient(lights, lightCount);
     for (int k = 0; k < block.count; k += kLanes) {
         const ShadedPoints p = pointsOf(block, k);
         Vector Ci = p.Os * p.Cs;
         if (surface.kind != SurfaceRecord::kConstant) {
-            const Gathered light = lightOf(surface, lights, lightCount, p);
+            const int at = block.first + k;
+            const Gathered light = lightOf(surface, lights, lightCount, p, at);
             if (light.needsReport) return false;
-            Ci = reflected(surface, p, light, dim);
+            Ci = reflected(surface, p, light, ambient(lights, lightCount, at));
         }
         Ci = through(volume, p, Ci);
         Ci.x.store(block.Ci[0] + k);
@@ -187,6 +239,65 @@ bool shadeBlock(const SurfaceRecord& surface, const LightRecord* lights, int lig
         Ci.z.store(block.Ci[2] + k);
     }
     return true;
+}
+
+void orientRow(const RowGeometry& row)
+{
+    for (int k = 0; k < row.count; k += kLanes) {
+        const Vector P = loadVector(row.P, k);
+        storeVector(row.I, k, row.isPerspective ? P : P - Vector{P.x, P.y, 0.0f});
+        const Vector Ng = cross(loadVector(row.dPdu, k), loadVector(row.dPdv, k));
+        storeVector(row.Ng, k, row.isFlipped ? -Ng : Ng);
+    }
+}
+
+void faceRow(const RowFacing& row)
+{
+    for (int k = 0; k < row.count; k += kLanes) {
+        storeVector(row.result, k,
+                    faceforward(normalize(scaled(loadVector(row.N, k))),
+                                scaled(loadVector(row.I, k)), scaled(loadVector(row.Ng, k))));
+    }
+}
+
+bool gatherRow(const RowGathering& row)
+{
+    bool good = true;
+    for (int k = 0; k < row.count; k += kLanes) {
+        if (row.kind == RowGathering::kAmbient) {
+            storeVector(row.result, k, ambient(row.lights, row.lightCount, k));
+            continue;
+        }
+        const Vector P = loadVector(row.P, k), N = loadVector(row.N, k);
+        if (row.kind == RowGathering::kDiffuse) {
+            const Gathered light =
+                gather<true, false>(row.lights, row.lightCount, P, N, N, row.shine, k);
+            good &= !light.needsReport;
+            storeVector(row.result, k, light.diffuse);
+            continue;
+        }
+        const Vector V = loadVector(row.V, k);
+        const Gathered light =
+            row.kind == RowGathering::kSpecular
+                ? gather<false, true>(row.lights, row.lightCount, P, N, V, row.shine, k)
+                : gatherMirrored(row.lights, row.lightCount, P, N, V, row.shine, k);
+        good &= !light.needsReport;
+        storeVector(row.result, k, light.specular);
+    }
+    return good;
+}
+
+bool arriveRow(const RowArrival& row)
+{
+    bool good = true;
+    for (int k = 0; k < row.count; k += kLanes) {
+        const Vector P = loadVector(row.P, k), none{0.0f, 0.0f, 0.0f};
+        const Arriving from = arriving(*row.light, P, none, k);
+        if (isTooNear(*row.light, P, from.lit)) good = false;
+        storeVector(row.L, k, from.toLight);
+        storeVector(row.Cl, k, select(from.lit, from.Cl, none));
+    }
+    return good;
 }
 
 }  // namespace

@@ -68,6 +68,8 @@ bool Illuminance::operator++()
         const Light& light = **fNext;
         if (light.isambient()) continue;
         LightSample sample;
+        sample.row = fSurface.row;
+        sample.point = fSurface.number;
         const float f = light.illuminates(fPoint, fAxis, fAngle, fSamples, sample);
         if (!(f > kEpsilon)) continue;
         light.evaluate(sample);
@@ -86,6 +88,8 @@ Color Surface::ambient(const SurfacePoint& point)
     for (const auto& light : *point.lights) {
         if (!light->isambient()) continue;
         LightSample sample;
+        sample.row = point.row;
+        sample.point = point.number;
         light->evaluate(sample);
         sum += sample.Cl;
     }
@@ -227,5 +231,18 @@ std::unique_ptr<Surface> PlasticSurface::clone() const
 {
     return std::make_unique<PlasticSurface>(*this);
 }
+
+std::shared_ptr<Surface> upcall::makeSurface(std::shared_ptr<const HostShader> shader,
+                                             std::shared_ptr<const Transform> transform)
+{
+    auto surface = std::make_shared<HostSurface>(std::move(shader));
+    surface->declare(0, std::move(transform));
+    return surface;
+}
+
+// What a surface is without a function.
+void HostSurface::evaluate(SurfacePoint& point) const { ConstantSurface().evaluate(point); }
+
+std::unique_ptr<Surface> HostSurface::clone() const { return std::make_unique<HostSurface>(*this); }
 
 }  // namespace zeb

@@ -26,6 +26,9 @@ struct SurfacePoint {
     Color Ci = gBlack, Oi = gWhite;
 
     const List<std::shared_ptr<Light>>* lights = nullptr;
+    // Where the point is one of a row that lights of the host's shine on, and which.
+    const RowLights* row = nullptr;
+    std::size_t number = 0;
 };
 
 // Walks the lights that reach a point, but for the ambient ones: each step sets L, Cl and Ol.
@@ -113,6 +116,19 @@ public:
     void evaluate(SurfacePoint& point) const override;
     std::unique_ptr<Surface> clone() const override;
     bool describe(SurfaceRecord& record) const override;
+};
+
+// A function of the host's, which shades rows of points instead.
+class HostSurface : public Surface
+{
+public:
+    explicit HostSurface(std::shared_ptr<const HostShader> shader) : fShader(std::move(shader)) {}
+    void evaluate(SurfacePoint& point) const override;
+    std::unique_ptr<Surface> clone() const override;
+    const HostShader* host() const override { return fShader.get(); }
+
+private:
+    std::shared_ptr<const HostShader> fShader;
 };
 
 }  // namespace zeb

@@ -75,4 +75,12 @@ bool FogVolume::describe(VolumeRecord& record) const
     return true;
 }
 
+std::shared_ptr<Volume> upcall::makeVolume(std::shared_ptr<const HostShader> shader,
+                                           std::shared_ptr<const Transform> transform)
+{
+    auto volume = std::make_shared<HostVolume>(std::move(shader));
+    volume->declare(0, std::move(transform));
+    return volume;
+}
+
 }  // namespace zeb

@@ -50,4 +50,16 @@ public:
     bool describe(VolumeRecord& record) const override;
 };
 
+// A function of the host's, which changes the colours of rows of points instead.
+class HostVolume : public Volume
+{
+public:
+    explicit HostVolume(std::shared_ptr<const HostShader> shader) : fShader(std::move(shader)) {}
+    void evaluate(VolumePoint&) const override {}
+    const HostShader* host() const override { return fShader.get(); }
+
+private:
+    std::shared_ptr<const HostShader> fShader;
+};
+
 }  // namespace zeb

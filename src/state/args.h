@@ -35,6 +35,8 @@ public:
     ArgAssoc(long n, const long* indices, const ArgAssoc& from);
 
     long count() const { return fCount; }
+    // Words an element.
+    long width() const { return fWidth; }
     short storage() const;
     short type() const;
     // The values as 32-bit words, element after element; null for strings and untyped names.

@@ -50,6 +50,24 @@ bool readArgs(long n, const unsigned short* tokens, void* const* values, ArgList
     return true;
 }
 
+// Null if it is refused: then it is let go.
+std::shared_ptr<const HostShader> hostShader(const ZebShader* shader)
+{
+    constexpr long kFlags = ZEB_SHADE_ANYWHERE | ZEB_SHADE_OPACITY | ZEB_SHADE_AMBIENT;
+    if (!shader) {
+        if (legal()) error(kRange, kError, "shader is null");
+        return nullptr;
+    }
+    auto made = std::make_shared<const HostShader>(*shader);
+    if (!legal()) return nullptr;
+    if (!shader->shade || (shader->flags & ~kFlags)) {
+        error(kRange, kError, shader->shade ? "unknown flags %ld" : "shader has no function",
+              shader->flags);
+        return nullptr;
+    }
+    return made;
+}
+
 }  // namespace
 
 void Attrib::init()
@@ -62,7 +80,9 @@ std::shared_ptr<const Attrib> Attrib::snapshot()
 {
     if (fChanged || !fSnapshot) {
         fSnapshot.reset();
-        fSnapshot = std::make_shared<Attrib>(*this);
+        auto snapshot = std::make_shared<Attrib>(*this);
+        upcall::findHostShading(*snapshot);
+        fSnapshot = std::move(snapshot);
         fChanged = false;
     }
     return fSnapshot;
@@ -87,7 +107,16 @@ void Attrib::opacity(const float* samples)
 void Attrib::textureCoordinates(float s1, float t1, float s2, float t2, float s3, float t3,
                                 float s4, float t4)
 {
-    if (!legal()) return;
+    if (!legal() || !finiteArguments({{"s1", s1},
+                                      {"t1", t1},
+                                      {"s2", s2},
+                                      {"t2", t2},
+                                      {"s3", s3},
+                                      {"t3", t3},
+                                      {"s4", s4},
+                                      {"t4", t4}})) {
+        return;
+    }
     const float s[4] = {s1, s2, s3, s4}, t[4] = {t1, t2, t3, t4};
     for (int i = 0; i < 4; ++i) {
         textureS[i] = s[i];
@@ -108,11 +137,18 @@ const void* Attrib::lightSource(unsigned short name, long n, const unsigned shor
         error(kRange, kError, "unknown light source %ld", static_cast<long>(name));
         return nullptr;
     }
-    gState->own(light);
-    lights.add(light);
-    fChanged = true;
+    switchOn(light);
     if (infosHeard()) upcall::tellUnread(*light, args);
     return light.get();
+}
+
+const void* Attrib::switchOn(std::shared_ptr<Light> light)
+{
+    const void* const handle = light.get();
+    gState->own(light);
+    lights.add(std::move(light));
+    fChanged = true;
+    return handle;
 }
 
 const void* Attrib::areaLightSource(unsigned short, long n, const unsigned short* tokens,
@@ -164,6 +200,28 @@ void Attrib::atmosphere(unsigned short name, long n, const unsigned short* token
     } else if (infosHeard()) {
         upcall::tellUnread(*volume, args);
     }
+}
+
+void Attrib::customSurface(const ZebShader* shader)
+{
+    const auto made = hostShader(shader);
+    if (!made) return;
+    surfaceShader = upcall::makeSurface(made, gTransform->snapshot());
+    fChanged = true;
+}
+
+void Attrib::customAtmosphere(const ZebShader* shader)
+{
+    const auto made = shader ? hostShader(shader) : nullptr;
+    if (shader ? !made : !legal()) return;
+    atmosphereShader = made ? upcall::makeVolume(made, gTransform->snapshot()) : nullptr;
+    fChanged = true;
+}
+
+const void* Attrib::customLight(const ZebShader* shader)
+{
+    const auto made = hostShader(shader);
+    return made ? switchOn(upcall::makeLight(made, gTransform->snapshot())) : nullptr;
 }
 
 void Attrib::interior(unsigned short, long, const unsigned short*, void* const*) { legal(); }

@@ -8,6 +8,7 @@
 #include "math/matrix.h"
 #include "math/transform.h"
 #include "state/basis.h"
+#include "state/host_shader.h"
 #include "util/list.h"
 #include "util/string.h"
 
@@ -45,6 +46,9 @@ public:
     long sides = 2;
     float displacementBound = 0;
     String object, group;
+    // Of a copy that is kept: which of the host's functions shade.
+    HostShading hostShading = HostShading::kNone;
+    bool opacityByHost = false;
 
     // The defaults.
     void init();
@@ -61,6 +65,10 @@ public:
     void lightSwitch(const void* light, short on);
     void surface(unsigned short name, long n, const unsigned short* tokens, void* const* values);
     void atmosphere(unsigned short name, long n, const unsigned short* tokens, void* const* values);
+    // The same by functions of the host's.
+    void customSurface(const ZebShader* shader);
+    void customAtmosphere(const ZebShader* shader);
+    const void* customLight(const ZebShader* shader);
     // These four are accepted and without effect.
     void interior(unsigned short name, long n, const unsigned short* tokens, void* const* values);
     void exterior(unsigned short name, long n, const unsigned short* tokens, void* const* values);
@@ -87,6 +95,7 @@ public:
     std::shared_ptr<const Attrib> snapshot();
 
 private:
+    const void* switchOn(std::shared_ptr<Light> light);
     void setBasis(const Matrix& matrix, long step, short application);
 
     bool fChanged = true;

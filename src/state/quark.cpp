@@ -16,6 +16,7 @@ std::uint32_t* Quark::fTable = &Quark::fZero;
 char*** Quark::fStringTable = nullptr;
 unsigned short Quark::fRehash = 0;
 unsigned short Quark::fVertexColor = 0;
+unsigned short Quark::fS = 0, Quark::fT = 0;
 unsigned short Quark::fVertexOpacity = 0;
 
 namespace
@@ -236,6 +237,12 @@ void declarePredefined()
     unsigned short last = 0;
     for (const Predefined& p : names) last = Quark::declare(p.name, p.storage, p.type);
     if (last != kQModel) error(kBug, kError, "predefined quark mismatch");
+}
+
+void Quark::declareTexture()
+{
+    if (!fS) fS = declare("s", kVarying, kFloat);
+    if (!fT) fT = declare("t", kVarying, kFloat);
 }
 
 void initQuark()

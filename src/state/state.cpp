@@ -2,6 +2,7 @@
 
 #include "math/spaces.h"
 #include "state/callback.h"
+#include "state/host_shader.h"
 #include "state/quark.h"
 #include "state/upcalls.h"
 #include "util/cancel.h"
@@ -78,6 +79,7 @@ void State::reset()
 {
     if (CallbackScope::left()) {
         CallbackScope::forget();
+        ShadingScope::forget();
         setAttribNames(nullptr, nullptr);
     }
     if (CallbackScope::active()) {
@@ -89,6 +91,7 @@ void State::reset()
 
 short State::verify(unsigned short mask, long code)
 {
+    if (!ShadingScope::allowsCalls()) return 0;
     if (!(block() & mask)) {
         error(code, kError, nullptr);
         return 0;

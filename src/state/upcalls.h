@@ -9,6 +9,8 @@ namespace zeb
 {
 
 class ArgList;
+class Attrib;
+class HostShader;
 class Light;
 class Object;
 class Surface;
@@ -51,6 +53,15 @@ std::shared_ptr<Surface> makeSurface(unsigned short name,
                                      const ArgList& args);
 std::shared_ptr<Volume> makeVolume(unsigned short name, std::shared_ptr<const Transform> transform,
                                    const ArgList& args);
+// The same by a function of the host's.
+std::shared_ptr<Light> makeLight(std::shared_ptr<const HostShader> shader,
+                                 std::shared_ptr<const Transform> transform);
+std::shared_ptr<Surface> makeSurface(std::shared_ptr<const HostShader> shader,
+                                     std::shared_ptr<const Transform> transform);
+std::shared_ptr<Volume> makeVolume(std::shared_ptr<const HostShader> shader,
+                                   std::shared_ptr<const Transform> transform);
+// Sets what attributes know of the host's functions among their shaders.
+void findHostShading(Attrib& attrib);
 // An info for each of the arguments that is no parameter of the shader.
 void tellUnread(Surface& surface, const ArgList& args);
 void tellUnread(Light& light, const ArgList& args);

@@ -1,0 +1,518 @@
+#include "shade/host_row.h"
+
+#include <cmath>
+
+#include "state/error.h"
+
+namespace zeb
+{
+
+float* PlaneStore::take()
+{
+    if (fLeft == 0) {
+        fMemory.push_back(makeArray<float>(kTogether * fSize + kLine));
+        const auto address = reinterpret_cast<std::uintptr_t>(fMemory.back().get());
+        const std::size_t past = address / sizeof(float) % kLine;
+        fFirst.push_back(fMemory.back().get() + (kLine - past) % kLine);
+        fLeft = kTogether;
+    }
+    float* const plane = fFirst.back() + (kTogether - fLeft--) * fSize;
+    std::fill_n(plane, fSize, 0.0f);
+    return plane;
+}
+
+bool PlaneStore::contains(const float* plane) const
+{
+    for (const float* const first : fFirst) {
+        const std::size_t taken = kTogether - (first == fFirst.back() ? fLeft : 0);
+        const std::less<const float*> before;
+        if (before(plane, first) || !before(plane, first + taken * fSize)) continue;
+        return static_cast<std::size_t>(plane - first) % fSize == 0;
+    }
+    return false;
+}
+
+// While a function runs.
+struct HostRow::UnderWay {
+    UnderWay(const HostRow& of, const ZebRow& given)
+        : row(&of), shown(&given), outer(std::exchange(fInnermost, this))
+    {
+    }
+    ~UnderWay() { fInnermost = outer; }
+    UnderWay(const UnderWay&) = delete;
+    UnderWay& operator=(const UnderWay&) = delete;
+
+    const HostRow* const row;
+    const ZebRow* const shown;
+    UnderWay* const outer;
+    static thread_local UnderWay* fInnermost;
+};
+
+thread_local HostRow::UnderWay* HostRow::UnderWay::fInnermost = nullptr;
+
+HostRow::HostRow(const GridPoints& points, const RenderFrame& frame, const VertexPlace* places,
+                 std::size_t count)
+    : fPoints(points),
+      fGrid(points.grid()),
+      fFrame(frame),
+      fPlaces(places),
+      fCount(count),
+      fSize((count + ShadingBlock::kMultiple - 1) / ShadingBlock::kMultiple *
+            ShadingBlock::kMultiple),
+      fKernel(frame.plain ? ShadingKernel() : shadingKernel()),
+      fStore(fSize)
+{
+    fRow.count = static_cast<long>(count);
+    for (auto* planes : {&fRow.P, &fRow.N, &fRow.Ng, &fRow.I, &fRow.dPdu, &fRow.dPdv, &fRow.Cs,
+                         &fRow.Os, &fRow.Ci, &fRow.Oi}) {
+        take(*planes);
+    }
+    for (float** plane : {&fRow.u, &fRow.v, &fRow.s, &fRow.t, &fRow.du, &fRow.dv}) {
+        *plane = fStore.take();
+    }
+    findPoints();
+    findParameters();
+    orient();
+}
+
+HostRow::~HostRow() = default;
+
+void HostRow::findPoints()
+{
+    for (std::size_t k = 0; k < fCount; ++k) {
+        const Vertex vertex = fPoints.vertex(fPlaces[k]);
+        put(fRow.P, k, vertex.P);
+        put(fRow.dPdu, k, vertex.dPdu);
+        put(fRow.dPdv, k, vertex.dPdv);
+        const GridPoints::Parameters at = fPoints.parameters(fPlaces[k]);
+        if (fPoints.hasNormals()) put(fRow.N, k, fPoints.normal(at));
+        put(fRow.Cs, k, fPoints.color(at));
+        put(fRow.Os, k, fPoints.opacity(at));
+    }
+    for (const auto* planes : {&fRow.P, &fRow.N, &fRow.dPdu, &fRow.dPdv, &fRow.Cs, &fRow.Os}) {
+        fill(*planes);
+    }
+    for (int k = 0; k < 3; ++k) std::copy_n(fRow.Os[k], fSize, fRow.Oi[k]);
+}
+
+// On the surface as a whole, and how far neighbours are apart on it.
+void HostRow::findParameters()
+{
+    const SurfacePart& part = fGrid.fPart;
+    const auto lerp = [](float a, float b, float t) { return (1 - t) * a + t * b; };
+    for (std::size_t k = 0; k < fCount; ++k) {
+        const auto [u, v] = fPoints.parameters(fPlaces[k]);
+        if (fGrid.fTriangular) {
+            fRow.u[k] = barylerp(u, v, part.u[0], part.u[1], part.u[2]);
+            fRow.v[k] = barylerp(u, v, part.v[0], part.v[1], part.v[2]);
+        } else {
+            fRow.u[k] = lerp(part.u[0], part.u[1], u);
+            fRow.v[k] = lerp(part.v[0], part.v[2], v);
+        }
+    }
+    fill(fRow.u);
+    fill(fRow.v);
+    findTexture(Quark::fS, fPoints.attrib().textureS, fRow.s);
+    findTexture(Quark::fT, fPoints.attrib().textureT, fRow.t);
+    const int usteps = fGrid.fTransposed ? fGrid.fVSize : fGrid.fUSize;
+    const int vsteps = fGrid.fTransposed ? fGrid.fUSize : fGrid.fVSize;
+    const auto apart = [&](const float(&corners)[4]) {
+        return std::max(std::fabs(corners[1] - corners[0]) / static_cast<float>(usteps),
+                        std::fabs(corners[2] - corners[0]) / static_cast<float>(vsteps));
+    };
+    std::fill_n(fRow.du, fSize, apart(part.u));
+    std::fill_n(fRow.dv, fSize, apart(part.v));
+}
+
+void HostRow::findTexture(unsigned short token, const float (&corners)[4], float* plane) const
+{
+    const ArgAssoc* const given = argument(token, kFloat);
+    for (std::size_t k = 0; k < fCount; ++k) {
+        plane[k] =
+            given ? GridPoints::interpolated<float>(
+                        *given, fPoints.parameters(fPlaces[k]),
+                        [&](long corner) { return given->words()[corner]; })
+                  : bilerp(fRow.u[k], fRow.v[k], corners[0], corners[1], corners[2], corners[3]);
+    }
+    fill(plane);
+}
+
+// Normals, the way from the eye, and derivatives in the parameters of the surface.
+void HostRow::orient()
+{
+    const bool perspective = fFrame.option.perspective;
+    if (fKernel) {
+        fKernel.orient({perspective, fGrid.fFlip, static_cast<int>(fSize), fRow.P, fRow.dPdu,
+                        fRow.dPdv, fRow.I, fRow.Ng});
+    } else {
+        for (std::size_t k = 0; k < fSize; ++k) {
+            const Point P = pointAt(fRow.P, k);
+            put(fRow.I, k, P - (perspective ? gOrigin : Point(P.x, P.y, 0)));
+            const Point Ng = rounded(Pointd(pointAt(fRow.dPdu, k)) ^ Pointd(pointAt(fRow.dPdv, k)));
+            put(fRow.Ng, k, fGrid.fFlip ? -Ng : Ng);
+        }
+    }
+    if (!fPoints.hasNormals()) {
+        for (int axis = 0; axis < 3; ++axis) std::copy_n(fRow.Ng[axis], fSize, fRow.N[axis]);
+    }
+    const float mean = fGrid.fSmooth ? 1.0f : 0.25f;
+    const auto perUnit = [&](float from, float to) {
+        return fGrid.fTriangular || from == to ? mean : mean / (to - from);
+    };
+    const float u = perUnit(fGrid.fPart.u[0], fGrid.fPart.u[1]);
+    const float v = perUnit(fGrid.fPart.v[0], fGrid.fPart.v[2]);
+    for (int axis = 0; axis < 3; ++axis) {
+        for (std::size_t k = 0; k < fSize; ++k) fRow.dPdu[axis][k] *= u;
+        for (std::size_t k = 0; k < fSize; ++k) fRow.dPdv[axis][k] *= v;
+    }
+}
+
+HostRow* HostRow::underWay(const ZebRow* row)
+{
+    const UnderWay* const innermost = UnderWay::fInnermost;
+    if (innermost && innermost->shown == row) return const_cast<HostRow*>(innermost->row);
+    error(kState, kError, nullptr);
+    return nullptr;
+}
+
+bool HostRow::owns(const float* const* planes, int count) const
+{
+    bool good = planes != nullptr;
+    for (int k = 0; good && k < count; ++k) good = fStore.contains(planes[k]);
+    if (!good) error(kRange, kError, "not a plane of the row");
+    return good;
+}
+
+void HostRow::call(const HostShader& shader, ZebRow& row) const
+{
+    const UnderWay scope(*this, row);
+    shader.shade(row);
+}
+
+bool HostRow::mend(Triple planes, float other) const
+{
+    bool good = true;
+    for (std::size_t k = 0; k < fCount; ++k) {
+        const float x = planes[0][k], y = planes[1][k], z = planes[2][k];
+        if (x - x + (y - y) + (z - z) == 0) continue;
+        good = false;
+        put(planes, k, Color(other, other, other));
+    }
+    return good;
+}
+
+// The function is given a copy: what it does to the struct itself is without effect.
+void HostRow::shadeSurface(const HostShader& shader)
+{
+    ZebRow row = fRow;
+    call(shader, row);
+    if (!mend(fRow.Ci, 0)) shader.tellNoNumber();
+    if (!shader.setsOpacity()) {
+        for (std::size_t k = 0; k < fCount; ++k) {
+            put(fRow.Oi, k, fPoints.opacity(fPoints.parameters(fPlaces[k])));
+        }
+    } else if (!mend(fRow.Oi, 1)) {
+        shader.tellNoNumber();
+    }
+}
+
+void HostRow::shadeVolume(const HostShader& shader)
+{
+    ZebRow row = fRow;
+    float* opacities[3];
+    take(opacities);
+    for (int k = 0; k < 3; ++k) {
+        std::copy_n(fRow.Oi[k], fSize, opacities[k]);
+        row.Oi[k] = opacities[k];
+    }
+    call(shader, row);
+    if (!mend(fRow.Ci, 0)) shader.tellNoNumber();
+}
+
+const RowLights::Planes& HostRow::planes(const Light& light) const
+{
+    for (const auto& known : fLightPlanes) {
+        if (known->light == &light) return known->planes;
+    }
+    auto made = std::make_unique<LightPlanes>();
+    made->light = &light;
+    ZebRow row = fRow;
+    for (int k = 0; k < 3; ++k) {
+        row.Ci[k] = row.Oi[k] = nullptr;
+        row.L[k] = made->planes.L[k] = fStore.take();
+        row.Cl[k] = made->planes.Cl[k] = fStore.take();
+        row.Ol[k] = made->planes.Ol[k] = fStore.take();
+        std::fill_n(row.Ol[k], fSize, 1.0f);
+    }
+    const HostShader& shader = *light.host();
+    fInLight = true;
+    call(shader, row);
+    fInLight = false;
+    const Planes& planes = made->planes;
+    const bool good = mend(planes.L, 0) & mend(planes.Cl, 0) & mend(planes.Ol, 1);
+    if (!good) shader.tellNoNumber();
+    fill(planes.L);
+    fill(planes.Cl);
+    fill(planes.Ol);
+    fLightPlanes.push_back(std::move(made));
+    return fLightPlanes.back()->planes;
+}
+
+const HostRow::LightRecords* HostRow::lightRecords() const
+{
+    if (fDescribed) return fAllKnown ? &fLightRecords : nullptr;
+    fDescribed = true;
+    fLightRecords.reserve(8);  // more than most have
+    for (const auto& light : fPoints.attrib().lights) {
+        LightRecord& record = fLightRecords.emplace_back();
+        if (light->host()) {
+            const Planes& given = planes(*light);
+            record.kind = light->isambient() ? LightRecord::kGivenAmbient : LightRecord::kGiven;
+            std::copy_n(given.L, 3, record.L);
+            std::copy_n(given.Cl, 3, record.Cl);
+        } else if (!light->describe(record)) {
+            return nullptr;
+        }
+    }
+    fAllKnown = true;
+    return &fLightRecords;
+}
+
+float* HostRow::variable(unsigned short token, long component) const
+{
+    const ArgAssoc* const given = argument(token, kTypeNone);
+    if (!given || !given->words() || given->type() == kInteger) return nullptr;
+    const long width = given->width();
+    if (component < 0 || component >= width) return nullptr;
+    float* const result = fStore.take();
+    for (std::size_t k = 0; k < fCount; ++k) {
+        result[k] = GridPoints::interpolated<float>(
+            *given, fPoints.parameters(fPlaces[k]),
+            [&](long corner) { return given->words()[corner * width + component]; });
+    }
+    fill(result);
+    return result;
+}
+
+const int* HostRow::integers(unsigned short token) const
+{
+    const ArgAssoc* const given = argument(token, kInteger);
+    return given ? reinterpret_cast<const int*>(given->words()) : nullptr;
+}
+
+const char* HostRow::string(unsigned short token) const
+{
+    const ArgAssoc* const given = argument(token, kString);
+    return given && given->string() ? given->string()->text() : nullptr;
+}
+
+const ArgAssoc* HostRow::argument(unsigned short token, short type) const
+{
+    const ArgAssoc* given = fGrid.fOtherArgs.find(token);
+    if (!given) given = fGrid.fVertexArgs.find(token);
+    return given && (type == kTypeNone || given->type() == type) ? given : nullptr;
+}
+
+bool HostRow::mayAskLights() const
+{
+    if (!fInLight) return true;
+    error(kState, kError, "a light cannot ask for light");
+    return false;
+}
+
+SurfacePoint HostRow::lit(std::size_t k) const
+{
+    SurfacePoint point;
+    point.P = pointAt(fRow.P, k);
+    point.lights = &fPoints.attrib().lights;
+    point.row = this;
+    point.number = k;
+    return point;
+}
+
+// By lanes, unless some light is more than the kernels know, or something has to be reported.
+template <class One>
+void HostRow::gather(RowGathering row, Triple result, const One& one) const
+{
+    if (!mayAskLights()) return;
+    float* found[3];
+    take(found);
+    const LightRecords* const lights = fKernel ? lightRecords() : nullptr;
+    if (lights) {
+        row.count = static_cast<int>(fSize);
+        row.lights = lights->data();
+        row.lightCount = static_cast<int>(lights->size());
+        row.P = fRow.P;
+        row.result = found;
+    }
+    if (!lights || !fKernel.gather(row)) {
+        for (std::size_t k = 0; k < fCount; ++k) put(found, k, one(k));
+        fill(found);
+    }
+    for (int k = 0; k < 3; ++k) std::copy_n(found[k], fSize, result[k]);
+}
+
+void HostRow::ambient(Triple result) const
+{
+    gather({}, result, [&](std::size_t k) { return Surface::ambient(lit(k)); });
+}
+
+void HostRow::diffuse(Triple N, Triple result) const
+{
+    RowGathering row;
+    row.kind = RowGathering::kDiffuse;
+    row.N = N;
+    gather(row, result, [&](std::size_t k) {
+        SurfacePoint point = lit(k);
+        return Surface::diffuse(point, pointAt(N, k));
+    });
+}
+
+void HostRow::specular(Triple N, Triple V, float roughness, Triple result) const
+{
+    RowGathering row;
+    row.kind = RowGathering::kSpecular;
+    row.N = N;
+    row.V = V;
+    row.shine = roughness;
+    gather(row, result, [&](std::size_t k) {
+        SurfacePoint point = lit(k);
+        Point toEye = pointAt(V, k);
+        return Surface::specular(point, pointAt(N, k), toEye, roughness);
+    });
+}
+
+void HostRow::phong(Triple N, Triple V, float size, Triple result) const
+{
+    RowGathering row;
+    row.kind = RowGathering::kPhong;
+    row.N = N;
+    row.V = V;
+    row.shine = size;
+    gather(row, result, [&](std::size_t k) {
+        SurfacePoint point = lit(k);
+        return Surface::phong(point, pointAt(N, k), pointAt(V, k), size);
+    });
+}
+
+long HostRow::lightCount() const
+{
+    long count = 0;
+    for (const auto& light : fPoints.attrib().lights) count += !light->isambient();
+    return count;
+}
+
+bool HostRow::light(long number, Triple L, Triple Cl, Triple Ol) const
+{
+    if (!mayAskLights()) return false;
+    const Light* asked = nullptr;
+    std::size_t place = 0, places = 0;
+    for (const auto& light : fPoints.attrib().lights) {
+        if (!light->isambient() && number-- == 0) {
+            asked = light.get();
+            place = places;
+        }
+        ++places;
+    }
+    if (!asked) return false;
+    const LightRecords* const lights = fKernel ? lightRecords() : nullptr;
+    const bool done =
+        lights && fKernel.arrive({static_cast<int>(fSize), &(*lights)[place], fRow.P, L, Cl});
+    for (std::size_t k = 0; k < fCount && !done; ++k) {
+        LightSample sample;
+        sample.row = this;
+        sample.point = k;
+        const bool arrives = asked->illuminates(pointAt(fRow.P, k), gOrigin, kPi, 0, sample) > 0;
+        if (arrives) asked->evaluate(sample);
+        put(L, k, normalize(scaled(-sample.L)));
+        put(Cl, k, arrives ? sample.Cl : gBlack);
+    }
+    fill(L);
+    fill(Cl);
+    const float* const* const opacities = asked->host() ? planes(*asked).Ol : nullptr;
+    for (int k = 0; Ol && k < 3; ++k) {
+        if (opacities) {
+            std::copy_n(opacities[k], fSize, Ol[k]);
+        } else {
+            std::fill_n(Ol[k], fSize, 1.0f);
+        }
+    }
+    return true;
+}
+
+void HostRow::facing(Triple N, Triple result) const
+{
+    if (fKernel) return fKernel.face({static_cast<int>(fSize), N, fRow.I, fRow.Ng, result});
+    for (std::size_t k = 0; k < fSize; ++k) {
+        put(result, k,
+            faceforward(normalize(scaled(pointAt(N, k))), scaled(pointAt(fRow.I, k)),
+                        scaled(pointAt(fRow.Ng, k))));
+    }
+}
+
+template <class Visit>
+void HostRow::eachPlace(const Visit& visit) const
+{
+    const int lines = fGrid.fVSize + fGrid.fSmooth;
+    std::size_t start = 0, above = 0;
+    for (int j = 0; j < lines; ++j) {
+        const std::size_t size = lineSize(j), below = start + size;
+        const std::size_t sizeAbove = j > 0 ? lineSize(j - 1) : 0;
+        const std::size_t sizeBelow = j + 1 < lines ? lineSize(j + 1) : 0;
+        for (std::size_t i = 0; i < size; ++i) {
+            const std::size_t k = start + i;
+            visit(k, Neighbours{i > 0 ? k - 1 : k, i + 1 < size ? k + 1 : k,
+                                i < sizeAbove ? above + i : k, i < sizeBelow ? below + i : k});
+        }
+        above = start;
+        start = below;
+    }
+}
+
+// Where a point is alone one way, what its neighbour the other way has.
+void HostRow::differences(const float* values, float* along1, float* along2) const
+{
+    const auto difference = [&](std::size_t before, std::size_t here, std::size_t after) {
+        const float d = values[after] - values[before];
+        return before != here && after != here ? 0.5f * d : d;
+    };
+    eachPlace([&](std::size_t k, const Neighbours& near) {
+        const bool alone1 = near.before == near.after, alone2 = near.above == near.below;
+        along1[k] = alone1 ? (near.above != k ? along1[near.above] : 0)
+                           : difference(near.before, k, near.after);
+        along2[k] = alone2 ? (near.before != k ? along2[near.before] : 0)
+                           : difference(near.above, k, near.below);
+    });
+    fill(along1);
+    fill(along2);
+}
+
+// Where the differences tell nothing, as at a pole, a neighbour's.
+void HostRow::normals(Triple positions, Triple result) const
+{
+    float *along1[3], *along2[3];
+    take(along1);
+    take(along2);
+    for (int axis = 0; axis < 3; ++axis) differences(positions[axis], along1[axis], along2[axis]);
+    const bool turned = fGrid.fFlip != fGrid.fTransposed;
+    constexpr double kNothing = 1e-8;
+    std::vector<bool> known(fCount);
+    for (std::size_t k = 0; k < fCount; ++k) {
+        const Pointd a(pointAt(along1, k)), b(pointAt(along2, k)), N = a ^ b;
+        const double size = dot(a, a) + dot(b, b);
+        known[k] = dot(N, N) > kNothing * size * size;
+        if (known[k]) put(result, k, rounded(turned ? N * -1 : N));
+    }
+    eachPlace([&](std::size_t k, const Neighbours& near) {
+        if (known[k]) return;
+        for (const std::size_t other : {near.below, near.above, near.after, near.before}) {
+            if (other == k || !known[other]) continue;
+            put(result, k, pointAt(result, other));
+            return;
+        }
+        put(result, k, pointAt(fRow.Ng, k));
+    });
+    fill(result);
+}
+
+}  // namespace zeb

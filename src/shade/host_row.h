@@ -1,0 +1,162 @@
+// All points of a grid at once, as functions of the host's shade them, and what these may ask.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "shade/grid_points.h"
+#include "shade/surface.h"
+#include "util/pool.h"
+#include "zebcore/zebcore.h"
+
+namespace zeb
+{
+
+// Planes of so many values, as many as a pool holds at once, that begin at whole cache lines.
+class PlaneStore
+{
+public:
+    explicit PlaneStore(std::size_t size) : fSize(size) {}
+
+    float* take();
+    bool contains(const float* plane) const;
+
+private:
+    static constexpr std::size_t kTogether = 48, kLine = 16;
+
+    const std::size_t fSize;
+    std::size_t fLeft = 0;
+    std::vector<PoolArray<float>> fMemory;
+    std::vector<float*> fFirst;
+};
+
+class HostRow final : public RowLights
+{
+public:
+    using Triple = float* const*;
+    using LightRecords = std::vector<LightRecord, PoolAllocator<LightRecord>>;
+
+    // Finds all that surfaces are told of the points.
+    HostRow(const GridPoints& points, const RenderFrame& frame, const VertexPlace* places,
+            std::size_t count);
+    ~HostRow() override;
+    HostRow(const HostRow&) = delete;
+    HostRow& operator=(const HostRow&) = delete;
+
+    // The one that a function of the host's is shading on this thread, if that is what it was
+    // given; reports that it is not otherwise, and answers null.
+    static HostRow* underWay(const ZebRow* row);
+    // Whether planes of the host's are some of the row's; reports that they are not.
+    bool owns(Triple planes) const { return owns(planes, 3); }
+    bool owns(const float* plane) const { return owns(&plane, 1); }
+
+    // Calls a function, and mends what it gives that is no number.
+    void shadeSurface(const HostShader& shader);
+    void shadeVolume(const HostShader& shader);
+
+    Point P(std::size_t k) const { return pointAt(fRow.P, k); }
+    Point I(std::size_t k) const { return pointAt(fRow.I, k); }
+    Color Ci(std::size_t k) const { return colorAt(fRow.Ci, k); }
+    Color Oi(std::size_t k) const { return colorAt(fRow.Oi, k); }
+    void setCi(std::size_t k, const Color& color) { put(fRow.Ci, k, color); }
+    const Planes& planes(const Light& light) const override;
+    // What the kernels know of the lights, those of the host's included; null if one is more than
+    // they know.
+    const LightRecords* lightRecords() const;
+
+    // For functions that are shading.
+    float* plane() const { return fStore.take(); }
+    float* variable(unsigned short token, long component) const;
+    const int* integers(unsigned short token) const;
+    const char* string(unsigned short token) const;
+    void ambient(Triple result) const;
+    void diffuse(Triple N, Triple result) const;
+    void specular(Triple N, Triple V, float roughness, Triple result) const;
+    void phong(Triple N, Triple V, float size, Triple result) const;
+    long lightCount() const;
+    bool light(long number, Triple L, Triple Cl, Triple Ol) const;
+    void facing(Triple N, Triple result) const;
+    void differences(const float* values, float* along1, float* along2) const;
+    void normals(Triple positions, Triple result) const;
+
+private:
+    struct LightPlanes {
+        const Light* light;
+        Planes planes;
+    };
+    struct UnderWay;
+
+    static Color colorAt(Triple planes, std::size_t k)
+    {
+        return {planes[0][k], planes[1][k], planes[2][k]};
+    }
+    static Point pointAt(Triple planes, std::size_t k)
+    {
+        return {planes[0][k], planes[1][k], planes[2][k]};
+    }
+    static void put(Triple planes, std::size_t k, const Point& p)
+    {
+        planes[0][k] = p.x;
+        planes[1][k] = p.y;
+        planes[2][k] = p.z;
+    }
+    static void put(Triple planes, std::size_t k, const Color& c)
+    {
+        planes[0][k] = c.r;
+        planes[1][k] = c.g;
+        planes[2][k] = c.b;
+    }
+    bool owns(const float* const* planes, int count) const;
+    void take(float* (&planes)[3]) const
+    {
+        for (float*& plane : planes) plane = fStore.take();
+    }
+    // The last point, as often as it takes.
+    void fill(float* plane) const { std::fill(plane + fCount, plane + fSize, plane[fCount - 1]); }
+    void fill(Triple planes) const
+    {
+        for (int axis = 0; axis < 3; ++axis) fill(planes[axis]);
+    }
+
+    // Of the primitive's variables; null without one of the type, if there is a type.
+    const ArgAssoc* argument(unsigned short token, short type) const;
+    void findPoints();
+    void findParameters();
+    void findTexture(unsigned short token, const float (&corners)[4], float* plane) const;
+    void orient();
+    void call(const HostShader& shader, ZebRow& row) const;
+    // Whether all were numbers; others become this.
+    bool mend(Triple planes, float other) const;
+    // Whether light may be asked for: lights themselves may not.
+    bool mayAskLights() const;
+    // The point as surfaces look at it that take its light one by one.
+    SurfacePoint lit(std::size_t k) const;
+    template <class One>
+    void gather(RowGathering row, Triple result, const One& one) const;
+    // Points lie in lines. A place and those beside it; itself where there is none.
+    struct Neighbours {
+        std::size_t before, after, above, below;
+    };
+    template <class Visit>
+    void eachPlace(const Visit& visit) const;
+    std::size_t lineSize(int line) const
+    {
+        return static_cast<std::size_t>(fGrid.fSmooth ? fGrid.vertexCount(line)
+                                                      : fGrid.cellCount(line));
+    }
+
+    const GridPoints& fPoints;
+    const Grid& fGrid;
+    const RenderFrame& fFrame;
+    const VertexPlace* const fPlaces;
+    const std::size_t fCount, fSize;  // with what fills the last lanes
+    const ShadingKernel fKernel;      // none in the plain way
+    mutable PlaneStore fStore;
+    ZebRow fRow{};
+    mutable std::vector<std::unique_ptr<LightPlanes>> fLightPlanes;
+    mutable LightRecords fLightRecords;
+    mutable bool fDescribed = false, fAllKnown = false, fInLight = false;
+};
+
+}  // namespace zeb

@@ -1,0 +1,86 @@
+// Functions of the host's that shade.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <utility>
+
+#include "state/callback.h"
+#include "state/report_log.h"
+#include "zebcore/zebcore.h"
+
+namespace zeb
+{
+
+// How the functions of a surface, its atmosphere and its lights may be called. Of several, the
+// strictest counts.
+enum class HostShading { kNone, kAnywhere, kInOrder };
+
+// One of them, with its data.
+class HostShader
+{
+public:
+    // The call that makes it is named in reports.
+    explicit HostShader(const ZebShader& shader);
+    // On any thread; the data is freed later.
+    ~HostShader();
+    HostShader(const HostShader&) = delete;
+    HostShader& operator=(const HostShader&) = delete;
+
+    bool setsOpacity() const { return fShader.flags & ZEB_SHADE_OPACITY; }
+    bool isAmbient() const { return fShader.flags & ZEB_SHADE_AMBIENT; }
+    HostShading kind() const
+    {
+        return fShader.flags & ZEB_SHADE_ANYWHERE ? HostShading::kAnywhere : HostShading::kInOrder;
+    }
+
+    void shade(ZebRow& row) const;
+    // Tells, once, that what it gave was no number.
+    void tellNoNumber() const { tellInTurn(fNoNumber); }
+
+    // Whether there is one that has to be called in order: then the host can tell in which order
+    // things happen.
+    static bool anyInOrder() { return gInOrder.load(std::memory_order_relaxed) > 0; }
+    // On the caller's thread, when a call ends: frees the data of those that are gone.
+    static void freeGone()
+    {
+        while (gGone.load(std::memory_order_relaxed) && freeNext()) {
+        }
+    }
+
+private:
+    // What waits to be freed.
+    struct Data;
+    static bool freeNext();
+
+    static std::atomic<int> gInOrder;
+    static std::atomic<bool> gGone;
+
+    const ZebShader fShader;
+    std::unique_ptr<Data> fData;  // null if nothing has to be freed
+    std::shared_ptr<ReportLog> fNoNumber = std::make_shared<ReportLog>();
+};
+
+// While one lives, a function of the host's shades on this thread: calls into the library are
+// refused.
+class ShadingScope
+{
+public:
+    ShadingScope() : fOuter(std::exchange(fActive, true)) {}
+    ~ShadingScope() { fActive = fOuter; }
+    ShadingScope(const ShadingScope&) = delete;
+    ShadingScope& operator=(const ShadingScope&) = delete;
+
+    static bool active() { return fActive; }
+    // Whether calls are legal; reports that this one is not.
+    static bool allowsCalls();
+    // A host may have left it by a jump.
+    static void forget() { fActive = false; }
+
+private:
+    const CallbackScope fCallback;
+    const bool fOuter;
+    static thread_local bool fActive;
+};
+
+}  // namespace zeb
