@@ -936,6 +936,17 @@ ZEB_API long zebVersion(void);
     read. */
 #define ZEB_SHADE_AMBIENT 4
 
+/** What zebRowTransform takes planes for. */
+#define ZEB_TRANSFORM_POINT 0xF10  /**< places */
+#define ZEB_TRANSFORM_VECTOR 0xF11 /**< ways from place to place */
+#define ZEB_TRANSFORM_NORMAL 0xF12 /**< normals; their length is not kept */
+
+/** What lies beyond the edges of an image (zebImage). */
+#define ZEB_IMAGE_CLAMP 0xF00  /**< the pixels at the edge */
+#define ZEB_IMAGE_REPEAT 0xF01 /**< the image again */
+#define ZEB_IMAGE_MIRROR 0xF02 /**< the image mirrored */
+#define ZEB_IMAGE_BLACK 0xF03  /**< nothing: 0 in all channels */
+
 /**
  * Points that are shaded together. The planes are the function's own while it runs: they do not
  * overlap, begin at multiples of 64 bytes, and hold count elements and as many more as make a
@@ -1079,6 +1090,71 @@ ZEB_API void zebRowDifferences(const ZebRow* row, const float* values, float* al
 /** Finds normals of positions moved by the function, from their differences, on the side that Ng
     is on. @param positions,result three planes each; not the same */
 ZEB_API void zebRowNormals(const ZebRow* row, float* const* positions, float* const* result);
+/**
+ * Brings points from one space to another.
+ * @param from,to 0: the space in which the shader was made. Otherwise a token: "eye", which is
+ * camera space, "world", "model", which is the primitive's object space, and marked spaces, as they
+ * were when the shader was made
+ * @param kind ZEB_TRANSFORM_...
+ * @param points,result three planes each; may be the same
+ *
+ * Code 10 for an unknown space and kind, and for "raster" and "image"; code 15 for a space that has
+ * no way back. Then the result is not set.
+ */
+ZEB_API void zebRowTransform(const ZebRow* row, unsigned short from, unsigned short to, short kind,
+                             float* const* points, float* const* result);
+/**
+ * Finds noise: random, but smooth, and always the same at a place. It is 0 where all coordinates
+ * are whole numbers, within -1 to 1 between, and changes about once a unit (K. Perlin, 2002).
+ * @param dimensions 1 to 4; code 10 for others
+ * @param places as many planes
+ * @param periods as many whole numbers: noise repeats along coordinates whose period is above 0;
+ *   null is none
+ * @param result a plane, set
+ */
+ZEB_API void zebRowNoise(const ZebRow* row, long dimensions, float* const* places,
+                         const long* periods, float* result);
+/**
+ * Adds octaves of noise up: of places, of twice their coordinates, of four times, and so on.
+ * Octaves that would change too much from one point to the next fade out, so that nothing flickers.
+ * @param octaves 1 to 32; code 10 for others
+ * @param gain how much each octave has of the one before; usually 0.5
+ * @param absolute non-zero adds the absolute values, which has creases, as in marble and fire
+ */
+ZEB_API void zebRowTurbulence(const ZebRow* row, long dimensions, float* const* places,
+                              long octaves, float gain, short absolute, float* result);
+/** Finds a step: 0 where values are below the edge, 1 above, and in between as much as lies above
+   it from one point to the next. @param values,result planes; may be the same */
+ZEB_API void zebRowStep(const ZebRow* row, float edge, const float* values, float* result);
+/** Finds a checkerboard of fields one unit wide, averaged from one point to the next: 1 where the
+    whole parts of s and t are both even or both odd, 0 elsewhere.
+    @param result a plane, set; may be s or t */
+ZEB_API void zebRowChecks(const ZebRow* row, const float* s, const float* t, float* result);
+/**
+ * Makes an image to look up, with smaller copies of it.
+ * @param width,height in pixels, up to 2^20
+ * @param channels 1 to 64
+ * @param pixels width x height x channels numbers: row by row from the top, the channels of a pixel
+ *   side by side; copied
+ * @param wrap ZEB_IMAGE_...
+ * @return its handle, good until zebImageFree; null if refused
+ *
+ * Legal anywhere. Code 10 for what is no image, and for pixels that are not finite.
+ */
+ZEB_API const void* zebImage(long width, long height, long channels, const float* pixels,
+                             short wrap);
+/** Lets an image go. Legal anywhere; code 10 for a dead handle. A picture under way that still asks
+    for it gets nothing, with code 10. */
+ZEB_API void zebImageFree(const void* image);
+/**
+ * Looks an image up: bilinear where it is magnified, from smaller copies where s and t change by
+ * more than a pixel from one point to the next.
+ * @param s,t planes: the image covers 0 to 1 by 0 to 1, t runs downwards
+ * @param blur added to how far s and t change, as a part of the image; usually 0
+ * @param results as many planes as the image has channels, set
+ */
+ZEB_API void zebRowImage(const ZebRow* row, const void* image, const float* s, const float* t,
+                         float blur, float* const* results);
 /** @} */
 
 #ifdef __cplusplus

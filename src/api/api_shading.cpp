@@ -6,6 +6,19 @@
 
 using namespace zeb;
 
+namespace
+{
+
+bool isWithin(const char* name, long count, long most)
+{
+    if (count >= 1 && count <= most) return true;
+    error(kRange, kError, "%s must be 1 to %ld, not %ld", name, most, count);
+    return false;
+}
+bool isDimension(long count) { return isWithin("dimensions", count, 4); }
+
+}  // namespace
+
 extern "C" {
 
 float* zebRowPlane(const ZebRow* row)
@@ -108,6 +121,83 @@ void zebRowNormals(const ZebRow* row, float* const* positions, float* const* res
     const HostRow* const points = HostRow::underWay(row);
     if (points && points->owns(positions) && points->owns(result)) {
         points->normals(positions, result);
+    }
+}
+
+void zebRowTransform(const ZebRow* row, unsigned short from, unsigned short to, short kind,
+                     float* const* points, float* const* result)
+{
+    NameFrame frame("zebRowTransform");
+    const HostRow* const shaded = HostRow::underWay(row);
+    if (shaded && shaded->owns(points) && shaded->owns(result)) {
+        shaded->transform(from, to, kind, points, result);
+    }
+}
+
+void zebRowNoise(const ZebRow* row, long dimensions, float* const* places, const long* periods,
+                 float* result)
+{
+    NameFrame frame("zebRowNoise");
+    const HostRow* const points = HostRow::underWay(row);
+    if (points && isDimension(dimensions) && points->owns(places, dimensions) &&
+        points->owns(result)) {
+        points->noise(dimensions, places, periods, result);
+    }
+}
+
+void zebRowTurbulence(const ZebRow* row, long dimensions, float* const* places, long octaves,
+                      float gain, short absolute, float* result)
+{
+    NameFrame frame("zebRowTurbulence");
+    const HostRow* const points = HostRow::underWay(row);
+    if (points && isDimension(dimensions) && isWithin("octaves", octaves, 32) &&
+        points->owns(places, dimensions) && points->owns(result)) {
+        points->turbulence(dimensions, places, octaves, gain, absolute != 0, result);
+    }
+}
+
+void zebRowStep(const ZebRow* row, float edge, const float* values, float* result)
+{
+    NameFrame frame("zebRowStep");
+    const HostRow* const points = HostRow::underWay(row);
+    if (points && points->owns(values) && points->owns(result)) points->step(edge, values, result);
+}
+
+void zebRowChecks(const ZebRow* row, const float* s, const float* t, float* result)
+{
+    NameFrame frame("zebRowChecks");
+    const HostRow* const points = HostRow::underWay(row);
+    if (points && points->owns(s) && points->owns(t) && points->owns(result)) {
+        points->checks(s, t, result);
+    }
+}
+
+const void* zebImage(long width, long height, long channels, const float* pixels, short wrap)
+{
+    CallFrame frame("zebImage");
+    if (!ShadingScope::allowsCalls()) return nullptr;
+    auto image = Image::make(width, height, channels, pixels, wrap);
+    return image ? Image::keep(std::move(image)) : nullptr;
+}
+
+void zebImageFree(const void* image)
+{
+    CallFrame frame("zebImageFree");
+    if (!ShadingScope::allowsCalls() || Image::release(image)) return;
+    error(kRange, kError, "image handle %p is not live", image);
+}
+
+void zebRowImage(const ZebRow* row, const void* image, const float* s, const float* t, float blur,
+                 float* const* results)
+{
+    NameFrame frame("zebRowImage");
+    const HostRow* const points = HostRow::underWay(row);
+    if (!points) return;
+    const std::shared_ptr<const Image> found = Image::find(image);
+    if (!found) {
+        error(kRange, kError, "image handle %p is not live", image);
+    } else if (points->owns(s) && points->owns(t) && points->owns(results, found->channels())) {
+        points->look(*found, s, t, blur, results);
     }
 }
 

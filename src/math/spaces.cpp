@@ -33,6 +33,19 @@ Hash<Space>& markedSpaces()
     return spaces;
 }
 
+std::vector<unsigned short>& markedTokens()
+{
+    static std::vector<unsigned short> tokens;
+    return tokens;
+}
+
+// Null after a change.
+std::shared_ptr<const MarkedSpaces>& knownSpaces()
+{
+    static std::shared_ptr<const MarkedSpaces> spaces;
+    return spaces;
+}
+
 // A report may run a handler that marks spaces, so the matrix is looked up by whoever needs it.
 const Matrix* knownMatrix(unsigned short token)
 {
@@ -85,11 +98,34 @@ void markSpace(unsigned short token)
         return;
     }
     const Space space{token, spaceContext().model};
+    knownSpaces().reset();
     if (Space* known = markedSpaces().find(space)) {
         *known = space;
     } else {
         markedSpaces().add(space);
+        markedTokens().push_back(token);
     }
+}
+
+std::shared_ptr<const MarkedSpaces> MarkedSpaces::current()
+{
+    std::shared_ptr<const MarkedSpaces>& known = knownSpaces();
+    if (!known) {
+        auto spaces = std::make_shared<MarkedSpaces>();
+        for (const unsigned short token : markedTokens()) {
+            spaces->fSpaces.emplace_back(token, *knownMatrix(token));
+        }
+        known = spaces;
+    }
+    return known;
+}
+
+const Matrix* MarkedSpaces::find(unsigned short token) const
+{
+    for (const auto& [name, toCamera] : fSpaces) {
+        if (name == token) return &toCamera;
+    }
+    return nullptr;
 }
 
 long spaceLevel(unsigned short token)

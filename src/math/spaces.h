@@ -1,6 +1,10 @@
 // The frame's camera matrices and the named coordinate spaces.
 #pragma once
 
+#include <memory>
+#include <utility>
+#include <vector>
+
 #include "math/matrix.h"
 
 namespace zeb
@@ -18,6 +22,18 @@ struct SpaceContext {
     float nearClip, farClip;
 };
 SpaceContext spaceContext();
+
+// The spaces that were marked up to a moment: what is marked later does not show.
+class MarkedSpaces
+{
+public:
+    static std::shared_ptr<const MarkedSpaces> current();
+    // To camera space; null without the space.
+    const Matrix* find(unsigned short token) const;
+
+private:
+    std::vector<std::pair<unsigned short, Matrix>> fSpaces;
+};
 
 // Gives the current coordinate system a name.
 void markSpace(unsigned short token);

@@ -175,18 +175,27 @@ HostRow* HostRow::underWay(const ZebRow* row)
     return nullptr;
 }
 
-bool HostRow::owns(const float* const* planes, int count) const
+bool HostRow::owns(Triple planes, long count) const
 {
     bool good = planes != nullptr;
-    for (int k = 0; good && k < count; ++k) good = fStore.contains(planes[k]);
+    for (long k = 0; good && k < count; ++k) good = fStore.contains(planes[k]);
     if (!good) error(kRange, kError, "not a plane of the row");
     return good;
+}
+
+bool HostRow::owns(const float* plane) const
+{
+    if (fStore.contains(plane)) return true;
+    error(kRange, kError, "not a plane of the row");
+    return false;
 }
 
 void HostRow::call(const HostShader& shader, ZebRow& row) const
 {
     const UnderWay scope(*this, row);
+    const HostShader* const outer = std::exchange(fUnderWay, &shader);
     shader.shade(row);
+    fUnderWay = outer;
 }
 
 bool HostRow::mend(Triple planes, float other) const
@@ -447,25 +456,6 @@ void HostRow::facing(Triple N, Triple result) const
         put(result, k,
             faceforward(normalize(scaled(pointAt(N, k))), scaled(pointAt(fRow.I, k)),
                         scaled(pointAt(fRow.Ng, k))));
-    }
-}
-
-template <class Visit>
-void HostRow::eachPlace(const Visit& visit) const
-{
-    const int lines = fGrid.fVSize + fGrid.fSmooth;
-    std::size_t start = 0, above = 0;
-    for (int j = 0; j < lines; ++j) {
-        const std::size_t size = lineSize(j), below = start + size;
-        const std::size_t sizeAbove = j > 0 ? lineSize(j - 1) : 0;
-        const std::size_t sizeBelow = j + 1 < lines ? lineSize(j + 1) : 0;
-        for (std::size_t i = 0; i < size; ++i) {
-            const std::size_t k = start + i;
-            visit(k, Neighbours{i > 0 ? k - 1 : k, i + 1 < size ? k + 1 : k,
-                                i < sizeAbove ? above + i : k, i < sizeBelow ? below + i : k});
-        }
-        above = start;
-        start = below;
     }
 }
 

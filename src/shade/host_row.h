@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "shade/grid_points.h"
+#include "shade/image.h"
 #include "shade/surface.h"
 #include "util/pool.h"
 #include "zebcore/zebcore.h"
@@ -48,8 +49,8 @@ public:
     // given; reports that it is not otherwise, and answers null.
     static HostRow* underWay(const ZebRow* row);
     // Whether planes of the host's are some of the row's; reports that they are not.
-    bool owns(Triple planes) const { return owns(planes, 3); }
-    bool owns(const float* plane) const { return owns(&plane, 1); }
+    bool owns(Triple planes, long count = 3) const;
+    bool owns(const float* plane) const;
 
     // Calls a function, and mends what it gives that is no number.
     void shadeSurface(const HostShader& shader);
@@ -79,6 +80,15 @@ public:
     void facing(Triple N, Triple result) const;
     void differences(const float* values, float* along1, float* along2) const;
     void normals(Triple positions, Triple result) const;
+    enum Transformed : short { kPlaces = 0xF10, kVectors, kNormals };
+    void transform(unsigned short from, unsigned short to, short kind, Triple points,
+                   Triple result) const;
+    void noise(long dimensions, Triple places, const long* periods, float* result) const;
+    void turbulence(long dimensions, Triple places, long octaves, float gain, bool absolute,
+                    float* result) const;
+    void step(float edge, const float* values, float* result) const;
+    void checks(const float* s, const float* t, float* result) const;
+    void look(const Image& image, const float* s, const float* t, float blur, Triple results) const;
 
 private:
     struct LightPlanes {
@@ -107,7 +117,6 @@ private:
         planes[1][k] = c.g;
         planes[2][k] = c.b;
     }
-    bool owns(const float* const* planes, int count) const;
     void take(float* (&planes)[3]) const
     {
         for (float*& plane : planes) plane = fStore.take();
@@ -126,6 +135,10 @@ private:
     void findTexture(unsigned short token, const float (&corners)[4], float* plane) const;
     void orient();
     void call(const HostShader& shader, ZebRow& row) const;
+    // Null, and a report, for an unknown space.
+    const Matrix* toCamera(unsigned short space) const;
+    // How far values are apart from one point to the next; of periodic ones, the short way round.
+    void widths(const float* values, bool wraps, float* result) const;
     // Whether all were numbers; others become this.
     bool mend(Triple planes, float other) const;
     // Whether light may be asked for: lights themselves may not.
@@ -156,7 +169,27 @@ private:
     ZebRow fRow{};
     mutable std::vector<std::unique_ptr<LightPlanes>> fLightPlanes;
     mutable LightRecords fLightRecords;
+    mutable const HostShader* fUnderWay = nullptr;
     mutable bool fDescribed = false, fAllKnown = false, fInLight = false;
 };
+
+template <class Visit>
+void HostRow::eachPlace(const Visit& visit) const
+{
+    const int lines = fGrid.fVSize + fGrid.fSmooth;
+    std::size_t start = 0, above = 0;
+    for (int j = 0; j < lines; ++j) {
+        const std::size_t size = lineSize(j), below = start + size;
+        const std::size_t sizeAbove = j > 0 ? lineSize(j - 1) : 0;
+        const std::size_t sizeBelow = j + 1 < lines ? lineSize(j + 1) : 0;
+        for (std::size_t i = 0; i < size; ++i) {
+            const std::size_t k = start + i;
+            visit(k, Neighbours{i > 0 ? k - 1 : k, i + 1 < size ? k + 1 : k,
+                                i < sizeAbove ? above + i : k, i < sizeBelow ? below + i : k});
+        }
+        above = start;
+        start = below;
+    }
+}
 
 }  // namespace zeb

@@ -289,12 +289,9 @@ bool SpotLight::describe(LightRecord& record) const
     return true;
 }
 
-std::shared_ptr<Light> upcall::makeLight(std::shared_ptr<const HostShader> shader,
-                                         std::shared_ptr<const Transform> transform)
+std::shared_ptr<Light> upcall::makeLight(std::shared_ptr<const HostShader> shader)
 {
-    auto light = std::make_shared<HostLight>(std::move(shader));
-    light->declare(0, std::move(transform));
-    return light;
+    return std::make_shared<HostLight>(std::move(shader));
 }
 
 float HostLight::illuminates(const Point&, const Point& N, float angle, long,

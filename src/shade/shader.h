@@ -32,6 +32,7 @@ public:
     }
     const char* name() const { return Quark::getString(fName); }
 
+protected:
     // Shader to camera space.
     const Matrix& toCamera() const { return fTransform ? fTransform->matrix() : gIdentity; }
 

@@ -210,8 +210,9 @@ TEST_F(ShadingKernels, GiveTheBitsThatTheClassesGive)
         for (const int lanes : {1, 4, 8, 16}) {
             const ShadingKernel kernel = shadingKernel(lanes);
             if (!kernel) continue;
-            const bool done = kernel(surfaceRecord, lightRecords.data(),
-                                     static_cast<int>(lightRecords.size()), volumeRecord, block);
+            const bool done =
+                kernel.shade(surfaceRecord, lightRecords.data(),
+                             static_cast<int>(lightRecords.size()), volumeRecord, block);
             EXPECT_EQ(done, !reported) << "round " << round << ", " << lanes << " lanes";
             if (!done) continue;
             shaded += block.count;
@@ -243,9 +244,9 @@ TEST_F(ShadingKernels, LeaveWhatNeedsAReportToTheClasses)
     p.dPdu = Point(1, 0, 0);
     p.dPdv = Point(0, -1, 0);
     for (int k = 0; k < ShadingBlock::kMost; ++k) put(block, k, p);
-    EXPECT_TRUE(shadingKernel()(surface, &record, 1, {}, block));
+    EXPECT_TRUE(shadingKernel().shade(surface, &record, 1, {}, block));
     p.P = Point(1, 2, 3);
     // Light that comes from no direction is in the half-space: its cosine is 0.
     for (int k = 0; k < ShadingBlock::kMost; ++k) put(block, k, p);
-    EXPECT_FALSE(shadingKernel()(surface, &record, 1, {}, block));
+    EXPECT_FALSE(shadingKernel().shade(surface, &record, 1, {}, block));
 }

@@ -232,12 +232,9 @@ std::unique_ptr<Surface> PlasticSurface::clone() const
     return std::make_unique<PlasticSurface>(*this);
 }
 
-std::shared_ptr<Surface> upcall::makeSurface(std::shared_ptr<const HostShader> shader,
-                                             std::shared_ptr<const Transform> transform)
+std::shared_ptr<Surface> upcall::makeSurface(std::shared_ptr<const HostShader> shader)
 {
-    auto surface = std::make_shared<HostSurface>(std::move(shader));
-    surface->declare(0, std::move(transform));
-    return surface;
+    return std::make_shared<HostSurface>(std::move(shader));
 }
 
 // What a surface is without a function.

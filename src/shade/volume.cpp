@@ -75,12 +75,9 @@ bool FogVolume::describe(VolumeRecord& record) const
     return true;
 }
 
-std::shared_ptr<Volume> upcall::makeVolume(std::shared_ptr<const HostShader> shader,
-                                           std::shared_ptr<const Transform> transform)
+std::shared_ptr<Volume> upcall::makeVolume(std::shared_ptr<const HostShader> shader)
 {
-    auto volume = std::make_shared<HostVolume>(std::move(shader));
-    volume->declare(0, std::move(transform));
-    return volume;
+    return std::make_shared<HostVolume>(std::move(shader));
 }
 
 }  // namespace zeb

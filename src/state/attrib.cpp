@@ -58,7 +58,7 @@ std::shared_ptr<const HostShader> hostShader(const ZebShader* shader)
         if (legal()) error(kRange, kError, "shader is null");
         return nullptr;
     }
-    auto made = std::make_shared<const HostShader>(*shader);
+    auto made = std::make_shared<const HostShader>(*shader, gTransform->snapshot());
     if (!legal()) return nullptr;
     if (!shader->shade || (shader->flags & ~kFlags)) {
         error(kRange, kError, shader->shade ? "unknown flags %ld" : "shader has no function",
@@ -206,7 +206,7 @@ void Attrib::customSurface(const ZebShader* shader)
 {
     const auto made = hostShader(shader);
     if (!made) return;
-    surfaceShader = upcall::makeSurface(made, gTransform->snapshot());
+    surfaceShader = upcall::makeSurface(made);
     fChanged = true;
 }
 
@@ -214,14 +214,14 @@ void Attrib::customAtmosphere(const ZebShader* shader)
 {
     const auto made = shader ? hostShader(shader) : nullptr;
     if (shader ? !made : !legal()) return;
-    atmosphereShader = made ? upcall::makeVolume(made, gTransform->snapshot()) : nullptr;
+    atmosphereShader = made ? upcall::makeVolume(made) : nullptr;
     fChanged = true;
 }
 
 const void* Attrib::customLight(const ZebShader* shader)
 {
     const auto made = hostShader(shader);
-    return made ? switchOn(upcall::makeLight(made, gTransform->snapshot())) : nullptr;
+    return made ? switchOn(upcall::makeLight(made)) : nullptr;
 }
 
 void Attrib::interior(unsigned short, long, const unsigned short*, void* const*) { legal(); }

@@ -20,8 +20,10 @@ struct HostShader::Data {
     std::unique_ptr<Data> next;
 };
 
-HostShader::HostShader(const ZebShader& shader)
-    : fShader(shader), fData(shader.free ? new Data{shader.data, shader.free, nullptr} : nullptr)
+HostShader::HostShader(const ZebShader& shader, std::shared_ptr<const Transform> transform)
+    : fShader(shader),
+      fTransform(std::move(transform)),
+      fData(shader.free ? new Data{shader.data, shader.free, nullptr} : nullptr)
 {
     Quark::declareTexture();
     const ReportLog::Scope scope(*fNoNumber);

@@ -5,6 +5,8 @@
 #include <memory>
 #include <utility>
 
+#include "math/spaces.h"
+#include "math/transform.h"
 #include "state/callback.h"
 #include "state/report_log.h"
 #include "zebcore/zebcore.h"
@@ -20,8 +22,9 @@ enum class HostShading { kNone, kAnywhere, kInOrder };
 class HostShader
 {
 public:
-    // The call that makes it is named in reports.
-    explicit HostShader(const ZebShader& shader);
+    // The call that makes it is named in reports. The transformation is from its space to camera
+    // space.
+    HostShader(const ZebShader& shader, std::shared_ptr<const Transform> transform);
     // On any thread; the data is freed later.
     ~HostShader();
     HostShader(const HostShader&) = delete;
@@ -33,6 +36,10 @@ public:
     {
         return fShader.flags & ZEB_SHADE_ANYWHERE ? HostShading::kAnywhere : HostShading::kInOrder;
     }
+
+    // The way to camera space from the one it was made in, or from those that were marked then.
+    const Matrix& toCamera() const { return fTransform->matrix(); }
+    const MarkedSpaces& spaces() const { return *fSpaces; }
 
     void shade(ZebRow& row) const;
     // Tells, once, that what it gave was no number.
@@ -57,6 +64,8 @@ private:
     static std::atomic<bool> gGone;
 
     const ZebShader fShader;
+    const std::shared_ptr<const Transform> fTransform;
+    const std::shared_ptr<const MarkedSpaces> fSpaces = MarkedSpaces::current();
     std::unique_ptr<Data> fData;  // null if nothing has to be freed
     std::shared_ptr<ReportLog> fNoNumber = std::make_shared<ReportLog>();
 };

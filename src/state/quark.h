@@ -70,8 +70,8 @@ struct Quark {
     // The tokens of "vertexcolor" and "vertexopacity": names that come with a class and a type, but
     // not before somebody asks for them, so that they have no number of their own. 0 until then.
     static unsigned short fVertexColor, fVertexOpacity;
-    // Those of "s" and "t", by which primitives may have texture coordinates; 0 until somebody makes
-    // a function that shades.
+    // Those of "s" and "t", by which primitives may have texture coordinates; 0 until somebody
+    // makes a function that shades.
     static unsigned short fS, fT;
     static void declareTexture();
     static bool isVertexColor(unsigned short token)

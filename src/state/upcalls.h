@@ -54,12 +54,9 @@ std::shared_ptr<Surface> makeSurface(unsigned short name,
 std::shared_ptr<Volume> makeVolume(unsigned short name, std::shared_ptr<const Transform> transform,
                                    const ArgList& args);
 // The same by a function of the host's.
-std::shared_ptr<Light> makeLight(std::shared_ptr<const HostShader> shader,
-                                 std::shared_ptr<const Transform> transform);
-std::shared_ptr<Surface> makeSurface(std::shared_ptr<const HostShader> shader,
-                                     std::shared_ptr<const Transform> transform);
-std::shared_ptr<Volume> makeVolume(std::shared_ptr<const HostShader> shader,
-                                   std::shared_ptr<const Transform> transform);
+std::shared_ptr<Light> makeLight(std::shared_ptr<const HostShader> shader);
+std::shared_ptr<Surface> makeSurface(std::shared_ptr<const HostShader> shader);
+std::shared_ptr<Volume> makeVolume(std::shared_ptr<const HostShader> shader);
 // Sets what attributes know of the host's functions among their shaders.
 void findHostShading(Attrib& attrib);
 // An info for each of the arguments that is no parameter of the shader.

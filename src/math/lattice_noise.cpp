@@ -1,0 +1,103 @@
+#include "math/lattice_noise.h"
+
+#include <cmath>
+#include <cstdint>
+
+namespace zeb
+{
+
+namespace
+{
+
+// Mixes the bits of an integer well (C. Wellons, 2018).
+std::uint32_t mixed(std::uint32_t x)
+{
+    x ^= x >> 16;
+    x *= 0x7FEB352Du;
+    x ^= x >> 15;
+    x *= 0x846CA68Bu;
+    return x ^ x >> 16;
+}
+
+// The lattice coordinates on both sides of a place, and how far it is from the lower one.
+struct Between {
+    std::uint32_t lower, upper;
+    float distance;
+
+    Between(float x, long period)
+    {
+        const double below = std::floor(double{x});
+        distance = static_cast<float>(double{x} - below);
+        double next = below + 1;
+        // Beyond this floats are whole, and noise is 0.
+        constexpr double kMost = 1 << 30;
+        double at = below;
+        if (period > 0) {
+            const auto every = static_cast<double>(period);
+            at -= every * std::floor(at / every);
+            next -= every * std::floor(next / every);
+        }
+        lower = toInteger(at, kMost);
+        upper = toInteger(next, kMost);
+    }
+
+    static std::uint32_t toInteger(double x, double most)
+    {
+        const double within = x < -most ? -most : x > most ? most : x;
+        return static_cast<std::uint32_t>(static_cast<std::int32_t>(within));
+    }
+};
+
+// The product of the way to a lattice point with its gradient: of one dimension a slope, of more
+// the way to the middle of one of the edges of a cube, so that all are about as steep.
+float slope(int dimensions, std::uint32_t hash, const float (&way)[4])
+{
+    if (dimensions == 1) {
+        return way[0] * (static_cast<float>(hash >> 8) * (2.0f / 16777216) - 1) * 2;
+    }
+    float sum = 0;
+    const int left = dimensions == 2 ? -1 : static_cast<int>((hash >> 8) % unsigned(dimensions));
+    for (int k = 0; k < dimensions; ++k) {
+        if (k == left) continue;
+        sum += hash >> k & 1 ? -way[k] : way[k];
+    }
+    return sum;
+}
+
+}  // namespace
+
+float latticeNoise(int dimensions, const float* place, const long* periods)
+{
+    // What brings the largest values to 1.
+    constexpr float kScale[] = {0, 1, 1, 1, 0.9f};
+    std::uint32_t lower[4], upper[4];
+    float distance[4] = {}, fade[4];
+    for (int k = 0; k < dimensions; ++k) {
+        const float x = place[k];
+        if (x - x != 0) return 0;
+        const Between between(x, periods ? periods[k] : 0);
+        lower[k] = between.lower;
+        upper[k] = between.upper;
+        const float d = distance[k] = between.distance;
+        fade[k] = d * d * d * (d * (d * 6 - 15) + 10);
+    }
+    float values[16];
+    const int corners = 1 << dimensions;
+    for (int corner = 0; corner < corners; ++corner) {
+        std::uint32_t hash = static_cast<std::uint32_t>(dimensions);
+        float way[4] = {};
+        for (int k = 0; k < dimensions; ++k) {
+            const bool isUpper = corner >> k & 1;
+            hash = mixed(hash + 0x9E3779B9u + (isUpper ? upper[k] : lower[k]));
+            way[k] = isUpper ? distance[k] - 1 : distance[k];
+        }
+        values[corner] = slope(dimensions, hash, way);
+    }
+    for (int k = dimensions - 1, half = corners / 2; k >= 0; --k, half /= 2) {
+        for (int n = 0; n < half; ++n) values[n] += (values[n + half] - values[n]) * fade[k];
+    }
+    const float value = values[0] * kScale[dimensions];
+    return value < -1 ? -1 : value > 1 ? 1 : value;
+}
+
+}  // namespace zeb

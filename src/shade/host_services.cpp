@@ -1,0 +1,165 @@
+// What functions that shade find for patterns and pictures on surfaces.
+
+#include <cmath>
+
+#include "math/lattice_noise.h"
+#include "math/spaces.h"
+#include "shade/host_row.h"
+#include "state/error.h"
+
+namespace zeb
+{
+
+const Matrix* HostRow::toCamera(unsigned short space) const
+{
+    switch (space) {
+        case 0:
+            return &fUnderWay->toCamera();
+        case kQEye:
+            return &gIdentity;
+        case kQWorld:
+            return &gWorldToCamera;
+        case kQModel:
+            return &fGrid.fTransform->matrix();
+        default:
+            break;
+    }
+    const Matrix* const marked = fUnderWay->spaces().find(space);
+    if (!marked) error(kRange, kError, "no space to shade in: %ld", static_cast<long>(space));
+    return marked;
+}
+
+void HostRow::transform(unsigned short from, unsigned short to, short kind, Triple points,
+                        Triple result) const
+{
+    const Matrix* const first = toCamera(from);
+    const Matrix* const second = first ? toCamera(to) : nullptr;
+    if (!second) return;
+    if (kind < kPlaces || kind > kNormals) {
+        error(kRange, kError, "unknown kind %ld", static_cast<long>(kind));
+        return;
+    }
+    Matrix back = *second;
+    if (to != kQEye && !invert(&back)) return;
+    const Matrix matrix = *first * back;
+    const bool mirrors = kind == kNormals && determinant(matrix) < 0;
+    for (std::size_t k = 0; k < fSize; ++k) {
+        Point p = pointAt(points, k);
+        if (kind == kPlaces) {
+            p = p * matrix;
+        } else if (kind == kVectors) {
+            vtransform(p, matrix);
+        } else {
+            ntransform(p, matrix);
+            if (mirrors) p = -p;
+        }
+        put(result, k, p);
+    }
+}
+
+void HostRow::widths(const float* values, bool wraps, float* result) const
+{
+    const std::vector<float, PoolAllocator<float>> copy(values, values + fSize);
+    const auto apart = [&](std::size_t a, std::size_t b) {
+        const float d = std::fabs(copy[a] - copy[b]);
+        return wraps ? std::fabs(d - std::floor(d + 0.5f)) : d;
+    };
+    eachPlace([&](std::size_t k, const Neighbours& near) {
+        const auto between = [&](std::size_t before, std::size_t after) {
+            const float d = apart(before, k) + apart(k, after);
+            return before != k && after != k ? 0.5f * d : d;
+        };
+        result[k] = std::max(between(near.before, near.after), between(near.above, near.below));
+    });
+    fill(result);
+}
+
+void HostRow::noise(long dimensions, Triple places, const long* periods, float* result) const
+{
+    std::vector<float, PoolAllocator<float>> found(fSize);
+    for (std::size_t k = 0; k < fCount; ++k) {
+        float place[4] = {};
+        for (long axis = 0; axis < dimensions; ++axis) place[axis] = places[axis][k];
+        found[k] = latticeNoise(static_cast<int>(dimensions), place, periods);
+    }
+    std::copy_n(found.data(), fCount, result);
+    fill(result);
+}
+
+// An octave has gone when a point and the next are most of a unit of its lattice apart.
+void HostRow::turbulence(long dimensions, Triple places, long octaves, float gain, bool absolute,
+                         float* result) const
+{
+    using Floats = std::vector<float, PoolAllocator<float>>;
+    Floats apart(fSize), width(fSize), found(fSize);
+    for (long axis = 0; axis < dimensions; ++axis) {
+        widths(places[axis], false, apart.data());
+        for (std::size_t k = 0; k < fSize; ++k) width[k] = std::max(width[k], apart[k]);
+    }
+    for (std::size_t k = 0; k < fCount; ++k) {
+        float frequency = 1, weight = 1, sum = 0;
+        for (long octave = 0; octave < octaves; ++octave, frequency *= 2, weight *= gain) {
+            const float left = 1 - smoothstep(0.25f, 0.75f, width[k] * frequency);
+            if (!(left > 0)) break;
+            float place[4] = {};
+            for (long axis = 0; axis < dimensions; ++axis)
+                place[axis] = places[axis][k] * frequency;
+            const float n = latticeNoise(static_cast<int>(dimensions), place);
+            sum += left * weight * (absolute ? std::fabs(n) : n);
+        }
+        found[k] = sum;
+    }
+    std::copy_n(found.data(), fCount, result);
+    fill(result);
+}
+
+void HostRow::step(float edge, const float* values, float* result) const
+{
+    std::vector<float, PoolAllocator<float>> width(fSize);
+    widths(values, false, width.data());
+    for (std::size_t k = 0; k < fSize; ++k) {
+        const float above = values[k] - edge;
+        result[k] = width[k] > 0 ? std::clamp(above / width[k] + 0.5f, 0.0f, 1.0f)
+                                 : (above < 0 ? 0.0f : 1.0f);
+    }
+}
+
+// The product of two square waves, each averaged by the integral, a triangle wave.
+void HostRow::checks(const float* s, const float* t, float* result) const
+{
+    std::vector<float, PoolAllocator<float>> across(fSize), down(fSize);
+    widths(s, false, across.data());
+    widths(t, false, down.data());
+    const auto triangle = [](double x) { return std::fabs(x / 2 - std::floor(x / 2) - 0.5); };
+    const auto square = [&](float at, float width) {
+        const double x = double{at};
+        if (!(width > 0)) return std::floor(x / 2) * 2 == std::floor(x) ? 1.0 : -1.0;
+        const double half = 0.5 * double{width};
+        return 2 * (triangle(x - half) - triangle(x + half)) / double{width};
+    };
+    for (std::size_t k = 0; k < fSize; ++k) {
+        result[k] = static_cast<float>(0.5 + 0.5 * square(s[k], across[k]) * square(t[k], down[k]));
+    }
+}
+
+void HostRow::look(const Image& image, const float* s, const float* t, float blur,
+                   Triple results) const
+{
+    using Floats = std::vector<float, PoolAllocator<float>>;
+    const bool wraps = image.wrap() == Image::kRepeat || image.wrap() == Image::kMirror;
+    Floats across(fSize), down(fSize), found(static_cast<std::size_t>(image.channels()) * fCount);
+    widths(s, wraps, across.data());
+    widths(t, wraps, down.data());
+    const auto channels = static_cast<std::size_t>(image.channels());
+    for (std::size_t k = 0; k < fCount; ++k) {
+        const float x = (across[k] + blur) * static_cast<float>(image.width());
+        const float y = (down[k] + blur) * static_cast<float>(image.height());
+        image.look(s[k], t[k], std::max(x, y), &found[k * channels]);
+    }
+    for (std::size_t c = 0; c < channels; ++c) {
+        for (std::size_t k = 0; k < fCount; ++k) results[c][k] = found[k * channels + c];
+        fill(results[c]);
+    }
+}
+
+}  // namespace zeb
