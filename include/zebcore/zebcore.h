@@ -40,7 +40,8 @@
  * Memory. A call that finds none left reports code 1, severe, and ends the process. What the host
  * allocates in its callbacks, and on other threads, fails as it would without the library.
  *
- * Threads. All calls come from one thread, and all callbacks run on it, whatever zebThreads says.
+ * Threads. All calls come from one thread, and all callbacks run on it, whatever zebThreads says:
+ * but for functions that shade, if they say that they may run anywhere (ZEB_SHADE_ANYWHERE).
  */
 #ifndef ZEBCORE_ZEBCORE_H
 #define ZEBCORE_ZEBCORE_H
@@ -1014,8 +1015,8 @@ ZEB_API void zebCustomAtmosphere(const ZebShader* shader);
  * Adds a light that shines as a function of the host's says, and switches it on.
  * @return its handle, as that of zebLightSource; null if refused
  *
- * It is called once for each row that asks for light, and before the surface is; what N is in it is
- * the surface's shading normal. Built-in surfaces take its light as they take that of others: from
+ * It is called once for each row, when light is first asked for. N in its row is the surface's
+ * shading normal. It can't ask for the light of others. Built-in surfaces take its light as they take that of others: from
  * the side that their normal, turned to the eye, is on. Light that is not a number is none, with
  * one report. Legal as zebLightSource is.
  */

@@ -29,6 +29,8 @@ void* const pointValue[1] = {square};
 
 void emptySubdivide(void*, float) {}
 void emptyFree(void*) {}
+void shadeNothing(void*, ZebRow*) {}
+const ZebShader shader = {nullptr, shadeNothing, nullptr, 0};
 float boxFilter(float, float, float, float) { return 1; }
 
 constexpr unsigned short kAnywhere = 255;
@@ -184,6 +186,13 @@ const std::vector<Call>& calls()
         {"zebProgressCallback", kOptions, 5, [] { zebProgressCallback(nullptr, nullptr); }},
         {"zebDepthNearest", kOptions, 5, [] { zebDepthNearest(0); }},
         {"zebThreads", kOptions, 5, [] { zebThreads(2); }},
+        {"zebCustomSurface", kAttribs, 6, [] { zebCustomSurface(&shader); }},
+        {"zebCustomAtmosphere", kAttribs, 6, [] { zebCustomAtmosphere(&shader); }},
+        {"zebCustomLight", kAttribs, 6, [] { zebCustomLight(&shader); }},
+        {"zebTextureCoordinates", kAttribs, 6,
+         [] { zebTextureCoordinates(0, 0, 1, 0, 0, 1, 1, 1); }},
+        {"zebImage", kAnywhere, 0, [] { zebImageFree(zebImage(1, 1, 1, white, ZEB_IMAGE_CLAMP)); }},
+        {"zebImageFree", kAnywhere, 0, [] { zebImageFree(nullptr); }},
         {"zebWindowEvents", kAnywhere, 0, [] { zebWindowEvents(0); }},
         {"zebVersion", kAnywhere, 0, [] { zebVersion(); }},
     };
@@ -251,6 +260,40 @@ TEST(Legality, EveryCallInEveryBlock)
             EXPECT_EQ(reports.size(), 1u) << "a refused call looks at nothing else";
             EXPECT_EQ(refusals[0], (zebtest::Report{call.code, ZEB_ERROR, call.name}));
             EXPECT_EQ(gState->block(), block);
+        }
+    }
+    zebReset();
+}
+
+// On the caller's thread, and on others.
+TEST(Legality, NoCallButThoseForRowsFromAFunctionThatShades)
+{
+    zebtest::Reports reports;
+    static int refused;
+    for (const long flags : {0, ZEB_SHADE_ANYWHERE}) {
+        refused = 0;
+        enter(kOutsideBlocks);
+        zebThreads(4);
+        zebSceneBegin();
+        ZebShader all = shader;
+        all.flags = flags;
+        all.shade = [](void*, ZebRow*) {
+            for (const Call& call : calls()) {
+                const std::string name = call.name;
+                if (name == "zebCancel" || name == "zebVersion" || name == "zebComment") continue;
+                call.call();
+                ++refused;
+            }
+        };
+        zebCustomSurface(&all);
+        reports.clear();
+        zebPolygon(4, zebQuark("point"), square, 0);
+        zebSceneEnd();
+        ASSERT_GT(refused, 0) << "it was called";
+        // Of an image that was refused, another call is told that it is none.
+        EXPECT_GE(reports.size(), static_cast<std::size_t>(refused));
+        for (std::size_t k = 0; k < reports.size(); ++k) {
+            EXPECT_EQ(reports[k].code, 8) << reports[k].message;
         }
     }
     zebReset();
