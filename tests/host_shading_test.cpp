@@ -379,11 +379,11 @@ TEST_F(HostShading, ParametersOfPolygonsArePlacesInObjectSpace)
 
 TEST_F(HostShading, VariablesOfPrimitivesComeAsPlanesNumbersAndTexts)
 {
-    const unsigned short heat = zebDeclare("heat", ZEB_VARYING, ZEB_FLOAT);
-    const unsigned short way = zebDeclare("way", ZEB_UNIFORM, ZEB_POINT);
-    const unsigned short pair = zebDeclare("both", ZEB_VARYING, ZEB_PAIR);
-    const unsigned short number = zebDeclare("number", ZEB_UNIFORM, ZEB_INTEGER);
-    const unsigned short text = zebDeclare("text", ZEB_UNIFORM, ZEB_STRING);
+    const unsigned short heat = zebDeclare("a row's heat", ZEB_VARYING, ZEB_FLOAT);
+    const unsigned short way = zebDeclare("a row's way", ZEB_UNIFORM, ZEB_POINT);
+    const unsigned short pair = zebDeclare("a row's pair", ZEB_VARYING, ZEB_PAIR);
+    const unsigned short number = zebDeclare("a row's number", ZEB_UNIFORM, ZEB_INTEGER);
+    const unsigned short text = zebDeclare("a row's text", ZEB_UNIFORM, ZEB_STRING);
     const float heats[4] = {0, 1, 10, 11}, ways[3] = {0.5f, 0, 0};
     const float pairs[8] = {0, 5, 1, 5, 0, 6, 1, 6};
     const int numbers[1] = {-70000};
@@ -881,6 +881,28 @@ TEST_F(HostShading, CallsOfOthersAreRefused)
                   surface(shine);
                   addShapes();
               }));
+}
+
+// It is a callback of its own: what it calls is legal, and it may call often.
+TEST_F(HostShading, AHandlerThatHearsOfWhatShadingReportsMayCallIn)
+{
+    static int heard;
+    heard = 0;
+    zebCustomErrorHandler(ZEB_ERROR, [](long code, long, const char*) {
+        EXPECT_EQ(code, 8);
+        EXPECT_NE(zebQuark("color"), 0);
+        zebLastError();
+        zebShadingRate(1);
+        ++heard;
+    });
+    render([] {
+        surface([](ZebRow* row) {
+            shine(row);
+            if (heard == 0) zebSphere(1, -1, 1, 360, 0);
+        });
+        addShapes();
+    });
+    EXPECT_EQ(heard, 1);
 }
 
 TEST_F(HostShading, CancellingEndsThePicture)

@@ -1016,9 +1016,9 @@ ZEB_API void zebCustomAtmosphere(const ZebShader* shader);
  * @return its handle, as that of zebLightSource; null if refused
  *
  * It is called once for each row, when light is first asked for. N in its row is the surface's
- * shading normal. It can't ask for the light of others. Built-in surfaces take its light as they take that of others: from
- * the side that their normal, turned to the eye, is on. Light that is not a number is none, with
- * one report. Legal as zebLightSource is.
+ * shading normal. It can't ask for the light of others. Built-in surfaces take its light as they
+ * take that of others: from the side that their normal, turned to the eye, is on. Light that is not
+ * a number is none, with one report. Legal as zebLightSource is.
  */
 ZEB_API const void* zebCustomLight(const ZebShader* shader);
 

@@ -26,7 +26,7 @@ extern "C" {
 unsigned short zebQuark(const char* name)
 {
     NameFrame frame("zebQuark");
-    if (!ShadingScope::allowsCalls()) return 0;
+    if (!CallbackScope::allowsCalls()) return 0;
     return Quark::declare(name, kClassNone, kTypeNone);
 }
 
@@ -475,22 +475,22 @@ void zebObjectCall(const void* object)
 void zebErrorHandler(short mask, short kind)
 {
     CallFrame frame("zebErrorHandler");
-    if (!ShadingScope::allowsCalls()) return;
+    if (!CallbackScope::allowsCalls()) return;
     setErrorHandler(mask, kind);
 }
 
 void zebCustomErrorHandler(short mask, ZebErrorFunction handler)
 {
     CallFrame frame("zebCustomErrorHandler");
-    if (!ShadingScope::allowsCalls()) return;
+    if (!CallbackScope::allowsCalls()) return;
     setErrorHandler(mask, handler);
 }
 
 long zebLastError(void)
 {
-    if (ShadingScope::active()) {
+    if (CallbackScope::shades()) {
         NameFrame frame("zebLastError");
-        return ShadingScope::allowsCalls();
+        return CallbackScope::allowsCalls();
     }
     upcall::settleScene();
     return Error::fLastError;
@@ -511,7 +511,7 @@ void zebReset(void)
 void zebErrorPrinter(ZebPrintFunction printer)
 {
     CallFrame frame("zebErrorPrinter");
-    if (!ShadingScope::allowsCalls()) return;
+    if (!CallbackScope::allowsCalls()) return;
     setErrorPrinter(printer);
 }
 
@@ -531,7 +531,7 @@ short zebRenderBucket(void)
 long zebProgress(void)
 {
     CallFrame frame(nullptr);
-    if (!ShadingScope::allowsCalls()) return 0;
+    if (!CallbackScope::allowsCalls()) return 0;
     return gScene->progress();
 }
 

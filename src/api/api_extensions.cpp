@@ -21,14 +21,14 @@ void zebCustomDisplay(const ZebDisplay* device)
 unsigned short zebDeclare(const char* name, short storage, short type)
 {
     NameFrame frame("zebDeclare");
-    if (!ShadingScope::allowsCalls()) return 0;
+    if (!CallbackScope::allowsCalls()) return 0;
     return Quark::declareTyped(name, storage, type);
 }
 
 void zebArray(const void* array, long count, long stride)
 {
     NameFrame frame("zebArray");
-    if (!ShadingScope::allowsCalls()) return;
+    if (!CallbackScope::allowsCalls()) return;
     HostArrays::describe(array, count, stride);
 }
 
@@ -93,7 +93,7 @@ void zebTextureCoordinates(float s1, float t1, float s2, float t2, float s3, flo
 short zebWindowEvents(short wait)
 {
     CallFrame frame("zebWindowEvents");
-    if (!ShadingScope::allowsCalls()) return 0;
+    if (!CallbackScope::allowsCalls()) return 0;
     return windowEvents(wait != 0);
 }
 

@@ -175,7 +175,7 @@ void zebRowChecks(const ZebRow* row, const float* s, const float* t, float* resu
 const void* zebImage(long width, long height, long channels, const float* pixels, short wrap)
 {
     CallFrame frame("zebImage");
-    if (!ShadingScope::allowsCalls()) return nullptr;
+    if (!CallbackScope::allowsCalls()) return nullptr;
     auto image = Image::make(width, height, channels, pixels, wrap);
     return image ? Image::keep(std::move(image)) : nullptr;
 }
@@ -183,7 +183,7 @@ const void* zebImage(long width, long height, long channels, const float* pixels
 void zebImageFree(const void* image)
 {
     CallFrame frame("zebImageFree");
-    if (!ShadingScope::allowsCalls() || Image::release(image)) return;
+    if (!CallbackScope::allowsCalls() || Image::release(image)) return;
     error(kRange, kError, "image handle %p is not live", image);
 }
 

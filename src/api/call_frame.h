@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstdarg>
+#include <optional>
 #include <vector>
 
+#include "state/callback.h"
 #include "state/error.h"
 #include "state/host_shader.h"
 #include "util/float_environment.h"
@@ -38,14 +40,18 @@ private:
 class CallFrame : public NameFrame
 {
 public:
-    using NameFrame::NameFrame;
+    explicit CallFrame(const char* name) : NameFrame(name)
+    {
+        if (!CallbackScope::shades()) fArrays.emplace();
+    }
     ~CallFrame()
     {
-        if (!ShadingScope::active()) HostShader::freeGone();
+        if (!CallbackScope::shades()) HostShader::freeGone();
     }
 
 private:
-    HostArrays::Call fArrays;
+    // Not for calls that are refused, perhaps on another thread.
+    std::optional<HostArrays::Call> fArrays;
 };
 
 // The pairs of tokens and value pointers at the end of a call's arguments. A token comes as an

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <utility>
 
 #include "state/error.h"
 #include "state/free_store.h"
@@ -16,12 +17,17 @@ namespace zeb
 class CallbackScope
 {
 public:
-    CallbackScope() : fName(setErrorFuncName(nullptr)), fOuter(fInnermost)
+    // A function that shades may make no calls.
+    explicit CallbackScope(bool shades = false)
+        : fName(setErrorFuncName(nullptr)),
+          fOuter(fInnermost),
+          fOuterShades(std::exchange(fShades, shades))
     {
         fInnermost = stackPosition();
     }
     ~CallbackScope()
     {
+        fShades = fOuterShades;
         fInnermost = fOuter;
         setErrorFuncName(fName);
     }
@@ -36,7 +42,15 @@ public:
     {
         return fInnermost && std::less<const void*>()(fInnermost, stackPosition());
     }
-    static void forget() { fInnermost = nullptr; }
+    static void forget()
+    {
+        fInnermost = nullptr;
+        fShades = false;
+    }
+    // Whether a function shades on this thread, and nothing else was called from it.
+    static bool shades() { return fShades; }
+    // Whether calls are legal otherwise; reports that this one is not.
+    static bool allowsCalls();
 
 private:
     // How deep the caller is; the stack grows downwards. A function of its own: where a frame's
@@ -50,6 +64,8 @@ private:
     const void* const fOuter;
     // A position on the stack: what stood there may be gone.
     static thread_local const void* fInnermost;
+    const bool fOuterShades;
+    static thread_local bool fShades;
 };
 
 }  // namespace zeb

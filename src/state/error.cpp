@@ -27,6 +27,7 @@ thread_local const char* Error::fFuncName = nullptr;
 thread_local const char* Error::fAttribName = nullptr;
 thread_local const char* Error::fShadingGroup = nullptr;
 thread_local const void* CallbackScope::fInnermost = nullptr;
+thread_local bool CallbackScope::fShades = false;
 
 namespace
 {
@@ -126,6 +127,13 @@ void printLine(std::initializer_list<std::string_view> parts)
 }  // namespace
 
 [[gnu::noinline]] const void* CallbackScope::stackPosition() { return __builtin_frame_address(0); }
+
+bool CallbackScope::allowsCalls()
+{
+    if (!fShades) return true;
+    error(kState, kError, nullptr);
+    return false;
+}
 
 void report(long code, long severity, const char* message)
 {

@@ -3,6 +3,7 @@
 #include <mutex>
 #include <utility>
 
+#include "state/callback.h"
 #include "state/error.h"
 #include "state/quark.h"
 #include "util/lock.h"
@@ -12,7 +13,6 @@ namespace zeb
 
 std::atomic<int> HostShader::gInOrder{0};
 std::atomic<bool> HostShader::gGone{false};
-thread_local bool ShadingScope::fActive = false;
 
 struct HostShader::Data {
     void* data;
@@ -82,15 +82,8 @@ bool HostShader::freeNext()
 
 void HostShader::shade(ZebRow& row) const
 {
-    const ShadingScope scope;
+    const CallbackScope scope(true);
     fShader.shade(fShader.data, &row);
-}
-
-bool ShadingScope::allowsCalls()
-{
-    if (!fActive) return true;
-    error(kState, kError, nullptr);
-    return false;
 }
 
 }  // namespace zeb

@@ -3,11 +3,9 @@
 
 #include <atomic>
 #include <memory>
-#include <utility>
 
 #include "math/spaces.h"
 #include "math/transform.h"
-#include "state/callback.h"
 #include "state/report_log.h"
 #include "zebcore/zebcore.h"
 
@@ -68,28 +66,6 @@ private:
     const std::shared_ptr<const MarkedSpaces> fSpaces = MarkedSpaces::current();
     std::unique_ptr<Data> fData;  // null if nothing has to be freed
     std::shared_ptr<ReportLog> fNoNumber = std::make_shared<ReportLog>();
-};
-
-// While one lives, a function of the host's shades on this thread: calls into the library are
-// refused.
-class ShadingScope
-{
-public:
-    ShadingScope() : fOuter(std::exchange(fActive, true)) {}
-    ~ShadingScope() { fActive = fOuter; }
-    ShadingScope(const ShadingScope&) = delete;
-    ShadingScope& operator=(const ShadingScope&) = delete;
-
-    static bool active() { return fActive; }
-    // Whether calls are legal; reports that this one is not.
-    static bool allowsCalls();
-    // A host may have left it by a jump.
-    static void forget() { fActive = false; }
-
-private:
-    const CallbackScope fCallback;
-    const bool fOuter;
-    static thread_local bool fActive;
 };
 
 }  // namespace zeb

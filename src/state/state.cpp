@@ -2,7 +2,6 @@
 
 #include "math/spaces.h"
 #include "state/callback.h"
-#include "state/host_shader.h"
 #include "state/quark.h"
 #include "state/upcalls.h"
 #include "util/cancel.h"
@@ -79,7 +78,6 @@ void State::reset()
 {
     if (CallbackScope::left()) {
         CallbackScope::forget();
-        ShadingScope::forget();
         setAttribNames(nullptr, nullptr);
     }
     if (CallbackScope::active()) {
@@ -91,7 +89,7 @@ void State::reset()
 
 short State::verify(unsigned short mask, long code)
 {
-    if (!ShadingScope::allowsCalls()) return 0;
+    if (!CallbackScope::allowsCalls()) return 0;
     if (!(block() & mask)) {
         error(code, kError, nullptr);
         return 0;

@@ -7,8 +7,8 @@
 namespace zeb
 {
 
-thread_local HostArrays::Arrays HostArrays::fNext;
-thread_local HostArrays::Arrays* HostArrays::fCurrent = nullptr;
+HostArrays::Arrays HostArrays::fNext;
+HostArrays::Arrays* HostArrays::fCurrent = nullptr;
 
 void HostArrays::describe(const void* array, long count, long stride)
 {

@@ -58,9 +58,8 @@ private:
     static const void* gather(const char* name, const void* array, long count, std::size_t size);
     static const void* gathered(const void* array, std::size_t size);
 
-    // Of this thread: functions of the host's that shade may make calls on any, to be refused.
-    static thread_local Arrays fNext;
-    static thread_local Arrays* fCurrent;
+    static Arrays fNext;
+    static Arrays* fCurrent;
 };
 
 class HostArrays::Call

@@ -9,6 +9,12 @@
 namespace zebfuzz
 {
 
+void broken(const char* promise)
+{
+    std::fprintf(stderr, "broken promise: %s\n", promise);
+    std::abort();
+}
+
 namespace
 {
 
@@ -20,12 +26,6 @@ constexpr std::size_t kFloats = 40 * 40 * 40 + kUsedFloats;
 constexpr std::size_t kSlots = 8;
 
 Player* gPlayer = nullptr;
-
-[[noreturn]] void broken(const char* promise)
-{
-    std::fprintf(stderr, "broken promise: %s\n", promise);
-    std::abort();
-}
 
 // Everything files are written to; gone when the process ends.
 struct ScratchFolder {
@@ -137,9 +137,11 @@ void Player::step()
     if (fCalls >= kMaxCalls || in.empty()) return;
     ++fCalls;
     ++fNesting;
-    const std::vector<Call>* const tables[4] = {&primitiveCalls(), &attributeCalls(),
-                                                &optionCalls(), &primitiveCalls()};
-    const std::vector<Call>& table = *tables[in.upTo(4)];
+    const std::vector<Call>* const tables[] = {&primitiveCalls(), &attributeCalls(), &optionCalls(),
+                                               &primitiveCalls(), &shadingCalls()};
+    // Seldom enough to leave most pictures to the surfaces that are built in.
+    const unsigned which = in.upTo(36);
+    const std::vector<Call>& table = *tables[which == 32 ? 4 : which % 4];
     table[in.upTo(static_cast<unsigned>(table.size()))](*this);
     --fNesting;
 }
@@ -349,6 +351,9 @@ void Player::play()
     zebErrorHandler(0xB08, ZEB_ERROR_ABORT);
     for (const Procedural& procedural : fProcedurals) {
         if (procedural.counted && procedural.frees != 1) broken("a procedural is released");
+    }
+    for (const Shader& shader : fShaders) {
+        if (shader.frees != 1) broken("a function that shades is freed");
     }
     if (gDevice.open) broken("a device is closed in the end");
     gPlayer = nullptr;

@@ -54,6 +54,7 @@ public:
     void beginScene();
     void shadingRate();
     void procedural();
+    ZebShader shader();
     void outputFile();
 
     Bytes in;
@@ -64,6 +65,12 @@ private:
         bool counted = false;
         int frees = 0;
     };
+    struct Shader {
+        unsigned seed = 0;
+        int frees = 0;
+    };
+    static void shade(void* data, ZebRow* row);
+    static void freeShader(void* data);
     static void subdivide(void* data, float detail);
     static void release(void* data);
 
@@ -72,6 +79,7 @@ private:
     void closeBlocks();
 
     std::deque<Procedural> fProcedurals;
+    std::deque<Shader> fShaders;
     int fCalls = 0, fNesting = 0;
     bool fMuted = false, fBegun = false, fFine = false;
 };
@@ -80,6 +88,9 @@ using Call = void (*)(Player& p);
 extern const std::vector<Call>& optionCalls();
 extern const std::vector<Call>& attributeCalls();
 extern const std::vector<Call>& primitiveCalls();
+extern const std::vector<Call>& shadingCalls();
+// Says which promise the library has broken, and aborts.
+[[noreturn]] void broken(const char* promise);
 
 float filterThatCalls(float dx, float dy, float xwidth, float ywidth);
 float filterOfHostileWeights(float dx, float dy, float xwidth, float ywidth);
