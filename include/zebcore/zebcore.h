@@ -1034,6 +1034,8 @@ ZEB_API float* zebRowPlane(const ZebRow* row);
 /**
  * Finds the values that a variable of the primitive (zebDeclare) has at the points, in camera space
  * if they are points or normals.
+ * @param row as the function was given it
+ * @param token the variable's
  * @param component of a value: 0 of floats, 0 to 2 of points and colours, 0 and 1 of pairs, 0 to 3
  *   of homogeneous points
  * @return a plane; null if the primitive has no such variable of one of these types
@@ -1044,11 +1046,14 @@ ZEB_API float* zebRowVariable(const ZebRow* row, unsigned short token, long comp
 ZEB_API const int* zebRowInteger(const ZebRow* row, unsigned short token);
 /** @return the text of a variable; null if the primitive has none */
 ZEB_API const char* zebRowString(const ZebRow* row, unsigned short token);
-/** Finds the light that comes from everywhere. @param result three planes, set */
+/** Finds the light that comes from everywhere.
+    @param row as the function was given it, as in all that follow
+    @param result three planes, set */
 ZEB_API void zebRowAmbient(const ZebRow* row, float* const* result);
 /**
  * Finds how much light a rough surface takes: the sum of Cl times the cosine between its normal and
  * the way to the light, over all lights on its side.
+ * @param row see above
  * @param N three planes, of any length; usually N turned to the eye (zebRowFacing)
  * @param result three planes, set; they may be those of N
  */
@@ -1056,7 +1061,11 @@ ZEB_API void zebRowDiffuse(const ZebRow* row, float* const* N, float* const* res
 /**
  * Finds highlights: the sum of Cl times the cosine between the normal and the halfway vector, to
  * the power 1 / roughness (J. Blinn, 1977).
+ * @param row see above
+ * @param N three planes, as for zebRowDiffuse
  * @param V three planes: from the point to the eye, of any length; usually -I
+ * @param roughness 0.1 is that of "plastic"
+ * @param result three planes, set; they may be those of N
  */
 ZEB_API void zebRowSpecular(const ZebRow* row, float* const* N, float* const* V, float roughness,
                             float* const* result);
@@ -1068,6 +1077,7 @@ ZEB_API void zebRowPhong(const ZebRow* row, float* const* N, float* const* V, fl
 ZEB_API long zebRowLights(const ZebRow* row);
 /**
  * Finds what one of them sends to the points, whatever side it is on.
+ * @param row see above
  * @param number 0 to zebRowLights - 1
  * @param L three planes, set: from the point to the light, of length 1
  * @param Cl three planes, set: its colour there; black where it does not reach
@@ -1077,22 +1087,27 @@ ZEB_API long zebRowLights(const ZebRow* row);
 ZEB_API short zebRowLight(const ZebRow* row, long number, float* const* L, float* const* Cl,
                           float* const* Ol);
 /** Turns normals to the eye: to unit length and, where the geometric normal points away, round.
+    @param row see above
     @param N three planes
     @param result three planes, set; they may be those of N */
 ZEB_API void zebRowFacing(const ZebRow* row, float* const* N, float* const* result);
 /**
  * Finds how much values change from a point to the next, along the two ways that points are laid
  * out in: half the difference of the neighbours before and after; at an end, that to the only one.
+ * @param row see above
  * @param values a plane
  * @param along1,along2 planes, set; not the same as values
  */
 ZEB_API void zebRowDifferences(const ZebRow* row, const float* values, float* along1,
                                float* along2);
 /** Finds normals of positions moved by the function, from their differences, on the side that Ng
-    is on. @param positions,result three planes each; not the same */
+    is on.
+    @param row see above
+    @param positions,result three planes each; not the same */
 ZEB_API void zebRowNormals(const ZebRow* row, float* const* positions, float* const* result);
 /**
  * Brings points from one space to another.
+ * @param row see above
  * @param from,to 0: the space in which the shader was made. Otherwise a token: "eye", which is
  * camera space, "world", "model", which is the primitive's object space, and marked spaces, as they
  * were when the shader was made
@@ -1107,6 +1122,7 @@ ZEB_API void zebRowTransform(const ZebRow* row, unsigned short from, unsigned sh
 /**
  * Finds noise: random, but smooth, and always the same at a place. It is 0 where all coordinates
  * are whole numbers, within -1 to 1 between, and changes about once a unit (K. Perlin, 2002).
+ * @param row see above
  * @param dimensions 1 to 4; code 10 for others
  * @param places as many planes
  * @param periods as many whole numbers: noise repeats along coordinates whose period is above 0;
@@ -1118,17 +1134,25 @@ ZEB_API void zebRowNoise(const ZebRow* row, long dimensions, float* const* place
 /**
  * Adds octaves of noise up: of places, of twice their coordinates, of four times, and so on.
  * Octaves that would change too much from one point to the next fade out, so that nothing flickers.
+ * @param row see above
+ * @param dimensions,places as for zebRowNoise
  * @param octaves 1 to 32; code 10 for others
  * @param gain how much each octave has of the one before; usually 0.5
  * @param absolute non-zero adds the absolute values, which has creases, as in marble and fire
+ * @param result a plane, set
  */
 ZEB_API void zebRowTurbulence(const ZebRow* row, long dimensions, float* const* places,
                               long octaves, float gain, short absolute, float* result);
 /** Finds a step: 0 where values are below the edge, 1 above, and in between as much as lies above
-   it from one point to the next. @param values,result planes; may be the same */
+   it from one point to the next.
+    @param row see above
+    @param edge,values the edge and a plane of values
+    @param result a plane, set; may be that of the values */
 ZEB_API void zebRowStep(const ZebRow* row, float edge, const float* values, float* result);
 /** Finds a checkerboard of fields one unit wide, averaged from one point to the next: 1 where the
     whole parts of s and t are both even or both odd, 0 elsewhere.
+    @param row see above
+    @param s,t planes
     @param result a plane, set; may be s or t */
 ZEB_API void zebRowChecks(const ZebRow* row, const float* s, const float* t, float* result);
 /**
@@ -1150,6 +1174,8 @@ ZEB_API void zebImageFree(const void* image);
 /**
  * Looks an image up: bilinear where it is magnified, from smaller copies where s and t change by
  * more than a pixel from one point to the next.
+ * @param row see above
+ * @param image its handle
  * @param s,t planes: the image covers 0 to 1 by 0 to 1, t runs downwards
  * @param blur added to how far s and t change, as a part of the image; usually 0
  * @param results as many planes as the image has channels, set

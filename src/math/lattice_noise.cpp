@@ -50,13 +50,14 @@ struct Between {
 
 // The product of the way to a lattice point with its gradient: of one dimension a slope, of more
 // the way to the middle of one of the edges of a cube, so that all are about as steep.
-float slope(int dimensions, std::uint32_t hash, const float (&way)[4])
+template <int dimensions>
+float slope(std::uint32_t hash, const float (&way)[dimensions])
 {
-    if (dimensions == 1) {
+    if constexpr (dimensions == 1) {
         return way[0] * (static_cast<float>(hash >> 8) * (2.0f / 16777216) - 1) * 2;
     }
     float sum = 0;
-    const int left = dimensions == 2 ? -1 : static_cast<int>((hash >> 8) % unsigned(dimensions));
+    const int left = dimensions == 2 ? -1 : static_cast<int>((hash >> 8) % dimensions);
     for (int k = 0; k < dimensions; ++k) {
         if (k == left) continue;
         sum += hash >> k & 1 ? -way[k] : way[k];
@@ -64,14 +65,14 @@ float slope(int dimensions, std::uint32_t hash, const float (&way)[4])
     return sum;
 }
 
-}  // namespace
-
-float latticeNoise(int dimensions, const float* place, const long* periods)
+template <int dimensions>
+float noiseAt(const float* place, const long* periods)
 {
     // What brings the largest values to 1.
     constexpr float kScale[] = {0, 1, 1, 1, 0.9f};
-    std::uint32_t lower[4], upper[4];
-    float distance[4] = {}, fade[4];
+    constexpr int kCorners = 1 << dimensions;
+    std::uint32_t lower[dimensions], upper[dimensions];
+    float distance[dimensions], fade[dimensions];
     for (int k = 0; k < dimensions; ++k) {
         const float x = place[k];
         if (x - x != 0) return 0;
@@ -81,23 +82,38 @@ float latticeNoise(int dimensions, const float* place, const long* periods)
         const float d = distance[k] = between.distance;
         fade[k] = d * d * d * (d * (d * 6 - 15) + 10);
     }
-    float values[16];
-    const int corners = 1 << dimensions;
-    for (int corner = 0; corner < corners; ++corner) {
-        std::uint32_t hash = static_cast<std::uint32_t>(dimensions);
-        float way[4] = {};
+    float values[kCorners];
+    for (int corner = 0; corner < kCorners; ++corner) {
+        std::uint32_t hash = dimensions;
+        float way[dimensions];
         for (int k = 0; k < dimensions; ++k) {
             const bool isUpper = corner >> k & 1;
             hash = mixed(hash + 0x9E3779B9u + (isUpper ? upper[k] : lower[k]));
             way[k] = isUpper ? distance[k] - 1 : distance[k];
         }
-        values[corner] = slope(dimensions, hash, way);
+        values[corner] = slope(hash, way);
     }
-    for (int k = dimensions - 1, half = corners / 2; k >= 0; --k, half /= 2) {
+    for (int k = dimensions - 1, half = kCorners / 2; k >= 0; --k, half /= 2) {
         for (int n = 0; n < half; ++n) values[n] += (values[n + half] - values[n]) * fade[k];
     }
     const float value = values[0] * kScale[dimensions];
     return value < -1 ? -1 : value > 1 ? 1 : value;
+}
+
+}  // namespace
+
+float latticeNoise(int dimensions, const float* place, const long* periods)
+{
+    switch (dimensions) {
+        case 1:
+            return noiseAt<1>(place, periods);
+        case 2:
+            return noiseAt<2>(place, periods);
+        case 3:
+            return noiseAt<3>(place, periods);
+        default:
+            return noiseAt<4>(place, periods);
+    }
 }
 
 }  // namespace zeb

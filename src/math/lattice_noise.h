@@ -5,8 +5,8 @@ namespace zeb
 {
 
 // Gradient noise (K. Perlin, 2002) at a place of so many coordinates: 0 at the lattice's points,
-// which are the whole numbers, and within -1 ... 1 between. Where a coordinate has a period above 0,
-// noise repeats along it; null is none at all. 0 where a coordinate is not finite.
+// which are the whole numbers, and within -1 ... 1 between. Where a coordinate has a period above
+// 0, noise repeats along it; null is none at all. 0 where a coordinate is not finite.
 float latticeNoise(int dimensions, const float* place, const long* periods = nullptr);
 
 }  // namespace zeb
