@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <functional>
@@ -248,6 +249,40 @@ TEST_F(HostShading, WithoutLeaveTheCallersThreadAloneIsCalledRowByRowInOneOrder)
         orders.push_back(order);
     }
     EXPECT_GT(orders[0].size(), 20u);
+    EXPECT_EQ(orders[0], orders[1]);
+}
+
+TEST_F(HostShading, CallsInOrderComeBetweenThoseOfProceduralsAsWithOneThread)
+{
+    static std::vector<std::string> heard;
+    std::vector<std::vector<std::string>> orders;
+    for (const long threads : {1, 4}) {
+        heard.clear();
+        render(
+            [] {
+                surface([](ZebRow* row) {
+                    heard.push_back("row at " + std::to_string(row->P[0][0]));
+                    shine(row);
+                });
+                addShapes();
+                for (const float x : {-1.4f, -0.7f, 0.0f, 0.7f, 1.4f}) {
+                    zebAttributePush();
+                    zebTranslate(x, x / 2, -1);
+                    const float bound[6] = {-0.2f, 0.2f, -0.2f, 0.2f, -0.2f, 0.2f};
+                    zebProcedural(
+                        nullptr, bound,
+                        [](void*, float) {
+                            heard.push_back("procedural");
+                            zebSphere(0.2f, -0.2f, 0.2f, 360, 0);
+                        },
+                        nullptr);
+                    zebAttributePop();
+                }
+            },
+            threads);
+        orders.push_back(heard);
+    }
+    EXPECT_EQ(std::count(orders[0].begin(), orders[0].end(), "procedural"), 5);
     EXPECT_EQ(orders[0], orders[1]);
 }
 
@@ -547,6 +582,27 @@ TEST_F(HostShading, OpacitiesThatAreNoNumbersAreOneAndOthersEndAtZeroAndOne)
     EXPECT_NE(with(0), opaque);
     EXPECT_TRUE(reports.empty());
     EXPECT_EQ(with(std::nanf("")), opaque);
+    EXPECT_EQ(reports.size(), 1u);
+}
+
+TEST_F(HostShading, ColorsAndOpacitiesThatAreNoNumbersAreMendedBoth)
+{
+    const auto with = [](float color, float opacity) {
+        return render([=] {
+            surface(
+                [=](ZebRow* row) {
+                    each(row, [&](long k, int c) {
+                        row->Ci[c][k] = color;
+                        row->Oi[c][k] = opacity;
+                    });
+                },
+                ZEB_SHADE_OPACITY);
+            addShapes();
+        });
+    };
+    const Words mended = with(0, 1);
+    EXPECT_TRUE(reports.empty());
+    EXPECT_EQ(with(std::nanf(""), std::nanf("")), mended);
     EXPECT_EQ(reports.size(), 1u);
 }
 

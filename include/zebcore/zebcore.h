@@ -952,6 +952,7 @@ ZEB_API long zebVersion(void);
  * Points that are shaded together. The planes are the function's own while it runs: they do not
  * overlap, begin at multiples of 64 bytes, and hold count elements and as many more as make a
  * multiple of 16, which repeat the last point and whose results are not read.
+ * Lights and atmospheres see what a surface has written into its planes by then.
  */
 typedef struct ZebRow {
     long count;     /**< the number of points */

@@ -9,16 +9,15 @@ namespace zeb
 
 float* PlaneStore::take()
 {
-    if (fLeft == 0) {
+    if (!hasSpare()) {
         fMemory.push_back(makeArray<float>(kTogether * fSize + kLine));
+        std::fill_n(fMemory.back().get(), kTogether * fSize + kLine, 0.0f);
         const auto address = reinterpret_cast<std::uintptr_t>(fMemory.back().get());
         const std::size_t past = address / sizeof(float) % kLine;
         fFirst.push_back(fMemory.back().get() + (kLine - past) % kLine);
         fLeft = kTogether;
     }
-    float* const plane = fFirst.back() + (kTogether - fLeft--) * fSize;
-    std::fill_n(plane, fSize, 0.0f);
-    return plane;
+    return fFirst.back() + (kTogether - fLeft--) * fSize;
 }
 
 bool PlaneStore::contains(const float* plane) const
@@ -84,15 +83,25 @@ void HostRow::findPoints()
         put(fRow.P, k, vertex.P);
         put(fRow.dPdu, k, vertex.dPdu);
         put(fRow.dPdv, k, vertex.dPdv);
-        const GridPoints::Parameters at = fPoints.parameters(fPlaces[k]);
-        if (fPoints.hasNormals()) put(fRow.N, k, fPoints.normal(at));
-        put(fRow.Cs, k, fPoints.color(at));
-        put(fRow.Os, k, fPoints.opacity(at));
     }
-    for (const auto* planes : {&fRow.P, &fRow.N, &fRow.dPdu, &fRow.dPdv, &fRow.Cs, &fRow.Os}) {
-        fill(*planes);
+    for (const auto* planes : {&fRow.P, &fRow.dPdu, &fRow.dPdv}) fill(*planes);
+    if (fPoints.hasNormals()) {
+        findValues(fRow.N, true, [&](auto at) { return fPoints.normal(at); });
     }
+    findValues(fRow.Cs, fPoints.hasColors(), [&](auto at) { return fPoints.color(at); });
+    findValues(fRow.Os, fPoints.hasOpacities(), [&](auto at) { return fPoints.opacity(at); });
     for (int k = 0; k < 3; ++k) std::copy_n(fRow.Os[k], fSize, fRow.Oi[k]);
+}
+
+// One value a point, or one for all of them.
+template <class At>
+void HostRow::findValues(Triple planes, bool varies, const At& at) const
+{
+    const std::size_t count = varies ? fCount : 1;
+    for (std::size_t k = 0; k < count; ++k) put(planes, k, at(fPoints.parameters(fPlaces[k])));
+    for (int axis = 0; axis < 3; ++axis) {
+        std::fill(planes[axis] + count, planes[axis] + fSize, planes[axis][count - 1]);
+    }
 }
 
 // On the surface as a whole, and how far neighbours are apart on it.
@@ -167,6 +176,13 @@ void HostRow::orient()
     }
 }
 
+float* HostRow::sparePlane(const ZebRow* row)
+{
+    const UnderWay* const innermost = UnderWay::fInnermost;
+    const bool isSpare = innermost && innermost->shown == row && innermost->row->fStore.hasSpare();
+    return isSpare ? innermost->row->plane() : nullptr;
+}
+
 HostRow* HostRow::underWay(const ZebRow* row)
 {
     const UnderWay* const innermost = UnderWay::fInnermost;
@@ -215,14 +231,12 @@ void HostRow::shadeSurface(const HostShader& shader)
 {
     ZebRow row = fRow;
     call(shader, row);
-    if (!mend(fRow.Ci, 0)) shader.tellNoNumber();
-    if (!shader.setsOpacity()) {
-        for (std::size_t k = 0; k < fCount; ++k) {
-            put(fRow.Oi, k, fPoints.opacity(fPoints.parameters(fPlaces[k])));
-        }
-    } else if (!mend(fRow.Oi, 1)) {
-        shader.tellNoNumber();
-    }
+    bool good = mend(fRow.Ci, 0);
+    if (shader.setsOpacity()) good &= mend(fRow.Oi, 1);
+    if (!good) shader.tellNoNumber();
+    // What was not its to set.
+    if (shader.setsOpacity() || !fPoints.attrib().atmosphereShader) return;
+    findValues(fRow.Oi, fPoints.hasOpacities(), [&](auto at) { return fPoints.opacity(at); });
 }
 
 void HostRow::shadeVolume(const HostShader& shader)

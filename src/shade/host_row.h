@@ -20,7 +20,10 @@ class PlaneStore
 public:
     explicit PlaneStore(std::size_t size) : fSize(size) {}
 
+    // Of zeros.
     float* take();
+    // Whether the next one is at hand.
+    bool hasSpare() const { return fLeft > 0; }
     bool contains(const float* plane) const;
 
 private:
@@ -28,8 +31,10 @@ private:
 
     const std::size_t fSize;
     std::size_t fLeft = 0;
-    std::vector<PoolArray<float>> fMemory;
-    std::vector<float*> fFirst;
+    template <class T>
+    using Vector = std::vector<T, PoolAllocator<T>>;
+    Vector<PoolArray<float>> fMemory;
+    Vector<float*> fFirst;
 };
 
 class HostRow final : public RowLights
@@ -45,6 +50,8 @@ public:
     HostRow(const HostRow&) = delete;
     HostRow& operator=(const HostRow&) = delete;
 
+    // A plane that is at hand, of the row that a function of the host's was given; null otherwise.
+    static float* sparePlane(const ZebRow* row);
     // The one that a function of the host's is shading on this thread, if that is what it was
     // given; reports that it is not otherwise, and answers null.
     static HostRow* underWay(const ZebRow* row);
@@ -131,6 +138,8 @@ private:
     // Of the primitive's variables; null without one of the type, if there is a type.
     const ArgAssoc* argument(unsigned short token, short type) const;
     void findPoints();
+    template <class At>
+    void findValues(Triple planes, bool varies, const At& at) const;
     void findParameters();
     void findTexture(unsigned short token, const float (&corners)[4], float* plane) const;
     void orient();
