@@ -66,6 +66,7 @@ TEST_F(RowServices, TransformKnowsTheSpacesOfTheSceneAndOfTheShader)
 {
     const unsigned short eye = zebQuark("eye"), world = zebQuark("world"),
                          model = zebQuark("model"), marked = zebQuark("a marked space");
+    zebOutputSamples(ZEB_SAMPLES_RGBAZ);
     picture.attachFloat();
     zebRasterViewport(0, 32, 0, 32);
     zebViewOrthographic();
@@ -109,6 +110,7 @@ TEST_F(RowServices, TransformKnowsTheSpacesOfTheSceneAndOfTheShader)
 TEST_F(RowServices, NormalsStayAcrossSurfacesThroughSkewedAndMirroredSpaces)
 {
     const unsigned short eye = zebQuark("eye"), skewed = zebQuark("a skewed space");
+    zebOutputSamples(ZEB_SAMPLES_RGBAZ);
     picture.attachFloat();
     zebRasterViewport(0, 32, 0, 32);
     zebViewOrthographic();
