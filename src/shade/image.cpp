@@ -133,7 +133,7 @@ void Image::halve()
 }
 
 // Negative where there is nothing.
-long Image::wrapped(long i, long size) const
+std::int64_t Image::wrapped(std::int64_t i, std::int64_t size) const
 {
     switch (fWrap) {
         case kRepeat:
@@ -144,9 +144,9 @@ long Image::wrapped(long i, long size) const
             if (i < 0) i += 2 * size;
             return i < size ? i : 2 * size - 1 - i;
         case kBlack:
-            return i < size ? std::max(i, -1L) : -1;
+            return i < size ? i : -1;
         default:
-            return std::clamp(i, 0L, size - 1);
+            return std::clamp<std::int64_t>(i, 0, size - 1);
     }
 }
 
@@ -157,11 +157,11 @@ void Image::bilinear(const Level& level, double s, double t, float weight, float
     const double y = t * static_cast<double>(level.height) - 0.5;
     const double left = std::floor(x), top = std::floor(y);
     const auto fx = static_cast<float>(x - left), fy = static_cast<float>(y - top);
-    const long i = static_cast<long>(left), j = static_cast<long>(top);
+    const auto i = static_cast<std::int64_t>(left), j = static_cast<std::int64_t>(top);
     for (int corner = 0; corner < 4; ++corner) {
         const int right = corner & 1, low = corner >> 1;
-        const long column = wrapped(i + right, level.width);
-        const long row = wrapped(j + low, level.height);
+        const std::int64_t column = wrapped(i + right, level.width);
+        const std::int64_t row = wrapped(j + low, level.height);
         if (column < 0 || row < 0) continue;
         const float share = weight * (right ? fx : 1 - fx) * (low ? fy : 1 - fy);
         const float* const pixel =

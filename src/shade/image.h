@@ -1,6 +1,7 @@
 // Pictures that shading looks up.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -41,7 +42,7 @@ private:
 
     Image() = default;
     void halve();
-    long wrapped(long i, long size) const;
+    std::int64_t wrapped(std::int64_t i, std::int64_t size) const;
     void bilinear(const Level& level, double s, double t, float weight, float* channels) const;
 
     long fChannels = 0;
