@@ -50,9 +50,10 @@ void fillIn(Whim& whim, const ZebRow* row, float* const* planes)
 
 void callForRows(Whim& whim, ZebRow* row)
 {
-    float* own[3];
+    // Noise takes up to four.
+    float* own[4];
     for (float*& plane : own) plane = zebRowPlane(row);
-    float* const bad[3] = {own[0], own[1], whim.upTo(2) ? own[2] + 1 : nullptr};
+    float* const bad[4] = {own[0], own[1], whim.upTo(2) ? own[2] + 1 : nullptr, own[3]};
     float* const* const planes = whim.upTo(8) ? own : bad;
     float* const* const given = whim.upTo(2) ? row->N : row->P;
     const ZebRow* const of = whim.upTo(8) ? row : nullptr;
