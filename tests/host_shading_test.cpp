@@ -819,7 +819,7 @@ TEST_F(HostShading, LightThatIsNoNumberIsNone)
     ASSERT_EQ(reports.size(), 1u);
     EXPECT_EQ(reports[0].code, 15);
     EXPECT_EQ(reports[0].message.rfind("zebCustomLight: ", 0), 0u);
-    with(1, std::nanf(""));
+    EXPECT_EQ(with(1, std::nanf("")), dark);
     EXPECT_EQ(reports.size(), 2u);
 }
 

@@ -439,6 +439,23 @@ TEST_F(Images, AreAveragedWhereTheyAreMadeSmaller)
     }
 }
 
+// A point and the next may be whole images apart.
+TEST_F(Images, ThatRepeatManyTimesBetweenPointsAreTheirMean)
+{
+    std::vector<float> pixels(4096);
+    for (std::size_t k = 0; k < pixels.size(); ++k) pixels[k] = k % 2048 < 1024 ? 1.0f : 0.0f;
+    const void* const image = zebImage(1, 4096, 1, pixels.data(), ZEB_IMAGE_REPEAT);
+    shadeSquare([&](ZebRow* row) {
+        if (row->count < 4) return;
+        float* const result = zebRowPlane(row);
+        float* const t = zebRowPlane(row);
+        for (long k = 0; k < row->count; ++k) t[k] = row->v[k] * 1003;
+        zebRowImage(row, image, row->u, t, 0, &result);
+        for (long k = 0; k < row->count; ++k) EXPECT_NEAR(result[k], 0.5, 0.01);
+    });
+    zebImageFree(image);
+}
+
 // Where s jumps from 1 back to 0, an image that repeats is as sharp as elsewhere.
 TEST_F(Images, HaveNoSeamWhereTheyRepeat)
 {

@@ -1019,7 +1019,7 @@ ZEB_API void zebCustomAtmosphere(const ZebShader* shader);
  * It is called once for each row, when light is first asked for. N in its row is the surface's
  * shading normal. It can't ask for the light of others. Built-in surfaces take its light as they
  * take that of others: from the side that their normal, turned to the eye, is on. Light that is not
- * a number is none, with one report. Legal as zebLightSource is.
+ * a number is none, with one report for each function. Legal as zebLightSource is.
  */
 ZEB_API const void* zebCustomLight(const ZebShader* shader);
 

@@ -226,6 +226,24 @@ bool HostRow::mend(Triple planes, float other) const
     return good;
 }
 
+bool HostRow::mendLight(const Planes& planes, bool isAmbient) const
+{
+    bool good = true;
+    for (std::size_t k = 0; k < fCount; ++k) {
+        if (isAmbient) put(planes.L, k, gOrigin);
+        const Point L = pointAt(planes.L, k);
+        const Color Cl = colorAt(planes.Cl, k);
+        if ((L.x - L.x) + (L.y - L.y) + (L.z - L.z) == 0 &&
+            (Cl.r - Cl.r) + (Cl.g - Cl.g) + (Cl.b - Cl.b) == 0) {
+            continue;
+        }
+        good = false;
+        put(planes.L, k, gOrigin);
+        put(planes.Cl, k, gBlack);
+    }
+    return mend(planes.Ol, 1) && good;
+}
+
 // The function is given a copy: what it does to the struct itself is without effect.
 void HostRow::shadeSurface(const HostShader& shader)
 {
@@ -272,8 +290,7 @@ const RowLights::Planes& HostRow::planes(const Light& light) const
     call(shader, row);
     fInLight = false;
     const Planes& planes = made->planes;
-    const bool good = mend(planes.L, 0) & mend(planes.Cl, 0) & mend(planes.Ol, 1);
-    if (!good) shader.tellNoNumber();
+    if (!mendLight(planes, light.isambient())) shader.tellNoNumber();
     fill(planes.L);
     fill(planes.Cl);
     fill(planes.Ol);

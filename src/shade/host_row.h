@@ -146,10 +146,12 @@ private:
     void call(const HostShader& shader, ZebRow& row) const;
     // Null, and a report, for an unknown space.
     const Matrix* toCamera(unsigned short space) const;
-    // How far values are apart from one point to the next; of periodic ones, the short way round.
+    // How far values are apart from one point to the next; they may be ones that repeat.
     void widths(const float* values, bool wraps, float* result) const;
     // Whether all were numbers; others become this.
     bool mend(Triple planes, float other) const;
+    // The same of what a light has given, which is none where it is no number.
+    bool mendLight(const Planes& planes, bool isAmbient) const;
     // Whether light may be asked for: lights themselves may not.
     bool mayAskLights() const;
     // The point as surfaces look at it that take its light one by one.

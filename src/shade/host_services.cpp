@@ -57,19 +57,31 @@ void HostRow::transform(unsigned short from, unsigned short to, short kind, Trip
     }
 }
 
+// Where values repeat they may jump back between two points: those on the other side tell how far
+// they go elsewhere. Where there is no other side, the neighbour tells; and where that has none
+// either, the jump is taken for one.
 void HostRow::widths(const float* values, bool wraps, float* result) const
 {
-    const std::vector<float, PoolAllocator<float>> copy(values, values + fSize);
-    const auto apart = [&](std::size_t a, std::size_t b) {
-        const float d = std::fabs(copy[a] - copy[b]);
-        return wraps ? std::fabs(d - std::floor(d + 0.5f)) : d;
+    using Floats = std::vector<float, PoolAllocator<float>>;
+    const Floats copy(values, values + fSize);
+    Floats ways[2] = {Floats(fSize), Floats(fSize)};
+    const auto between = [&](std::size_t before, std::size_t k, std::size_t after) {
+        const float d = std::fabs(copy[k] - copy[before]), e = std::fabs(copy[after] - copy[k]);
+        if (before == k || after == k) return -(d + e);  // an end
+        return wraps ? std::min(d, e) : 0.5f * (d + e);
     };
     eachPlace([&](std::size_t k, const Neighbours& near) {
-        const auto between = [&](std::size_t before, std::size_t after) {
-            const float d = apart(before, k) + apart(k, after);
-            return before != k && after != k ? 0.5f * d : d;
-        };
-        result[k] = std::max(between(near.before, near.after), between(near.above, near.below));
+        ways[0][k] = between(near.before, k, near.after);
+        ways[1][k] = between(near.above, k, near.below);
+    });
+    const auto width = [&](const Floats& way, std::size_t k, std::size_t neighbour) {
+        const float d = std::fabs(way[k]), other = way[neighbour];
+        if (!wraps || way[k] > 0) return d;
+        return other > 0 ? std::min(d, other) : std::fabs(d - std::floor(d + 0.5f));
+    };
+    eachPlace([&](std::size_t k, const Neighbours& near) {
+        result[k] = std::max(width(ways[0], k, near.before == k ? near.after : near.before),
+                             width(ways[1], k, near.above == k ? near.below : near.above));
     });
     fill(result);
 }
