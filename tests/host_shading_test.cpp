@@ -421,7 +421,8 @@ TEST_F(HostShading, VariablesOfPrimitivesComeAsPlanesNumbersAndTexts)
     const unsigned short text = zebDeclare("a row's text", ZEB_UNIFORM, ZEB_STRING);
     const float heats[4] = {0, 1, 10, 11}, ways[3] = {0.5f, 0, 0};
     const float pairs[8] = {0, 5, 1, 5, 0, 6, 1, 6};
-    const int numbers[1] = {-70000};
+    const unsigned short many = zebDeclare("a row's integers", ZEB_VARYING, ZEB_INTEGER);
+    const int numbers[1] = {-70000}, four[4] = {1, 2, 3, 4};
     long rows = 0;
     render([&] {
         surface([&](ZebRow* row) {
@@ -446,11 +447,12 @@ TEST_F(HostShading, VariablesOfPrimitivesComeAsPlanesNumbersAndTexts)
             ASSERT_NE(zebRowInteger(row, number), nullptr);
             EXPECT_EQ(*zebRowInteger(row, number), -70000);
             EXPECT_EQ(zebRowInteger(row, heat), nullptr);
+            EXPECT_EQ(zebRowInteger(row, many), nullptr) << "who knows which of them";
             EXPECT_STREQ(zebRowString(row, text), "oak");
             EXPECT_EQ(zebRowString(row, number), nullptr);
         });
         zebSphere(1, -1, 1, 360, heat, heats, way, ways, pair, pairs, number, numbers, text, "oak",
-                  0);
+                  many, four, 0);
     });
     EXPECT_GT(rows, 4);
     EXPECT_TRUE(reports.empty());
@@ -821,6 +823,30 @@ TEST_F(HostShading, LightThatIsNoNumberIsNone)
     EXPECT_EQ(reports[0].message.rfind("zebCustomLight: ", 0), 0u);
     EXPECT_EQ(with(1, std::nanf("")), dark);
     EXPECT_EQ(reports.size(), 2u);
+}
+
+TEST_F(HostShading, LightFromNowhereIsNone)
+{
+    const auto with = [](float way) {
+        return render([=] {
+            zebSurface(zebQuark("metal"), 0);
+            light([=](ZebRow* row) {
+                each(row, [&](long k, int c) {
+                    row->L[c][k] = c == 2 ? way : 0;
+                    row->Cl[c][k] = 1;
+                });
+            });
+            addShapes();
+        });
+    };
+    const Words dark = with(0);
+    EXPECT_NE(with(1), dark);
+    const Words none = render([] {
+        zebSurface(zebQuark("metal"), 0);
+        addShapes();
+    });
+    EXPECT_EQ(dark, none);
+    EXPECT_TRUE(reports.empty());
 }
 
 TEST_F(HostShading, LightsCannotAskForLight)

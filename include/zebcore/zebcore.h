@@ -1017,9 +1017,9 @@ ZEB_API void zebCustomAtmosphere(const ZebShader* shader);
  * @return its handle, as that of zebLightSource; null if refused
  *
  * It is called once for each row, when light is first asked for. N in its row is the surface's
- * shading normal. It can't ask for the light of others. Built-in surfaces take its light as they
- * take that of others: from the side that their normal, turned to the eye, is on. Light that is not
- * a number is none, with one report for each function. Legal as zebLightSource is.
+ * shading normal. It can't ask for the light of others (code 8). Built-in surfaces take its light
+ * as they take that of others: from the side that their normal, turned to the eye, is on. Light
+ * that is not a number is none, with one report for each function. Legal as zebLightSource is.
  */
 ZEB_API const void* zebCustomLight(const ZebShader* shader);
 
@@ -1030,11 +1030,12 @@ ZEB_API void zebTextureCoordinates(float s1, float t1, float s2, float t2, float
                                    float s4, float t4);
 
 /** @return a plane more, for the function's own ends, until it returns; its values are 0. Null and
-    code 8 for a row that is not being shaded on this thread: so do all functions that take one. */
+    code 8 for a row that is not being shaded on this thread: so do all functions that take one. The
+    planes they take are those of the row and such ones; others are refused with code 10. */
 ZEB_API float* zebRowPlane(const ZebRow* row);
 /**
- * Finds the values that a variable of the primitive (zebDeclare) has at the points, in camera space
- * if they are points or normals.
+ * Finds the values that a variable of the primitive (zebDeclare), uniform or varying, has at the
+ * points: in camera space if they are points or normals, homogeneous ones as they were given.
  * @param row as the function was given it
  * @param token the variable's
  * @param component of a value: 0 of floats, 0 to 2 of points and colours, 0 and 1 of pairs, 0 to 3
@@ -1042,8 +1043,8 @@ ZEB_API float* zebRowPlane(const ZebRow* row);
  * @return a plane; null if the primitive has no such variable of one of these types
  */
 ZEB_API float* zebRowVariable(const ZebRow* row, unsigned short token, long component);
-/** @return where the integers of a variable lie, as they were given: one, if its class is uniform;
-    null if the primitive has none */
+/** @return where the integer of a variable lies; null if the primitive has none of class
+ * ZEB_UNIFORM */
 ZEB_API const int* zebRowInteger(const ZebRow* row, unsigned short token);
 /** @return the text of a variable; null if the primitive has none */
 ZEB_API const char* zebRowString(const ZebRow* row, unsigned short token);

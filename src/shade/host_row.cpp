@@ -233,11 +233,10 @@ bool HostRow::mendLight(const Planes& planes, bool isAmbient) const
         if (isAmbient) put(planes.L, k, gOrigin);
         const Point L = pointAt(planes.L, k);
         const Color Cl = colorAt(planes.Cl, k);
-        if ((L.x - L.x) + (L.y - L.y) + (L.z - L.z) == 0 &&
-            (Cl.r - Cl.r) + (Cl.g - Cl.g) + (Cl.b - Cl.b) == 0) {
-            continue;
-        }
-        good = false;
+        const bool numbers = (L.x - L.x) + (L.y - L.y) + (L.z - L.z) == 0 &&
+                             (Cl.r - Cl.r) + (Cl.g - Cl.g) + (Cl.b - Cl.b) == 0;
+        if (numbers && (isAmbient || L != gOrigin)) continue;
+        good &= numbers;
         put(planes.L, k, gOrigin);
         put(planes.Cl, k, gBlack);
     }
@@ -337,7 +336,8 @@ float* HostRow::variable(unsigned short token, long component) const
 const int* HostRow::integers(unsigned short token) const
 {
     const ArgAssoc* const given = argument(token, kInteger);
-    return given ? reinterpret_cast<const int*>(given->words()) : nullptr;
+    const bool isOne = given && given->storage() == kUniform;
+    return isOne ? reinterpret_cast<const int*>(given->words()) : nullptr;
 }
 
 const char* HostRow::string(unsigned short token) const
