@@ -772,7 +772,9 @@ ZEB_API short zebRenderBucket(void) ZEB_DECORATED("_Z15zebRenderBucketv");
 /** @return how much is rendered, in percent, the bucket under way included; 0 when nothing is being
     rendered */
 ZEB_API long zebProgress(void) ZEB_DECORATED("_Z11zebProgressv");
-/** Sets the displacement bound, an attribute. Recorded; nothing is displaced. */
+/** Sets how far the function of zebCustomDisplacement moves a surface at the most, an attribute: in
+    object space; 0 by default. Larger than it need be costs time: surfaces are looked for as far
+    around them. Legal as zebColor is. Code 10 for what is not finite. */
 ZEB_API void zebBoundDisplacement(float amount) ZEB_DECORATED("_Z20zebBoundDisplacementf");
 /** Opens a motion block: of the calls in it only the first takes effect.
     @param n number of times, which follow; they are not used. Legal everywhere but in object and
@@ -956,7 +958,7 @@ ZEB_API long zebVersion(void);
  */
 typedef struct ZebRow {
     long count;     /**< the number of points */
-    float* P[3];    /**< positions */
+    float* P[3];    /**< positions; of displacements: to be moved */
     float* N[3];    /**< shading normals, of any length, turned neither way */
     float* Ng[3];   /**< geometric normals, of any length */
     float* I[3];    /**< from the eye to the point; along z in an orthographic view */
@@ -975,9 +977,9 @@ typedef struct ZebRow {
     float* Os[3];   /**< opacities of the surface */
     float* Ci[3];   /**< of surfaces: to be set, the colour that leaves the surface, weighed by its
                          opacity as built-in surfaces do: Os * Cs * ... (zebQuirks). Of atmospheres:
-                         to be changed. Of lights: null */
+                         to be changed. Of others: null */
     float* Oi[3];   /**< of surfaces: to be set if ZEB_SHADE_OPACITY says so; Os before. Of
-                         atmospheres: the surface's, to be read. Of lights: null */
+                         atmospheres: the surface's, to be read. Of others: null */
     float* L[3];    /**< of lights: to be set, from the light to the point, of any length; null
                          otherwise */
     float* Cl[3];   /**< of lights: to be set, the colour that arrives; black is no light; null
@@ -1022,6 +1024,28 @@ ZEB_API void zebCustomAtmosphere(const ZebShader* shader);
  * that is not a number is none, with one report for each function. Legal as zebLightSource is.
  */
 ZEB_API const void* zebCustomLight(const ZebShader* shader);
+
+/**
+ * Makes a function of the host's move the surface before it is seen; an attribute. A null shader
+ * moves nothing.
+ *
+ * It moves P of its row; there is no Ci, Oi, nor light (code 8). All that is found of the surface
+ * later is that of the moved one: normals are too, those given as "normal" as far as the surface
+ * has turned. No point is moved farther than zebBoundDisplacement says, which has to be set:
+ * farther is cut to it, with one report with code 10 for each function. Points that are no numbers
+ * stay, with one report with code 15.
+ *
+ * Where grids of a surface meet, both give the function the same points, so that it stays closed if
+ * what the function does depends on them alone: not on count, on a point's number, nor on what else
+ * is in the row. Faces of a mesh meet if they have normals in common. A row has points beyond the
+ * surface's edges too, as it would go on. du and dv are how far places are apart that are a
+ * micropolygon apart on the screen; zebRowDifferences tells how much values change as far.
+ *
+ * How fine the surface is diced follows from what it is before. Legal as zebColor is. Code 10 for a
+ * null function, and flags there are none of; ZEB_SHADE_OPACITY and ZEB_SHADE_AMBIENT are without
+ * effect.
+ */
+ZEB_API void zebCustomDisplacement(const ZebShader* shader);
 
 /** Sets the texture coordinates at the corners of a surface's parameters, an attribute: s and t at
     (u, v) = (0, 0), (1, 0), (0, 1) and (1, 1), bilinear between and beyond. By default s is u and t

@@ -83,6 +83,12 @@ const void* zebCustomLight(const ZebShader* shader)
     return gAttrib->customLight(shader);
 }
 
+void zebCustomDisplacement(const ZebShader* shader)
+{
+    CallFrame frame("zebCustomDisplacement");
+    gAttrib->customDisplacement(shader);
+}
+
 void zebTextureCoordinates(float s1, float t1, float s2, float t2, float s3, float t3, float s4,
                            float t4)
 {

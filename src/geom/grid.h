@@ -23,6 +23,8 @@
 namespace zeb
 {
 
+class Primitive;
+
 // One sample of a surface, in camera space.
 struct Vertex {
     Point P, dPdu, dPdv;
@@ -74,6 +76,9 @@ public:
     // Where it lies on its surface, and that surface: for functions of the host's.
     SurfacePart fPart;
     std::shared_ptr<const Transform> fTransform;
+    // A function of the host's has moved the vertices. Their derivatives tell all about normals
+    // then, given ones included.
+    bool fDisplaced = false;
 
     Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Attrib> attrib,
          const Transform& transform, std::uint32_t seq, bool flip, bool triangular,
@@ -95,6 +100,9 @@ public:
     int vertexCount(int j) const { return j == 0 ? fUSize + 1 : cellCount(j - 1) + 1; }
     int cellCount(int j) const { return fTriangular ? fUSize - j * fUSize / fVSize : fUSize; }
 
+    // Lets the function of the attributes that displaces move the vertices, once the place on the
+    // surface is known; without one, nothing happens.
+    void displace(const Primitive& primitive, const RenderFrame& frame);
     // Finds the positions in raster space, whose z is the depth that hits are ordered by.
     void project(const RenderFrame& frame);
     Point raster(int i, int j) const { return raster(at(i, j)); }
@@ -104,9 +112,12 @@ public:
     // Of the vertices of row j in raster space, and of all.
     const Bound& rowBound(int j) const { return fRowBounds[j]; }
     const Bound& bound() const { return fBound; }
+    // Of the micropolygons' sides along the rows and across them, in pixels: of grids that have
+    // been displaced, after projecting.
+    float longestSide() const { return fLongestSide; }
 
-    // Whether functions of the host's take part in shading: they get all points at once.
-    bool shadedByHost() const { return fAttrib->hostShading != HostShading::kNone; }
+    // Whether functions of the host's find colours: they get all points at once.
+    bool shadedByHost() const { return fAttrib->colorsByHost; }
     // Lets colours be found when they are asked for; until then the grid is black and opaque. The
     // frame has to stay.
     void shadeOnDemand(const RenderFrame& frame);
@@ -142,6 +153,7 @@ public:
     bool isOpaque() const { return fOpaque; }
 
 private:
+    void measureSides();
     // Of the vertices; black where nobody has set them.
     struct ColorPlane {
         PoolArray<Color> values;  // null before the first
@@ -201,6 +213,7 @@ private:
     float* fRaster[3] = {};               // a plane for each axis
     mutable PoolArray<Vertex> fVertices;  // null when all is shaded
     Bound fBound;
+    float fLongestSide = 0;
 
     const RenderFrame* fFrame = nullptr;  // that colours are found under
     Color fOpacity = gWhite;

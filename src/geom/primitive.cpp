@@ -354,6 +354,46 @@ Primitive::Local Primitive::euclidean(const Differential& at) const
     return {homogenized(p), homogenized(du), homogenized(dv)};
 }
 
+Vertex Primitive::vertexAt(float u, float v) const
+{
+    Local at = euclidean(evaluate(u, v));
+    vtransform(at.dPdu, matrix());
+    vtransform(at.dPdv, matrix());
+    return {rounded(at.P * matrix()), rounded(at.dPdu), rounded(at.dPdv)};
+}
+
+// The matrix stretches no way by more than the root of a norm of its square.
+float Primitive::displacement() const
+{
+    const float bound = attrib().displacementBound;
+    if (!attrib().displacementShader || !(bound > 0)) return 0;
+    const auto& m = matrix().m;
+    double most = 0;
+    for (int i = 0; i < 3; ++i) {
+        double sum = 0;
+        for (int j = 0; j < 3; ++j) {
+            double product = 0;
+            for (int k = 0; k < 3; ++k) product += double{m[i][k]} * double{m[j][k]};
+            sum += std::fabs(product);
+        }
+        most = std::max(most, sum);
+    }
+    return static_cast<float>(std::sqrt(most) * double{bound});
+}
+
+Boundw Primitive::displaced(Boundw box) const
+{
+    const float room = displacement() * std::max(std::fabs(box.wmin), std::fabs(box.wmax));
+    if (!(room > 0)) return box;
+    box.xmin -= room;
+    box.xmax += room;
+    box.ymin -= room;
+    box.ymax += room;
+    box.zmin -= room;
+    box.zmax += room;
+    return box;
+}
+
 void Primitive::mendDerivatives(Grid& grid) const
 {
     constexpr double kParallel = 1e-10;  // the square of a sine

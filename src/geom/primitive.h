@@ -24,6 +24,7 @@ namespace zeb
 class Grid;
 class Primitive;
 struct Sweep;
+struct Vertex;
 
 // How much of something may be seen.
 enum class Sight { kNone, kSome, kAll };
@@ -230,6 +231,12 @@ public:
     // space: infinite where that is not known.
     virtual double sagAlongU(double) const { return std::numeric_limits<double>::infinity(); }
     virtual double sagAlongV(double) const { return std::numeric_limits<double>::infinity(); }
+    // In camera space, also beyond the sides of a piece.
+    Vertex vertexAt(float u, float v) const;
+    // How far a function of the host's may move the surface, in camera space.
+    float displacement() const;
+    // A box in camera space, with room for that.
+    Boundw displaced(Boundw box) const;
     // For an instance of the object that holds this primitive. The quirk: a single patch is copied
     // without its points.
     virtual std::unique_ptr<Primitive> copy(bool quirks) const;

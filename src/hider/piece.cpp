@@ -69,7 +69,7 @@ Piece::Piece(std::shared_ptr<const Grid> grid)
     takeBox();
 }
 
-void Piece::takeBox() { fBox = grown(fGrid->bound(), Seams::reach(*fGrid->fAttrib)); }
+void Piece::takeBox() { fBox = grown(fGrid->bound(), Seams::reach(*fGrid)); }
 
 void Piece::settle(Counts& counts)
 {
@@ -96,11 +96,12 @@ void Piece::makeGrid(Counts& counts)
     const AttribNamesScope names(attrib.object.text(), attrib.group.text());
     std::shared_ptr<Grid> grid(fPrimitive->dice(Dicing{*fFrame, fUSteps, fVSteps}).release(),
                                std::default_delete<Grid>(), PoolAllocator<Grid>());
-    grid->project(*fFrame);
-    if (grid->shadedByHost()) {
+    if (attrib.hostShading != HostShading::kNone) {
         grid->fPart = fPrimitive->surfacePart();
         grid->fTransform = fPrimitive->common().fTransform;
+        grid->displace(*fPrimitive, *fFrame);
     }
+    grid->project(*fFrame);
     const Option& option = fFrame->option;
     const bool depthOnly = option.depth && !option.rgb && !option.alpha;
     if (!depthOnly && !grid->fMatte) grid->shadeOnDemand(*fFrame);

@@ -38,13 +38,14 @@ float roomAround(const Primitive& primitive)
 
 Sight Refiner::sight(const Primitive& primitive, const Boundw& camera) const
 {
-    if (fLayout.holds(camera)) return Sight::kAll;
-    return fLayout.culled(camera, roomAround(primitive)) ? Sight::kNone : Sight::kSome;
+    const Boundw box = primitive.displaced(camera);
+    if (fLayout.holds(box)) return Sight::kAll;
+    return fLayout.culled(box, roomAround(primitive)) ? Sight::kNone : Sight::kSome;
 }
 
 void Refiner::add(std::unique_ptr<Primitive> primitive)
 {
-    const Boundw camera = primitive->hull();
+    const Boundw camera = primitive->displaced(primitive->hull());
     if (fLayout.culled(camera, roomAround(*primitive))) return;
     const Boundw raster = camera * fLayout.frame().cameraToRaster;
     if (!isFiniteBound(raster)) {
@@ -60,11 +61,15 @@ void Refiner::dice(std::unique_ptr<Primitive> primitive, const Dicing& dicing)
 {
     const BucketPlace last{primitive->lastBucketX(), primitive->lastBucketY()};
     const bool bounded = primitive->attrib().objectBound.finite;
+    // A function that is called in order waits until something of it may be seen.
+    const HostShader* const displacement = primitive->attrib().displacementShader.get();
+    const bool waits = displacement && displacement->kind() == HostShading::kInOrder;
     auto piece = std::allocate_shared<Piece>(PoolAllocator<Piece>(), std::move(primitive), dicing);
     ++fCounts.pieces;
     // What the host says of an object's size may be wrong: only the grid tells where it is. And
     // boxes much larger than the surface would be filed under many buckets for nothing.
-    if (fLayout.frame().plain || bounded || piece->isLoose()) piece->settle(fCounts);
+    const bool settles = fLayout.frame().plain || bounded || piece->isLoose();
+    if (settles && !waits) piece->settle(fCounts);
     const BucketRange range = fLayout.range(*piece, fBucket, last);
     fFilingTo.file(std::move(piece), range);
 }

@@ -43,8 +43,7 @@ struct Vertices {
 // chord nothing is known of its curve but what it was diced for.
 float reachOf(const Vertices& vertices, int n)
 {
-    const Attrib& attrib = *vertices.grid.fAttrib;
-    const float longest = longestSide(attrib), most = Seams::reach(attrib);
+    const float longest = longestSide(*vertices.grid.fAttrib), most = Seams::reach(vertices.grid);
     if (n < 2) return most;
     float bend = 0, shortest = kInfinity;  // squared
     Point p = vertices[0], q = vertices[1];
@@ -80,15 +79,31 @@ bool positive(const Grid& grid, double facing)
 
 }  // namespace
 
+namespace
+{
+
+// Sides of triangles are straight, unless they have been moved.
+float edgeReach(const Grid& grid)
+{
+    return grid.fTriangular && !grid.fDisplaced ? kRounding : Seams::reach(grid);
+}
+
+}  // namespace
+
 float Seams::reach(const Attrib& attrib)
 {
     return std::min(0.5f * longestSide(attrib), 2 * attrib.flatnessLimit) + kRounding;
 }
 
-Bound Seams::reached(const Grid& grid)
+// Where a function of the host's has moved the vertices of a side, those of another between them
+// may be anywhere: hardly farther away than these are from each other.
+float Seams::reach(const Grid& grid)
 {
-    return around(grid.bound(), grid.fTriangular ? kRounding : reach(*grid.fAttrib));
+    const float smooth = reach(*grid.fAttrib);
+    return grid.fDisplaced ? smooth + grid.longestSide() : smooth;
 }
+
+Bound Seams::reached(const Grid& grid) { return around(grid.bound(), edgeReach(grid)); }
 
 void Lines::add(std::uint32_t line, float x, float y)
 {
@@ -174,11 +189,12 @@ void Seams::addSides(const Grid& grid)
 void Seams::addTriangleSides(const Grid& grid)
 {
     const Edges& e = grid.fEdges;
+    const float reach = edgeReach(grid);
     const auto add = [&](int edge, int i, int j, int first, std::uint32_t line,
                          const Bound& where) {
         const int second = (first + 1) % 4;
         addSide({&grid, edge, i, j, first, grid.raster(i + kAcross[first], j + kDown[first]),
-                 grid.raster(i + kAcross[second], j + kDown[second]), kRounding, line},
+                 grid.raster(i + kAcross[second], j + kDown[second]), reach, line},
                 where);
     };
     if (const Bound* const where = fWhere->find(e.vmin); where && !missesRow(grid, 0, *where)) {
@@ -197,12 +213,17 @@ void Seams::addTriangleSides(const Grid& grid)
 // Whether all of a row of vertices is beyond where samples look for sides.
 bool Seams::missesRow(const Grid& grid, int j, const Bound& where)
 {
-    return around(grid.rowBound(j), reach(*grid.fAttrib)).misses(where);
+    return around(grid.rowBound(j), reach(grid)).misses(where);
 }
 
 void Seams::addSide(const Side& side, const Bound& where)
 {
-    if (!side.bound().misses(where)) fSides.push_back(side);
+    Side& added = fSides.emplace_back(side);
+    if (side.grid->fDisplaced) {
+        const float x = side.b.x - side.a.x, y = side.b.y - side.a.y;
+        added.reach = std::min(side.reach, reach(*side.grid->fAttrib) + std::sqrt(x * x + y * y));
+    }
+    if (added.bound().misses(where)) fSides.pop_back();
 }
 
 void Seams::know(Side& side) const
@@ -332,15 +353,15 @@ void dropLoneEnds(Seams::Near*& list)
 }
 
 // Drops those along lines of which none is seen.
-void dropUnseen(Seams::Near*& list)
+void dropUnseen(Seams::Near*& list, std::vector<std::uint32_t>& seen)
 {
-    const auto isSeen = [&list](std::uint32_t line) {
-        const Seams::Near* near = list;
-        while (near && !(near->seen && near->side->line == line)) near = near->next;
-        return near != nullptr;
-    };
+    seen.clear();
+    for (const Seams::Near* near = list; near; near = near->next) {
+        if (near->seen) seen.push_back(near->side->line);
+    }
+    std::sort(seen.begin(), seen.end());
     for (Seams::Near** place = &list; *place;) {
-        if (isSeen((*place)->side->line)) {
+        if (std::binary_search(seen.begin(), seen.end(), (*place)->side->line)) {
             place = &(*place)->next;
         } else {
             *place = (*place)->next;
@@ -393,9 +414,9 @@ bool Seams::covered(float x, float y, const Near& near, double room, const Piece
     return false;
 }
 
-Seams::Near* Seams::candidates(Near* list)
+Seams::Near* Seams::candidates(Near* list) const
 {
-    dropUnseen(list);
+    dropUnseen(list, fSeenLines);
     // Surfaces that had to be given up pile up sides; pairing them would take forever.
     constexpr int kMostSides = 64;
     int count = 0;

@@ -99,8 +99,10 @@ public:
         const Point& end() const { return beyond < 0 ? side->a : side->b; }
     };
 
-    // In pixels: how far from a grid gaps can be.
+    // In pixels: how far from a grid gaps can be, as far as its attributes and what it was diced
+    // for tell; and once it is diced.
     static float reach(const Attrib& attrib);
+    static float reach(const Grid& grid);
     // Where gaps by a grid's sides can be; depths are left out.
     static Bound reached(const Grid& grid);
     // Where samples may lie by them. Valid until the next call.
@@ -141,7 +143,7 @@ private:
     void addSide(const Side& side, const Bound& where);
     void know(Side& side) const;
     // Those of a list that may lie by a gap.
-    static Near* candidates(Near* list);
+    Near* candidates(Near* list) const;
     // Takes the nearest gap that is still open out of a list, with all of its layer.
     static const Near* nextGap(float x, float y, Near*& list, const Pieces& pieces, Counts& counts);
     static bool covered(float x, float y, const Near& near, double room, const Pieces& pieces,
@@ -152,6 +154,7 @@ private:
     Arena& fArena;
     const Lines* fWhere = nullptr;
     std::vector<Side> fSides;
+    mutable std::vector<std::uint32_t> fSeenLines;
 };
 
 }  // namespace zeb

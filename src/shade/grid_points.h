@@ -21,7 +21,7 @@ public:
         : fGrid(grid),
           fConstant(!grid.fSmooth),
           fQuirks(frame.option.quirks),
-          fNormal(grid.fVertexArgs.find(kQNormal)),
+          fNormal(grid.fDisplaced ? nullptr : grid.fVertexArgs.find(kQNormal)),
           fColor(firstOf({Quark::fVertexColor, kQColor})),
           fOpacity(firstOf({Quark::fVertexOpacity, kQOpacity}))
     {

@@ -279,7 +279,8 @@ void Grid::shadeVertices(const Places& wanted, ShadingCounts& counts) const
 void Grid::shadeByHost(const Places& all) const
 {
     const GridPoints points(*this, *fFrame);
-    HostRow row(points, *fFrame, all.data(), all.size());
+    const RowPoints places(points, all.data(), all.size());
+    HostRow row(points, *fFrame, places);
     GridShader shader(*this, *fFrame);
     shader.prepare();
     shader.colorsByHost(row, all.data(), all.size());

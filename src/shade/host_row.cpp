@@ -49,19 +49,27 @@ struct HostRow::UnderWay {
 
 thread_local HostRow::UnderWay* HostRow::UnderWay::fInnermost = nullptr;
 
-HostRow::HostRow(const GridPoints& points, const RenderFrame& frame, const VertexPlace* places,
-                 std::size_t count)
-    : fPoints(points),
-      fGrid(points.grid()),
+RowPoints::RowPoints(const GridPoints& points, const VertexPlace* places, std::size_t count)
+    : areVertices(points.grid().fSmooth)
+{
+    all.reserve(count);
+    for (std::size_t k = 0; k < count; ++k) {
+        all.push_back({points.parameters(places[k]), points.vertex(places[k])});
+    }
+}
+
+HostRow::HostRow(const GridPoints& grid, const RenderFrame& frame, const RowPoints& points)
+    : fValues(grid),
+      fGrid(grid.grid()),
       fFrame(frame),
-      fPlaces(places),
-      fCount(count),
-      fSize((count + ShadingBlock::kMultiple - 1) / ShadingBlock::kMultiple *
+      fPoints(points),
+      fCount(points.all.size()),
+      fSize((fCount + ShadingBlock::kMultiple - 1) / ShadingBlock::kMultiple *
             ShadingBlock::kMultiple),
       fKernel(frame.plain ? ShadingKernel() : shadingKernel()),
       fStore(fSize)
 {
-    fRow.count = static_cast<long>(count);
+    fRow.count = static_cast<long>(fCount);
     for (auto* planes : {&fRow.P, &fRow.N, &fRow.Ng, &fRow.I, &fRow.dPdu, &fRow.dPdv, &fRow.Cs,
                          &fRow.Os, &fRow.Ci, &fRow.Oi}) {
         take(*planes);
@@ -79,17 +87,17 @@ HostRow::~HostRow() = default;
 void HostRow::findPoints()
 {
     for (std::size_t k = 0; k < fCount; ++k) {
-        const Vertex vertex = fPoints.vertex(fPlaces[k]);
+        const Vertex& vertex = fPoints.all[k].vertex;
         put(fRow.P, k, vertex.P);
         put(fRow.dPdu, k, vertex.dPdu);
         put(fRow.dPdv, k, vertex.dPdv);
     }
     for (const auto* planes : {&fRow.P, &fRow.dPdu, &fRow.dPdv}) fill(*planes);
-    if (fPoints.hasNormals()) {
-        findValues(fRow.N, true, [&](auto at) { return fPoints.normal(at); });
+    if (fValues.hasNormals()) {
+        findValues(fRow.N, true, [&](auto at) { return fValues.normal(at); });
     }
-    findValues(fRow.Cs, fPoints.hasColors(), [&](auto at) { return fPoints.color(at); });
-    findValues(fRow.Os, fPoints.hasOpacities(), [&](auto at) { return fPoints.opacity(at); });
+    findValues(fRow.Cs, fValues.hasColors(), [&](auto at) { return fValues.color(at); });
+    findValues(fRow.Os, fValues.hasOpacities(), [&](auto at) { return fValues.opacity(at); });
     for (int k = 0; k < 3; ++k) std::copy_n(fRow.Os[k], fSize, fRow.Oi[k]);
 }
 
@@ -98,7 +106,7 @@ template <class At>
 void HostRow::findValues(Triple planes, bool varies, const At& at) const
 {
     const std::size_t count = varies ? fCount : 1;
-    for (std::size_t k = 0; k < count; ++k) put(planes, k, at(fPoints.parameters(fPlaces[k])));
+    for (std::size_t k = 0; k < count; ++k) put(planes, k, at(fPoints.all[k].at));
     for (int axis = 0; axis < 3; ++axis) {
         std::fill(planes[axis] + count, planes[axis] + fSize, planes[axis][count - 1]);
     }
@@ -110,7 +118,7 @@ void HostRow::findParameters()
     const SurfacePart& part = fGrid.fPart;
     const auto lerp = [](float a, float b, float t) { return (1 - t) * a + t * b; };
     for (std::size_t k = 0; k < fCount; ++k) {
-        const auto [u, v] = fPoints.parameters(fPlaces[k]);
+        const auto [u, v] = fPoints.all[k].at;
         if (fGrid.fTriangular) {
             fRow.u[k] = barylerp(u, v, part.u[0], part.u[1], part.u[2]);
             fRow.v[k] = barylerp(u, v, part.v[0], part.v[1], part.v[2]);
@@ -121,8 +129,8 @@ void HostRow::findParameters()
     }
     fill(fRow.u);
     fill(fRow.v);
-    findTexture(Quark::fS, fPoints.attrib().textureS, fRow.s);
-    findTexture(Quark::fT, fPoints.attrib().textureT, fRow.t);
+    findTexture(Quark::fS, fValues.attrib().textureS, fRow.s);
+    findTexture(Quark::fT, fValues.attrib().textureT, fRow.t);
     const int usteps = fGrid.fTransposed ? fGrid.fVSize : fGrid.fUSize;
     const int vsteps = fGrid.fTransposed ? fGrid.fUSize : fGrid.fVSize;
     const auto apart = [&](const float(&corners)[4]) {
@@ -131,6 +139,15 @@ void HostRow::findParameters()
     };
     std::fill_n(fRow.du, fSize, apart(part.u));
     std::fill_n(fRow.dv, fSize, apart(part.v));
+    for (std::size_t k = 0; k < fPoints.spacing.size(); ++k) {
+        const RowPoints::Spacing& spacing = fPoints.spacing[k];
+        const auto around = [&](const float(&corners)[4]) {
+            return std::max(std::fabs(corners[1] - corners[0]) * spacing.u,
+                            std::fabs(corners[2] - corners[0]) * spacing.v);
+        };
+        fRow.du[k] = around(part.u);
+        fRow.dv[k] = around(part.v);
+    }
 }
 
 void HostRow::findTexture(unsigned short token, const float (&corners)[4], float* plane) const
@@ -139,7 +156,7 @@ void HostRow::findTexture(unsigned short token, const float (&corners)[4], float
     for (std::size_t k = 0; k < fCount; ++k) {
         plane[k] =
             given ? GridPoints::interpolated<float>(
-                        *given, fPoints.parameters(fPlaces[k]),
+                        *given, fPoints.all[k].at,
                         [&](long corner) { return given->words()[corner]; })
                   : bilerp(fRow.u[k], fRow.v[k], corners[0], corners[1], corners[2], corners[3]);
     }
@@ -161,10 +178,10 @@ void HostRow::orient()
             put(fRow.Ng, k, fGrid.fFlip ? -Ng : Ng);
         }
     }
-    if (!fPoints.hasNormals()) {
+    if (!fValues.hasNormals()) {
         for (int axis = 0; axis < 3; ++axis) std::copy_n(fRow.Ng[axis], fSize, fRow.N[axis]);
     }
-    const float mean = fGrid.fSmooth ? 1.0f : 0.25f;
+    const float mean = fPoints.areVertices ? 1.0f : 0.25f;
     const auto perUnit = [&](float from, float to) {
         return fGrid.fTriangular || from == to ? mean : mean / (to - from);
     };
@@ -252,8 +269,8 @@ void HostRow::shadeSurface(const HostShader& shader)
     if (shader.setsOpacity()) good &= mend(fRow.Oi, 1);
     if (!good) shader.tellNoNumber();
     // What was not its to set.
-    if (shader.setsOpacity() || !fPoints.attrib().atmosphereShader) return;
-    findValues(fRow.Oi, fPoints.hasOpacities(), [&](auto at) { return fPoints.opacity(at); });
+    if (shader.setsOpacity() || !fValues.attrib().atmosphereShader) return;
+    findValues(fRow.Oi, fValues.hasOpacities(), [&](auto at) { return fValues.opacity(at); });
 }
 
 void HostRow::shadeVolume(const HostShader& shader)
@@ -267,6 +284,36 @@ void HostRow::shadeVolume(const HostShader& shader)
     }
     call(shader, row);
     if (!mend(fRow.Ci, 0)) shader.tellNoNumber();
+}
+
+void HostRow::movePoints(const HostShader& shader, float most)
+{
+    ZebRow row = fRow;
+    float* moved[3];
+    take(moved);
+    for (int k = 0; k < 3; ++k) {
+        std::copy_n(fRow.P[k], fSize, moved[k]);
+        row.P[k] = moved[k];
+        row.Ci[k] = row.Oi[k] = nullptr;
+    }
+    fWithoutLight = "a displacement cannot ask for light";
+    call(shader, row);
+    fWithoutLight = nullptr;
+    bool good = true, near = true;
+    for (std::size_t k = 0; k < fCount; ++k) {
+        const Pointd from(pointAt(fRow.P, k)), way = Pointd(pointAt(moved, k)) - from;
+        const double length = std::sqrt(dot(way, way));
+        if (!(length - length == 0)) {
+            good = false;
+        } else if (length <= double{most}) {
+            put(fRow.P, k, pointAt(moved, k));
+        } else {
+            near = near && length <= double{most} * (1 + 1e-4);  // but for rounding
+            put(fRow.P, k, rounded(from + way * (double{most} / length)));
+        }
+    }
+    if (!good) shader.tellNoNumber();
+    if (!near) shader.tellTooFar();
 }
 
 const RowLights::Planes& HostRow::planes(const Light& light) const
@@ -285,9 +332,9 @@ const RowLights::Planes& HostRow::planes(const Light& light) const
         std::fill_n(row.Ol[k], fSize, 1.0f);
     }
     const HostShader& shader = *light.host();
-    fInLight = true;
+    fWithoutLight = "a light cannot ask for light";
     call(shader, row);
-    fInLight = false;
+    fWithoutLight = nullptr;
     const Planes& planes = made->planes;
     if (!mendLight(planes, light.isambient())) shader.tellNoNumber();
     fill(planes.L);
@@ -302,7 +349,7 @@ const HostRow::LightRecords* HostRow::lightRecords() const
     if (fDescribed) return fAllKnown ? &fLightRecords : nullptr;
     fDescribed = true;
     fLightRecords.reserve(8);  // more than most have
-    for (const auto& light : fPoints.attrib().lights) {
+    for (const auto& light : fValues.attrib().lights) {
         LightRecord& record = fLightRecords.emplace_back();
         if (light->host()) {
             const Planes& given = planes(*light);
@@ -325,9 +372,9 @@ float* HostRow::variable(unsigned short token, long component) const
     if (component < 0 || component >= width) return nullptr;
     float* const result = fStore.take();
     for (std::size_t k = 0; k < fCount; ++k) {
-        result[k] = GridPoints::interpolated<float>(
-            *given, fPoints.parameters(fPlaces[k]),
-            [&](long corner) { return given->words()[corner * width + component]; });
+        result[k] = GridPoints::interpolated<float>(*given, fPoints.all[k].at, [&](long corner) {
+            return given->words()[corner * width + component];
+        });
     }
     fill(result);
     return result;
@@ -355,8 +402,8 @@ const ArgAssoc* HostRow::argument(unsigned short token, short type) const
 
 bool HostRow::mayAskLights() const
 {
-    if (!fInLight) return true;
-    error(kState, kError, "a light cannot ask for light");
+    if (!fWithoutLight) return true;
+    error(kState, kError, "%s", fWithoutLight);
     return false;
 }
 
@@ -364,7 +411,7 @@ SurfacePoint HostRow::lit(std::size_t k) const
 {
     SurfacePoint point;
     point.P = pointAt(fRow.P, k);
-    point.lights = &fPoints.attrib().lights;
+    point.lights = &fValues.attrib().lights;
     point.row = this;
     point.number = k;
     return point;
@@ -438,7 +485,7 @@ void HostRow::phong(Triple N, Triple V, float size, Triple result) const
 long HostRow::lightCount() const
 {
     long count = 0;
-    for (const auto& light : fPoints.attrib().lights) count += !light->isambient();
+    for (const auto& light : fValues.attrib().lights) count += !light->isambient();
     return count;
 }
 
@@ -447,7 +494,7 @@ bool HostRow::light(long number, Triple L, Triple Cl, Triple Ol) const
     if (!mayAskLights()) return false;
     const Light* asked = nullptr;
     std::size_t place = 0, places = 0;
-    for (const auto& light : fPoints.attrib().lights) {
+    for (const auto& light : fValues.attrib().lights) {
         if (!light->isambient() && number-- == 0) {
             asked = light.get();
             place = places;
@@ -500,10 +547,14 @@ void HostRow::differences(const float* values, float* along1, float* along2) con
     eachPlace([&](std::size_t k, const Neighbours& near) {
         const bool alone1 = near.before == near.after, alone2 = near.above == near.below;
         along1[k] = alone1 ? (near.above != k ? along1[near.above] : 0)
-                           : difference(near.before, k, near.after);
+                           : difference(near.before, near.here, near.after);
         along2[k] = alone2 ? (near.before != k ? along2[near.before] : 0)
-                           : difference(near.above, k, near.below);
+                           : difference(near.above, near.here, near.below);
     });
+    for (std::size_t k = 0; k < fPoints.spacing.size(); ++k) {
+        along1[k] *= fPoints.spacing[k].scale1;
+        along2[k] *= fPoints.spacing[k].scale2;
+    }
     fill(along1);
     fill(along2);
 }

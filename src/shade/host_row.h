@@ -37,15 +37,40 @@ private:
     Vector<float*> fFirst;
 };
 
+// What a function is given of a grid: where in the piece the points lie, and what dicing says of
+// them.
+struct RowPoints {
+    struct One {
+        GridPoints::Parameters at;
+        Vertex vertex;
+    };
+    std::vector<One, PoolAllocator<One>> all;
+    // Vertices, whose derivatives are what they say; otherwise middles under constant shading, with
+    // sums of four.
+    bool areVertices = false;
+    // Vertices may have neighbours of their own, beyond the grid's edges: these vertices, in
+    // ascending order. Four points of each, after all vertices: before, after, above and below.
+    std::vector<std::uint32_t, PoolAllocator<std::uint32_t>> edge;
+    // How far values are looked at around a point, in the piece's parameters, and how many times as
+    // far that is as half the way between its neighbours. None: as far as it is between them.
+    struct Spacing {
+        float u, v, scale1, scale2;
+    };
+    std::vector<Spacing, PoolAllocator<Spacing>> spacing;
+
+    RowPoints() = default;
+    // Those that colours are found of.
+    RowPoints(const GridPoints& points, const VertexPlace* places, std::size_t count);
+};
+
 class HostRow final : public RowLights
 {
 public:
     using Triple = float* const*;
     using LightRecords = std::vector<LightRecord, PoolAllocator<LightRecord>>;
 
-    // Finds all that surfaces are told of the points.
-    HostRow(const GridPoints& points, const RenderFrame& frame, const VertexPlace* places,
-            std::size_t count);
+    // Finds all that surfaces are told of the points, which are all of the grid's.
+    HostRow(const GridPoints& grid, const RenderFrame& frame, const RowPoints& points);
     ~HostRow() override;
     HostRow(const HostRow&) = delete;
     HostRow& operator=(const HostRow&) = delete;
@@ -62,8 +87,12 @@ public:
     // Calls a function, and mends what it gives that is no number.
     void shadeSurface(const HostShader& shader);
     void shadeVolume(const HostShader& shader);
+    // Moves the points, none of them farther than this.
+    void movePoints(const HostShader& shader, float most);
 
     Point P(std::size_t k) const { return pointAt(fRow.P, k); }
+    Point N(std::size_t k) const { return pointAt(fRow.N, k); }
+    Point Ng(std::size_t k) const { return pointAt(fRow.Ng, k); }
     Point I(std::size_t k) const { return pointAt(fRow.I, k); }
     Color Ci(std::size_t k) const { return colorAt(fRow.Ci, k); }
     Color Oi(std::size_t k) const { return colorAt(fRow.Oi, k); }
@@ -158,22 +187,23 @@ private:
     SurfacePoint lit(std::size_t k) const;
     template <class One>
     void gather(RowGathering row, Triple result, const One& one) const;
-    // Points lie in lines. A place and those beside it; itself where there is none.
+    // Points lie in lines. A place and those beside it; itself where there is none. Places beyond
+    // an edge share those of the vertex there.
     struct Neighbours {
-        std::size_t before, after, above, below;
+        std::size_t here, before, after, above, below;
     };
     template <class Visit>
     void eachPlace(const Visit& visit) const;
     std::size_t lineSize(int line) const
     {
-        return static_cast<std::size_t>(fGrid.fSmooth ? fGrid.vertexCount(line)
-                                                      : fGrid.cellCount(line));
+        return static_cast<std::size_t>(fPoints.areVertices ? fGrid.vertexCount(line)
+                                                            : fGrid.cellCount(line));
     }
 
-    const GridPoints& fPoints;
+    const GridPoints& fValues;
     const Grid& fGrid;
     const RenderFrame& fFrame;
-    const VertexPlace* const fPlaces;
+    const RowPoints& fPoints;
     const std::size_t fCount, fSize;  // with what fills the last lanes
     const ShadingKernel fKernel;      // none in the plain way
     mutable PlaneStore fStore;
@@ -181,25 +211,40 @@ private:
     mutable std::vector<std::unique_ptr<LightPlanes>> fLightPlanes;
     mutable LightRecords fLightRecords;
     mutable const HostShader* fUnderWay = nullptr;
-    mutable bool fDescribed = false, fAllKnown = false, fInLight = false;
+    mutable bool fDescribed = false, fAllKnown = false;
+    mutable const char* fWithoutLight = nullptr;  // why none may be asked for
 };
 
 template <class Visit>
 void HostRow::eachPlace(const Visit& visit) const
 {
-    const int lines = fGrid.fVSize + fGrid.fSmooth;
-    std::size_t start = 0, above = 0;
+    const int lines = fGrid.fVSize + fPoints.areVertices;
+    const std::size_t edges = fPoints.edge.size(), vertices = fCount - 4 * edges;
+    const auto beyond = [&](std::size_t edge) {
+        const std::size_t first = vertices + 4 * edge;
+        return Neighbours{fPoints.edge[edge], first, first + 1, first + 2, first + 3};
+    };
+    std::size_t start = 0, above = 0, edge = 0;
     for (int j = 0; j < lines; ++j) {
         const std::size_t size = lineSize(j), below = start + size;
         const std::size_t sizeAbove = j > 0 ? lineSize(j - 1) : 0;
         const std::size_t sizeBelow = j + 1 < lines ? lineSize(j + 1) : 0;
         for (std::size_t i = 0; i < size; ++i) {
             const std::size_t k = start + i;
-            visit(k, Neighbours{i > 0 ? k - 1 : k, i + 1 < size ? k + 1 : k,
+            if (edge < edges && fPoints.edge[edge] == k) {
+                visit(k, beyond(edge++));
+                continue;
+            }
+            visit(k, Neighbours{k, i > 0 ? k - 1 : k, i + 1 < size ? k + 1 : k,
                                 i < sizeAbove ? above + i : k, i < sizeBelow ? below + i : k});
         }
         above = start;
         start = below;
+    }
+    for (edge = 0; edge < edges; ++edge) {
+        const Neighbours near = beyond(edge);
+        for (const std::size_t k : {near.before, near.after, near.above, near.below})
+            visit(k, near);
     }
 }
 

@@ -71,9 +71,13 @@ void HostRow::widths(const float* values, bool wraps, float* result) const
         return wraps ? std::min(d, e) : 0.5f * (d + e);
     };
     eachPlace([&](std::size_t k, const Neighbours& near) {
-        ways[0][k] = between(near.before, k, near.after);
-        ways[1][k] = between(near.above, k, near.below);
+        ways[0][k] = between(near.before, near.here, near.after);
+        ways[1][k] = between(near.above, near.here, near.below);
     });
+    for (std::size_t k = 0; k < fPoints.spacing.size(); ++k) {
+        ways[0][k] *= fPoints.spacing[k].scale1;
+        ways[1][k] *= fPoints.spacing[k].scale2;
+    }
     const auto width = [&](const Floats& way, std::size_t k, std::size_t neighbour) {
         const float d = std::fabs(way[k]), other = way[neighbour];
         if (!wraps || way[k] > 0) return d;

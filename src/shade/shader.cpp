@@ -54,14 +54,16 @@ bool upcall::surfaceReads(const Surface& surface, unsigned short token)
 void upcall::findHostShading(Attrib& attrib)
 {
     attrib.hostShading = HostShading::kNone;
-    const auto add = [&](const Shader* shader) {
-        const HostShader* const host = shader ? shader->host() : nullptr;
+    const auto add = [&](const HostShader* host) {
         if (host) attrib.hostShading = std::max(attrib.hostShading, host->kind());
     };
+    const auto addShader = [&](const Shader* shader) { add(shader ? shader->host() : nullptr); };
     const Surface* const surface = attrib.surfaceShader.get();
-    add(surface);
-    add(attrib.atmosphereShader.get());
-    for (const auto& light : attrib.lights) add(light.get());
+    addShader(surface);
+    addShader(attrib.atmosphereShader.get());
+    for (const auto& light : attrib.lights) addShader(light.get());
+    attrib.colorsByHost = attrib.hostShading != HostShading::kNone;
+    add(attrib.displacementShader.get());
     attrib.opacityByHost = surface && surface->host() && surface->host()->setsOpacity();
 }
 

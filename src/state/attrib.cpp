@@ -224,6 +224,14 @@ const void* Attrib::customLight(const ZebShader* shader)
     return made ? switchOn(upcall::makeLight(made)) : nullptr;
 }
 
+void Attrib::customDisplacement(const ZebShader* shader)
+{
+    auto made = shader ? hostShader(shader) : nullptr;
+    if (shader ? !made : !legal()) return;
+    displacementShader = std::move(made);
+    fChanged = true;
+}
+
 void Attrib::interior(unsigned short, long, const unsigned short*, void* const*) { legal(); }
 void Attrib::exterior(unsigned short, long, const unsigned short*, void* const*) { legal(); }
 void Attrib::displacement(unsigned short, long, const unsigned short*, void* const*) { legal(); }

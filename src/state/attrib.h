@@ -45,10 +45,12 @@ public:
     unsigned short orientationSide = kOutside;
     long sides = 2;
     float displacementBound = 0;
+    std::shared_ptr<const HostShader> displacementShader;
     String object, group;
-    // Of a copy that is kept: which of the host's functions shade.
+    // Of a copy that is kept: how functions of the host's may be called that displace or shade, and
+    // what those find that shade.
     HostShading hostShading = HostShading::kNone;
-    bool opacityByHost = false;
+    bool colorsByHost = false, opacityByHost = false;
 
     // The defaults.
     void init();
@@ -69,6 +71,7 @@ public:
     void customSurface(const ZebShader* shader);
     void customAtmosphere(const ZebShader* shader);
     const void* customLight(const ZebShader* shader);
+    void customDisplacement(const ZebShader* shader);
     // These four are accepted and without effect.
     void interior(unsigned short name, long n, const unsigned short* tokens, void* const* values);
     void exterior(unsigned short name, long n, const unsigned short* tokens, void* const* values);

@@ -26,8 +26,14 @@ HostShader::HostShader(const ZebShader& shader, std::shared_ptr<const Transform>
       fData(shader.free ? new Data{shader.data, shader.free, nullptr} : nullptr)
 {
     Quark::declareTexture();
-    const ReportLog::Scope scope(*fNoNumber);
-    error(kMath, kError, "a function of the host's gave what is not a number");
+    {
+        const ReportLog::Scope scope(*fNoNumber);
+        error(kMath, kError, "a function of the host's gave what is not a number");
+    }
+    {
+        const ReportLog::Scope scope(*fTooFar);
+        error(kRange, kError, "a displacement goes beyond the bound of zebBoundDisplacement");
+    }
     if (kind() == HostShading::kInOrder) ++gInOrder;
 }
 

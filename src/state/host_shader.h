@@ -42,6 +42,8 @@ public:
     void shade(ZebRow& row) const;
     // Tells, once, that what it gave was no number.
     void tellNoNumber() const { tellInTurn(fNoNumber); }
+    // Tells, once, that it has moved points too far.
+    void tellTooFar() const { tellInTurn(fTooFar); }
 
     // Whether there is one that has to be called in order: then the host can tell in which order
     // things happen.
@@ -66,6 +68,7 @@ private:
     const std::shared_ptr<const MarkedSpaces> fSpaces = MarkedSpaces::current();
     std::unique_ptr<Data> fData;  // null if nothing has to be freed
     std::shared_ptr<ReportLog> fNoNumber = std::make_shared<ReportLog>();
+    std::shared_ptr<ReportLog> fTooFar = std::make_shared<ReportLog>();
 };
 
 }  // namespace zeb

@@ -1,0 +1,236 @@
+// Moves the vertices of grids as functions of the host's say.
+
+#include <cmath>
+
+#include "geom/primitive.h"
+#include "shade/host_row.h"
+
+namespace zeb
+{
+
+namespace
+{
+
+using Parameters = GridPoints::Parameters;
+
+double lengthOf(const Pointd& p) { return std::sqrt(dot(p, p)); }
+
+bool isFlat(const Pointd& a, const Pointd& b)
+{
+    constexpr double kParallel = 1e-10;  // the square of a sine
+    const Pointd N = a ^ b;
+    return !(dot(N, N) > kParallel * dot(a, a) * dot(b, b));
+}
+bool isFlat(const Vertex& vertex) { return isFlat(Pointd(vertex.dPdu), Pointd(vertex.dPdv)); }
+
+// Normals of what has been moved are found by differences: within a grid, of its vertices; at its
+// edges, of places around the vertex that depend on nothing but the place, so that grids that meet
+// find the same. Those beyond the edge lie on the surface as it would go on.
+class Displacer
+{
+public:
+    Displacer(Grid& grid, const Primitive& primitive, const RenderFrame& frame)
+        : fGrid(grid),
+          fPrimitive(primitive),
+          fFrame(frame),
+          fSteps{1.0f / static_cast<float>(grid.fUSize), 1.0f / static_cast<float>(grid.fVSize)}
+    {
+        const auto& m = frame.cameraToRaster.m;
+        const auto scale = [&m](int axis) {
+            return std::sqrt(double{m[0][axis]} * m[0][axis] + double{m[1][axis]} * m[1][axis]);
+        };
+        const double side = std::max(grid.fAttrib->micropolygonSide, Primitive::kMinSide);
+        fSide = side / std::max(scale(0), scale(1));
+        findVertices();
+        for (const std::uint32_t k : fPoints.edge) addAround(k);
+    }
+
+    void displace(const HostShader& shader)
+    {
+        const GridPoints values(fGrid, fFrame);
+        HostRow row(values, fFrame, fPoints);
+        row.movePoints(shader, fPrimitive.displacement());
+        const bool hasNormals = values.hasNormals();
+        std::size_t edge = 0;
+        for (int j = 0; j <= fGrid.fVSize; ++j) {
+            for (int i = 0; i < fGrid.vertexCount(j); ++i) {
+                const std::size_t k = fGrid.at(i, j);
+                const bool isEdge = edge < fPoints.edge.size() && fPoints.edge[edge] == k;
+                Pointd along1, along2;
+                if (isEdge) {
+                    const std::size_t first = vertexCount() + 4 * edge;
+                    along1 = between(row, first, first + 1) * (0.5 / double{fReach[edge].along1});
+                    along2 =
+                        between(row, first + 2, first + 3) * (0.5 / double{fReach[edge].along2});
+                    ++edge;
+                } else {
+                    along1 = between(row, k - 1, k + 1) * (0.5 / double{fSteps.along1});
+                    along2 = between(row, fGrid.at(i, j - 1), fGrid.at(i, j + 1)) *
+                             (0.5 / double{fSteps.along2});
+                }
+                Vertex& vertex = fGrid.vertices()[k];
+                vertex.P = row.P(k);
+                if (isFlat(along1, along2)) continue;
+                if (hasNormals) turn(along1, along2, row.N(k), row.Ng(k));
+                vertex.dPdu = rounded(fGrid.fTransposed ? along2 : along1);
+                vertex.dPdv = rounded(fGrid.fTransposed ? along1 : along2);
+            }
+        }
+        fGrid.fDisplaced = true;
+    }
+
+private:
+    // Ways in the parameters of the piece, along the rows and across them.
+    struct Steps {
+        float along1, along2;
+    };
+
+    std::size_t vertexCount() const { return fGrid.vertexCount(); }
+    static Pointd between(const HostRow& row, std::size_t from, std::size_t to)
+    {
+        return Pointd(row.P(to)) - Pointd(row.P(from));
+    }
+    Parameters parameters(float along1, float along2) const
+    {
+        return fGrid.fTransposed ? Parameters{along2, along1} : Parameters{along1, along2};
+    }
+
+    // Whether some neighbour in the grid is missing, or lies on a triangle's long side where it has
+    // been folded to.
+    bool isEdge(int i, int j) const
+    {
+        if (i == 0 || j == 0 || j == fGrid.fVSize) return true;
+        if (!fGrid.fTriangular) return i == fGrid.fUSize;
+        return (i + 1) * fGrid.fVSize + j * fGrid.fUSize > fGrid.fUSize * fGrid.fVSize ||
+               i * fGrid.fVSize + (j + 1) * fGrid.fUSize > fGrid.fUSize * fGrid.fVSize;
+    }
+
+    void findVertices()
+    {
+        fPoints.areVertices = true;
+        for (int j = 0; j <= fGrid.fVSize; ++j) {
+            for (int i = 0; i < fGrid.vertexCount(j); ++i) {
+                const float along1 = static_cast<float>(i) * fSteps.along1;
+                const float along2 = static_cast<float>(j) * fSteps.along2;
+                Parameters at = parameters(along1, along2);
+                if (fGrid.fTriangular && at.u + at.v > 1) {
+                    (fGrid.fVSize <= fGrid.fUSize ? at.v : at.u) =
+                        1 - (fGrid.fVSize <= fGrid.fUSize ? at.u : at.v);
+                }
+                const Vertex& vertex = fGrid.vertex(i, j);
+                if (isEdge(i, j)) {
+                    fPoints.edge.push_back(static_cast<std::uint32_t>(fPoints.all.size()));
+                    fReach.push_back(reach(vertex));
+                    addSpacing(vertex, fReach.back());
+                } else {
+                    addSpacing(vertex, fSteps);
+                }
+                fPoints.all.push_back({at, vertex});
+            }
+        }
+    }
+
+    // As wide as a micropolygon would be that is seen face-on: half a piece at most.
+    Steps reach(const Vertex& vertex) const
+    {
+        const double width = faceOn(vertex);
+        const auto step = [width](const Point& d) {
+            return static_cast<float>(std::min(width / std::max(lengthOf(Pointd(d)), 1e-30), 0.5));
+        };
+        const Steps steps{step(vertex.dPdu), step(vertex.dPdv)};
+        return fGrid.fTransposed ? Steps{steps.along2, steps.along1} : steps;
+    }
+    double faceOn(const Vertex& vertex) const
+    {
+        return fSide * std::fabs((Pointwd(Pointd(vertex.P)) * fFrame.cameraToRaster).w);
+    }
+
+    // Detail is left out that is smaller than the micropolygons which the shading rate asks for, as
+    // they lie on the screen: that changes smoothly from grid to grid, which their own do not.
+    void addSpacing(const Vertex& vertex, const Steps& neighbours)
+    {
+        constexpr double kLongest = 4;  // of those seen from the side
+        const Pointwd P = Pointwd(Pointd(vertex.P)) * fFrame.cameraToRaster;
+        const double side = std::max(fGrid.fAttrib->micropolygonSide, Primitive::kMinSide);
+        const double width = faceOn(vertex);
+        const auto wide = [&](const Point& d, const float(&corners)[4], int last) {
+            const Pointwd way = Pointwd(d.x, d.y, d.z, 0) * fFrame.cameraToRaster;
+            const double x = (way.x - P.x / P.w * way.w) / P.w;
+            const double y = (way.y - P.y / P.w * way.w) / P.w;
+            const double most = kLongest * width / std::max(lengthOf(Pointd(d)), 1e-30);
+            const double whole =
+                fGrid.fTriangular
+                    ? 1e30
+                    : 1.0 / std::max(std::fabs(double{corners[last]} - double{corners[0]}), 1e-30);
+            return static_cast<float>(
+                std::min({side / std::max(std::sqrt(x * x + y * y), 1e-30), most, whole}));
+        };
+        const float u = wide(vertex.dPdu, fGrid.fPart.u, 1),
+                    v = wide(vertex.dPdv, fGrid.fPart.v, 2);
+        const Steps steps = fGrid.fTransposed ? Steps{v, u} : Steps{u, v};
+        fPoints.spacing.push_back(
+            {u, v, steps.along1 / neighbours.along1, steps.along2 / neighbours.along2});
+    }
+
+    // Four places around a vertex; of one where the surface has no normal, such as a pole, around a
+    // place nearby.
+    void addAround(std::uint32_t k)
+    {
+        constexpr float kAside = 1e-3f;
+        const auto inwards = [](float t) { return t < 0.5f ? t + kAside : t - kAside; };
+        Parameters at = fPoints.all[k].at;
+        const Vertex vertex = fPoints.all[k].vertex;
+        if (isFlat(fPrimitive.vertexAt(at.u, at.v))) at = {inwards(at.u), inwards(at.v)};
+        const Steps steps = fReach[(fPoints.all.size() - vertexCount()) / 4];
+        const Parameters step1 = parameters(steps.along1, 0), step2 = parameters(0, steps.along2);
+        const auto add = [&](const Parameters& step, float sign) {
+            const Parameters place{at.u + sign * step.u, at.v + sign * step.v};
+            Vertex there = fPrimitive.vertexAt(place.u, place.v);
+            if (isFlat(there)) {
+                there.dPdu = vertex.dPdu;
+                there.dPdv = vertex.dPdv;
+            }
+            fPoints.all.push_back({place, there});
+            fPoints.spacing.push_back(fPoints.spacing[k]);
+        };
+        add(step1, -1);
+        add(step1, 1);
+        add(step2, -1);
+        add(step2, 1);
+    }
+
+    // Normals that were given are turned as the surface is: the derivatives become what has them
+    // for its normal.
+    void turn(Pointd& along1, Pointd& along2, const Point& N, const Point& Ng) const
+    {
+        const auto unit = [](const Pointd& p) { return p * (1 / std::max(lengthOf(p), 1e-30)); };
+        const Pointd before = unit(Pointd(Ng)), given = unit(Pointd(N));
+        Pointd after = unit(along1 ^ along2);
+        if (fGrid.fFlip != fGrid.fTransposed) after = after * -1;
+        const double side = dot(given, before) < 0 ? -1 : 1;
+        const Pointd normal = unit(given + (after - before) * side);
+        const auto upright = [&](const Pointd& d) { return d - normal * dot(d, normal); };
+        const Pointd turned1 = upright(along1), turned2 = upright(along2);
+        if (isFlat(turned1, turned2)) return;
+        along1 = turned1;
+        along2 = turned2;
+    }
+
+    Grid& fGrid;
+    const Primitive& fPrimitive;
+    const RenderFrame& fFrame;
+    const Steps fSteps;
+    double fSide = 0;  // of a micropolygon in camera space, where w is 1
+    RowPoints fPoints;
+    std::vector<Steps> fReach;  // of the vertices at edges
+};
+
+}  // namespace
+
+void Grid::displace(const Primitive& primitive, const RenderFrame& frame)
+{
+    const HostShader* const shader = fAttrib->displacementShader.get();
+    if (shader) Displacer(*this, primitive, frame).displace(*shader);
+}
+
+}  // namespace zeb
