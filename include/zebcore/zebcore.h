@@ -1033,7 +1033,8 @@ ZEB_API const void* zebCustomLight(const ZebShader* shader);
  * later is that of the moved one: normals are too, those given as "normal" as far as the surface
  * has turned. No point is moved farther than zebBoundDisplacement says, which has to be set:
  * farther is cut to it, with one report with code 10 for each function. Points that are no numbers
- * stay, with one report with code 15.
+ * stay, with one report with code 15; so do, without one, points that would come to lie behind the
+ * eye. What is behind the eye before it is moved does not show.
  *
  * Where grids of a surface meet, both give the function the same points, so that it stays closed if
  * what the function does depends on them alone: not on count, on a point's number, nor on what else
@@ -1041,7 +1042,8 @@ ZEB_API const void* zebCustomLight(const ZebShader* shader);
  * surface's edges too, as it would go on. du and dv are how far places are apart that are a
  * micropolygon apart on the screen; zebRowDifferences tells how much values change as far.
  *
- * How fine the surface is diced follows from what it is before. Legal as zebColor is. Code 10 for a
+ * How fine the surface is diced follows from what it is before; where that is out of sight, from
+ * what it would be as far from the eye as the bound. Legal as zebColor is. Code 10 for a
  * null function, and flags there are none of; ZEB_SHADE_OPACITY and ZEB_SHADE_AMBIENT are without
  * effect.
  */

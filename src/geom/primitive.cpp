@@ -331,7 +331,7 @@ bool Primitive::isFlat(const Dicing& dicing, const Matrix& toRaster) const
 bool Primitive::flatten(Dicing& dicing, const Matrix& toRaster, Random& draws) const
 {
     const long limit = dicing.frame.option.tuning[0];
-    const double flatness = attrib().flatnessLimit;
+    const double flatness = attrib().flatnessLimit * fCoarseness;
     return everyCell(draws, [&](float u, float v) {
         const Pointd P = homogenized(pointAt(u, v)) * toRaster;
         const auto flatAlong = [&](unsigned short& steps, float t, const auto& at) {

@@ -270,6 +270,8 @@ public:
         fLastBucketY = lastBucketY;
     }
     bool front() const { return fFront; }
+    // How many times as large as others its micropolygons may be.
+    void setCoarseness(float times) { fCoarseness = times; }
     const Bound& screen() const { return fScreen; }
     long lastBucketX() const { return fLastBucketX; }
     long lastBucketY() const { return fLastBucketY; }
@@ -296,7 +298,10 @@ protected:
     static double planarLength(const Pointd& p) { return std::sqrt(p.x * p.x + p.y * p.y); }
     unsigned short stepsFor(double length) const;
 
-    float micropolygonSide() const { return std::max(attrib().micropolygonSide, kMinSide); }
+    float micropolygonSide() const
+    {
+        return fCoarseness * std::max(attrib().micropolygonSide, kMinSide);
+    }
     bool flipped() const { return transform().handedness() != attrib().orientationSide; }
     // Clips to the box of zebBound, which is Euclidean: a rational bound is divided first.
     void clipToBound(Boundw& bound) const;
@@ -346,6 +351,7 @@ private:
         float umin = 0, umax = 1, vmin = 0, vmax = 1;
     } fPlace;  // in the parameters of the surface
     bool fFront = false;
+    float fCoarseness = 1;
     Bound fScreen;
     float fLeastW = 0;  // of its points in raster space, before these are divided by it
     long fLastBucketX = 0, fLastBucketY = 0;

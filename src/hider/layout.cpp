@@ -223,8 +223,12 @@ BucketPlace Layout::file(Primitive& primitive, const Boundw& camera, const Bound
         if (!(w1 > kEpsilon)) return axis.count - 1;
         return std::min(bucketOf(div(max, max < 0 ? w2 : w1), axis.min, axis.size), axis.count - 1);
     };
-    const bool front = w1 > 0 && raster.homogenizable();
-    primitive.setFiled(front, front ? screenBound(camera, raster) : Bound(), w1,
+    const auto isInFront = [](const Boundw& b) { return b.wmin > 0 && b.homogenizable(); };
+    const bool onScreen = isInFront(raster);
+    // What may be moved behind the eye is judged by where it is before.
+    const bool front = onScreen || (primitive.displacement() > 0 &&
+                                    isInFront(primitive.hull() * fFrame.cameraToRaster));
+    primitive.setFiled(front, onScreen ? screenBound(camera, raster) : Bound(), w1,
                        last(raster.xmax, fX), last(raster.ymax, fY));
     return {first(raster.xmin, fX, option.filterXwidth, earliest.column),
             first(raster.ymin, fY, option.filterYwidth, earliest.row)};

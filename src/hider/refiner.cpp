@@ -45,8 +45,11 @@ Sight Refiner::sight(const Primitive& primitive, const Boundw& camera) const
 
 void Refiner::add(std::unique_ptr<Primitive> primitive)
 {
-    const Boundw camera = primitive->displaced(primitive->hull());
+    const float displacement = primitive->displacement();
+    const Boundw hull = primitive->hull();
+    const Boundw camera = displacement > 0 ? primitive->displaced(hull) : hull;
     if (fLayout.culled(camera, roomAround(*primitive))) return;
+    if (displacement > 0 && isBehind(*primitive, hull)) return;
     const Boundw raster = camera * fLayout.frame().cameraToRaster;
     if (!isFiniteBound(raster)) {
         giveUp(*primitive);
@@ -54,7 +57,27 @@ void Refiner::add(std::unique_ptr<Primitive> primitive)
     }
     const BucketPlace place = fLayout.file(*primitive, camera, raster, fBucket);
     if (fLayout.isBeyond(place)) return;
+    if (displacement > 0) makeCoarse(*primitive, hull);
     fFilingTo.file(std::move(primitive), place);
+}
+
+// Of what a function of the host's will move: whether it lies behind the eye, or as near its plane
+// as makes no difference.
+bool Refiner::isBehind(const Primitive& primitive, const Boundw& hull) const
+{
+    constexpr float kNear = 1e-3f;
+    const bool perspective = fLayout.frame().option.perspective;
+    const float most = (hull * fLayout.frame().cameraToRaster).wmax;
+    return most <= (perspective ? kNear * primitive.displacement() : 0);
+}
+
+// Beside the picture, near the eye, micropolygons would be as many as large ones on the screen:
+// what is moved into sight from there has come farther away.
+void Refiner::makeCoarse(Primitive& primitive, const Boundw& hull) const
+{
+    if (!fLayout.frame().option.perspective || !fLayout.culled(hull, roomAround(primitive))) return;
+    const float least = (hull * fLayout.frame().cameraToRaster).wmin;
+    primitive.setCoarseness(std::max(primitive.displacement() / std::max(least, 1e-30f), 1.0f));
 }
 
 void Refiner::dice(std::unique_ptr<Primitive> primitive, const Dicing& dicing)

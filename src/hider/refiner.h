@@ -39,6 +39,8 @@ public:
     void refine(std::unique_ptr<Primitive>& primitive);
 
 private:
+    bool isBehind(const Primitive& primitive, const Boundw& hull) const;
+    void makeCoarse(Primitive& primitive, const Boundw& hull) const;
     void finish(std::unique_ptr<Primitive>& primitive);
     // Files what becomes one grid.
     void dice(std::unique_ptr<Primitive> primitive, const Dicing& dicing);

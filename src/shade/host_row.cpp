@@ -299,18 +299,23 @@ void HostRow::movePoints(const HostShader& shader, float most)
     fWithoutLight = "a displacement cannot ask for light";
     call(shader, row);
     fWithoutLight = nullptr;
+    constexpr double kClosest = 1e-3;  // to the plane of the eye, of what it was before
+    const auto w = [this](const Pointd& p) { return (Pointwd(p) * fFrame.cameraToRaster).w; };
     bool good = true, near = true;
     for (std::size_t k = 0; k < fCount; ++k) {
-        const Pointd from(pointAt(fRow.P, k)), way = Pointd(pointAt(moved, k)) - from;
+        const Pointd from(pointAt(fRow.P, k));
+        Pointd to(pointAt(moved, k));
+        const Pointd way = to - from;
         const double length = std::sqrt(dot(way, way));
         if (!(length - length == 0)) {
             good = false;
-        } else if (length <= double{most}) {
-            put(fRow.P, k, pointAt(moved, k));
-        } else {
-            near = near && length <= double{most} * (1 + 1e-4);  // but for rounding
-            put(fRow.P, k, rounded(from + way * (double{most} / length)));
+            continue;
         }
+        if (length > double{most}) {
+            near = near && length <= double{most} * (1 + 1e-4);  // but for rounding
+            to = from + way * (double{most} / length);
+        }
+        if (w(to) > kClosest * w(from)) put(fRow.P, k, rounded(to));
     }
     if (!good) shader.tellNoNumber();
     if (!near) shader.tellTooFar();
