@@ -466,6 +466,96 @@ TEST_F(HostShading, VariablesOfPrimitivesComeAsPlanesNumbersAndTexts)
     EXPECT_TRUE(reports.empty());
 }
 
+// Variables whose values are the control points' own places are where the surface is.
+TEST_F(HostShading, VariablesOfControlPointsAreInterpolatedAsTheseAre)
+{
+    Reports reports;
+    const unsigned short place = zebDeclare("a control point's place", ZEB_VERTEX, ZEB_POINT);
+    const unsigned short across = zebDeclare("a control point's x", ZEB_VERTEX, ZEB_FLOAT);
+    const unsigned short pair = zebDeclare("a control point's z and y", ZEB_VERTEX, ZEB_PAIR);
+    const unsigned short eye = zebQuark("eye"), model = zebQuark("model");
+    const unsigned short point = zebQuark("point"), pointw = zebQuark("pointw");
+    std::vector<float> places, weighed, xs, pairs;
+    for (int j = 0; j < 5; ++j) {
+        for (int i = 0; i < 4; ++i) {
+            const auto u = static_cast<float>(i), v = static_cast<float>(j);
+            const float p[3] = {u - 1.5f, 0.8f * v - 1.3f, 0.3f * u * u - 0.2f * v * u};
+            const float w = 1 + 0.25f * u + 0.1f * v;
+            places.insert(places.end(), p, p + 3);
+            weighed.insert(weighed.end(), {p[0] * w, p[1] * w, p[2] * w, w});
+            xs.push_back(p[0]);
+            pairs.insert(pairs.end(), {p[2], p[1]});
+        }
+    }
+    const long corners[] = {4, 4}, indices[] = {0, 1, 5, 4, 4, 5, 9, 8};
+    const float* const p = places.data();
+    const std::vector<std::pair<const char*, std::function<void()>>> families = {
+        {"bilinear patch",
+         [&] {
+             zebPatch(ZEB_BILINEAR, point, p, place, p, across, xs.data(), pair, pairs.data(), 0);
+         }},
+        {"bicubic patch",
+         [&] {
+             zebPatch(ZEB_BICUBIC, point, p, place, p, across, xs.data(), pair, pairs.data(), 0);
+         }},
+        {"mesh of bilinear patches",
+         [&] {
+             zebPatchMesh(ZEB_BILINEAR, 4, ZEB_NONPERIODIC, 5, ZEB_NONPERIODIC, point, p, place, p,
+                          across, xs.data(), pair, pairs.data(), 0);
+         }},
+        {"mesh of bicubic patches",
+         [&] {
+             zebBasis(ZEB_BASIS_BSPLINE, ZEB_APPLY_BOTH);
+             zebPatchMesh(ZEB_BICUBIC, 4, ZEB_PERIODIC, 5, ZEB_NONPERIODIC, point, p, place, p,
+                          across, xs.data(), pair, pairs.data(), 0);
+         }},
+        {"NURBS of weights",
+         [&] {
+             zebNurbMesh(4, 2, std::vector<float>{0, 0, 0.4f, 0.6f, 1, 1}.data(), 0, 1, 5, 4,
+                         std::vector<float>{0, 0, 0, 0, 0.5f, 1, 1, 1, 1}.data(), 0, 1, pointw,
+                         weighed.data(), place, p, across, xs.data(), pair, pairs.data(), 0);
+         }},
+        {"polygons",
+         [&] {
+             zebPolygonMesh(2, corners, indices, point, p, place, p, across, xs.data(), pair,
+                            pairs.data(), 0);
+         }},
+    };
+    for (const auto& [name, add] : families) {
+        long rows = 0;
+        double farthest = 0;
+        render([&] {
+            zebShadingModel(ZEB_SMOOTH);
+            zebRotate(20, 1, 1, 0);
+            surface([&](ZebRow* row) {
+                ++rows;
+                const Planes local(row);
+                zebRowTransform(row, eye, model, ZEB_TRANSFORM_POINT, row->P, local);
+                const float* const found[6] = {
+                    zebRowVariable(row, place, 0), zebRowVariable(row, place, 1),
+                    zebRowVariable(row, place, 2), zebRowVariable(row, across, 0),
+                    zebRowVariable(row, pair, 0),  zebRowVariable(row, pair, 1)};
+                const float* const there[6] = {row->P[0], row->P[1], row->P[2],
+                                               local[0],  local[2],  local[1]};
+                for (int n = 0; n < 6; ++n) {
+                    ASSERT_NE(found[n], nullptr) << name << ' ' << n;
+                    for (long k = 0; k < row->count; ++k) {
+                        const double apart = double{found[n][k]} - double{there[n][k]};
+                        farthest = std::max(farthest, std::fabs(apart));
+                    }
+                }
+                EXPECT_EQ(zebRowVariable(row, place, 3), nullptr);
+                EXPECT_EQ(zebRowVariable(row, across, 1), nullptr);
+                EXPECT_EQ(zebRowVariable(row, pair, -1), nullptr);
+            });
+            add();
+        });
+        EXPECT_GT(rows, 0) << name;
+        EXPECT_LT(farthest, 1e-5) << name;
+    }
+    EXPECT_TRUE(reports.empty());
+}
+
 TEST_F(HostShading, VariablesNamedSAndTAreTheTextureCoordinates)
 {
     const float ss[4] = {0, 2, 0, 2}, ts[4] = {5, 5, 6, 6};

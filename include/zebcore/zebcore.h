@@ -1060,8 +1060,9 @@ ZEB_API void zebTextureCoordinates(float s1, float t1, float s2, float t2, float
     planes they take are those of the row and such ones; others are refused with code 10. */
 ZEB_API float* zebRowPlane(const ZebRow* row);
 /**
- * Finds the values that a variable of the primitive (zebDeclare), uniform or varying, has at the
- * points: in camera space if they are points or normals, homogeneous ones as they were given.
+ * Finds the values that a variable of the primitive (zebDeclare) has at the points: uniform,
+ * varying or, interpolated as the control points are, of class ZEB_VERTEX (but homogeneous ones):
+ * in camera space if they are points or normals, homogeneous ones as they were given.
  * @param row as the function was given it
  * @param token the variable's
  * @param component of a value: 0 of floats, 0 to 2 of points and colours, 0 and 1 of pairs, 0 to 3

@@ -23,8 +23,12 @@ ControlValues<ControlPoint>::ControlValues(ArgList& args, const std::vector<Cont
         std::vector<ControlPoint> values;
         if (const ArgAssoc* const assoc = token ? args.find(token) : nullptr) {
             values.reserve(points.size());
+            const float* words = assoc->words();
+            const long width = assoc->width();
             for (const ControlPoint& point : points) {
-                values.push_back(weighed(assoc->point(static_cast<long>(values.size())), point));
+                values.push_back(
+                    weighed({words[0], width > 1 ? words[1] : 0, width > 2 ? words[2] : 0}, point));
+                words += width;
             }
             args.detach(token);
         }
@@ -32,6 +36,15 @@ ControlValues<ControlPoint>::ControlValues(ArgList& args, const std::vector<Cont
     };
     fColors = take(Quark::fVertexColor);
     fOpacities = take(Quark::fVertexOpacity);
+    // Taking them out changes the list.
+    std::vector<std::pair<unsigned short, long>> others;
+    for (const ArgAssoc& assoc : args) {
+        const bool isNumber = assoc.words() && assoc.type() != kInteger && assoc.width() <= 3;
+        if (assoc.storage() == kVertexClass && assoc.token > kQPointw && isNumber) {
+            others.emplace_back(assoc.token, assoc.width());
+        }
+    }
+    for (const auto& [token, width] : others) fVariables.push_back({token, width, take(token)});
 }
 
 template class ControlValues<Point>;

@@ -14,13 +14,14 @@ namespace
 {
 
 // The variables that shading knows by name, or all others; positions are neither.
-ArgList inCamera(const ArgList& args, const Matrix& toCamera, bool flip, bool known)
+ArgList inCamera(const ArgList& args, const Matrix& toCamera, bool flip, bool known, bool corners)
 {
     ArgList taken;
     for (const ArgAssoc& assoc : args) {
         const bool isColor = Quark::isVertexColor(assoc.token);
-        // Nothing reads other values of single control points.
-        if (assoc.token <= kQPointw || (assoc.storage() == kVertexClass && !isColor)) continue;
+        // What control points have is elsewhere, unless they are corners.
+        const bool isVertex = assoc.storage() == kVertexClass && !isColor;
+        if (assoc.token <= kQPointw || (isVertex && !corners)) continue;
         if ((assoc.token <= kQOpacity || isColor) == known) taken.add(assoc);
     }
     taken.project(toCamera, flip);
@@ -42,8 +43,8 @@ Grid::Grid(unsigned short usize, unsigned short vsize, std::shared_ptr<const Att
       fMatte(fAttrib->matte),
       fTransposed(transposed),
       fEdges(edges),
-      fVertexArgs(inCamera(args, transform.matrix(), flip, true)),
-      fOtherArgs(inCamera(args, transform.matrix(), flip, false))
+      fVertexArgs(inCamera(args, transform.matrix(), flip, true, triangular)),
+      fOtherArgs(inCamera(args, transform.matrix(), flip, false, triangular))
 {
     std::size_t count = 0;
     for (int j = 0; j <= fVSize; ++j) count += static_cast<std::size_t>(vertexCount(j));

@@ -71,8 +71,8 @@ public:
     // The primitive's variables in camera space: those that shading knows by name, and all others.
     // Positions are in the vertices.
     const ArgList fVertexArgs, fOtherArgs;
-    // What its control points say of the surface's colours, in its own u and v.
-    PieceColors fPieceColors;
+    // What its control points say of colours and variables, in the surface's own u and v.
+    PieceValues fPieceValues;
     // Where it lies on its surface, and that surface: for functions of the host's.
     SurfacePart fPart;
     std::shared_ptr<const Transform> fTransform;

@@ -207,7 +207,7 @@ void PolynomialPatch::split(PrimitiveSink& sink)
 std::unique_ptr<Grid> PolynomialPatch::dice(const Dicing& dicing) const
 {
     auto grid = Patch::dice(dicing);
-    grid->fPieceColors = colors();
+    grid->fPieceValues = colors();
     return grid;
 }
 
@@ -339,7 +339,7 @@ std::unique_ptr<Grid> BicubicPatch::dice(const Dicing& dicing) const
         }
     }
     if (!placer.finish()) mendDerivatives(*grid);
-    grid->fPieceColors = colors();
+    grid->fPieceValues = colors();
     return grid;
 }
 

@@ -44,7 +44,7 @@ protected:
 // A polynomial piece: its points, and its colours if it has any of its own.
 struct PieceForms {
     PowerForm points;
-    std::shared_ptr<const ColorForms> colors;
+    std::shared_ptr<const ControlForms> colors;
 };
 
 // One polynomial piece, or a part of it. All parts share the coefficients and evaluate them at the
@@ -83,10 +83,10 @@ protected:
     // The coefficients of this part alone.
     PowerForm ownForm() const { return form()->part(fUmin, fUmax, fVmin, fVmax); }
     void addHull(Boundw& box) const override;
-    PieceColors colors() const { return {fColors, fUmin, fUmax, fVmin, fVmax}; }
+    PieceValues colors() const { return {fColors, fUmin, fUmax, fVmin, fVmax}; }
 
     mutable std::shared_ptr<const PowerForm> fForm;
-    mutable std::shared_ptr<const ColorForms> fColors;
+    mutable std::shared_ptr<const ControlForms> fColors;
 
 private:
     // Exact at both ends, where pieces meet.

@@ -32,8 +32,8 @@ public:
 
     // Whether the points have values of their own.
     bool hasNormals() const { return fNormal; }
-    bool hasColors() const { return fColor || fGrid.fPieceColors.hasColor(); }
-    bool hasOpacities() const { return fOpacity || fGrid.fPieceColors.hasOpacity(); }
+    bool hasColors() const { return fColor || fGrid.fPieceValues.hasColor(); }
+    bool hasOpacities() const { return fOpacity || fGrid.fPieceValues.hasOpacity(); }
 
     // The parameters of a point, within the piece. Those beyond a triangle's long side are folded
     // back.
@@ -75,13 +75,13 @@ public:
     }
     Color color(Parameters at) const
     {
-        return fGrid.fPieceColors.hasColor() ? fGrid.fPieceColors.color(at.u, at.v)
+        return fGrid.fPieceValues.hasColor() ? fGrid.fPieceValues.color(at.u, at.v)
                : fColor                      ? variable(*fColor, at)
                                              : attrib().surfaceColor;
     }
     Color opacity(Parameters at) const
     {
-        return inRange(fGrid.fPieceColors.hasOpacity() ? fGrid.fPieceColors.opacity(at.u, at.v)
+        return inRange(fGrid.fPieceValues.hasOpacity() ? fGrid.fPieceValues.opacity(at.u, at.v)
                        : fOpacity                      ? variable(*fOpacity, at)
                                                        : attrib().surfaceOpacity);
     }

@@ -371,6 +371,9 @@ const HostRow::LightRecords* HostRow::lightRecords() const
 
 float* HostRow::variable(unsigned short token, long component) const
 {
+    if (const auto* const vertex = fGrid.fPieceValues.find(token)) {
+        return vertexVariable(*vertex, component);
+    }
     const ArgAssoc* const given = argument(token, kTypeNone);
     if (!given || !given->words() || given->type() == kInteger) return nullptr;
     const long width = given->width();
@@ -380,6 +383,23 @@ float* HostRow::variable(unsigned short token, long component) const
         result[k] = GridPoints::interpolated<float>(*given, fPoints.all[k].at, [&](long corner) {
             return given->words()[corner * width + component];
         });
+    }
+    fill(result);
+    return result;
+}
+
+// Of the control points, interpolated as these are.
+float* HostRow::vertexVariable(const ControlForms::Variable& variable, long component) const
+{
+    if (component < 0 || component >= variable.width) return nullptr;
+    const bool isPoint = Quark::getType(variable.token) == kPointType;
+    float* const result = fStore.take();
+    for (std::size_t k = 0; k < fCount; ++k) {
+        const auto [u, v] = fPoints.all[k].at;
+        Pointd value = fGrid.fPieceValues.at(variable.form, double{u}, double{v});
+        if (isPoint) value = value * fGrid.fTransform->matrix();
+        const double parts[3] = {value.x, value.y, value.z};
+        result[k] = static_cast<float>(parts[component]);
     }
     fill(result);
     return result;

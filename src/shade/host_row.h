@@ -166,6 +166,7 @@ private:
 
     // Of the primitive's variables; null without one of the type, if there is a type.
     const ArgAssoc* argument(unsigned short token, short type) const;
+    float* vertexVariable(const ControlForms::Variable& variable, long component) const;
     void findPoints();
     template <class At>
     void findValues(Triple planes, bool varies, const At& at) const;
