@@ -773,8 +773,9 @@ ZEB_API short zebRenderBucket(void) ZEB_DECORATED("_Z15zebRenderBucketv");
     rendered */
 ZEB_API long zebProgress(void) ZEB_DECORATED("_Z11zebProgressv");
 /** Sets how far the function of zebCustomDisplacement moves a surface at the most, an attribute: in
-    object space; 0 by default. Larger than it need be costs time: surfaces are looked for as far
-    around them. Legal as zebColor is. Code 10 for what is not finite. */
+    object space; 0 by default, and so are negative ones. Larger than it need be costs time:
+   surfaces are looked for as far around them. Legal as zebColor is. Code 10 for what is not finite.
+ */
 ZEB_API void zebBoundDisplacement(float amount) ZEB_DECORATED("_Z20zebBoundDisplacementf");
 /** Opens a motion block: of the calls in it only the first takes effect.
     @param n number of times, which follow; they are not used. Legal everywhere but in object and
@@ -1032,15 +1033,18 @@ ZEB_API const void* zebCustomLight(const ZebShader* shader);
  * It moves P of its row; there is no Ci, Oi, nor light (code 8). All that is found of the surface
  * later is that of the moved one: normals are too, those given as "normal" as far as the surface
  * has turned. No point is moved farther than zebBoundDisplacement says, which has to be set:
- * farther is cut to it, with one report with code 10 for each function. Points that are no numbers
- * stay, with one report with code 15; so do, without one, points that would come to lie behind the
- * eye. What is behind the eye before it is moved does not show.
+ * farther is cut to it, the same way, with one report with code 10 for each function. Points that
+ * are no numbers stay, with one report with code 15; so do, without one, points that would come to
+ * lie behind the eye. What is behind the eye before it is moved does not show.
  *
- * Where grids of a surface meet, both give the function the same points, so that it stays closed if
- * what the function does depends on them alone: not on count, on a point's number, nor on what else
- * is in the row. Faces of a mesh meet if they have normals in common. A row has points beyond the
- * surface's edges too, as it would go on. du and dv are how far places are apart that are a
- * micropolygon apart on the screen; zebRowDifferences tells how much values change as far.
+ * The surface stays closed where its grids meet if what the function does depends on the point
+ * alone, and changes little from one micropolygon to the next: on P, the direction of N (its length
+ * is that of a part of the surface), u, v, s, t and variables, which both grids give alike, not on
+ * count, a point's number, nor on what else is in the row. At u = 0 and 1 of a surface that closes,
+ * P and N are the same. Faces of a mesh stay together if N does not matter, or if they have
+ * "normal" in common. A row has points beyond the surface's edges too, with u and v as they would
+ * go on. du and dv are how far places are apart that are a micropolygon apart on the screen;
+ * zebRowDifferences tells how much values change as far.
  *
  * How fine the surface is diced follows from what it is before; where that is out of sight, from
  * what it would be as far from the eye as the bound. Legal as zebColor is. Code 10 for a

@@ -44,7 +44,7 @@ struct Vertices {
 float reachOf(const Vertices& vertices, int n)
 {
     const float longest = longestSide(*vertices.grid.fAttrib), most = Seams::reach(vertices.grid);
-    if (n < 2) return most;
+    if (n < 2 || vertices.grid.fDisplaced) return most;
     float bend = 0, shortest = kInfinity;  // squared
     Point p = vertices[0], q = vertices[1];
     const auto measure = [&shortest](const Point& from, const Point& to) {

@@ -17,10 +17,12 @@ double lengthOf(const Pointd& p) { return std::sqrt(dot(p, p)); }
 
 bool isFlat(const Pointd& a, const Pointd& b)
 {
-    constexpr double kParallel = 1e-10;  // the square of a sine
+    constexpr double kNothing = 1e-10;  // the square of a sine, or of how much shorter one is
     const Pointd N = a ^ b;
-    return !(dot(N, N) > kParallel * dot(a, a) * dot(b, b));
+    const double longer = std::max(dot(a, a), dot(b, b));
+    return !(dot(N, N) > kNothing * longer * longer);
 }
+Pointd normalOf(const Vertex& vertex) { return Pointd(vertex.dPdu) ^ Pointd(vertex.dPdv); }
 bool isFlat(const Vertex& vertex) { return isFlat(Pointd(vertex.dPdu), Pointd(vertex.dPdv)); }
 
 // Normals of what has been moved are found by differences: within a grid, of its vertices; at its
@@ -49,7 +51,7 @@ public:
     {
         const GridPoints values(fGrid, fFrame);
         HostRow row(values, fFrame, fPoints);
-        row.movePoints(shader, fPrimitive.displacement());
+        row.movePoints(shader, {fGrid.fAttrib->displacementBound, fPrimitive.displacement()});
         const bool hasNormals = values.hasNormals();
         std::size_t edge = 0;
         for (int j = 0; j <= fGrid.fVSize; ++j) {
@@ -189,6 +191,8 @@ private:
             if (isFlat(there)) {
                 there.dPdu = vertex.dPdu;
                 there.dPdv = vertex.dPdv;
+            } else if (dot(normalOf(there), normalOf(vertex)) < 0) {
+                there.dPdu = -there.dPdu;  // beyond a pole u runs the other way
             }
             fPoints.all.push_back({place, there});
             fPoints.spacing.push_back(fPoints.spacing[k]);
@@ -199,16 +203,19 @@ private:
         add(step2, 1);
     }
 
-    // Normals that were given are turned as the surface is: the derivatives become what has them
-    // for its normal.
+    // Normals that were given are turned by the shortest way that turns the surface's own: the
+    // derivatives become what has them for its normal.
     void turn(Pointd& along1, Pointd& along2, const Point& N, const Point& Ng) const
     {
         const auto unit = [](const Pointd& p) { return p * (1 / std::max(lengthOf(p), 1e-30)); };
         const Pointd before = unit(Pointd(Ng)), given = unit(Pointd(N));
         Pointd after = unit(along1 ^ along2);
         if (fGrid.fFlip != fGrid.fTransposed) after = after * -1;
-        const double side = dot(given, before) < 0 ? -1 : 1;
-        const Pointd normal = unit(given + (after - before) * side);
+        const Pointd axis = before ^ after;  // as long as the angle's sine
+        const double cosine = dot(before, after);
+        if (cosine < -0.999) return;
+        const Pointd normal =
+            unit(given * cosine + (axis ^ given) + axis * (dot(axis, given) / (1 + cosine)));
         const auto upright = [&](const Pointd& d) { return d - normal * dot(d, normal); };
         const Pointd turned1 = upright(along1), turned2 = upright(along2);
         if (isFlat(turned1, turned2)) return;

@@ -286,7 +286,7 @@ void HostRow::shadeVolume(const HostShader& shader)
     if (!mend(fRow.Ci, 0)) shader.tellNoNumber();
 }
 
-void HostRow::movePoints(const HostShader& shader, float most)
+void HostRow::movePoints(const HostShader& shader, const MostMoved& most)
 {
     ZebRow row = fRow;
     float* moved[3];
@@ -301,19 +301,24 @@ void HostRow::movePoints(const HostShader& shader, float most)
     fWithoutLight = nullptr;
     constexpr double kClosest = 1e-3;  // to the plane of the eye, of what it was before
     const auto w = [this](const Pointd& p) { return (Pointwd(p) * fFrame.cameraToRaster).w; };
+    Matrix toObject = fGrid.fTransform->matrix();
+    const bool knowsObject = determinant(toObject) != 0 && invert(&toObject);
+    const double farthest = std::max(double{knowsObject ? most.inObject : most.inCamera}, 0.0);
     bool good = true, near = true;
     for (std::size_t k = 0; k < fCount; ++k) {
         const Pointd from(pointAt(fRow.P, k));
         Pointd to(pointAt(moved, k));
         const Pointd way = to - from;
-        const double length = std::sqrt(dot(way, way));
+        Pointd own = way;
+        if (knowsObject) vtransform(own, toObject);
+        const double length = std::sqrt(dot(own, own));
         if (!(length - length == 0)) {
             good = false;
             continue;
         }
-        if (length > double{most}) {
-            near = near && length <= double{most} * (1 + 1e-4);  // but for rounding
-            to = from + way * (double{most} / length);
+        if (length > farthest) {
+            near = near && length <= farthest * (1 + 1e-4);  // but for rounding
+            to = from + way * (farthest / length);
         }
         if (w(to) > kClosest * w(from)) put(fRow.P, k, rounded(to));
     }

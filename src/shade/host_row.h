@@ -87,8 +87,12 @@ public:
     // Calls a function, and mends what it gives that is no number.
     void shadeSurface(const HostShader& shader);
     void shadeVolume(const HostShader& shader);
-    // Moves the points, none of them farther than this.
-    void movePoints(const HostShader& shader, float most);
+    // Moves the points, none of them farther than this: in object space and, if that has no way
+    // back from it, in camera space.
+    struct MostMoved {
+        float inObject, inCamera;
+    };
+    void movePoints(const HostShader& shader, const MostMoved& most);
 
     Point P(std::size_t k) const { return pointAt(fRow.P, k); }
     Point N(std::size_t k) const { return pointAt(fRow.N, k); }
