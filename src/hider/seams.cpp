@@ -417,11 +417,15 @@ bool Seams::covered(float x, float y, const Near& near, double room, const Piece
 Seams::Near* Seams::candidates(Near* list) const
 {
     dropUnseen(list, fSeenLines);
-    // Surfaces that had to be given up pile up sides; pairing them would take forever.
-    constexpr int kMostSides = 64;
-    int count = 0;
-    for (const Near* near = list; near; near = near->next) ++count;
-    if (count < 2 || count > kMostSides) return nullptr;
+    // Surfaces that had to be given up pile up sides; pairing them would take forever. By those
+    // that have been moved there may be many, as they reach farther.
+    constexpr int kMostSides = 64, kMostMoved = 512;
+    int count = 0, moved = 0;
+    for (const Near* near = list; near; near = near->next) {
+        ++count;
+        moved += near->side->grid->fDisplaced;
+    }
+    if (count < 2 || count - moved > kMostSides || moved > kMostMoved) return nullptr;
     list = outsideOnly(list);
     dropLoneEnds(list);
     return list;
