@@ -102,6 +102,8 @@ def _shape(shape: Sequence[int]) -> str:
 
 
 def _numbers(where: str, name: str, value: Any, kinds: str, what: str) -> NDArray[Any]:
+    if value is None:
+        raise TypeError(f"{where}: {name!r} is no array of {what}, but None")
     try:
         array = np.asarray(value)
         if array.dtype == object:

@@ -272,6 +272,9 @@ class Block:
     def _end(self, failed: bool) -> None:
         raise NotImplementedError
 
+    def _dropped(self) -> None:
+        """A reset has closed it."""
+
     def __enter__(self) -> Any:
         if self in state.blocks:
             raise RuntimeError(f"this {self.kind} block is open already")
@@ -387,7 +390,8 @@ def reset() -> None:
     Names, spaces and error handlers stay. Refused in a callback.
     """
     call(lib.zebReset)
-    state.blocks.clear()
+    while state.blocks:
+        state.blocks.pop()._dropped()
     state.options[:] = [Options()]
     forget()
     connect()

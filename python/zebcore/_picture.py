@@ -169,7 +169,10 @@ class Picture(Frame):
         try:
             super()._end(failed)
         finally:
-            _open.pop(self._key, None)
+            self._dropped()
+
+    def _dropped(self) -> None:
+        _open.pop(self._key, None)
 
     def world(self, crop: Optional[tuple[int, int, int, int]] = None) -> World:
         """The world block, whose end renders.

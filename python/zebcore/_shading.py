@@ -174,10 +174,10 @@ class Row:
             settle(function)
 
     def _planes(self, slot: str, k: int) -> _Planes:
+        here = self._here()
         scratch = self.__dict__["_scratch"]
         planes = scratch.get((slot, k))
         if planes is None:
-            here = self._here()
             planes = scratch[slot, k] = _Planes(self, [lib.zebRowPlane(here) for _ in range(k)])
         return planes  # type: ignore[no-any-return]
 
