@@ -34,8 +34,8 @@ def contours(g):
 
 
 with zeb.Picture(480, 360, samples=4, gamma=2.2) as picture:
-    zeb.perspective(30)
-    zeb.look_at((6.6, -10.4, 9.4), (0.15, 0, -0.55), up=(0, 0, 1))
+    zeb.perspective(27.5)
+    zeb.look_at((6.6, -10.4, 9.4), (0.05, 0, -0.8), up=(0, 0, 1))
     with picture.world():
         zeb.light("ambient", intensity=0.35)
         zeb.light("distant", intensity=0.9, to=(-1, 0.6, -1.5))

@@ -54,10 +54,17 @@ def sieve(g):
     g.Ci = g.Oi * g.Cs * (g.ambient() + 0.6 * g.diffuse() + g.specular(0.15))
 
 
+# Where things stand, and how wide they are: lights cast no shadows, but a floor may know.
+THINGS = ((-2.35, 0.2, 0.95), (-0.45, 0.8, 1.05), (1.75, 0.6, 0.8), (3, -0.7, 0.78))
+
+
 @zeb.surface
 def tiles(g):
-    x, _, z = 1.4 * g.transform(g.P)
-    lit(g, mix(g.checks(x, z), rgb(.22, .25, .30), rgb(.75, .70, .62)), shine=0.1)
+    x, _, z = g.transform(g.P, to="world")
+    color = mix(g.checks(1.4 * x, 1.4 * z), rgb(.22, .25, .30), rgb(.75, .70, .62))
+    for at, depth, radius in THINGS:
+        color = color * (1 - 0.75 * np.exp(-1.6 * ((x - at)**2 + (z - depth)**2) / radius**2))
+    lit(g, color, shine=0.1)
 
 
 @zeb.light_shader

@@ -2,6 +2,7 @@
 from __future__ import annotations
 
 import ctypes as c
+import math
 from collections.abc import Mapping, Sequence
 from typing import Any, Optional, Union
 
@@ -14,6 +15,7 @@ from .raw import lib
 
 Floats = NDArray[np.float32]
 Longs = NDArray[np.integer[Any]]
+_float32 = np.dtype(np.float32)
 LONG: Any = np.dtype(f"i{c.sizeof(c.c_long)}")
 
 STORAGE = {"none": raw.ZEB_CLASS_NONE, "uniform": raw.ZEB_UNIFORM, "varying": raw.ZEB_VARYING,
@@ -117,6 +119,8 @@ def _numbers(where: str, name: str, value: Any, kinds: str, what: str) -> NDArra
 
 def as_floats(where: str, name: str, value: ArrayLike) -> Floats:
     """An array of floats, without a copy if it is one; of any shape, and any strides."""
+    if type(value) is np.ndarray and value.dtype is _float32:
+        return value
     with np.errstate(over="ignore"):  # the library refuses what is not finite, with a message
         return _numbers(where, name, value, "fiub", "numbers").astype(np.float32, copy=False)
 
@@ -146,6 +150,8 @@ def color_of(where: str, name: str, value: ArrayLike) -> Floats:
 
 def number(where: str, name: str, value: Any) -> float:
     """A number of any kind."""
+    if type(value) is float or type(value) is int:
+        return float(value)
     array = as_floats(where, name, value)
     if array.ndim:
         raise ValueError(f"{where}: {name!r} has the shape {_shape(array.shape)}, not ()")
@@ -228,7 +234,7 @@ class Parameters:
         """Brings an array to the shape its class asks for, or complains."""
         value = () if token.width == 1 and token.type != "color" else (token.width,)
         counts = self._shapes[token.storage]
-        total = int(np.prod(counts))
+        total = math.prod(counts)
         full = counts + value
         if array.shape == full:
             return array.reshape((total,) + value) if len(counts) != 1 else array
@@ -236,7 +242,9 @@ class Parameters:
             return array
         one = array.shape == value or (token.type == "color" and array.ndim == 0)
         if one and name not in ("point", "pointw", "height"):
-            return np.broadcast_to(array, (total,) + value)
+            all_ = np.empty((total,) + value, array.dtype)
+            all_[...] = array
+            return all_
         also = f", or {_shape(value)} for all" if full != value else ""
         raise ValueError(f"{self.where}: {name!r} ({token.storage} {token.type}) has the shape "
                          f"{_shape(array.shape)}, not {_shape(full)}{also}")

@@ -23,6 +23,7 @@ _COLORS = ("Cs", "Os", "Ci", "Oi", "L", "Cl", "Ol")
 _PLACES = {name: (1 + 3 * k, 3) for k, name in enumerate(_WAYS)}
 _PLACES.update((name, (19 + k, 1)) for k, name in enumerate(_SINGLE))
 _PLACES.update((name, (25 + 3 * k, 3)) for k, name in enumerate(_COLORS))
+_OFFSETS = {name: getattr(raw.ZebRow, name).offset for name in _PLACES}
 _WORDS = struct.Struct("@l45P")
 _LINE = 16  # planes are padded to a multiple of it
 _REACH = 2**31 - 1  # how far beyond its first plane a row is looked for
@@ -103,7 +104,7 @@ class Row:
         mine["_shader"] = shader
         mine["_words"] = words
         mine["_block"] = np.ndarray((_REACH,), np.uint8, _Reach.from_address(words[1]))
-        mine["_given"] = {}    # views by name
+        mine["_given"] = {}    # names of views, by identity
         mine["_copied"] = []   # those that have to be copied back
         mine["_scratch"] = {}  # planes that arguments and results pass through
 
@@ -132,14 +133,16 @@ class Row:
             raise AttributeError(f"the row of a {mine['_shader'].kind} has no {name}")
         n, writable = mine["count"], name in mine["_shader"].sets
         view: Any = self._view(addresses, n)
-        if view is None:
+        together = view is not None
+        if not together:
             view = np.stack([np.ctypeslib.as_array((c.c_float * n).from_address(a)) for a in addresses])
             if writable:
                 mine["_copied"].append((addresses, view))
         if planes == 1:
             view = view[0]
         view.flags.writeable = writable
-        mine["_given"][name] = view
+        if together:
+            mine["_given"][id(view)] = name
         mine[name] = view
         return view
 
@@ -182,12 +185,12 @@ class Row:
         return planes  # type: ignore[no-any-return]
 
     def _take(self, method: str, name: str, value: Any, slot: str, k: int = 3) -> Any:
-        """Where the library finds an argument of k planes: in the row, or in planes it is copied to."""
-        self._here()
-        for known, view in self.__dict__["_given"].items():
-            if view is value and _PLACES[known][1] == k:
-                place = _PLACES[known][0]
-                return (c.c_void_p * k)(*self.__dict__["_words"][place:place + k])
+        """Where the library finds the addresses of an argument of k planes: in the row itself, if it
+        is one of its arrays, or else of planes that it is copied to."""
+        here = self._here()
+        known = self.__dict__["_given"].get(id(value))
+        if known is not None and _PLACES[known][1] == k:
+            return here + _OFFSETS[known]
         array = as_floats(f"Row.{method}()", name, value)
         n = self.__dict__["count"]
         good = array.shape in ((), (1,), (n,)) if k == 1 else array.shape in ((k, n), (k, 1))
@@ -197,6 +200,11 @@ class Row:
         planes = self._planes(slot, k)
         planes.set(array)
         return planes.addresses
+
+    def _take_one(self, method: str, name: str, value: Any, slot: str) -> int:
+        """The same of an argument of one plane: where the plane is."""
+        found = self._take(method, name, value, slot, 1)
+        return int(c.c_void_p.from_address(found).value or 0) if isinstance(found, int) else int(found[0])
 
     def _ask(self, function: Any, *arguments: Any, results: int = 3) -> Floats:
         out = self._planes("result", results)
@@ -216,7 +224,8 @@ class Row:
         known = ("facing", 3) in self.__dict__.get("_scratch", ())
         planes = self._planes("facing", 3)
         if not known:
-            lib.zebRowFacing(self._here(), self._take(method, "N", self.N, "N"), planes.addresses)
+            here = self._here()
+            lib.zebRowFacing(here, here + _OFFSETS["N"], planes.addresses)
         return planes.addresses
 
     def _from_eye(self, V: Optional[ArrayLike], method: str) -> Any:
@@ -263,7 +272,7 @@ class Row:
 
     def differences(self, values: ArrayLike) -> tuple[Floats, Floats]:
         """How much values, (n,), change from a point to the next, along both ways: (n,) each."""
-        plane = self._take("differences", "values", values, "N", 1)[0]
+        plane = self._take_one("differences", "values", values, "N")
         out = self._planes("result", 2)
         lib.zebRowDifferences(self._here(), plane, out.addresses[0], out.addresses[1])
         self._check(lib.zebRowDifferences)
@@ -319,19 +328,19 @@ class Row:
 
     def step(self, edge: float, values: ArrayLike) -> Floats:
         """0 where values, (n,), are below the edge and 1 above, smooth in between: (n,)."""
-        return self._ask_one(lib.zebRowStep, float(edge), self._take("step", "values", values, "N", 1)[0])
+        return self._ask_one(lib.zebRowStep, float(edge), self._take_one("step", "values", values, "N"))
 
     def checks(self, s: ArrayLike, t: ArrayLike) -> Floats:
         """A checkerboard of fields one unit wide, without jags: (n,)."""
-        return self._ask_one(lib.zebRowChecks, self._take("checks", "s", s, "N", 1)[0],
-                             self._take("checks", "t", t, "V", 1)[0])
+        return self._ask_one(lib.zebRowChecks, self._take_one("checks", "s", s, "N"),
+                             self._take_one("checks", "t", t, "V"))
 
     def image(self, image: "Image", s: ArrayLike, t: ArrayLike, blur: float = 0) -> Floats:
         """Looks an image up, which covers 0 to 1 by 0 to 1, t downwards: (channels, n)."""
         if not isinstance(image, Image):
             raise TypeError(f"Row.image(): no zebcore.Image, but {type(image).__name__}")
-        return self._ask(lib.zebRowImage, image._here(), self._take("image", "s", s, "N", 1)[0],
-                         self._take("image", "t", t, "V", 1)[0], float(blur), results=image.channels)
+        return self._ask(lib.zebRowImage, image._here(), self._take_one("image", "s", s, "N"),
+                         self._take_one("image", "t", t, "V"), float(blur), results=image.channels)
 
     def variable(self, name: str) -> Any:
         """What a variable of the primitive (`declare`) is at the points: (n,) of floats, (2, n) of
