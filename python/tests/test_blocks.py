@@ -379,6 +379,62 @@ def test_control_c_ends_rendering(shader):
     assert done.stdout.startswith("well") and not done.stderr
 
 
+PRESSED = """
+import os, random, signal, threading, time
+import zebcore as zeb
+
+@zeb.surface
+def busy(g):
+    g.Ci = g.diffuse()
+
+def press():
+    for _ in range(100):
+        time.sleep(random.random() * 0.008)
+        os.kill(os.getpid(), signal.SIGINT)
+
+thread = threading.Thread(target=press)
+interrupted = 0
+
+def pictures():
+    global interrupted
+    while thread.is_alive():
+        try:
+            with zeb.Picture(30, 30) as picture:
+                zeb.perspective(40)
+                with picture.world():
+                    zeb.light("distant")
+                    zeb.translate(0, 0, 3)
+                    with zeb.attributes(surface=busy, color=(1, 0, 0)):
+                        zeb.sphere(0.9)
+        except KeyboardInterrupt:
+            interrupted += 1
+    time.sleep(0.1)
+    return True
+
+thread.start()
+over = False
+while not over:
+    try:
+        over = pictures()
+    except KeyboardInterrupt:  # between two pictures
+        pass
+signal.signal(signal.SIGINT, signal.SIG_IGN)
+thread.join()
+assert interrupted > 20, interrupted
+assert not zeb._core.state.blocks
+with zeb.Picture(10, 10) as picture, picture.world():
+    zeb.translate(0, 0, 3)
+    zeb.sphere(0.9)
+assert picture.alpha.any()
+print("well")
+"""
+
+
+def test_interrupts_at_any_moment_leave_everything_in_order():
+    done = subprocess.run([sys.executable, "-c", PRESSED], capture_output=True, text=True, timeout=60)
+    assert done.returncode == 0 and done.stdout == "well\n", done.stderr
+
+
 FORKED = """
 import os, zebcore as zeb
 

@@ -290,3 +290,19 @@ def test_a_file_of_the_library_takes_the_place_of_the_arrays(tmp_path):
     assert (tmp_path / "a.exr").stat().st_size > 100
     with pytest.raises(zeb.Error, match="went to a file"):
         picture.rgba
+
+
+def test_a_picture_minds_that_pixels_fit_its_arrays():
+    for spoil in (lambda: zeb.output_samples("rgb"), lambda: zeb.color_quantize(255),
+                  lambda: zeb.depth_quantize(255)):
+        with pytest.raises(ValueError, match="takes all samples, as floats"):
+            with zeb.Picture(12, 12) as picture:
+                spoil()
+                with picture.world():
+                    pass
+    for size in ((100, 100), (5, 12), (0, 0)):
+        with pytest.raises(ValueError, match="and the picture 12 by 12"):
+            with zeb.Picture(12, 12) as picture:
+                zeb.raster_viewport(*size)
+                with picture.world():
+                    zeb.sphere(1)

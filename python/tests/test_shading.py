@@ -1,4 +1,5 @@
 """Functions of Python that shade."""
+import copy
 import gc
 import pickle
 import sys
@@ -173,6 +174,46 @@ def test_a_row_kept_beyond_the_call_is_over():
                 lambda g: g.variable("heat"), lambda g: list(g.lights())):
         with pytest.raises(ReferenceError, match="is over"):
             use(kept[0])
+
+
+def test_an_array_in_garbage_is_not_kept():
+    def closure(g):
+        P = g.P
+
+        def inner():
+            return inner, P
+        g.Ci = 1
+    assert shade(closure).alpha.any()
+
+
+def test_a_row_is_not_copied():
+    for copier in (copy.copy, copy.deepcopy, pickle.dumps):
+        with pytest.raises(TypeError, match="can't be copied"):
+            shade(lambda g: copier(g))
+    texts = []
+    shade(lambda g: texts.append(repr(g) + repr(vars(g))))
+    assert texts
+
+
+def test_a_function_that_returns_its_colour_is_told():
+    for wrong in (lambda g: g.Cs, lambda g: (yield g)):
+        with pytest.raises(TypeError, match="returns .*: it has to set what it finds"):
+            shade(wrong)
+
+
+def test_blocks_do_not_end_while_their_picture_renders():
+    def leave(g):
+        _core.state.blocks[-1].__exit__(None, None, None)
+    with pytest.raises(RuntimeError, match="can't end while its picture renders"):
+        shade(leave)
+
+
+def test_a_picture_in_a_function_is_refused():
+    def render(g):
+        with zeb.Picture(4, 4):
+            pass
+    with pytest.raises(RuntimeError, match="open already"):
+        shade(render)
 
 
 def test_frames_of_a_failed_function_hold_no_views():

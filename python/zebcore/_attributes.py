@@ -164,15 +164,9 @@ class _Attributes(Simple):
         super().__init__("attributes", lib.zebAttributePush, lib.zebAttributePop)
         self._values = values
 
-    def __enter__(self) -> Any:
-        super().__enter__()
-        try:
-            for name, value in self._values.items():
-                _SETTERS[name](value)
-        except BaseException as error:
-            self.__exit__(type(error), error, error.__traceback__)
-            raise
-        return self
+    def _fill(self) -> None:
+        for name, value in self._values.items():
+            _SETTERS[name](value)
 
 
 def attributes(**values: Any) -> Block:

@@ -71,6 +71,10 @@ class Options:
     color_width: int = 3
     kept: dict[str, Any] = field(default_factory=dict)  # the callbacks in force
     progress: Optional[Callable[[int], Any]] = None
+    to_picture: bool = False             # whether a Picture gets the pixels, which come as these say
+    samples: int = raw.ZEB_SAMPLES_RGB
+    color_one: int = 255
+    depth_one: int = 0
 
 
 @dataclass
@@ -85,7 +89,7 @@ class State:
     callbacks: int = 0                    # under way
     users_code: bool = False              # whether one of them may be interrupted
     interrupted: Optional[FrameType] = None
-    rendering: bool = False
+    rendering: int = -1  # how many blocks were open when it began
     dead_images: list[int] = field(default_factory=list)
 
 
@@ -97,7 +101,7 @@ def claim() -> None:
     mine = threading.get_ident()
     if state.owner == mine:
         return
-    if state.blocks or state.callbacks or state.rendering:
+    if state.blocks or state.callbacks or state.rendering >= 0:
         raise RuntimeError("zebcore is in use on another thread: all calls from the first block to "
                            "the end of the last must come from one thread")
     state.owner = mine
@@ -217,7 +221,8 @@ connect()
 
 @contextmanager
 def interruptible() -> Iterator[None]:
-    """Around calls that render: Ctrl-C gives the picture up, and is raised when the call is back.
+    """Around calls that render, and around the begin and end of blocks, which must not come apart:
+    Ctrl-C gives the picture up, and is raised when all is done.
 
     The signal is looked at when the library next calls Python: after each bucket, at the latest.
     """
@@ -248,12 +253,12 @@ def interruptible() -> Iterator[None]:
 def render(function: Any, settling: bool = True) -> Any:
     """Calls a function that renders."""
     claim()
-    state.rendering = True
+    outer, state.rendering = state.rendering, len(state.blocks)
     try:
         with interruptible():
             result = function()
     finally:
-        state.rendering = False
+        state.rendering = outer
     if settling:
         settle(function)
     return result
@@ -272,14 +277,23 @@ class Block:
     def _end(self, failed: bool) -> None:
         raise NotImplementedError
 
+    def _fill(self) -> None:
+        """What is to be called when it is open, before its user's calls."""
+
     def _dropped(self) -> None:
         """A reset has closed it."""
 
     def __enter__(self) -> Any:
         if self in state.blocks:
             raise RuntimeError(f"this {self.kind} block is open already")
-        self._begin()
-        state.blocks.append(self)
+        try:
+            with interruptible():
+                self._begin()
+                state.blocks.append(self)
+            self._fill()
+        except BaseException as error:
+            self.__exit__(type(error), error, error.__traceback__)
+            raise
         return self
 
     def __exit__(self, kind: Optional[type[BaseException]], error: Optional[BaseException],
@@ -287,17 +301,18 @@ class Block:
         if self not in state.blocks:  # a reset, or the end of an outer block, has closed it
             return
         claim()
-        left = unwind(self)
-        if left and error is None:
+        if state.blocks.index(self) < state.rendering:
+            raise RuntimeError(f"the {self.kind} block can't end while its picture renders")
+        with interruptible():
+            left = unwind(self)
             state.blocks.remove(self)
-            self._end(True)
-            forget()
+            failed = error is not None or left is not None
+            self._end(failed)
+            if failed:
+                forget()
+        if left and error is None:
             raise RuntimeError(f"the {left} block was still open at the end of the {self.kind} block "
                                "around it; the picture is dropped")
-        state.blocks.remove(self)
-        self._end(error is not None)
-        if error is not None:
-            forget()
 
 
 def unwind(outer: Optional[Block]) -> Optional[str]:
@@ -358,6 +373,11 @@ class World(Block):
 
     def _begin(self) -> None:
         free_images()
+        options = state.options[-1]
+        if options.to_picture and (options.samples != raw.ZEB_SAMPLES_RGBAZ or options.color_one
+                                   or options.depth_one):
+            raise ValueError("a Picture takes all samples, as floats: output_samples(), color_quantize() and "
+                             "depth_quantize() are for output_file()")
         try:
             render(lib.zebSceneBegin, settling=False)
             # Code 8 refuses; after other errors the world is open all the same.

@@ -125,11 +125,13 @@ def color_quantize(one: int, min: int = 0, max: Optional[int] = None) -> None:
     one = 0 passes floats, which is what a `Picture` needs: in one, this is for `output_file`.
     """
     _quantize("color_quantize()", lib.zebColorQuantize, one, min, max)
+    state.options[-1].color_one = one
 
 
 def depth_quantize(one: int, min: int = 0, max: Optional[int] = None) -> None:
     """As `color_quantize`, for depth; floats by default."""
     _quantize("depth_quantize()", lib.zebDepthQuantize, one, min, max)
+    state.options[-1].depth_one = one
 
 
 def _quantize(where: str, function: Any, one: int, min: int, max: Optional[int]) -> None:
@@ -150,6 +152,7 @@ def depth_jitter(amplitude: float) -> None:
 def output_display(title: str) -> None:
     """Sends the picture to a window, where the library was built with windows."""
     call(lib.zebOutputDisplay, encode(title, "a title"))
+    state.options[-1].to_picture = False
 
 
 def output_file(path: Union[str, "os.PathLike[str]"], kind: Union[str, int] = "auto") -> None:
@@ -161,11 +164,14 @@ def output_file(path: Union[str, "os.PathLike[str]"], kind: Union[str, int] = "a
     """
     call(lib.zebOutputFile, choice("output_file()", "kind", kind, "ZEB_FILE_"),
          encode(os.fspath(path), "a path"))
+    state.options[-1].to_picture = False
 
 
 def output_samples(samples: Union[str, int]) -> None:
     """Chooses what pixels of a file hold: "rgb", "alpha", "depth", "rgba", "rgbz" or "rgbaz"."""
-    call(lib.zebOutputSamples, choice("output_samples()", "samples", samples, "ZEB_SAMPLES_"))
+    number = choice("output_samples()", "samples", samples, "ZEB_SAMPLES_")
+    call(lib.zebOutputSamples, number)
+    state.options[-1].samples = number
 
 
 def custom_display(device: Optional[raw.ZebDisplay]) -> None:
@@ -175,6 +181,7 @@ def custom_display(device: Optional[raw.ZebDisplay]) -> None:
     """
     call(lib.zebCustomDisplay, None if device is None else ctypes.byref(device))
     state.options[-1].kept["display"] = device
+    state.options[-1].to_picture = False
 
 
 def hider(kind: Union[str, int]) -> None:

@@ -14,7 +14,7 @@ from numpy.typing import NDArray
 
 from . import _files, _options, raw
 from ._arrays import Floats, whole
-from ._core import Error, Frame, World, call, render, state
+from ._core import Error, Frame, World, call, keep, render, state
 from .raw import lib
 
 _WORDS = 5  # red, green, blue, alpha, depth
@@ -25,15 +25,21 @@ _last = 0
 
 
 def _open_picture(key: int, name: Optional[bytes], xres: int, yres: int, x: int, y: int) -> None:
-    _open[key][0]._delivered = True
+    picture = _open[key][0]
+    if (xres, yres) == (picture.width, picture.height):
+        picture._delivered = True
+    else:
+        keep(ValueError(f"the viewport is {xres} by {yres} pixels, and the picture {picture.width} by "
+                        f"{picture.height}: say so to Picture()"))
 
 
 _opened = raw.OpenFunction(_open_picture)
 
 
 def _take_span(key: int, x0: int, x1: int, y: int, words: int) -> None:
-    _, start, width = _open[key]
-    c.memmove(start + (y * width + x0) * 4 * _WORDS, words, (x1 - x0 + 1) * 4 * _WORDS)
+    picture, start, width = _open[key]
+    if x1 < width and y < picture.height:
+        c.memmove(start + (y * width + x0) * 4 * _WORDS, words, (x1 - x0 + 1) * 4 * _WORDS)
 
 
 _span = raw.SpanFunction(_take_span)
@@ -139,31 +145,26 @@ class Picture(Frame):
         self._words[..., 4] = 1
 
     def _begin(self) -> None:
-        global _last
         if any(isinstance(block, Picture) for block in state.blocks):
             raise RuntimeError("a picture is open already: its block has to end first")
         super()._begin()
-        state.blocks.append(self)  # from here on an exception has to close the frame
-        try:
-            _last += 1
-            self._key = _last
-            _open[self._key] = self, self._words.ctypes.data, self.width
-            device = raw.ZebDisplay(self._key, _opened, _span)
-            call(lib.zebCustomDisplay, c.byref(device))
-            _options.raster_viewport(self.width, self.height)
-            _options.quirks(False)
-            _options.sample_uniform(*self._samples)
-            _options.color_gamma(self._gamma)
-            _options.output_samples("rgbaz")
-            _options.color_quantize(0)
-            _options.depth_nearest(True)
-            _options.threads(self._threads)
-        except BaseException:
-            state.blocks.remove(self)
-            self._end(True)
-            state.reports = []
-            raise
-        state.blocks.remove(self)
+
+    def _fill(self) -> None:
+        global _last
+        _last += 1
+        self._key = _last
+        _open[self._key] = self, self._words.ctypes.data, self.width
+        device = raw.ZebDisplay(self._key, _opened, _span)
+        call(lib.zebCustomDisplay, c.byref(device))
+        state.options[-1].to_picture = True
+        _options.raster_viewport(self.width, self.height)
+        _options.quirks(False)
+        _options.sample_uniform(*self._samples)
+        _options.color_gamma(self._gamma)
+        _options.output_samples("rgbaz")
+        _options.color_quantize(0)
+        _options.depth_nearest(True)
+        _options.threads(self._threads)
 
     def _end(self, failed: bool) -> None:
         try:

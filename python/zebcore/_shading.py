@@ -2,6 +2,7 @@
 from __future__ import annotations
 
 import ctypes as c
+import gc
 import struct
 import sys
 import traceback
@@ -103,7 +104,7 @@ class Row:
         mine["_address"] = address
         mine["_shader"] = shader
         mine["_words"] = words
-        mine["_block"] = np.ndarray((_REACH,), np.uint8, _Reach.from_address(words[1]))
+        mine["_block"] = _Reach.from_address(words[1])  # what views are views of
         mine["_given"] = {}    # names of views, by identity
         mine["_copied"] = []   # those that have to be copied back
         mine["_scratch"] = {}  # planes that arguments and results pass through
@@ -154,15 +155,18 @@ class Row:
             raise AttributeError(f"{name} is not for a {self.__dict__['_shader'].kind} to set")
         plane[:] = value
 
-    def _leave(self) -> bool:
-        """Ends the row; whether nobody has kept a view of it."""
+    def __reduce_ex__(self, protocol: Any) -> Any:
+        raise TypeError("a Row can't be copied: it ends with the call; copy its arrays")
+
+    def _leave(self) -> Any:
+        """Ends the row; what its views are views of."""
         mine = self.__dict__
         for addresses, view in mine["_copied"]:
             for address, plane in zip(addresses, view):
                 c.memmove(address, np.ascontiguousarray(plane).ctypes.data, 4 * mine["count"])
         block = mine["_block"]
         mine.clear()
-        return sys.getrefcount(block) <= 2
+        return block
 
     # Services
 
@@ -181,7 +185,9 @@ class Row:
         scratch = self.__dict__["_scratch"]
         planes = scratch.get((slot, k))
         if planes is None:
-            planes = scratch[slot, k] = _Planes(self, [lib.zebRowPlane(here) for _ in range(k)])
+            addresses = [lib.zebRowPlane(here) for _ in range(k)]
+            self._check(lib.zebRowPlane)  # on another thread there are none
+            planes = scratch[slot, k] = _Planes(self, addresses)
         return planes  # type: ignore[no-any-return]
 
     def _take(self, method: str, name: str, value: Any, slot: str, k: int = 3) -> Any:
@@ -409,6 +415,25 @@ class Shader:
         return call(function, c.byref(shader))
 
 
+def _count(make: Callable[[], Any]) -> int:
+    thing = make()
+    return sys.getrefcount(thing)
+
+
+_ALONE = _count(object)  # what one variable makes
+
+
+def _kept(row: Row) -> bool:
+    """Ends a row; whether anybody has kept a view of it, garbage not counted."""
+    block = row._leave()
+    if sys.getrefcount(block) <= _ALONE:
+        return False
+    gc.collect(0)
+    if sys.getrefcount(block) > _ALONE:
+        gc.collect()
+    return sys.getrefcount(block) > _ALONE
+
+
 # What the library holds of a shader is a number, until it calls the free function.
 _shaders: dict[int, Shader] = {}
 _last = 0
@@ -427,9 +452,12 @@ def _run(key: int, address: int) -> None:
     row: Any = Row(shader, address)
     try:
         state.users_code = True
-        shader.function(row)
+        result = shader.function(row)
         state.users_code = outer
-        if not row._leave():
+        if result is not None:
+            raise TypeError(f"{shader!r} returns {type(result).__name__}: it has to set what it finds, as in "
+                            "g.Ci = ..., and to return nothing")
+        if _kept(row):
             keep(RuntimeError(f"{shader!r} keeps an array of its row beyond the call, where the memory is "
                               "the library's again: keep a copy, such as g.P.copy()"))
     except BaseException as error:
