@@ -1,11 +1,14 @@
 """Pictures, their arrays and their files."""
 import pickle
 import struct
+import sys
+import types
 import zlib
 
 import numpy as np
 import pytest
 import zebcore as zeb
+from zebcore import _picture
 
 
 def test_arrays_are_float32_views_of_one_memory(ball):
@@ -251,12 +254,41 @@ def test_progress_is_told_and_can_end_the_picture():
     assert 0 < picture.alpha.sum() < full
 
 
-def test_a_bar_shows_on_request(capfd):
+def under_a_bar():
     with zeb.Picture(60, 60, progress=True) as picture:
         with picture.world():
             zeb.translate(0, 0, 3)
             zeb.sphere(0.9)
-    assert picture.alpha.any()
+    return picture.alpha.any()
+
+
+def test_a_bar_of_tqdm_goes_from_0_to_100(monkeypatch):
+    heard = []
+
+    class Bar:
+        def __init__(self, total, **others):
+            heard.append(total)
+
+        def update(self, more):
+            heard.append(more)
+
+        def close(self):
+            heard.append("closed")
+    monkeypatch.setitem(sys.modules, "tqdm.auto", types.SimpleNamespace(tqdm=Bar))
+    assert under_a_bar()
+    assert heard[0] == 100 and heard[-1] == "closed" and len(heard) > 5
+    assert sum(heard[1:-1]) == 100 and min(heard[1:-1]) > 0
+
+
+def test_a_plain_bar_shows_what_takes_long(monkeypatch, capfd):
+    monkeypatch.setitem(sys.modules, "tqdm.auto", None)
+    assert under_a_bar()
+    assert capfd.readouterr().err == ""  # it took no time
+    now = iter(range(10000))
+    monkeypatch.setattr(_picture, "time", types.SimpleNamespace(monotonic=lambda: next(now)))
+    assert under_a_bar()
+    shown = capfd.readouterr().err.split("\r")
+    assert "100 % " in shown and shown[-2:] == ["      ", ""]
 
 
 def test_stages_render_the_same():

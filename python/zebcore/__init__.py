@@ -14,6 +14,7 @@ A picture is described in blocks: options and the camera in a `Picture`, then li
 transformations and primitives in its world, whose end renders. The library has one state: all calls
 from the first block to the end of the last come from one thread.
 """
+from . import raw
 from ._arrays import declare, quark
 from ._attributes import (apply_matrix, apply_perspective, atmosphere_shader, attributes, basis,
                           bound, color, displacement_bound, displacement_shader, flatness,
@@ -37,4 +38,22 @@ from ._primitives import (Light, Object, cone, cylinder, disk, general_mesh, gen
 from ._shading import (Image, Row, Shader, atmosphere, displacement, light_shader, rgb, surface)
 
 __version__ = version()
-__all__ = [name for name in dir() if not name.startswith("_") and name != "raw"]
+__all__ = [
+    "Error", "Image", "Info", "Light", "Object", "Picture", "Row", "Shader", "Warning",
+    "apply_matrix", "apply_perspective", "atmosphere", "atmosphere_shader", "attributes",
+    "basis", "bound", "cancel", "clip", "color", "color_gain", "color_gamma", "color_jitter",
+    "color_quantize", "color_space", "comment", "cone", "custom_display", "cylinder", "declare",
+    "depth_jitter", "depth_nearest", "depth_quantize", "disk", "displacement",
+    "displacement_bound", "displacement_shader", "error_handler", "error_printer", "filter",
+    "filter_width", "flatness", "frame", "general_mesh", "general_polygon", "group_name",
+    "hider", "hyperboloid", "image_aspect", "image_crop", "image_window", "last_error", "light",
+    "light_shader", "load_identity", "load_matrix", "look_at", "mark_space", "matte", "mesh",
+    "motion", "nurb", "nurb_mesh", "object_name", "opacity", "orientation", "orthographic",
+    "output_display", "output_file", "output_samples", "paraboloid", "patch", "patch_mesh",
+    "perspective", "polygon", "procedural", "progress", "progress_callback", "project_points",
+    "quark", "quirks", "raster_aspect", "raster_viewport", "raw", "render_bucket", "render_init",
+    "reset", "rgb", "rotate", "sample_adaptive", "sample_jitter", "sample_uniform", "scale",
+    "shading_model", "shading_rate", "sides", "skew", "sphere", "spheres", "surface",
+    "surface_shader", "texture_coordinates", "threads", "torus", "transform", "translate",
+    "tune", "version", "view_identity", "window_events", "world",
+]

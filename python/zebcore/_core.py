@@ -12,7 +12,7 @@ from contextlib import contextmanager
 from dataclasses import dataclass, field, replace
 from pathlib import Path
 from types import FrameType, TracebackType
-from typing import Any, Optional
+from typing import Any, Optional, TypeVar
 
 from . import raw
 from .raw import lib
@@ -266,6 +266,9 @@ def render(function: Any, settling: bool = True) -> Any:
 
 # Blocks
 
+_Self = TypeVar("_Self", bound="Block")
+
+
 class Block:
     """A block of the library's, from "with" to its end. It ends however it is left."""
 
@@ -283,7 +286,7 @@ class Block:
     def _dropped(self) -> None:
         """A reset has closed it."""
 
-    def __enter__(self) -> Any:
+    def __enter__(self: _Self) -> _Self:
         if self in state.blocks:
             raise RuntimeError(f"this {self.kind} block is open already")
         try:
