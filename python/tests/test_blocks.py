@@ -435,6 +435,27 @@ def test_interrupts_at_any_moment_leave_everything_in_order():
     assert done.returncode == 0 and done.stdout == "well\n", done.stderr
 
 
+def test_the_handler_of_interrupts_is_given_back():
+    usual = signal.getsignal(signal.SIGINT)
+    with zeb.Picture(8, 8) as picture:
+        with picture.world():
+            assert signal.getsignal(signal.SIGINT) is not usual
+            with pytest.raises(KeyboardInterrupt):
+                os.kill(os.getpid(), signal.SIGINT)
+                time.sleep(1)
+    assert signal.getsignal(signal.SIGINT) is usual
+    mine = lambda number, frame: None  # noqa: E731
+    try:
+        with zeb.Picture(8, 8):
+            signal.signal(signal.SIGINT, mine)
+        assert signal.getsignal(signal.SIGINT) is mine
+    finally:
+        signal.signal(signal.SIGINT, usual)
+    with zeb.Picture(8, 8):
+        zeb.reset()
+    assert signal.getsignal(signal.SIGINT) is usual
+
+
 FORKED = """
 import os, zebcore as zeb
 

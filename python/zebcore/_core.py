@@ -88,7 +88,9 @@ class State:
     kept: Optional[BaseException] = None  # what a callback has raised
     callbacks: int = 0                    # under way
     users_code: bool = False              # whether one of them may be interrupted
-    interrupted: Optional[FrameType] = None
+    usual: Any = None                     # who has Ctrl-C outside blocks
+    deferring: int = 0
+    interrupted: bool = False
     rendering: int = -1  # how many blocks were open when it began
     dead_images: list[int] = field(default_factory=list)
 
@@ -219,35 +221,52 @@ connect()
 
 # Interrupts
 
-@contextmanager
-def interruptible() -> Iterator[None]:
+def _interrupt(number: int, frame: Optional[FrameType]) -> None:
+    if not state.deferring:
+        state.usual(number, frame)
+        return
+    state.interrupted = True
+    lib.zebCancel()
+    if state.users_code:
+        raise KeyboardInterrupt
+
+
+class _Deferred:
     """Around calls that render, and around the begin and end of blocks, which must not come apart:
     Ctrl-C gives the picture up, and is raised when all is done.
 
-    The signal is looked at when the library next calls Python: after each bucket, at the latest.
+    The signal is looked at when the library next calls Python: after each bucket, at the latest. From
+    the first block to the end of the last the handler is the package's.
     """
-    usual = signal.getsignal(signal.SIGINT)
-    is_main = threading.current_thread() is threading.main_thread()
-    if not is_main or not callable(usual):
-        yield
-        return
 
-    def interrupt(_: int, frame: Optional[FrameType]) -> None:
-        state.interrupted = frame
-        lib.zebCancel()
-        if state.users_code:
-            raise KeyboardInterrupt
+    def __enter__(self) -> None:
+        if state.usual is None and threading.current_thread() is threading.main_thread():
+            usual = signal.getsignal(signal.SIGINT)
+            if callable(usual):
+                state.usual = usual
+                signal.signal(signal.SIGINT, _interrupt)
+        state.deferring += 1
 
-    state.interrupted = None
-    signal.signal(signal.SIGINT, interrupt)
-    try:
-        yield
-    finally:
-        signal.signal(signal.SIGINT, usual)
-        if state.interrupted is not None:
-            frame, state.interrupted = state.interrupted, None
+    def __exit__(self, *_: object) -> None:
+        state.deferring -= 1
+        if state.deferring:
+            return
+        usual, interrupted, state.interrupted = state.usual, state.interrupted, False
+        if not state.blocks:
+            give_back()
+        if interrupted:
             forget()
-            usual(signal.SIGINT, frame)
+            usual(signal.SIGINT, None)
+
+
+interruptible = _Deferred()
+
+
+def give_back() -> None:
+    """Gives Ctrl-C back to who had it, unless it has been taken by somebody else."""
+    usual, state.usual = state.usual, None
+    if usual is not None and signal.getsignal(signal.SIGINT) is _interrupt:
+        signal.signal(signal.SIGINT, usual)
 
 
 def render(function: Any, settling: bool = True) -> Any:
@@ -255,7 +274,7 @@ def render(function: Any, settling: bool = True) -> Any:
     claim()
     outer, state.rendering = state.rendering, len(state.blocks)
     try:
-        with interruptible():
+        with interruptible:
             result = function()
     finally:
         state.rendering = outer
@@ -290,7 +309,7 @@ class Block:
         if self in state.blocks:
             raise RuntimeError(f"this {self.kind} block is open already")
         try:
-            with interruptible():
+            with interruptible:
                 self._begin()
                 state.blocks.append(self)
             self._fill()
@@ -306,7 +325,7 @@ class Block:
         claim()
         if state.blocks.index(self) < state.rendering:
             raise RuntimeError(f"the {self.kind} block can't end while its picture renders")
-        with interruptible():
+        with interruptible:
             left = unwind(self)
             state.blocks.remove(self)
             failed = error is not None or left is not None
@@ -415,6 +434,7 @@ def reset() -> None:
     call(lib.zebReset)
     while state.blocks:
         state.blocks.pop()._dropped()
+    give_back()
     state.options[:] = [Options()]
     forget()
     connect()
