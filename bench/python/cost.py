@@ -33,7 +33,12 @@ def nanoseconds(call, count=20000):
     return best(run) / count * 1e9
 
 
-def ball(surface, **attributes):
+def sheet():
+    x, y = np.meshgrid(np.linspace(-1, 1, 9), np.linspace(-1, 1, 9))
+    zeb.patch_mesh(np.dstack([x, y, 0 * x]), "bilinear")
+
+
+def render(shape, surface, **attributes):
     with zeb.Picture(640, 480, threads=1, progress=False) as picture:
         zeb.perspective(30)
         zeb.translate(0, 0, 4.5)
@@ -41,7 +46,7 @@ def ball(surface, **attributes):
             zeb.light("ambient", intensity=0.1)
             zeb.light("distant", to=(1, -1, 1))
             with zeb.attributes(surface=surface, color=(.8, .3, .2), **attributes):
-                zeb.sphere(1)
+                shape()
     return picture
 
 
@@ -83,17 +88,19 @@ def shading():
     def count(g):
         rows.append(g.count)
 
-    print("\n| surface of a ball, 640 x 480, 2 x 2 samples | ms | rows | points a row | us a row |")
+    print("\n| surface, 640 x 480, 2 x 2 samples | ms | rows | points a row | us a row |")
     print("|---|---|---|---|---|")
-    for text, attributes in (("shading rate 1/4", {}),
-                             ("rate 1, smooth", dict(shading_rate=1, shading_model="smooth"))):
+    smooth = dict(shading_rate=1, shading_model="smooth")
+    for text, shape, attributes in (("ball", zeb.sphere, {}), ("ball, rate 1, smooth", zeb.sphere, smooth),
+                                    ("sheet", sheet, {})):
         rows.clear()
-        ball(count, **attributes)
-        built_in, empty, numpy = bests(*(lambda surface=surface: ball(surface, **attributes)
-                                         for surface in ("plastic", nothing, plastic)))
-        for name, took in (("\"plastic\"", built_in), ("a function that does nothing", empty),
-                           ("plastic in NumPy", numpy)):
-            row = "" if took == built_in else f"{(took - built_in) / len(rows) * 1e6:.0f}"
+        render(shape, count, **attributes)
+        surfaces = {"\"constant\", which does least": "constant", "\"plastic\"": "plastic",
+                    "a function that does nothing": nothing, "plastic in NumPy": plastic}
+        least, *others = bests(*(lambda surface=surface: render(shape, surface, **attributes)
+                                 for surface in surfaces.values()))
+        for name, took in zip(surfaces, (least, *others)):
+            row = f"{(took - least) / len(rows) * 1e6:.0f}"
             print(f"| {name}, {text} | {took * 1e3:.0f} | {len(rows)} | {np.mean(rows):.0f} | {row} |")
 
 
