@@ -1,5 +1,4 @@
 """Filters, procedurals and devices of Python."""
-import ctypes
 import gc
 import weakref
 

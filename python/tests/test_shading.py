@@ -8,7 +8,7 @@ import weakref
 import numpy as np
 import pytest
 import zebcore as zeb
-from zebcore import _core, _shading, raw
+from zebcore import _core, _shading
 
 SQUARE = [(-1, -1, 0), (-1, 1, 0), (1, 1, 0), (1, -1, 0)]
 
@@ -495,7 +495,7 @@ def test_functions_are_let_go_when_nothing_uses_them():
 
 
 def test_a_function_that_is_refused_is_let_go():
-    with zeb.Picture(12, 12) as picture:
+    with zeb.Picture(12, 12):
         with zeb.Object():
             with pytest.raises(zeb.Error):
                 zeb.surface_shader(zeb.surface(lambda g: None))

@@ -35,7 +35,8 @@ from ._picture import (Picture, cancel, frame, progress, render_bucket, render_i
 from ._primitives import (Light, Object, cone, cylinder, disk, general_mesh, general_polygon,
                           hyperboloid, light, mesh, nurb, nurb_mesh, paraboloid, patch, patch_mesh,
                           polygon, procedural, sphere, spheres, torus)
-from ._shading import (Image, Row, Shader, atmosphere, displacement, light_shader, rgb, surface)
+from ._row import Image, Row, rgb
+from ._shading import Shader, atmosphere, displacement, light_shader, surface
 
 __version__ = version()
 __all__ = [
