@@ -1,4 +1,4 @@
-"""Shading in NumPy: marble, a map that is an image, a cartoon, a sieve, a lamp with blinds, haze."""
+"""Shading in NumPy: marble, a map that is an image, a cartoon, a sieve, an orange, a lamp with blinds, haze."""
 import sys
 
 import numpy as np
@@ -55,7 +55,8 @@ def sieve(g):
 
 
 # Where things stand, and how wide they are: lights cast no shadows, but a floor may know.
-THINGS = ((-2.35, 0.2, 0.95), (-0.45, 0.8, 1.05), (1.75, 0.6, 0.8), (3, -0.7, 0.78))
+THINGS = ((-2.35, 0.2, 0.95), (-0.45, 0.8, 1.05), (1.75, 0.6, 0.8), (3, -0.7, 0.78),
+          (0.75, -1, 0.45))
 
 
 @zeb.surface
@@ -65,6 +66,12 @@ def tiles(g):
     for at, depth, radius in THINGS:
         color = color * (1 - 0.75 * np.exp(-1.6 * ((x - at)**2 + (z - depth)**2) / radius**2))
     lit(g, color, shine=0.1)
+
+
+@zeb.displacement
+def pores(g):
+    depth = 0.02 * np.clip(2 * g.noise(11 * g.transform(g.P)), 0, 1)
+    g.P -= depth * g.N / np.linalg.norm(g.N, axis=0)
 
 
 @zeb.light_shader
@@ -113,5 +120,9 @@ with zeb.Picture(480, 300, samples=4, gamma=2.2) as picture:
             zeb.translate(3, 0.28, -0.7)
             zeb.rotate(-90, 1, 0, 0)
             zeb.torus(0.5, 0.28)
+        with zeb.attributes(displacement=pores, displacement_bound=0.02, color=(.95, .45, .05)):
+            zeb.translate(0.75, 0.45, -1)
+            zeb.rotate(-70, 1, 0.3, 0)
+            zeb.sphere(0.45)
 
 picture.save(sys.argv[1] if len(sys.argv) > 1 else "shading.png")

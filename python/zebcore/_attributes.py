@@ -64,8 +64,8 @@ def atmosphere_shader(atmosphere: Optional[Look]) -> None:
 
 
 def displacement_shader(displacement: Optional[Shader]) -> None:
-    """Sets the displacement: a function made by `zebcore.displacement`; None for none. It takes a
-    library that has `zebCustomDisplacement`."""
+    """Sets the displacement: a function made by `zebcore.displacement`; None for none.
+    It moves nothing unless `displacement_bound` allows it."""
     if displacement is None:
         call(lib.zebCustomDisplacement, None)
     elif isinstance(displacement, Shader):
@@ -94,7 +94,7 @@ def bound(box: ArrayLike) -> None:
 
 
 def displacement_bound(amount: float) -> None:
-    """Says how far a displacement moves points at most, in camera space."""
+    """Says how far a displacement moves points at most, in object space; 0 by default."""
     call(lib.zebBoundDisplacement, *floats_of("displacement_bound()", amount=amount))
 
 

@@ -19,7 +19,7 @@ class Shader:
     It can be called as the function it was."""
 
     _SETS = {"surface": ("Ci",), "atmosphere": ("Ci",), "light": ("L", "Cl", "Ol"),
-             "displacement": ("P", "N")}
+             "displacement": ("P",)}
 
     def __init__(self, kind: str, function: Callable[[Row], Any], flags: int = 0) -> None:
         if not callable(function):
@@ -52,12 +52,7 @@ class Shader:
         _shaders[_last] = self
         name = {"light": "zebCustomLight", "surface": "zebCustomSurface",
                 "atmosphere": "zebCustomAtmosphere", "displacement": "zebCustomDisplacement"}[kind]
-        try:
-            function = getattr(lib, name)
-        except AttributeError:
-            del _shaders[_last]
-            raise
-        return call(function, c.byref(shader))
+        return call(getattr(lib, name), c.byref(shader))
 
 
 def _count(make: Callable[[], Any]) -> int:
@@ -171,5 +166,6 @@ def light_shader(function: Optional[_Function] = None, *, ambient: bool = False)
 
 
 def displacement(function: _Function) -> Shader:
-    """Makes a function of a `Row` a displacement: it moves P, and may set N."""
+    """Makes a function of a `Row` a displacement: it moves P, no farther than
+    `displacement_bound` says."""
     return Shader("displacement", function)

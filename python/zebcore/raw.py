@@ -146,6 +146,7 @@ long zebVersion(void)
 void zebCustomSurface(const ZebShader*)
 void zebCustomAtmosphere(const ZebShader*)
 const void* zebCustomLight(const ZebShader*)
+void zebCustomDisplacement(const ZebShader*)
 void zebTextureCoordinates(float, float, float, float, float, float, float, float)
 float* zebRowPlane(const ZebRow*)
 float* zebRowVariable(const ZebRow*, unsigned short, long)
@@ -168,7 +169,6 @@ void zebRowChecks(const ZebRow*, const float*, const float*, float*)
 const void* zebImage(long, long, long, const float*, short)
 void zebImageFree(const void*)
 void zebRowImage(const ZebRow*, const void*, const float*, const float*, float, float* const*)
-void zebCustomDisplacement(const ZebShader*)
 """
 
 ZEB_FILTER_GAUSSIAN = 0x100
@@ -243,9 +243,6 @@ ZEB_IMAGE_BLACK = 0xF03
 # and keep the interpreter's lock, so that no two threads are in the library at once.
 LONG_CALLS = {"zebSceneBegin", "zebSceneEnd", "zebRenderInit", "zebRenderBucket", "zebWindowEvents",
               "zebFrameEnd", "zebReset"}
-
-# What a library that is older or newer than the package may lack.
-OPTIONAL = {"zebCustomDisplacement"}
 
 _SCALARS: dict[str, Any] = {
     "void": None, "short": c.c_short, "unsigned short": c.c_ushort, "long": c.c_long,
@@ -336,8 +333,6 @@ class Library:
             try:
                 function = getattr(long if name in LONG_CALLS else short, name)
             except AttributeError:
-                if name in OPTIONAL:
-                    continue
                 raise ImportError(f"the library {long._name} has no {name}") from None
             function.restype = _ctype(returns)
             function.argtypes = [_ctype(a) for a in arguments if a != "..."]

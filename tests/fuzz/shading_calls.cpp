@@ -186,7 +186,11 @@ const std::vector<Call>& shadingCalls()
             p.lights.push_back(zebCustomLight(&shader));
         },
         [](Player& p) {
-            switch (p.in.upTo(4)) {
+            const ZebShader shader = p.shader();
+            zebCustomDisplacement(&shader);
+        },
+        [](Player& p) {
+            switch (p.in.upTo(5)) {
                 case 0:
                     zebCustomSurface(nullptr);
                     break;
@@ -195,6 +199,9 @@ const std::vector<Call>& shadingCalls()
                     break;
                 case 2:
                     zebCustomLight(nullptr);
+                    break;
+                case 3:
+                    zebCustomDisplacement(nullptr);
                     break;
                 default:
                     zebRowPlane(nullptr);
