@@ -17,6 +17,10 @@ struct Mesh {
     void add(const char* shader) const
     {
         zebSurface(zebQuark(shader), 0);
+        add();
+    }
+    void add() const
+    {
         zebPolygonMesh(static_cast<long>(sizes.size()), sizes.data(), indices.data(),
                        zebQuark("point"), points.data(), zebQuark("normal"), normals.data(), 0);
     }

@@ -1111,7 +1111,7 @@ ZEB_API long zebRowLights(const ZebRow* row);
 /**
  * Finds what one of them sends to the points, whatever side it is on.
  * @param row see above
- * @param number 0 to zebRowLights - 1
+ * @param number 0 to zebRowLights - 1; the one made last comes first
  * @param L three planes, set: from the point to the light, of length 1
  * @param Cl three planes, set: its colour there; black where it does not reach
  * @param Ol three planes, set: its opacity; may be null

@@ -35,14 +35,14 @@ public:
         : fGrid(grid),
           fPrimitive(primitive),
           fFrame(frame),
-          fSteps{1.0f / static_cast<float>(grid.fUSize), 1.0f / static_cast<float>(grid.fVSize)}
+          fSteps{1.0f / static_cast<float>(grid.fUSize), 1.0f / static_cast<float>(grid.fVSize)},
+          fSide(std::max(grid.fAttrib->micropolygonSide, Primitive::kMinSide))
     {
         const auto& m = frame.cameraToRaster.m;
         const auto scale = [&m](int axis) {
             return std::sqrt(double{m[0][axis]} * m[0][axis] + double{m[1][axis]} * m[1][axis]);
         };
-        const double side = std::max(grid.fAttrib->micropolygonSide, Primitive::kMinSide);
-        fSide = side / std::max(scale(0), scale(1));
+        fWidth = fSide / std::max(scale(0), scale(1));
         findVertices();
         for (const std::uint32_t k : fPoints.edge) addAround(k);
     }
@@ -116,8 +116,8 @@ private:
                 const float along2 = static_cast<float>(j) * fSteps.along2;
                 Parameters at = parameters(along1, along2);
                 if (fGrid.fTriangular && at.u + at.v > 1) {
-                    (fGrid.fVSize <= fGrid.fUSize ? at.v : at.u) =
-                        1 - (fGrid.fVSize <= fGrid.fUSize ? at.u : at.v);
+                    const bool upright = fGrid.fVSize <= fGrid.fUSize;
+                    at = upright ? Parameters{at.u, 1 - at.u} : Parameters{1 - at.v, at.v};
                 }
                 const Vertex& vertex = fGrid.vertex(i, j);
                 if (isEdge(i, j)) {
@@ -144,7 +144,7 @@ private:
     }
     double faceOn(const Vertex& vertex) const
     {
-        return fSide * std::fabs((Pointwd(Pointd(vertex.P)) * fFrame.cameraToRaster).w);
+        return fWidth * std::fabs((Pointwd(Pointd(vertex.P)) * fFrame.cameraToRaster).w);
     }
 
     // Detail is left out that is smaller than the micropolygons which the shading rate asks for, as
@@ -153,7 +153,6 @@ private:
     {
         constexpr double kLongest = 4;  // of those seen from the side
         const Pointwd P = Pointwd(Pointd(vertex.P)) * fFrame.cameraToRaster;
-        const double side = std::max(fGrid.fAttrib->micropolygonSide, Primitive::kMinSide);
         const double width = faceOn(vertex);
         const auto wide = [&](const Point& d, const float(&corners)[4], int last) {
             const Pointwd way = Pointwd(d.x, d.y, d.z, 0) * fFrame.cameraToRaster;
@@ -165,7 +164,7 @@ private:
                     ? 1e30
                     : 1.0 / std::max(std::fabs(double{corners[last]} - double{corners[0]}), 1e-30);
             return static_cast<float>(
-                std::min({side / std::max(std::sqrt(x * x + y * y), 1e-30), most, whole}));
+                std::min({fSide / std::max(std::sqrt(x * x + y * y), 1e-30), most, whole}));
         };
         const float u = wide(vertex.dPdu, fGrid.fPart.u, 1),
                     v = wide(vertex.dPdv, fGrid.fPart.v, 2);
@@ -227,7 +226,8 @@ private:
     const Primitive& fPrimitive;
     const RenderFrame& fFrame;
     const Steps fSteps;
-    double fSide = 0;  // of a micropolygon in camera space, where w is 1
+    const double fSide;  // of a micropolygon, in pixels
+    double fWidth = 0;   // the same in camera space, where w is 1
     RowPoints fPoints;
     std::vector<Steps> fReach;  // of the vertices at edges
 };

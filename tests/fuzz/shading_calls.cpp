@@ -150,6 +150,8 @@ void Player::shade(void* data, ZebRow* row)
     for (float* const* planes : {row->Ci, row->Oi, row->L, row->Cl, row->Ol}) {
         if (whim.upTo(3)) fillIn(whim, row, planes);
     }
+    const bool displaces = !row->Ci[0] && !row->L[0];
+    if (displaces && whim.upTo(3)) fillIn(whim, row, row->P);
 }
 
 void Player::freeShader(void* data)
