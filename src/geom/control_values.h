@@ -62,7 +62,7 @@ class ControlValues
 {
 public:
     ControlValues() = default;
-    // Takes them out of a list.
+    // Takes colours out of a list; variables stay there, too.
     ControlValues(ArgList& args, const std::vector<ControlPoint>& points);
 
     // What makeForm() makes of the values, as it does of points; null if there are none.
