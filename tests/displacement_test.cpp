@@ -909,6 +909,44 @@ TEST_F(Displacement, BringsSurfacesFromAnywhere)
     EXPECT_TRUE(reports.empty());
 }
 
+TEST_F(Displacement, BringsInstancesFromBeyondThePicture)
+{
+    render([] {
+        moveBy([](const Vec&) { return Vec{4, 0, 0}; }, 4);
+        zebSurface(zebQuark("constant"), 0);
+        const void* const object = zebObjectBegin();
+        rectangle(-0.5f, -0.5f, 0.5f, 0.5f, 0);
+        zebObjectEnd();
+        zebTranslate(-4, 0, 0);
+        zebObjectCall(object);
+    });
+    EXPECT_TRUE(shown(32, 32));
+    EXPECT_TRUE(reports.empty());
+}
+
+// A plain that goes on behind the eye, under a bound that reaches from there into the picture: near
+// the eye micropolygons would be as many as those of huge surfaces.
+TEST_F(Displacement, WhatIsBesideThePictureTakesFewPoints)
+{
+    long points = 0;
+    render(
+        [&] {
+            zebBoundDisplacement(4);
+            displacement([&](ZebRow* row) {
+                points += row->count;
+                for (long k = 0; k < row->count; ++k) row->P[1][k] += 0.25f;
+            });
+            zebSurface(zebQuark("constant"), 0);
+            const float plain[12] = {-16, -1, -9, 16, -1, -9, -16, -1, 20, 16, -1, 20};
+            zebPatch(ZEB_BILINEAR, zebQuark("point"), plain, 0);
+        },
+        [] { zebViewPerspective(50); });
+    EXPECT_TRUE(shown(32, 60));
+    EXPECT_FALSE(shown(32, 4));
+    EXPECT_LT(points, 4000000);
+    EXPECT_TRUE(reports.empty());
+}
+
 TEST_F(Displacement, RefusesBoundsThatAreNotFinite)
 {
     for (const float bad : {NAN, INFINITY, -INFINITY}) {

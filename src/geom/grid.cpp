@@ -1,7 +1,6 @@
 #include "geom/grid.h"
 
 #include <algorithm>
-#include <cmath>
 #include <mutex>
 
 #include "geom/vertex_kernel.h"
@@ -197,21 +196,6 @@ void Grid::project(const RenderFrame& frame)
         fBound.add(Point(bound.xmin, bound.ymin, bound.zmin));
         fBound.add(Point(bound.xmax, bound.ymax, bound.zmax));
     }
-    if (fDisplaced) measureSides();
-}
-
-void Grid::measureSides()
-{
-    float longest = 0;  // squared
-    const auto measure = [&](const Point& a, const Point& b) {
-        const float x = b.x - a.x, y = b.y - a.y;
-        longest = std::max(longest, x * x + y * y);
-    };
-    for (int j = 0; j <= fVSize; ++j) {
-        for (int i = 0; i + 1 < vertexCount(j); ++i) measure(raster(i, j), raster(i + 1, j));
-        for (int i = 0; j > 0 && i < vertexCount(j); ++i) measure(raster(i, j - 1), raster(i, j));
-    }
-    fLongestSide = std::sqrt(longest);
 }
 
 }  // namespace zeb

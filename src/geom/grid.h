@@ -112,9 +112,6 @@ public:
     // Of the vertices of row j in raster space, and of all.
     const Bound& rowBound(int j) const { return fRowBounds[j]; }
     const Bound& bound() const { return fBound; }
-    // Of the micropolygons' sides along the rows and across them, in pixels: of grids that have
-    // been displaced, after projecting.
-    float longestSide() const { return fLongestSide; }
 
     // Whether functions of the host's find colours: they get all points at once.
     bool shadedByHost() const { return fAttrib->colorsByHost; }
@@ -153,7 +150,6 @@ public:
     bool isOpaque() const { return fOpaque; }
 
 private:
-    void measureSides();
     // Of the vertices; black where nobody has set them.
     struct ColorPlane {
         PoolArray<Color> values;  // null before the first
@@ -213,7 +209,6 @@ private:
     float* fRaster[3] = {};               // a plane for each axis
     mutable PoolArray<Vertex> fVertices;  // null when all is shaded
     Bound fBound;
-    float fLongestSide = 0;
 
     const RenderFrame* fFrame = nullptr;  // that colours are found under
     Color fOpacity = gWhite;

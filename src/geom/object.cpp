@@ -44,7 +44,7 @@ Boundw Object::bound() const
     Boundw box = Boundw::empty();
     bool divided = true;
     for (const auto& member : fMembers) {
-        const Boundw part = member->displaced(member->bound());
+        const Boundw part = member->bound();
         divided = divided && (!member->rational() || (part.wmin == 1 && part.wmax == 1));
         box.add(part);
     }

@@ -69,7 +69,7 @@ Piece::Piece(std::shared_ptr<const Grid> grid)
     takeBox();
 }
 
-void Piece::takeBox() { fBox = grown(fGrid->bound(), Seams::reach(*fGrid)); }
+void Piece::takeBox() { fBox = grown(fGrid->bound(), Seams::reach(*fGrid->fAttrib)); }
 
 void Piece::settle(Counts& counts)
 {

@@ -43,7 +43,8 @@ struct Vertices {
 // chord nothing is known of its curve but what it was diced for.
 float reachOf(const Vertices& vertices, int n)
 {
-    const float longest = longestSide(*vertices.grid.fAttrib), most = Seams::reach(vertices.grid);
+    const Attrib& attrib = *vertices.grid.fAttrib;
+    const float longest = longestSide(attrib), most = Seams::reach(attrib);
     if (n < 2 || vertices.grid.fDisplaced) return most;
     float bend = 0, shortest = kInfinity;  // squared
     Point p = vertices[0], q = vertices[1];
@@ -85,22 +86,18 @@ namespace
 // Sides of triangles are straight, unless they have been moved.
 float edgeReach(const Grid& grid)
 {
-    return grid.fTriangular && !grid.fDisplaced ? kRounding : Seams::reach(grid);
+    return grid.fTriangular && !grid.fDisplaced ? kRounding : Seams::reach(*grid.fAttrib);
 }
 
 }  // namespace
 
+// As far as chords may stray from a smooth surface, or half a micropolygon where that is less: and
+// where a function of the host's moves the surface, as nobody knows how smooth it stays.
 float Seams::reach(const Attrib& attrib)
 {
-    return std::min(0.5f * longestSide(attrib), 2 * attrib.flatnessLimit) + kRounding;
-}
-
-// Where a function of the host's has moved the vertices of a side, those of another between them
-// may be anywhere: hardly farther away than these are from each other.
-float Seams::reach(const Grid& grid)
-{
-    const float smooth = reach(*grid.fAttrib);
-    return grid.fDisplaced ? smooth + grid.longestSide() : smooth;
+    const float half = 0.5f * longestSide(attrib);
+    const bool moved = attrib.displacementShader != nullptr;
+    return (moved ? half : std::min(half, 2 * attrib.flatnessLimit)) + kRounding;
 }
 
 Bound Seams::reached(const Grid& grid) { return around(grid.bound(), edgeReach(grid)); }
@@ -213,17 +210,12 @@ void Seams::addTriangleSides(const Grid& grid)
 // Whether all of a row of vertices is beyond where samples look for sides.
 bool Seams::missesRow(const Grid& grid, int j, const Bound& where)
 {
-    return around(grid.rowBound(j), reach(grid)).misses(where);
+    return around(grid.rowBound(j), reach(*grid.fAttrib)).misses(where);
 }
 
 void Seams::addSide(const Side& side, const Bound& where)
 {
-    Side& added = fSides.emplace_back(side);
-    if (side.grid->fDisplaced) {
-        const float x = side.b.x - side.a.x, y = side.b.y - side.a.y;
-        added.reach = std::min(side.reach, reach(*side.grid->fAttrib) + std::sqrt(x * x + y * y));
-    }
-    if (added.bound().misses(where)) fSides.pop_back();
+    if (!side.bound().misses(where)) fSides.push_back(side);
 }
 
 void Seams::know(Side& side) const
@@ -417,15 +409,11 @@ bool Seams::covered(float x, float y, const Near& near, double room, const Piece
 Seams::Near* Seams::candidates(Near* list) const
 {
     dropUnseen(list, fSeenLines);
-    // Surfaces that had to be given up pile up sides; pairing them would take forever. By those
-    // that have been moved there may be many, as they reach farther.
-    constexpr int kMostSides = 64, kMostMoved = 512;
-    int count = 0, moved = 0;
-    for (const Near* near = list; near; near = near->next) {
-        ++count;
-        moved += near->side->grid->fDisplaced;
-    }
-    if (count < 2 || count - moved > kMostSides || moved > kMostMoved) return nullptr;
+    // Surfaces that had to be given up pile up sides; pairing them would take forever.
+    constexpr int kMostSides = 64;
+    int count = 0;
+    for (const Near* near = list; near; near = near->next) ++count;
+    if (count < 2 || count > kMostSides) return nullptr;
     list = outsideOnly(list);
     dropLoneEnds(list);
     return list;

@@ -99,10 +99,8 @@ public:
         const Point& end() const { return beyond < 0 ? side->a : side->b; }
     };
 
-    // In pixels: how far from a grid gaps can be, as far as its attributes and what it was diced
-    // for tell; and once it is diced.
+    // In pixels: how far from a grid gaps can be.
     static float reach(const Attrib& attrib);
-    static float reach(const Grid& grid);
     // Where gaps by a grid's sides can be; depths are left out.
     static Bound reached(const Grid& grid);
     // Where samples may lie by them. Valid until the next call.
