@@ -7,7 +7,9 @@
 #include <cstring>
 #include <functional>
 #include <map>
+#include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/families.h"
@@ -1415,6 +1417,30 @@ TEST_F(Displacement, ShowsTheSameWithAnyNumberOfThreads)
             EXPECT_EQ(with(threads, ZEB_SHADE_ANYWHERE), one) << number;
         }
     }
+}
+
+TEST_F(Displacement, IsCalledInTurnOnTheCallersThread)
+{
+    const auto caller = std::this_thread::get_id();
+    const auto rows = [&](long threads) {
+        std::vector<float> first;
+        render(
+            [&] {
+                zebBoundDisplacement(0.5f);
+                displacement(
+                    [&](ZebRow* row) {
+                        EXPECT_EQ(std::this_thread::get_id(), caller);
+                        first.push_back(row->P[0][0]);
+                    },
+                    0);
+                zebSphere(1, -1, 1, 360, 0);
+            },
+            [threads] { zebThreads(threads); });
+        return first;
+    };
+    const std::vector<float> one = rows(1);
+    EXPECT_GT(one.size(), 10u);
+    for (int k = 0; k < 5; ++k) EXPECT_EQ(rows(3), one);
 }
 
 TEST_F(Displacement, ShowsTheSameThePlainWay)
