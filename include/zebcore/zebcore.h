@@ -1037,19 +1037,20 @@ ZEB_API const void* zebCustomLight(const ZebShader* shader);
  * are no numbers stay, with one report with code 15; so do, without one, points that would come to
  * lie behind the eye. What is behind the eye before it is moved does not show.
  *
- * The surface stays closed where its grids meet if what the function does depends on the point
- * alone, and changes little from one micropolygon to the next: on P, the direction of N (its length
- * is that of a part of the surface), u, v, s, t and variables, which both grids give alike, not on
- * count, a point's number, nor on what else is in the row. At u = 0 and 1 of a surface that closes,
+ * The surface stays closed where its grids meet, whatever the function does, as long as that
+ * depends on the point alone: on P, the direction of N (its length is that of a part of the
+ * surface), u, v, s, t and variables, which both grids give alike, not on count, a point's number,
+ * nor on what else is in the row. At u = 0 and 1 of a surface that closes,
  * P and N are the same. Faces of a mesh stay together if N does not matter, or if they have
  * "normal" in common. A row has points beyond the surface's edges too, with u and v as they would
  * go on. du and dv are how far places are apart that are a micropolygon apart on the screen;
  * zebRowDifferences tells how much values change as far.
  *
  * How fine the surface is diced follows from what it is before; where that is out of sight, from
- * what it would be as far from the eye as the bound. Legal as zebColor is. Code 10 for a
- * null function, and flags there are none of; ZEB_SHADE_OPACITY and ZEB_SHADE_AMBIENT are without
- * effect.
+ * what it would be as far from the eye as the bound. Where grids meet, vertices of the finer one
+ * may lie on the straight line between two others, a micropolygon apart. Legal as zebColor is. Code
+ * 10 for a null function, and flags there are none of; ZEB_SHADE_OPACITY and ZEB_SHADE_AMBIENT are
+ * without effect.
  */
 ZEB_API void zebCustomDisplacement(const ZebShader* shader);
 

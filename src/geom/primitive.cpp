@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "geom/chord.h"
 #include "geom/grid.h"
 #include "geom/sweep_kernel.h"
 #include "geom/vertex_placer.h"
@@ -345,6 +346,58 @@ bool Primitive::flatten(Dicing& dicing, const Matrix& toRaster, Random& draws) c
         return flatAlong(dicing.fUSteps, u, [&](float t) { return pointAt(t, v); }) &&
                flatAlong(dicing.fVSteps, v, [&](float t) { return pointAt(u, t); });
     });
+}
+
+// Calls visit(line, isAlongU, raster) for each side that others may share, where raster(t) is where
+// it is on the screen, t from 0 to 1.
+template <class Visit>
+void Primitive::everySharedSide(const RenderFrame& frame, const Visit& visit) const
+{
+    const Matrix toRaster = matrix() * frame.cameraToRaster;
+    const auto side = [&](std::uint32_t line, bool isAlongU, const auto& place) {
+        if (line == 0) return;
+        visit(line, isAlongU, [&](float t) {
+            const auto [u, v] = place(t);
+            return homogenized(pointAt(u, v)) * toRaster;
+        });
+    };
+    const bool triangle = isTriangle();
+    side(fEdges.vmin, true, [](float t) { return Place{t, 0}; });
+    side(fEdges.umin, false, [](float t) { return Place{0, t}; });
+    side(fEdges.umax, false, [=](float t) { return Place{triangle ? 1 - t : 1, t}; });
+    side(fEdges.vmax, true, [](float t) { return Place{t, 1}; });
+}
+
+void Primitive::halveSteps(Dicing& dicing) const
+{
+    const auto nearestPower = [](unsigned short steps) {
+        const double power = std::exp2(std::round(std::log2(static_cast<double>(steps))));
+        return static_cast<unsigned short>(std::min(power, 32768.0));
+    };
+    unsigned short &u = dicing.fUSteps, &v = dicing.fVSteps;
+    u = nearestPower(u);
+    v = nearestPower(v);
+    // Those are as large as they are because nothing of them is where it can be seen.
+    if (fCoarseness > 1) return;
+    everySharedSide(dicing.frame, [&](std::uint32_t line, bool isAlongU, const auto& raster) {
+        const bool isLong = isTriangle() && line == fEdges.umax;
+        unsigned short& steps = isAlongU || (isLong && u > v) ? u : v;
+        float least = 1;
+        everyChord(raster, double{micropolygonSide()}, 4 * steps,
+                   [&least](float from, float to) { least = std::min(least, to - from); });
+        steps = static_cast<unsigned short>(std::clamp<float>(1 / least, steps, 32768));
+    });
+}
+
+bool Primitive::hasChordForSide(const RenderFrame& frame) const
+{
+    if (!(displacement() > 0) || !fFront) return false;
+    bool found = false;
+    everySharedSide(frame, [&](std::uint32_t, bool, const auto& raster) {
+        everyChord(raster, double{micropolygonSide()}, 2,
+                   [&found](float from, float to) { found |= to - from == 1; });
+    });
+    return found;
 }
 
 Primitive::Local Primitive::euclidean(const Differential& at) const

@@ -198,6 +198,14 @@ public:
     // The size that a given maxSize stands for.
     float dicingLimit(const RenderFrame& frame, float maxSize) const;
     virtual std::unique_ptr<Grid> dice(const Dicing& dicing) const;
+    // For what a function of the host's moves: steps that come of halving, fine enough for the
+    // chords along its sides.
+    void halveSteps(Dicing& dicing) const;
+    // Whether others may share some side of what will be moved as a single chord: cut in two, it
+    // would not be one.
+    bool hasChordForSide(const RenderFrame& frame) const;
+    // Whether its umax is the long side, from where u is 1 to where v is.
+    virtual bool isTriangle() const { return false; }
     virtual bool canSplit() const { return true; }
     virtual void split(PrimitiveSink&) {}
     // Of what splits into very many at once: in how many parts that can be done. Once they are
@@ -338,6 +346,8 @@ protected:
     Edges fEdges;
 
 private:
+    template <class Visit>
+    void everySharedSide(const RenderFrame& frame, const Visit& visit) const;
     bool measure(Dicing& dicing, float maxSize, const Matrix& toRaster, Random& random) const;
     bool isFlat(const Dicing& dicing, const Matrix& toRaster) const;
     bool flatten(Dicing& dicing, const Matrix& toRaster, Random& random) const;

@@ -24,6 +24,7 @@ public:
     void split(PrimitiveSink& sink) override;
     void splitAcross(PrimitiveSink& sink, const RenderFrame& frame) override;
     SurfacePart surfacePart() const override;
+    bool isTriangle() const override { return true; }
     Pointwd pointAt(float u, float v) const override { return at(u, v); }
     Pointw evalP(float u, float v) const override { return rounded(at(u, v)); }
     Pointw evaldPdu(float, float) const override { return rounded(fCorners[1] - fCorners[0]); }

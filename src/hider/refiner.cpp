@@ -80,13 +80,14 @@ void Refiner::makeCoarse(Primitive& primitive, const Boundw& hull) const
     primitive.setCoarseness(std::max(primitive.displacement() / std::max(least, 1e-30f), 1.0f));
 }
 
-void Refiner::dice(std::unique_ptr<Primitive> primitive, const Dicing& dicing)
+void Refiner::dice(std::unique_ptr<Primitive> primitive, Dicing dicing)
 {
     const BucketPlace last{primitive->lastBucketX(), primitive->lastBucketY()};
     const bool bounded = primitive->attrib().objectBound.finite;
     // A function that is called in order waits until something of it may be seen.
     const HostShader* const displacement = primitive->attrib().displacementShader.get();
     const bool waits = displacement && displacement->kind() == HostShading::kInOrder;
+    if (primitive->displacement() > 0) primitive->halveSteps(dicing);
     auto piece = std::allocate_shared<Piece>(PoolAllocator<Piece>(), std::move(primitive), dicing);
     ++fCounts.pieces;
     // What the host says of an object's size may be wrong: only the grid tells where it is. And
@@ -110,7 +111,11 @@ void Refiner::refine(std::unique_ptr<Primitive>& primitive)
     } else if (!primitive->canSplit()) {
         giveUp(*primitive);
     } else if (fFilingTo.maySplit(*primitive)) {
-        primitive->split(*this);
+        if (primitive->hasChordForSide(fLayout.frame())) {
+            primitive->splitAcross(*this, fLayout.frame());  // the longer ones
+        } else {
+            primitive->split(*this);
+        }
     } else {
         finish(primitive);
     }

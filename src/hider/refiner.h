@@ -43,7 +43,7 @@ private:
     void makeCoarse(Primitive& primitive, const Boundw& hull) const;
     void finish(std::unique_ptr<Primitive>& primitive);
     // Files what becomes one grid.
-    void dice(std::unique_ptr<Primitive> primitive, const Dicing& dicing);
+    void dice(std::unique_ptr<Primitive> primitive, Dicing dicing);
     void giveUp(const Primitive& primitive) { fFilingTo.giveUp(primitive.shareCommon()); }
 
     const Layout& fLayout;

@@ -45,7 +45,7 @@ float reachOf(const Vertices& vertices, int n)
 {
     const Attrib& attrib = *vertices.grid.fAttrib;
     const float longest = longestSide(attrib), most = Seams::reach(attrib);
-    if (n < 2 || vertices.grid.fDisplaced) return most;
+    if (n < 2) return most;
     float bend = 0, shortest = kInfinity;  // squared
     Point p = vertices[0], q = vertices[1];
     const auto measure = [&shortest](const Point& from, const Point& to) {
@@ -83,21 +83,20 @@ bool positive(const Grid& grid, double facing)
 namespace
 {
 
-// Sides of triangles are straight, unless they have been moved.
+// Sides of triangles are straight.
 float edgeReach(const Grid& grid)
 {
-    return grid.fTriangular && !grid.fDisplaced ? kRounding : Seams::reach(*grid.fAttrib);
+    return grid.fTriangular ? kRounding : Seams::reach(*grid.fAttrib);
 }
 
 }  // namespace
 
-// As far as chords may stray from a smooth surface, or half a micropolygon where that is less: and
-// where a function of the host's moves the surface, as nobody knows how smooth it stays.
+// As far as chords may stray from a smooth surface, or half a micropolygon where that is less.
+// Grids that a function of the host's has moved meet along the same chords.
 float Seams::reach(const Attrib& attrib)
 {
-    const float half = 0.5f * longestSide(attrib);
-    const bool moved = attrib.displacementShader != nullptr;
-    return (moved ? half : std::min(half, 2 * attrib.flatnessLimit)) + kRounding;
+    if (attrib.displacementShader) return kRounding;
+    return std::min(0.5f * longestSide(attrib), 2 * attrib.flatnessLimit) + kRounding;
 }
 
 Bound Seams::reached(const Grid& grid) { return around(grid.bound(), edgeReach(grid)); }

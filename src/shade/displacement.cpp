@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "geom/chord.h"
 #include "geom/primitive.h"
 #include "shade/host_row.h"
 
@@ -36,6 +37,7 @@ public:
           fPrimitive(primitive),
           fFrame(frame),
           fSteps{1.0f / static_cast<float>(grid.fUSize), 1.0f / static_cast<float>(grid.fVSize)},
+          fToRaster(primitive.matrix() * frame.cameraToRaster),
           fSide(std::max(grid.fAttrib->micropolygonSide, Primitive::kMinSide))
     {
         const auto& m = frame.cameraToRaster.m;
@@ -78,6 +80,7 @@ public:
                 vertex.dPdv = rounded(fGrid.fTransposed ? along1 : along2);
             }
         }
+        if (fPrimitive.displacement() > 0) takeChords();
         fGrid.fDisplaced = true;
     }
 
@@ -202,6 +205,65 @@ private:
         add(step2, 1);
     }
 
+    // Along lines that it shares with others.
+    void takeChords()
+    {
+        const Edges& lines = fGrid.fEdges;
+        const int nu = fGrid.fUSize, nv = fGrid.fVSize;
+        takeChords(lines.vmin, nu, [](float t) { return Steps{t, 0}; });
+        takeChords(lines.umin, nv, [](float t) { return Steps{0, t}; });
+        if (fGrid.fTriangular) {
+            takeChords(lines.umax, std::max(nu, nv), [](float t) { return Steps{1 - t, t}; });
+        } else {
+            takeChords(lines.umax, nv, [](float t) { return Steps{1, t}; });
+            takeChords(lines.vmax, nu, [](float t) { return Steps{t, 1}; });
+        }
+    }
+    // Of a side of so many steps, of which place(t) tells where it is. A triangle has more than one
+    // vertex at some places of its long side.
+    template <class Place>
+    void takeChords(std::uint32_t line, int count, const Place& place)
+    {
+        if (line == 0) return;
+        std::vector<std::uint32_t> side(static_cast<std::size_t>(count) + 1);
+        const auto index = [count](float t) {
+            return static_cast<std::size_t>(t * static_cast<float>(count));
+        };
+        const auto visit = [&](const auto& what) {
+            for (const std::uint32_t k : fPoints.edge) {
+                const auto [u, v] = fPoints.all[k].at;
+                const Steps at = fGrid.fTransposed ? Steps{v, u} : Steps{u, v};
+                // Along a side one of the two is how far it is.
+                for (const float t : {at.along2, at.along1}) {
+                    const Steps there = place(t);
+                    if (there.along1 != at.along1 || there.along2 != at.along2) continue;
+                    what(k, index(t));
+                    break;
+                }
+            }
+        };
+        visit([&](std::uint32_t k, std::size_t step) { side[step] = k; });
+        // From the surface, since vertices are rounded: what one grid takes for short, all have to.
+        const auto raster = [&](float t) {
+            const Steps at = place(t);
+            const auto [u, v] = parameters(at.along1, at.along2);
+            return homogenized(fPrimitive.pointAt(u, v)) * fToRaster;
+        };
+        everyChord(raster, fSide, count,
+                   [&](float from, float to) { straighten(side, index(from), index(to)); });
+        visit([&](std::uint32_t k, std::size_t step) {
+            fGrid.vertices()[k].P = fGrid.vertices()[side[step]].P;
+        });
+    }
+    void straighten(const std::vector<std::uint32_t>& side, std::size_t from, std::size_t to)
+    {
+        const auto P = [&](std::size_t place) -> Point& { return fGrid.vertices()[side[place]].P; };
+        for (std::size_t place = from + 1; place < to; ++place) {
+            const double t = static_cast<double>(place - from) / static_cast<double>(to - from);
+            P(place) = rounded(Pointd(P(from)) * (1 - t) + Pointd(P(to)) * t);
+        }
+    }
+
     // Normals that were given are turned by the shortest way that turns the surface's own: the
     // derivatives become what has them for its normal.
     void turn(Pointd& along1, Pointd& along2, const Point& N, const Point& Ng) const
@@ -226,6 +288,7 @@ private:
     const Primitive& fPrimitive;
     const RenderFrame& fFrame;
     const Steps fSteps;
+    const Matrix fToRaster;
     const double fSide;  // of a micropolygon, in pixels
     double fWidth = 0;   // the same in camera space, where w is 1
     RowPoints fPoints;
