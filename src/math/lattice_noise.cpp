@@ -1,7 +1,10 @@
 #include "math/lattice_noise.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
+
+#include "math/noise_kernel.h"
 
 namespace zeb
 {
@@ -113,6 +116,37 @@ float latticeNoise(int dimensions, const float* place, const long* periods)
             return noiseAt<3>(place, periods);
         default:
             return noiseAt<4>(place, periods);
+    }
+}
+
+void latticeNoise(int dimensions, const float* const* places, std::size_t count, float* result)
+{
+    static const NoiseKernel kernel = noiseKernel();
+    NoiseBlock block;
+    block.dimensions = dimensions;
+    for (std::size_t first = 0; first < count; first += NoiseBlock::kMost) {
+        block.count = static_cast<int>(std::min(count - first, std::size_t{NoiseBlock::kMost}));
+        bool far[NoiseBlock::kMost] = {};
+        bool anyFar = false;
+        for (int axis = 0; axis < dimensions; ++axis) {
+            for (int k = 0; k < block.count; ++k) {
+                const float x = places[axis][first + static_cast<std::size_t>(k)];
+                const bool near = std::fabs(x) < NoiseBlock::kFarthest;
+                block.place[axis][k] = near ? x : 0;
+                far[k] |= !near;
+                anyFar |= !near;
+            }
+        }
+        kernel(block);
+        for (int k = 0; anyFar && k < block.count; ++k) {
+            if (!far[k]) continue;
+            float place[4];
+            for (int axis = 0; axis < dimensions; ++axis) {
+                place[axis] = places[axis][first + static_cast<std::size_t>(k)];
+            }
+            block.value[k] = latticeNoise(dimensions, place);
+        }
+        std::copy_n(block.value, block.count, result + first);
     }
 }
 

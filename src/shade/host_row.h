@@ -180,6 +180,8 @@ private:
     void call(const HostShader& shader, ZebRow& row) const;
     // Null, and a report, for an unknown space.
     const Matrix* toCamera(unsigned short space) const;
+    void findNoise(long dimensions, Triple places, const long* periods, std::size_t count,
+                   float* result) const;
     // How far values are apart from one point to the next; they may be ones that repeat.
     void widths(const float* values, bool wraps, float* result) const;
     // Whether all were numbers; others become this.

@@ -1,6 +1,7 @@
 // What functions that shade find for patterns and pictures on surfaces.
 
 #include <cmath>
+#include <numeric>
 
 #include "math/lattice_noise.h"
 #include "math/spaces.h"
@@ -93,37 +94,61 @@ void HostRow::widths(const float* values, bool wraps, float* result) const
 void HostRow::noise(long dimensions, Triple places, const long* periods, float* result) const
 {
     std::vector<float, PoolAllocator<float>> found(fSize);
-    for (std::size_t k = 0; k < fCount; ++k) {
-        float place[4] = {};
-        for (long axis = 0; axis < dimensions; ++axis) place[axis] = places[axis][k];
-        found[k] = latticeNoise(static_cast<int>(dimensions), place, periods);
-    }
+    findNoise(dimensions, places, periods, fCount, found.data());
     std::copy_n(found.data(), fCount, result);
     fill(result);
 }
 
-// An octave has gone when a point and the next are most of a unit of its lattice apart.
+// Of so many places. Those that repeat are found one after the other.
+void HostRow::findNoise(long dimensions, Triple places, const long* periods, std::size_t count,
+                        float* result) const
+{
+    if (!periods && !fFrame.plain) {
+        latticeNoise(static_cast<int>(dimensions), places, count, result);
+        return;
+    }
+    for (std::size_t k = 0; k < count; ++k) {
+        float place[4] = {};
+        for (long axis = 0; axis < dimensions; ++axis) place[axis] = places[axis][k];
+        result[k] = latticeNoise(static_cast<int>(dimensions), place, periods);
+    }
+}
+
 void HostRow::turbulence(long dimensions, Triple places, long octaves, float gain, bool absolute,
                          float* result) const
 {
     using Floats = std::vector<float, PoolAllocator<float>>;
-    Floats apart(fSize), width(fSize), found(fSize);
+    Floats apart(fSize), width(fSize), found(fSize), noise(fSize), left(fSize);
     for (long axis = 0; axis < dimensions; ++axis) {
         widths(places[axis], false, apart.data());
         for (std::size_t k = 0; k < fSize; ++k) width[k] = std::max(width[k], apart[k]);
     }
-    for (std::size_t k = 0; k < fCount; ++k) {
-        float frequency = 1, weight = 1, sum = 0;
-        for (long octave = 0; octave < octaves; ++octave, frequency *= 2, weight *= gain) {
-            const float left = 1 - smoothstep(0.25f, 0.75f, width[k] * frequency);
-            if (!(left > 0)) break;
-            float place[4] = {};
-            for (long axis = 0; axis < dimensions; ++axis)
-                place[axis] = places[axis][k] * frequency;
-            const float n = latticeNoise(static_cast<int>(dimensions), place);
-            sum += left * weight * (absolute ? std::fabs(n) : n);
+    // The points that the octave is not too fine for, and their places in it.
+    std::vector<std::size_t, PoolAllocator<std::size_t>> points(fCount);
+    std::iota(points.begin(), points.end(), std::size_t{0});
+    Floats scaled[4];
+    float* planes[4] = {};
+    for (long axis = 0; axis < dimensions; ++axis) {
+        scaled[axis].resize(fCount);
+        planes[axis] = scaled[axis].data();
+    }
+    float frequency = 1, weight = 1;
+    for (long octave = 0; octave < octaves; ++octave, frequency *= 2, weight *= gain) {
+        std::size_t count = 0;
+        for (const std::size_t k : points) {
+            left[count] = 1 - smoothstep(0.25f, 0.75f, width[k] * frequency);
+            if (!(left[count] > 0)) continue;
+            for (long axis = 0; axis < dimensions; ++axis) {
+                planes[axis][count] = places[axis][k] * frequency;
+            }
+            points[count++] = k;
         }
-        found[k] = sum;
+        points.resize(count);
+        if (count == 0) break;
+        findNoise(dimensions, planes, nullptr, count, noise.data());
+        for (std::size_t n = 0; n < count; ++n) {
+            found[points[n]] += left[n] * weight * (absolute ? std::fabs(noise[n]) : noise[n]);
+        }
     }
     std::copy_n(found.data(), fCount, result);
     fill(result);
