@@ -110,34 +110,6 @@ TEST_F(Materials, HighlightsAreThoseOfTheFile)
     EXPECT_EQ(light(obj("Kd 0 0 0\n"), "R"), 0) << "none is said to be there";
 }
 
-std::string pbr(const std::string& color, const std::string& metallic, const std::string& roughness)
-{
-    return R"({"pbrMetallicRoughness":{"baseColorFactor":[)" + color + R"(,1],"metallicFactor":)" +
-           metallic + R"(,"roughnessFactor":)" + roughness + "}}";
-}
-
-TEST_F(Materials, MetalsOfGltfShineInTheirColor)
-{
-    const std::string metal = gltf({pbr("1,0,0", "1", "0.6")});
-    EXPECT_EQ(light(metal, "G"), 0);
-    EXPECT_GT(light(metal, "R"), 0.2);
-    const std::string black = gltf({pbr("0,0,0", "1", "0.6")});
-    EXPECT_EQ(light(black, "R"), 0);
-}
-
-// A surface of roughness r shines as 2 / r^4 - 2 does for an exponent e, (e + 2) / 8 times 0.04
-// as bright.
-TEST_F(Materials, OtherMaterialsOfGltfShineWhite)
-{
-    for (const char* roughness : {"0.6", "0.8"}) {
-        const double exponent = 2 / std::pow(std::atof(roughness), 4) - 2;
-        const double expected = 0.04 * (exponent + 2) / 8 * lampLight(exponent);
-        const std::string model = gltf({pbr("0,0,0", "0", roughness)});
-        EXPECT_NEAR(light(model, "R"), expected, 0.001 * expected + 1e-5) << roughness;
-        EXPECT_EQ(light(model, "R"), light(model, "G")) << roughness;
-    }
-}
-
 TEST_F(Materials, SurfaceOptionTakesTheirPlace)
 {
     const Words plastic{"--view", "0,0", "--surface", "plastic"};
@@ -153,10 +125,10 @@ TEST_F(Materials, WhatIsNotShownIsCounted)
         EXPECT_EQ(outcome.status, 0);
         return outcome.err;
     };
+    // The plate has no texture coordinates.
     EXPECT_EQ(said("map_Kd a.png\n"), "zebview: plate.obj: 1 texture is not shown\n");
-    EXPECT_EQ(said("map_d a.png\n"), "zebview: plate.obj: 1 transparency map is not shown\n");
     EXPECT_EQ(said("map_Kd a.png\nmap_Ks b.png\nmap_d c.png\n"),
-              "zebview: plate.obj: 2 textures and 1 transparency map are not shown\n");
+              "zebview: plate.obj: 3 textures are not shown\n");
     EXPECT_EQ(said("map_Kd a.png\nmap_Ks a.png\n"), "zebview: plate.obj: 1 texture is not shown\n");
     EXPECT_EQ(said("Kd 1 0 0\n\nnewmtl unused\nmap_Kd a.png\n"), "");
 }

@@ -1,0 +1,249 @@
+// Pictures on surfaces: where they lie, and what their numbers mean.
+
+#include "textured.h"
+
+namespace
+{
+
+using zebtest::decoded;
+using zebtest::encoded;
+using zebtest::expectNear;
+using zebtest::fieldsPng;
+using zebtest::GltfPlate;
+using zebtest::Image;
+using zebtest::kFields;
+using zebtest::kPicture;
+using zebtest::kUnlit;
+using zebtest::Pixel;
+using zebtest::plateAt;
+using zebtest::pngOf;
+using zebtest::texturedPlate;
+
+using Words = std::vector<std::string>;
+
+class Textures : public zebtest::Textured
+{
+protected:
+    // Looks at the middles of 8 x 8 parts of the plate.
+    void expectFields(const GltfPlate& plate,
+                      const std::function<std::pair<double, double>(double, double)>& place,
+                      const std::string& what) const
+    {
+        write("a.png", fieldsPng());
+        const Image image = picture(plate);
+        for (int j = 0; j < 8; ++j) {
+            for (int i = 0; i < 8; ++i) {
+                const double x = (i + 0.5) / 8, y = (j + 0.5) / 8;
+                const auto [u, v] = place(x, y);
+                // Between two fields there is neither.
+                const auto nearEdge = [](double w) {
+                    return std::fabs(w * 2 - std::round(w * 2)) < 0.18;
+                };
+                if (nearEdge(u) || nearEdge(v)) continue;
+                EXPECT_EQ(plateAt(image, x, y), kFields[(v > 0.5) * 2 + (u > 0.5)])
+                    << what << ": " << x << ", " << y;
+            }
+        }
+    }
+};
+
+// Numbers that are shown come out as they went in.
+TEST_F(Textures, PixelsLieWhereCoordinatesSayAndKeepTheirColors)
+{
+    expectFields(
+        texturedPlate(kPicture, kUnlit),
+        [](double x, double y) {
+            return std::pair{x, y};
+        },
+        "whole");
+    GltfPlate turned = texturedPlate(kPicture, kUnlit);
+    turned.places = {0, 0, 0, 1, 1, 1, 1, 0};
+    expectFields(
+        turned,
+        [](double x, double y) {
+            return std::pair{1 - y, x};
+        },
+        "turned");
+}
+
+// A texel of 188 is 0.5029 of the light, and half of that shows as 137.
+TEST_F(Textures, FactorsAreFactorsOfLight)
+{
+    write("a.png", pngOf({188, 188, 188, 255}));
+    const Image image = picture(
+        texturedPlate(R"("baseColorFactor":[0.5,1,0,1],"baseColorTexture":{"index":0})", kUnlit));
+    const int half = static_cast<int>(std::lround(255 * encoded(0.5 * decoded(188 / 255.0))));
+    EXPECT_EQ(half, 137);
+    EXPECT_EQ(plateAt(image, 0.5, 0.5), (Pixel{half, 188, 0, 255}));
+}
+
+double wrapped(int mode, double w)
+{
+    if (mode == 10497) return w - std::floor(w);
+    if (mode == 33648) return 1 - std::fabs(w - 2 * std::floor(w / 2) - 1);
+    return std::clamp(w, 0.001, 0.999);
+}
+
+TEST_F(Textures, PicturesGoOnAsTheSamplerSays)
+{
+    for (const int across : {10497, 33648, 33071}) {
+        for (const int down : {10497, 33648, 33071}) {
+            const std::string sampler = R"({"wrapS":)" + std::to_string(across) + R"(,"wrapT":)" +
+                                        std::to_string(down) + "}";
+            GltfPlate plate = texturedPlate(kPicture, kUnlit, sampler);
+            plate.places = {-1, 1.5, 2, 1.5, 2, -0.75, -1, -0.75};
+            const auto place = [&](double x, double y) {
+                return std::pair{wrapped(across, 3 * x - 1), wrapped(down, 2.25 * y - 0.75)};
+            };
+            expectFields(plate, place, sampler);
+        }
+    }
+}
+
+// Turned the other way round than the picture is seen to turn, scaled before and moved after.
+TEST_F(Textures, PicturesAreMovedAsTheMaterialSays)
+{
+    const double angle = 0.4, ox = 0.3, oy = -0.2, sx = 0.6, sy = 0.8;
+    const auto place = [&](double x, double y) {
+        const double u = sx * x, v = sy * y;
+        return std::pair{wrapped(10497, std::cos(angle) * u + std::sin(angle) * v + ox),
+                         wrapped(10497, -std::sin(angle) * u + std::cos(angle) * v + oy)};
+    };
+    const std::string moved =
+        R"("baseColorTexture":{"index":0,"extensions":{"KHR_texture_transform":)"
+        R"({"offset":[0.3,-0.2],"rotation":0.4,"scale":[0.6,0.8]}}})";
+    expectFields(texturedPlate(moved, kUnlit), place, "moved");
+}
+
+TEST_F(Textures, CoordinatesAreThoseOfTheChannelThatIsNamed)
+{
+    GltfPlate plate = texturedPlate(R"("baseColorTexture":{"index":0,"texCoord":1})", kUnlit);
+    plate.otherPlaces = {1, 1, 0, 1, 0, 0, 1, 0};
+    expectFields(
+        plate,
+        [](double x, double y) {
+            return std::pair{1 - x, y};
+        },
+        "second channel");
+}
+
+// As the corners of a mirrored picture.
+TEST_F(Textures, ObjFilesHaveThemToo)
+{
+    write("a.png", fieldsPng());
+    write("m.mtl", "newmtl paint\nKd 1 1 1\nillum 0\nmap_Kd a.png\n");
+    const std::string model =
+        write("plate.obj",
+              "mtllib m.mtl\nusemtl paint\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\n"
+              "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nf 1/1 2/2 3/3 4/4\n");
+    const Image image(render(model, {"--view", "0,0", "--fov", "1"}));
+    for (std::size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(plateAt(image, 0.25 + 0.5 * static_cast<double>(i % 2),
+                          0.25 + 0.5 * static_cast<double>(i / 2)),
+                  kFields[i]);
+    }
+}
+
+TEST_F(Textures, PicturesWithinAModelAreThoseBesideIt)
+{
+    write("a.png", fieldsPng());
+    GltfPlate plate = texturedPlate(kPicture);
+    const Image beside = picture(plate);
+    plate.extra.replace(plate.extra.find("a.png"), 5,
+                        "data:image/png;base64," + zebtest::base64(fieldsPng()));
+    std::filesystem::remove(path("a.png"));
+    EXPECT_EQ(picture(plate), beside);
+    EXPECT_GT(beside.contrast(), 40);
+}
+
+TEST_F(Textures, BinaryFilesShowWhatTextFilesShow)
+{
+    const std::string folder = "/usr/share/assimp/models/glTF2/BoxTextured-glTF";
+    const Image binary(render(folder + "-Binary/BoxTextured.glb"));
+    EXPECT_EQ(Image(render(folder + "-Embedded/BoxTextured.gltf")), binary);
+}
+
+// Half the pixels of the picture are black and half are white, 16 of them to one that is shown.
+TEST_F(Textures, WhatIsTooFineToBeSeenIsItsMean)
+{
+    write("a.png", pngOf(1024, 1024, [](int x, int y) {
+              const int value = (x + y) % 2 ? 255 : 0;
+              return Pixel{value, value, value, 255};
+          }));
+    const std::string model = write("plate.gltf", texturedPlate(kPicture, kUnlit).text());
+    const Image image(
+        render(model, {"--view", "0,0", "--fov", "1", "--size", "64x64", "--rate", "0.25"}));
+    for (double x = 0.1; x < 0.9; x += 0.05) {
+        expectNear(plateAt(image, x, x), {188, 188, 188, 255}, 1, std::to_string(x));
+    }
+}
+
+TEST_F(Textures, ColorOptionTakesTheirPlace)
+{
+    write("a.png", fieldsPng());
+    const std::string model = write("plate.gltf", texturedPlate(kPicture, kUnlit).text());
+    const Image image(render(model, {"--view", "0,0", "--color", "0.2,0.4,0.6"}));
+    EXPECT_EQ(plateAt(image, 0.25, 0.25), (Pixel{51, 102, 153, 255}));
+}
+
+// Alpha of the fields from the upper left: 0, 100, 200 and 255.
+std::string alphaPng()
+{
+    return pngOf(16, 16, [](int x, int y) {
+        return Pixel{200, 100, 50,
+                     std::array{0, 100, 200, 255}[static_cast<std::size_t>((y / 8) * 2 + x / 8)]};
+    });
+}
+
+TEST_F(Textures, AlphaCountsAsTheMaterialsModeSays)
+{
+    write("a.png", alphaPng());
+    const auto alphas = [&](const std::string& mode, const char* factor = "1") {
+        GltfPlate plate = texturedPlate(
+            std::string(R"("baseColorFactor":[1,1,1,)") + factor + "]," + kPicture, kUnlit + mode);
+        const Image image = picture(plate);
+        Pixel found;
+        for (std::size_t i = 0; i < 4; ++i) {
+            const Pixel p = image.at(80 + (i % 2 ? 25 : -25), 60 + (i / 2 ? 25 : -25));
+            found[i] = p[3];
+            if (p[3] > 0) expectNear(p, {200, 100, 50, p[3]}, 1, mode);
+        }
+        return found;
+    };
+    EXPECT_EQ(alphas(""), (Pixel{255, 255, 255, 255}));
+    EXPECT_EQ(alphas(R"(,"alphaMode":"MASK")"), (Pixel{0, 0, 255, 255}));
+    EXPECT_EQ(alphas(R"(,"alphaMode":"MASK","alphaCutoff":0.3)"), (Pixel{0, 255, 255, 255}));
+    EXPECT_EQ(alphas(R"(,"alphaMode":"BLEND")"), (Pixel{0, 100, 200, 255}));
+    EXPECT_EQ(alphas(R"(,"alphaMode":"BLEND")", "0.5"), (Pixel{0, 50, 100, 128}));
+    EXPECT_EQ(alphas(R"(,"alphaMode":"MASK")", "0.5"), (Pixel{0, 0, 0, 255}));
+}
+
+// 200 / 255 * 0.5 * 0.8 of 255.
+TEST_F(Textures, AlphaOfVerticesIsAFactorOfIt)
+{
+    write("a.png", pngOf({255, 255, 255, 200}));
+    GltfPlate plate = texturedPlate(std::string(R"("baseColorFactor":[1,1,1,0.5],)") + kPicture,
+                                    std::string(kUnlit) + R"(,"alphaMode":"BLEND")");
+    for (int corner = 0; corner < 4; ++corner) {
+        for (const float value : {1.0f, 0.5f, 0.0f, 0.8f}) plate.colors.push_back(value);
+    }
+    EXPECT_EQ(plateAt(picture(plate), 0.5, 0.5), (Pixel{255, 188, 0, 80}));
+}
+
+TEST_F(Textures, TransparencyMapsMakeHoles)
+{
+    write("d.png", pngOf(16, 16, [](int x, int) {
+              const int value = x < 8 ? 0 : 128;
+              return Pixel{value, value, value, 255};
+          }));
+    write("m.mtl", "newmtl paint\nKd 1 1 1\nmap_d d.png\n");
+    const std::string model =
+        write("plate.obj",
+              "mtllib m.mtl\nusemtl paint\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\n"
+              "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nf 1/1 2/2 3/3 4/4\n");
+    const Image image(render(model, {"--view", "0,0", "--fov", "1"}));
+    EXPECT_EQ(image.alpha(55, 60), 0);
+    EXPECT_EQ(image.alpha(105, 60), 128);
+}
+
+}  // namespace
