@@ -54,6 +54,15 @@ bool endIsMissing(std::span<const std::uint8_t> file)
     return false;
 }
 
+// What decoders say on their own account is for those who write them.
+void quieten()
+{
+    static const guint once = g_log_set_handler(
+        "GdkPixbuf", static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_CRITICAL),
+        [](const char*, GLogLevelFlags, const char*, gpointer) {}, nullptr);
+    static_cast<void>(once);
+}
+
 std::string firstLine(const GError* error)
 {
     const std::string text = error && error->message ? error->message : "it cannot be decoded";
@@ -90,6 +99,7 @@ void findAlpha(Pixels& pixels)
 
 Pixels decodePixels(std::span<const std::uint8_t> file)
 {
+    quieten();
     const std::unique_ptr<GdkPixbufLoader, void (*)(gpointer)> loader(gdk_pixbuf_loader_new(),
                                                                       g_object_unref);
     Decoding decoding;
