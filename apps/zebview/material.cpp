@@ -100,6 +100,14 @@ private:
     TextureImages& fImages;
 };
 
+// A single byte, which assimp itself reads as four.
+bool isTwoSided(const aiMaterial& source)
+{
+    const aiMaterialProperty* property = nullptr;
+    return aiGetMaterialProperty(&source, AI_MATKEY_TWOSIDED, &property) == aiReturn_SUCCESS &&
+           property->mDataLength > 0 && property->mData[0] != 0;
+}
+
 Facets readFacets(const aiMaterial& source)
 {
     Facets facets;
@@ -126,6 +134,7 @@ void readGltf(const aiMaterial& source, Material& material)
     if (material.blendsVertices) material.opacity = alpha;
     if (masks) material.cutoff = number(source, "$mat.gltf.alphaCutoff", 0.5f);
     material.facets = readFacets(source);
+    material.showsBacks = isTwoSided(source);
     material.emission = colorNamed(source, "$clr.emissive").value_or(Color{});
     const float strength = number(source, "$mat.emissiveIntensity", 1);
     for (float& c : material.emission) c *= strength;

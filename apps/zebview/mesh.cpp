@@ -146,6 +146,7 @@ Mesh buildMesh(const aiMesh& source, const std::vector<Vector>& points, const Ma
 {
     Mesh mesh;
     mesh.material = material;
+    mesh.isMirrored = toWorld.Determinant() < 0;
     Faces faces(source, points);
     std::vector<Vector> normals;
     if (!facets) normals = fileNormals(source, toWorld, faces);

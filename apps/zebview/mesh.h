@@ -29,6 +29,8 @@ struct Mesh {
     // itself: then parts of them are wound the other way.
     FaceList flatConcave;
     Material material;
+    // The front of its faces is where their winding runs clockwise.
+    bool isMirrored = false;
 
     std::size_t vertexCount() const { return points.size() / 3; }
 };

@@ -179,6 +179,9 @@ void addMesh(const Mesh& mesh, const Settings& settings)
         if (!pairs.empty()) list.add(coordinateToken(channel), pairs);
     }
     setSurface(mesh.material, settings);
+    // Of materials that do not count nothing is known.
+    zebBackface(mesh.material.showsBacks || !settings.surface.empty() ? 2 : 1);
+    zebOrientation(mesh.isMirrored ? ZEB_INSIDE : ZEB_OUTSIDE);
     addConcave(mesh.flatConcave, list);
     list.add("normal", mesh.normals);
     addConvex(mesh.convex, list);

@@ -83,6 +83,25 @@ TEST_F(Materials, VerticesOfGltfAreFactors)
     EXPECT_EQ(alpha(gltf(plate)), 102);
 }
 
+// A mirror image of a plate has its front where the plate has.
+TEST_F(Materials, BacksOfGltfAreSeenIfTheMaterialSaysSo)
+{
+    const auto alphaFrom = [&](const std::string& more, const char* view, bool mirrored = false) {
+        GltfPlate plate{gltfColor("1,1,1,1", more)};
+        std::string text = plate.text();
+        if (mirrored) text.replace(text.find(R"("mesh":0)"), 8, R"("mesh":0,"scale":[-1,1,1])");
+        return center(write("plate.gltf", text), {"--view", view})[3];
+    };
+    for (const bool mirrored : {false, true}) {
+        EXPECT_EQ(alphaFrom("", "0,0", mirrored), 255);
+        EXPECT_EQ(alphaFrom("", "180,0", mirrored), 0);
+        EXPECT_EQ(alphaFrom(R"(,"doubleSided":true)", "180,0", mirrored), 255);
+    }
+    const Words plastic{"--view", "180,0", "--surface", "plastic"};
+    EXPECT_EQ(center(gltf({gltfColor("1,1,1,1")}), plastic)[3], 255);
+    EXPECT_EQ(center(obj("Kd 1 1 1\n"), {"--view", "180,0"})[3], 255);
+}
+
 TEST_F(Materials, UnlitOnesAreConstant)
 {
     GltfPlate plate{gltfColor("0.561,0,1,1", R"(,"extensions":{"KHR_materials_unlit":{}})")};
