@@ -8,8 +8,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <iterator>
-#include <set>
 
 #include "texture_images.h"
 
@@ -127,17 +125,21 @@ void readGltf(const aiMaterial& source, Material& material)
 {
     aiString mode;
     source.Get(AI_MATKEY_GLTF_ALPHAMODE, mode);
-    const float alpha = std::clamp(number(source, "$mat.opacity", 1), 0.0f, 1.0f);
+    aiColor4D color;
+    source.Get(AI_MATKEY_COLOR_DIFFUSE, color);
     const bool masks = mode == aiString("MASK");
     material.blendsVertices = masks || mode == aiString("BLEND");
     material.colorMapHoldsOpacity = material.blendsVertices;
-    if (material.blendsVertices) material.opacity = alpha;
+    if (material.blendsVertices) {
+        material.opacity = std::isfinite(color.a) ? std::clamp(color.a, 0.0f, 1.0f) : 1;
+    }
     if (masks) material.cutoff = number(source, "$mat.gltf.alphaCutoff", 0.5f);
     material.facets = readFacets(source);
     material.showsBacks = isTwoSided(source);
+    if (!material.isLit) return;
     material.emission = colorNamed(source, "$clr.emissive").value_or(Color{});
     const float strength = number(source, "$mat.emissiveIntensity", 1);
-    for (float& c : material.emission) c *= strength;
+    for (float& c : material.emission) c *= std::clamp(strength, 0.0f, 1e6f);
 }
 
 void readGltfMaps(const MapReader& read, Material& material)
@@ -190,7 +192,9 @@ void readPhongMaps(const MapReader& read, const aiScene& scene, Material& materi
     material.opacityMap = read(aiTextureType_OPACITY, Meaning::kValues);
     material.colorMap = read(aiTextureType_DIFFUSE, Meaning::kPaint);
     material.colorMapHoldsOpacity = !material.opacityMap && !material.colorMap.texture.hidesAlpha;
-    if (material.colorMap && replacesColor(scene)) material.color = Color{1, 1, 1};
+    if (material.colorMap && (!material.color || replacesColor(scene))) {
+        material.color = Color{1, 1, 1};
+    }
     material.emissionMap = read(aiTextureType_EMISSIVE, Meaning::kColor);
     if (material.emissionMap && isBlack(material.emission)) material.emission = {1, 1, 1};
     if (!material.isLit) return;
@@ -200,26 +204,6 @@ void readPhongMaps(const MapReader& read, const aiScene& scene, Material& materi
         material.normalMap = read(type, Meaning::kNormals);
         material.normalScale = read.number("$tex.bumpmult", type);
     }
-}
-
-std::string counted(std::size_t count, const char* what)
-{
-    return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
-}
-
-// Whether there is a use for a kind of texture.
-bool hasUse(const aiScene& scene, aiTextureType type)
-{
-    static constexpr aiTextureType all[] = {aiTextureType_DIFFUSE, aiTextureType_NORMALS,
-                                            aiTextureType_EMISSIVE, aiTextureType_SPECULAR};
-    static constexpr aiTextureType gltf[] = {
-        aiTextureType_BASE_COLOR, aiTextureType_UNKNOWN, aiTextureType_METALNESS,
-        aiTextureType_DIFFUSE_ROUGHNESS, aiTextureType_LIGHTMAP};
-    static constexpr aiTextureType others[] = {aiTextureType_OPACITY, aiTextureType_HEIGHT};
-    const auto holds = [&](const auto& list) {
-        return std::find(std::begin(list), std::end(list), type) != std::end(list);
-    };
-    return holds(all) || (holdsLight(scene) ? holds(gltf) : holds(others));
 }
 
 }  // namespace
@@ -255,29 +239,6 @@ Material readMaterial(const aiScene& scene, const aiMesh& mesh, TextureImages* i
     readPhong(source, material);
     if (images) readPhongMaps({scene, mesh, *images}, scene, material);
     return material;
-}
-
-std::string whatIsNotShown(const aiScene& scene)
-{
-    std::set<std::string> shown, others;
-    for (unsigned m = 0; m < scene.mNumMeshes; ++m) {
-        const aiMesh& mesh = *scene.mMeshes[m];
-        if (mesh.mMaterialIndex >= scene.mNumMaterials) continue;
-        const aiMaterial& material = *scene.mMaterials[mesh.mMaterialIndex];
-        for (int number = 1; number <= AI_TEXTURE_TYPE_MAX; ++number) {
-            const auto type = static_cast<aiTextureType>(number);
-            const bool first = hasUse(scene, type) && readTexture(scene, mesh, material, type);
-            for (unsigned i = 0; i < material.GetTextureCount(type); ++i) {
-                aiString path;
-                if (material.GetTexture(type, i, &path) != aiReturn_SUCCESS) continue;
-                (i == 0 && first ? shown : others).insert(path.C_Str());
-            }
-        }
-    }
-    std::erase_if(others, [&](const std::string& name) { return shown.contains(name); });
-    if (others.empty()) return "";
-    return counted(others.size(), "texture") +
-           (others.size() == 1 ? " is not shown" : " are not shown");
 }
 
 }  // namespace zebview

@@ -1,10 +1,8 @@
 // What a mesh is made of.
 #pragma once
 
-#include <cstddef>
 #include <memory>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "color.h"
@@ -68,9 +66,5 @@ Material readMaterial(const aiScene& scene, const aiMesh& mesh, TextureImages* i
 
 // Whether a file's colours are amounts of light, and not the numbers that are shown.
 bool holdsLight(const aiScene& scene);
-
-// What the materials that meshes use name and no surface can show, such as "2 textures are not
-// shown". Empty if it is nothing.
-std::string whatIsNotShown(const aiScene& scene);
 
 }  // namespace zebview

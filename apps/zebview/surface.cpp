@@ -52,8 +52,8 @@ private:
 
     Four lookFour(const Map& map) const
     {
-        const Four result{zebRowPlane(&fRow), zebRowPlane(&fRow), zebRowPlane(&fRow),
-                          zebRowPlane(&fRow)};
+        const Planes color = newPlanes(fRow);
+        const Four result{color[0], color[1], color[2], zebRowPlane(&fRow)};
         look(fRow, map, result.data());
         return result;
     }
@@ -101,33 +101,26 @@ private:
         }
     }
 
-    // To the eye, of unit length.
-    Planes findView() const
+    // Times the sign, of unit length.
+    Planes unit(float* const* vectors, float sign) const
     {
         const Planes result = newPlanes(fRow);
         for (long k = 0; k < fRow.count; ++k) {
-            const float x = fRow.I[0][k], y = fRow.I[1][k], z = fRow.I[2][k];
+            const float x = vectors[0][k], y = vectors[1][k], z = vectors[2][k];
             const float length = std::sqrt(x * x + y * y + z * z);
-            const float factor = length > 0 ? -1 / length : 0;
+            const float factor = length > 0 ? sign / length : 0;
             result[0][k] = factor * x;
             result[1][k] = factor * y;
             result[2][k] = factor * z;
         }
         return result;
     }
+    Planes findView() const { return unit(fRow.I, -1); }
 
     // On the eye's side, of unit length. What bends them is about their own side.
     Planes findNormals() const
     {
-        const Planes result = newPlanes(fRow);
-        for (long k = 0; k < fRow.count; ++k) {
-            const float x = fRow.N[0][k], y = fRow.N[1][k], z = fRow.N[2][k];
-            const float length = std::sqrt(x * x + y * y + z * z);
-            const float factor = length > 0 ? 1 / length : 0;
-            result[0][k] = factor * x;
-            result[1][k] = factor * y;
-            result[2][k] = factor * z;
-        }
+        const Planes result = unit(fRow.N, 1);
         if (fMaterial.normalMap) {
             bendNormals(fRow, fMaterial.normalMap, fMaterial.normalScale, result);
         }

@@ -1,8 +1,11 @@
 #include "texture.h"
 
-#include <assimp/mesh.h>
+#include <assimp/scene.h>
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <set>
 
 #include "material.h"
 
@@ -62,6 +65,21 @@ bool isFinite(const Place& place)
     return true;
 }
 
+// Whether there is a use for a kind of texture.
+bool hasUse(const aiScene& scene, aiTextureType type)
+{
+    static constexpr aiTextureType all[] = {aiTextureType_DIFFUSE, aiTextureType_NORMALS,
+                                            aiTextureType_EMISSIVE, aiTextureType_SPECULAR};
+    static constexpr aiTextureType gltf[] = {
+        aiTextureType_BASE_COLOR, aiTextureType_UNKNOWN, aiTextureType_METALNESS,
+        aiTextureType_DIFFUSE_ROUGHNESS, aiTextureType_LIGHTMAP};
+    static constexpr aiTextureType others[] = {aiTextureType_OPACITY, aiTextureType_HEIGHT};
+    const auto holds = [&](const auto& list) {
+        return std::find(std::begin(list), std::end(list), type) != std::end(list);
+    };
+    return holds(all) || (holdsLight(scene) ? holds(gltf) : holds(others));
+}
+
 }  // namespace
 
 std::optional<Texture> readTexture(const aiScene& scene, const aiMesh& mesh,
@@ -96,6 +114,29 @@ float textureNumber(const aiMaterial& material, const char* key, aiTextureType t
     float value = otherwise;
     material.Get(key, type, 0, value);
     return std::isfinite(value) ? value : otherwise;
+}
+
+std::string whatIsNotShown(const aiScene& scene)
+{
+    std::set<std::string> shown, others;
+    for (unsigned m = 0; m < scene.mNumMeshes; ++m) {
+        const aiMesh& mesh = *scene.mMeshes[m];
+        if (mesh.mMaterialIndex >= scene.mNumMaterials) continue;
+        const aiMaterial& material = *scene.mMaterials[mesh.mMaterialIndex];
+        for (int number = 1; number <= AI_TEXTURE_TYPE_MAX; ++number) {
+            const auto type = static_cast<aiTextureType>(number);
+            const bool first = hasUse(scene, type) && readTexture(scene, mesh, material, type);
+            for (unsigned i = 0; i < material.GetTextureCount(type); ++i) {
+                aiString path;
+                if (material.GetTexture(type, i, &path) != aiReturn_SUCCESS) continue;
+                (i == 0 && first ? shown : others).insert(path.C_Str());
+            }
+        }
+    }
+    std::erase_if(others, [&](const std::string& name) { return shown.contains(name); });
+    if (others.empty()) return "";
+    return std::to_string(others.size()) +
+           (others.size() == 1 ? " texture is not shown" : " textures are not shown");
 }
 
 }  // namespace zebview

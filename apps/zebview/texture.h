@@ -36,4 +36,8 @@ std::optional<Texture> readTexture(const aiScene& scene, const aiMesh& mesh,
 float textureNumber(const aiMaterial& material, const char* key, aiTextureType type,
                     float otherwise);
 
+// What the materials of meshes name and no surface can show, such as "2 textures are not shown".
+// Empty if it is nothing.
+std::string whatIsNotShown(const aiScene& scene);
+
 }  // namespace zebview

@@ -76,11 +76,16 @@ void appendSlope(const Pixels& pixels, bool repeats, std::size_t x, std::size_t 
     values.insert(values.end(), {across / length, up / length, 1 / length});
 }
 
+std::size_t channelsOf(Meaning meaning)
+{
+    return meaning == Meaning::kColor || meaning == Meaning::kNormals ? 3 : 4;
+}
+
 std::vector<float> valuesOf(const Pixels& pixels, Meaning meaning, bool repeats)
 {
     std::vector<float> values;
     const bool slopes = meaning == Meaning::kNormals && isGrey(pixels);
-    values.reserve(pixels.count() * 4);
+    values.reserve(pixels.count() * channelsOf(meaning));
     for (std::size_t i = 0; i < pixels.count(); ++i) {
         const std::uint8_t* const pixel = &pixels.rgba[i * 4];
         if (slopes) {
@@ -120,7 +125,7 @@ Pixels embedded(const aiTexture& texture)
 }  // namespace
 
 TextureImage::TextureImage(const Pixels& pixels, Meaning meaning, short wrap)
-    : fChannels(meaning == Meaning::kColor || meaning == Meaning::kNormals ? 3 : 4),
+    : fChannels(channelsOf(meaning)),
       fWidth(pixels.width),
       fHeight(pixels.height),
       fHasAlpha(pixels.hasAlpha),

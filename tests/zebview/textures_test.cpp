@@ -6,6 +6,7 @@ namespace
 {
 
 using zebtest::decoded;
+using zebtest::difference;
 using zebtest::encoded;
 using zebtest::expectNear;
 using zebtest::fieldsPng;
@@ -24,6 +25,17 @@ using Words = std::vector<std::string>;
 class Textures : public zebtest::Textured
 {
 protected:
+    // A plate with the whole picture on it, and a material for OBJ.
+    Image obj(const std::string& material) const
+    {
+        write("m.mtl", "newmtl paint\n" + material);
+        const std::string model =
+            write("plate.obj",
+                  "mtllib m.mtl\nusemtl paint\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\n"
+                  "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nf 1/1 2/2 3/3 4/4\n");
+        return Image(render(model, {"--view", "0,0", "--fov", "1"}));
+    }
+
     // Looks at the middles of 8 x 8 parts of the plate.
     void expectFields(const GltfPlate& plate,
                       const std::function<std::pair<double, double>(double, double)>& place,
@@ -81,7 +93,8 @@ double wrapped(int mode, double w)
 {
     if (mode == 10497) return w - std::floor(w);
     if (mode == 33648) return 1 - std::fabs(w - 2 * std::floor(w / 2) - 1);
-    return std::clamp(w, 0.001, 0.999);
+    // The fields are wider than this.
+    return std::clamp(w, 0.2, 0.8);
 }
 
 TEST_F(Textures, PicturesGoOnAsTheSamplerSays)
@@ -127,21 +140,43 @@ TEST_F(Textures, CoordinatesAreThoseOfTheChannelThatIsNamed)
         "second channel");
 }
 
-// As the corners of a mirrored picture.
 TEST_F(Textures, ObjFilesHaveThemToo)
 {
     write("a.png", fieldsPng());
-    write("m.mtl", "newmtl paint\nKd 1 1 1\nillum 0\nmap_Kd a.png\n");
-    const std::string model =
-        write("plate.obj",
-              "mtllib m.mtl\nusemtl paint\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\n"
-              "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nf 1/1 2/2 3/3 4/4\n");
-    const Image image(render(model, {"--view", "0,0", "--fov", "1"}));
+    const Image image = obj("Kd 1 1 1\nillum 0\nmap_Kd a.png\n");
     for (std::size_t i = 0; i < 4; ++i) {
         EXPECT_EQ(plateAt(image, 0.25 + 0.5 * static_cast<double>(i % 2),
                           0.25 + 0.5 * static_cast<double>(i / 2)),
                   kFields[i]);
     }
+}
+
+// Half of 188, as light.
+TEST_F(Textures, ColorsOfObjFilesAreFactorsAndBlackIsNone)
+{
+    write("a.png", pngOf({188, 188, 188, 255}));
+    const int half =
+        static_cast<int>(std::lround(255 * encoded(decoded(188 / 255.0) * decoded(188 / 255.0))));
+    const std::string more = "illum 0\nmap_Kd a.png\n";
+    EXPECT_EQ(plateAt(obj("Kd 0.737255 0.737255 1\n" + more), 0.5, 0.5),
+              (Pixel{half, half, 188, 255}));
+    EXPECT_EQ(plateAt(obj("Kd 0 0 0\n" + more), 0.5, 0.5), (Pixel{188, 188, 188, 255}));
+}
+
+// Lit, what is one color all over is what the built-in surface makes of it.
+TEST_F(Textures, SurfacesOfObjFilesStayWhatTheyAre)
+{
+    write("a.png", pngOf({100, 188, 20, 255}));
+    write("k.png", pngOf({255, 188, 0, 255}));
+    const std::string shine = "Ns 20\nillum 2\n";
+    const Image mapped = obj("Kd 1 1 1\nKs 0.5 0.5 0.5\nmap_Kd a.png\nmap_Ks k.png\n" + shine);
+    const auto product = [](double shown, int texel) {
+        return std::to_string(encoded(decoded(shown) * decoded(texel / 255.0)));
+    };
+    const Image plain =
+        obj("Kd 0.392157 0.737255 0.078431\nKs 0.5 " + product(0.5, 188) + " 0\n" + shine);
+    EXPECT_LE(difference(mapped, plain), 1);
+    EXPECT_GT(difference(mapped, obj("Kd 0.392157 0.737255 0.078431\n")), 5);
 }
 
 TEST_F(Textures, PicturesWithinAModelAreThoseBesideIt)
@@ -236,14 +271,18 @@ TEST_F(Textures, TransparencyMapsMakeHoles)
               const int value = x < 8 ? 0 : 128;
               return Pixel{value, value, value, 255};
           }));
-    write("m.mtl", "newmtl paint\nKd 1 1 1\nmap_d d.png\n");
-    const std::string model =
-        write("plate.obj",
-              "mtllib m.mtl\nusemtl paint\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\n"
-              "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nf 1/1 2/2 3/3 4/4\n");
-    const Image image(render(model, {"--view", "0,0", "--fov", "1"}));
+    const Image image = obj("Kd 1 1 1\nmap_d d.png\n");
     EXPECT_EQ(image.alpha(55, 60), 0);
     EXPECT_EQ(image.alpha(105, 60), 128);
+}
+
+TEST_F(Textures, AlphaOfColorsIsOpacityUnlessThereIsAMapOfIt)
+{
+    write("a.png", pngOf({200, 200, 200, 51}));
+    write("d.png", pngOf({128, 128, 128, 255}));
+    EXPECT_EQ(obj("Kd 1 1 1\nmap_Kd a.png\n").alpha(80, 60), 51);
+    EXPECT_EQ(obj("Kd 1 1 1\nmap_Kd a.png\nmap_d d.png\n").alpha(80, 60), 128);
+    EXPECT_EQ(obj("Kd 1 1 1\nd 0.5\nmap_d d.png\n").alpha(80, 60), 64);
 }
 
 }  // namespace
