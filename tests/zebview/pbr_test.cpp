@@ -187,6 +187,22 @@ TEST_F(Pbr, EmissionIsAdded)
     EXPECT_NEAR(light(mapped, "B") - before, 0, 1e-5);
 }
 
+TEST_F(Pbr, UnlitSurfacesEmitNothing)
+{
+    const GltfPlate unlit =
+        plate(0.3, 0, 0.5, std::string(R"(,"emissiveFactor":[0.5,0.5,0.5])") + zebtest::kUnlit);
+    EXPECT_NEAR(light(unlit, "R"), 0.3, 1e-6);
+}
+
+TEST_F(Pbr, OpacityGoesWithTheColorOfEitherKind)
+{
+    GltfPlate said = plate(0, 0, 0);
+    said.material = glossy(0.5, 0.3, 0.6);
+    said.material.replace(said.material.find("0.5,1]"), 6, "0.5,0.4]");
+    said.material.replace(said.material.size() - 1, 1, R"(,"alphaMode":"BLEND"})");
+    EXPECT_EQ(picture(said).alpha(80, 60), 102);
+}
+
 // What comes from lamps stays; of 0.04 from all around, and of what is mirrored, a part is left.
 TEST_F(Pbr, OcclusionTakesFromWhatIsAround)
 {

@@ -26,14 +26,15 @@ class Textures : public zebtest::Textured
 {
 protected:
     // A plate with the whole picture on it, and a material for OBJ.
-    Image obj(const std::string& material) const
+    Image obj(const std::string& material, const std::array<double, 3>& normal = {0, 0, 1}) const
     {
         write("m.mtl", "newmtl paint\n" + material);
-        const std::string model =
-            write("plate.obj",
-                  "mtllib m.mtl\nusemtl paint\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\n"
-                  "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nf 1/1 2/2 3/3 4/4\n");
-        return Image(render(model, {"--view", "0,0", "--fov", "1"}));
+        std::ostringstream text;
+        text << "mtllib m.mtl\nusemtl paint\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\n"
+             << "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
+             << "vn " << normal[0] << ' ' << normal[1] << ' ' << normal[2] << '\n'
+             << "f 1/1/1 2/2/1 3/3/1 4/4/1\n";
+        return Image(render(write("plate.obj", text.str()), {"--view", "0,0", "--fov", "1"}));
     }
 
     // Looks at the middles of 8 x 8 parts of the plate.
@@ -198,18 +199,19 @@ TEST_F(Textures, BinaryFilesShowWhatTextFilesShow)
     EXPECT_EQ(Image(render(folder + "-Embedded/BoxTextured.gltf")), binary);
 }
 
-// Half the pixels of the picture are black and half are white, 16 of them to one that is shown.
+// Half the pixels of the picture are black and half are white, some 80 of them to one that is
+// shown.
 TEST_F(Textures, WhatIsTooFineToBeSeenIsItsMean)
 {
     write("a.png", pngOf(1024, 1024, [](int x, int y) {
               const int value = (x + y) % 2 ? 255 : 0;
               return Pixel{value, value, value, 255};
           }));
-    const std::string model = write("plate.gltf", texturedPlate(kPicture, kUnlit).text());
-    const Image image(
-        render(model, {"--view", "0,0", "--fov", "1", "--size", "64x64", "--rate", "0.25"}));
-    for (double x = 0.1; x < 0.9; x += 0.05) {
-        expectNear(plateAt(image, x, x), {188, 188, 188, 255}, 1, std::to_string(x));
+    const Image image = picture(texturedPlate(kPicture, kUnlit));
+    for (double y = 0.05; y < 0.96; y += 0.01) {
+        for (double x = 0.05; x < 0.96; x += 0.01) {
+            ASSERT_NEAR(plateAt(image, x, y)[0], 188, 2) << x << ", " << y;
+        }
     }
 }
 
@@ -283,6 +285,69 @@ TEST_F(Textures, AlphaOfColorsIsOpacityUnlessThereIsAMapOfIt)
     EXPECT_EQ(obj("Kd 1 1 1\nmap_Kd a.png\n").alpha(80, 60), 51);
     EXPECT_EQ(obj("Kd 1 1 1\nmap_Kd a.png\nmap_d d.png\n").alpha(80, 60), 128);
     EXPECT_EQ(obj("Kd 1 1 1\nd 0.5\nmap_d d.png\n").alpha(80, 60), 64);
+}
+
+// Black to the left, white to the right, and 8 of 255 between two of its 16 columns: with what the
+// manual says, a slope of 16 / 255.
+TEST_F(Textures, BumpsAreSlopes)
+{
+    write("b.png", pngOf(16, 16, [](int x, int) { return Pixel{x * 8, x * 8, x * 8, 255}; }));
+    const auto middle = [&](const std::string& material) {
+        return obj("Kd 1 1 1\n" + material).at(80, 60);
+    };
+    const auto tilted = [&](double slope) {
+        const Image image = obj("Kd 1 1 1\n", {-slope, 0, 1});
+        return image.at(80, 60);
+    };
+    expectNear(middle("map_Bump b.png\n"), tilted(16 / 255.0), 1, "as it is");
+    expectNear(middle("map_Bump -bm 6 b.png\n"), tilted(6 * 16 / 255.0), 1, "six times");
+    EXPECT_GT(std::abs(tilted(6 * 16 / 255.0)[0] - tilted(0)[0]), 5);
+}
+
+std::string chunk(int id, const std::string& data)
+{
+    const auto size = static_cast<std::uint32_t>(data.size() + 6);
+    return zebtest::bytesOf<std::uint16_t>({static_cast<std::uint16_t>(id)}) +
+           zebtest::bytesOf<std::uint32_t>({size}) + data;
+}
+
+// A plate of 3DS whose picture covers the middle third of it each way.
+std::string plate3ds(std::uint16_t tiling)
+{
+    using zebtest::bytesOf;
+    const auto text = [](const char* name) { return std::string(name) + '\0'; };
+    const auto counted = [](std::uint16_t count) { return bytesOf<std::uint16_t>({count}); };
+    const std::string white =
+        chunk(0xA020, chunk(0x0011, "\xFF\xFF\xFF")) + chunk(0xA084, chunk(0x0030, counted(100)));
+    const std::string map =
+        chunk(0xA200, chunk(0xA300, text("a.png")) + chunk(0xA351, counted(tiling)));
+    const std::string paint = chunk(0xAFFF, chunk(0xA000, text("paint")) + white + map);
+    const std::string points =
+        counted(4) + bytesOf<float>({-1, -1, 0, 1, -1, 0, 1, 1, 0, -1, 1, 0});
+    const std::string faces =
+        counted(2) + bytesOf<std::uint16_t>({0, 1, 2, 7, 0, 2, 3, 7}) +
+        chunk(0x4130, text("paint") + counted(2) + bytesOf<std::uint16_t>({0, 1}));
+    const std::string places = counted(4) + bytesOf<float>({-1, -1, 2, -1, 2, 2, -1, 2});
+    const std::string mesh =
+        chunk(0x4100, chunk(0x4110, points) + chunk(0x4120, faces) + chunk(0x4140, places));
+    return chunk(0x4D4D, chunk(0x3D3D, paint + chunk(0x4000, text("plate") + mesh)));
+}
+
+// What does not go on leaves white.
+TEST_F(Textures, PicturesThatEndAreSeenOnce)
+{
+    write("a.png", pngOf({0, 0, 255, 255}));
+    const auto at = [&](std::uint16_t tiling, double x, double y) {
+        const Image image(render(write("plate.3ds", plate3ds(tiling)),
+                                 {"--view", "0,0", "--fov", "1", "--up", "y"}));
+        return plateAt(image, x, y)[0] > 128 ? "bare" : "blue";
+    };
+    for (const auto& [x, y] : {std::pair{0.15, 0.5}, {0.5, 0.15}, {0.85, 0.85}}) {
+        EXPECT_STREQ(at(0x10, x, y), "bare");
+        EXPECT_STREQ(at(0, x, y), "blue");
+    }
+    EXPECT_STREQ(at(0x10, 0.5, 0.5), "blue");
+    EXPECT_STREQ(at(0x10, 0.36, 0.64), "blue");
 }
 
 }  // namespace
