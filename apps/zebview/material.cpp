@@ -84,6 +84,7 @@ public:
     {
         const auto texture = readTexture(fScene, fMesh, fSource, type);
         if (!texture) return {};
+        if (texture->hidesAlpha && meaning == Meaning::kPaint) meaning = Meaning::kColor;
         return {*texture, fImages.find(*texture, meaning)};
     }
     float number(const char* key, aiTextureType type) const
@@ -129,7 +130,6 @@ void readGltf(const aiMaterial& source, Material& material)
     source.Get(AI_MATKEY_COLOR_DIFFUSE, color);
     const bool masks = mode == aiString("MASK");
     material.blendsVertices = masks || mode == aiString("BLEND");
-    material.colorMapHoldsOpacity = material.blendsVertices;
     if (material.blendsVertices) {
         material.opacity = std::isfinite(color.a) ? std::clamp(color.a, 0.0f, 1.0f) : 1;
     }
@@ -144,8 +144,8 @@ void readGltf(const aiMaterial& source, Material& material)
 
 void readGltfMaps(const MapReader& read, Material& material)
 {
-    const bool blends = material.colorMapHoldsOpacity;
-    material.colorMap = read(aiTextureType_DIFFUSE, blends ? Meaning::kPaint : Meaning::kColor);
+    material.colorMap =
+        read(aiTextureType_DIFFUSE, material.blendsVertices ? Meaning::kPaint : Meaning::kColor);
     if (!material.isLit) return;
     Facets& facets = *material.facets;
     facets.map = facets.isGlossy ? read(aiTextureType_SPECULAR, Meaning::kGloss)
@@ -190,8 +190,8 @@ bool replacesColor(const aiScene& scene)
 void readPhongMaps(const MapReader& read, const aiScene& scene, Material& material)
 {
     material.opacityMap = read(aiTextureType_OPACITY, Meaning::kValues);
-    material.colorMap = read(aiTextureType_DIFFUSE, Meaning::kPaint);
-    material.colorMapHoldsOpacity = !material.opacityMap && !material.colorMap.texture.hidesAlpha;
+    material.colorMap =
+        read(aiTextureType_DIFFUSE, material.opacityMap ? Meaning::kColor : Meaning::kPaint);
     if (material.colorMap && (!material.color || replacesColor(scene))) {
         material.color = Color{1, 1, 1};
     }

@@ -50,7 +50,6 @@ struct Material {
     Color emission{};
 
     Map colorMap, opacityMap, specularMap, emissionMap, normalMap, occlusionMap;
-    bool colorMapHoldsOpacity = false;
     float normalScale = 1, occlusionStrength = 1;
 
     // glTF: the vertices' colours and opacities are factors of the material's.

@@ -151,7 +151,7 @@ void addModelOptions(CLI::App& app, Settings& s)
     app.add_option("--textures", s.textures,
                    "A folder whose textures may be shown, besides those in the model's own folder")
         ->type_name("DIR")
-        ->check(CLI::ExistingDirectory);
+        ->check(CLI::Validator(CLI::ExistingDirectory).description(""));
     app.add_option("--surface", s.surface,
                    "What the model is made of; default as the file says, or plastic")
         ->type_name("NAME")

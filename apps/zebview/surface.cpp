@@ -18,6 +18,9 @@ struct Look {
     bool colored;
 };
 
+// Whether the alpha of a map of color is opacity.
+bool isPaint(const Map& map) { return map.image->channels() == 4; }
+
 // One row of points.
 class Shading
 {
@@ -72,13 +75,13 @@ private:
         std::copy_n(fRow.Os[0], fRow.count, fOpacity);
         if (!fMaterial.colorMap) return;
         const Four texels = lookFour(fMaterial.colorMap);
-        const bool painted = fMaterial.colorMap.image->channels() == 4;
+        const bool painted = isPaint(fMaterial.colorMap);
         for (long k = 0; k < fRow.count; ++k) {
             const float alpha = painted ? texels[3][k] : 1;
             const float factor = alpha > 0 ? 1 / alpha : 0;
             for (std::size_t c = 0; c < 3; ++c) texels[c][k] *= factor;
             for (std::size_t c = 0; c < 3 && fColored; ++c) fColor[c][k] *= texels[c][k];
-            if (fMaterial.colorMapHoldsOpacity) fOpacity[k] *= alpha;
+            fOpacity[k] *= alpha;
         }
         fPicture = {texels[0], texels[1], texels[2]};
     }
@@ -229,8 +232,7 @@ void freeLook(void* data) { delete static_cast<Look*>(data); }
 bool variesInOpacity(const Material& material)
 {
     return material.cutoff || material.opacityMap ||
-           (material.colorMapHoldsOpacity && material.colorMap &&
-            material.colorMap.image->hasAlpha());
+           (material.colorMap && isPaint(material.colorMap) && material.colorMap.image->hasAlpha());
 }
 
 }  // namespace

@@ -284,6 +284,10 @@ TEST_F(Textures, AlphaOfColorsIsOpacityUnlessThereIsAMapOfIt)
     write("d.png", pngOf({128, 128, 128, 255}));
     EXPECT_EQ(obj("Kd 1 1 1\nmap_Kd a.png\n").alpha(80, 60), 51);
     EXPECT_EQ(obj("Kd 1 1 1\nmap_Kd a.png\nmap_d d.png\n").alpha(80, 60), 128);
+    // What the other one hides has a color all the same.
+    write("a.png", pngOf({200, 100, 50, 0}));
+    EXPECT_EQ(obj("Kd 1 1 1\nillum 0\nmap_Kd a.png\nmap_d d.png\n").at(80, 60),
+              (Pixel{200, 100, 50, 128}));
     EXPECT_EQ(obj("Kd 1 1 1\nd 0.5\nmap_d d.png\n").alpha(80, 60), 64);
 }
 
