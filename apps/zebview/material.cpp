@@ -8,7 +8,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <set>
+
+#include "texture_images.h"
 
 namespace zebview
 {
@@ -35,6 +36,13 @@ std::optional<Color> colorNamed(const aiMaterial& material, const char* key)
     return result;
 }
 
+std::string formatOf(const aiScene& scene)
+{
+    aiString format;
+    if (!scene.mMetaData || !scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, format)) return "";
+    return format.C_Str();
+}
+
 bool isBlack(const Color& color) { return color == Color{}; }
 
 // What assimp and its formats give to meshes that have no material: white or a grey, no name. For
@@ -44,10 +52,13 @@ bool isStandIn(const aiScene& scene, const aiMesh& mesh)
     if (holdsLight(scene)) return mesh.mMaterialIndex + 1 == scene.mNumMaterials;
     const aiMaterial& material = *scene.mMaterials[mesh.mMaterialIndex];
     const aiString name = material.GetName();
+    aiString texture;
+    const bool textured = material.Get(AI_MATKEY_TEXTURE_DIFFUSE(0), texture) == aiReturn_SUCCESS &&
+                          std::strncmp(texture.C_Str(), "$texture_dummy", 14) != 0;
     const bool named = name.length > 0 && std::strcmp(name.C_Str(), AI_DEFAULT_MATERIAL_NAME) != 0;
     const auto color = colorNamed(material, "$clr.diffuse");
     const bool grey = color && (*color)[0] == (*color)[1] && (*color)[1] == (*color)[2];
-    return !named && (!color || (grey && (*color)[0] > 0.5f));
+    return !named && !textured && (!color || (grey && (*color)[0] > 0.5f));
 }
 
 bool isUnlit(const aiMaterial& material)
@@ -57,48 +68,101 @@ bool isUnlit(const aiMaterial& material)
            model == aiShadingMode_NoShading;
 }
 
-// The highlight of a microfacet surface as that of "plastic": as wide, and about as bright. What
-// metals would mirror is not there: part of it is made up for by their own dull colour.
-void readPbr(const aiMaterial& source, Material& material)
+// Textures of a material, as far as they can be had.
+class MapReader
 {
-    const float glossiness = number(source, "$mat.glossinessFactor", -1);
-    const bool dielectric = glossiness >= 0;
-    const float metal =
-        dielectric ? 0 : std::clamp(number(source, "$mat.metallicFactor", 1), 0.0f, 1.0f);
-    const float rough = std::clamp(
-        dielectric ? 1 - glossiness : number(source, "$mat.roughnessFactor", 1), 0.05f, 1.0f);
-    const float width = rough * rough * rough * rough;
-    const float exponent = std::max(2 / width - 2, 1.0f);
-    const float peak = std::min((exponent + 2) / 8, 10.0f);
-    const Color base = material.color.value_or(Color{1, 1, 1});
-    const Color facing = (dielectric ? colorNamed(source, "$clr.specular") : std::nullopt)
-                             .value_or(Color{0.04f, 0.04f, 0.04f});
-    material.diffuse *= 1 - metal * (0.7f - 0.5f * rough);
-    material.specular = 1;
-    material.roughness = 1 / exponent;
-    for (std::size_t i = 0; i < 3; ++i) {
-        material.specularColor[i] =
-            std::min(peak * (facing[i] + metal * (base[i] - facing[i])), 1.0f);
+public:
+    MapReader(const aiScene& scene, const aiMesh& mesh, TextureImages& images)
+        : fScene(scene),
+          fMesh(mesh),
+          fSource(*scene.mMaterials[mesh.mMaterialIndex]),
+          fImages(images)
+    {
     }
+
+    Map operator()(aiTextureType type, Meaning meaning) const
+    {
+        const auto texture = readTexture(fScene, fMesh, fSource, type);
+        if (!texture) return {};
+        if (texture->hidesAlpha && meaning == Meaning::kPaint) meaning = Meaning::kColor;
+        return {*texture, fImages.find(*texture, meaning)};
+    }
+    float number(const char* key, aiTextureType type) const
+    {
+        return textureNumber(fSource, key, type, 1);
+    }
+
+private:
+    const aiScene& fScene;
+    const aiMesh& fMesh;
+    const aiMaterial& fSource;
+    TextureImages& fImages;
+};
+
+// A single byte, which assimp itself reads as four.
+bool isTwoSided(const aiMaterial& source)
+{
+    const aiMaterialProperty* property = nullptr;
+    return aiGetMaterialProperty(&source, AI_MATKEY_TWOSIDED, &property) == aiReturn_SUCCESS &&
+           property->mDataLength > 0 && property->mData[0] != 0;
+}
+
+Facets readFacets(const aiMaterial& source)
+{
+    Facets facets;
+    const float glossiness = number(source, "$mat.glossinessFactor", -1);
+    facets.isGlossy = glossiness >= 0;
+    facets.metal = std::clamp(number(source, "$mat.metallicFactor", 1), 0.0f, 1.0f);
+    facets.rough = std::clamp(number(source, "$mat.roughnessFactor", 1), 0.0f, 1.0f);
+    if (facets.isGlossy) {
+        facets.metal = 0;
+        facets.rough = std::clamp(1 - glossiness, 0.0f, 1.0f);
+        facets.facing = colorNamed(source, "$clr.specular").value_or(Color{1, 1, 1});
+    }
+    return facets;
 }
 
 void readGltf(const aiMaterial& source, Material& material)
 {
     aiString mode;
     source.Get(AI_MATKEY_GLTF_ALPHAMODE, mode);
-    const float alpha = std::clamp(number(source, "$mat.opacity", 1), 0.0f, 1.0f);
-    material.blendsVertices = mode == aiString("BLEND");
-    if (material.blendsVertices) material.opacity = alpha;
-    if (mode == aiString("MASK")) {
-        material.opacity = alpha < number(source, "$mat.gltf.alphaCutoff", 0.5f) ? 0 : 1;
+    aiColor4D color;
+    source.Get(AI_MATKEY_COLOR_DIFFUSE, color);
+    const bool masks = mode == aiString("MASK");
+    material.blendsVertices = masks || mode == aiString("BLEND");
+    if (material.blendsVertices) {
+        material.opacity = std::isfinite(color.a) ? std::clamp(color.a, 0.0f, 1.0f) : 1;
     }
-    readPbr(source, material);
+    if (masks) material.cutoff = number(source, "$mat.gltf.alphaCutoff", 0.5f);
+    material.facets = readFacets(source);
+    material.showsBacks = isTwoSided(source);
+    if (!material.isLit) return;
+    material.emission = colorNamed(source, "$clr.emissive").value_or(Color{});
+    const float strength = number(source, "$mat.emissiveIntensity", 1);
+    for (float& c : material.emission) c *= std::clamp(strength, 0.0f, 1e6f);
+}
+
+void readGltfMaps(const MapReader& read, Material& material)
+{
+    material.colorMap =
+        read(aiTextureType_DIFFUSE, material.blendsVertices ? Meaning::kPaint : Meaning::kColor);
+    if (!material.isLit) return;
+    Facets& facets = *material.facets;
+    facets.map = facets.isGlossy ? read(aiTextureType_SPECULAR, Meaning::kGloss)
+                                 : read(aiTextureType_UNKNOWN, Meaning::kValues);
+    material.normalMap = read(aiTextureType_NORMALS, Meaning::kNormals);
+    material.normalScale = read.number("$tex.scale", aiTextureType_NORMALS);
+    material.emissionMap = read(aiTextureType_EMISSIVE, Meaning::kColor);
+    material.occlusionMap = read(aiTextureType_LIGHTMAP, Meaning::kValues);
+    material.occlusionStrength =
+        std::clamp(read.number("$tex.strength", aiTextureType_LIGHTMAP), 0.0f, 1.0f);
 }
 
 // A highlight where the file names one; none for what has a colour and is not said to shine.
 void readPhong(const aiMaterial& source, Material& material)
 {
     material.opacity = std::clamp(number(source, "$mat.opacity", 1), 0.0f, 1.0f);
+    material.emission = toLight(colorNamed(source, "$clr.emissive").value_or(Color{}));
     // Formats disagree on what the number means, and files on what their formats say.
     if (material.opacity == 0) material.opacity = 1;
     const auto shine = colorNamed(source, "$clr.specular");
@@ -111,64 +175,70 @@ void readPhong(const aiMaterial& source, Material& material)
     material.roughness = 1 / exponent;
 }
 
-std::string counted(std::size_t count, const char* what)
+// Where a texture takes the place of the color, and does not go with it.
+bool replacesColor(const aiScene& scene)
 {
-    return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
+    const std::string format = formatOf(scene);
+    for (const char* const one : {"Autodesk FBX", "Collada", "Discreet 3DS", "ASE"}) {
+        if (format.starts_with(one)) return true;
+    }
+    return false;
+}
+
+// Pictures that hold opacity do so by their alpha; where a material has one of opacity as well,
+// that alone counts.
+void readPhongMaps(const MapReader& read, const aiScene& scene, Material& material)
+{
+    material.opacityMap = read(aiTextureType_OPACITY, Meaning::kValues);
+    material.colorMap =
+        read(aiTextureType_DIFFUSE, material.opacityMap ? Meaning::kColor : Meaning::kPaint);
+    if (material.colorMap && (!material.color || replacesColor(scene))) {
+        material.color = Color{1, 1, 1};
+    }
+    material.emissionMap = read(aiTextureType_EMISSIVE, Meaning::kColor);
+    if (material.emissionMap && isBlack(material.emission)) material.emission = {1, 1, 1};
+    if (!material.isLit) return;
+    material.specularMap = read(aiTextureType_SPECULAR, Meaning::kColor);
+    for (const aiTextureType type : {aiTextureType_NORMALS, aiTextureType_HEIGHT}) {
+        if (material.normalMap) continue;
+        material.normalMap = read(type, Meaning::kNormals);
+        material.normalScale = read.number("$tex.bumpmult", type);
+    }
 }
 
 }  // namespace
 
-bool holdsLight(const aiScene& scene)
+bool holdsLight(const aiScene& scene) { return formatOf(scene).starts_with("glTF2"); }
+
+std::vector<const Map*> Material::maps() const
 {
-    aiString format;
-    return scene.mMetaData && scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, format) &&
-           std::strncmp(format.C_Str(), "glTF2", 5) == 0;
+    std::vector<const Map*> all{&colorMap,    &opacityMap, &specularMap,
+                                &emissionMap, &normalMap,  &occlusionMap};
+    if (facets) all.push_back(&facets->map);
+    std::erase_if(all, [](const Map* map) { return !*map; });
+    return all;
 }
 
-Material readMaterial(const aiScene& scene, const aiMesh& mesh)
+Material readMaterial(const aiScene& scene, const aiMesh& mesh, TextureImages* images)
 {
     Material material;
     material.tintsVertices = holdsLight(scene);
     if (mesh.mMaterialIndex >= scene.mNumMaterials || isStandIn(scene, mesh)) return material;
     const aiMaterial& source = *scene.mMaterials[mesh.mMaterialIndex];
     material.color = colorNamed(source, "$clr.diffuse");
-    // Black only gives way to a texture.
-    const bool textured = source.GetTextureCount(aiTextureType_DIFFUSE) > 0;
-    if (textured && material.color && isBlack(*material.color)) material.color.reset();
     material.isLit = !isUnlit(source);
     if (material.tintsVertices) {
         readGltf(source, material);
-    } else {
-        if (material.color) material.color = toLight(*material.color);
-        readPhong(source, material);
+        if (images) readGltfMaps({scene, mesh, *images}, material);
+        return material;
     }
+    // Black only gives way to a texture.
+    const bool textured = source.GetTextureCount(aiTextureType_DIFFUSE) > 0;
+    if (textured && material.color && isBlack(*material.color)) material.color.reset();
+    if (material.color) material.color = toLight(*material.color);
+    readPhong(source, material);
+    if (images) readPhongMaps({scene, mesh, *images}, scene, material);
     return material;
-}
-
-std::string whatIsNotShown(const aiScene& scene)
-{
-    std::set<unsigned> used;
-    for (unsigned i = 0; i < scene.mNumMeshes; ++i) used.insert(scene.mMeshes[i]->mMaterialIndex);
-    std::set<std::string> textures, transparency;
-    for (const unsigned index : used) {
-        if (index >= scene.mNumMaterials) continue;
-        const aiMaterial& material = *scene.mMaterials[index];
-        for (int type = 1; type <= AI_TEXTURE_TYPE_MAX; ++type) {
-            const auto kind = static_cast<aiTextureType>(type);
-            for (unsigned i = 0; i < material.GetTextureCount(kind); ++i) {
-                aiString path;
-                if (material.GetTexture(kind, i, &path) != aiReturn_SUCCESS) continue;
-                (kind == aiTextureType_OPACITY ? transparency : textures).insert(path.C_Str());
-            }
-        }
-    }
-    const std::size_t count = textures.size() + transparency.size();
-    if (count == 0) return "";
-    std::string text;
-    if (!textures.empty()) text = counted(textures.size(), "texture");
-    if (!textures.empty() && !transparency.empty()) text += " and ";
-    if (!transparency.empty()) text += counted(transparency.size(), "transparency map");
-    return text + (count == 1 ? " is not shown" : " are not shown");
 }
 
 }  // namespace zebview

@@ -3,6 +3,7 @@
 #include <assimp/mesh.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "faces.h"
 #include "smoothing.h"
@@ -71,7 +72,11 @@ class VertexCollector
 {
 public:
     VertexCollector(const aiMesh& source, const std::vector<Vector>& points, Mesh& mesh)
-        : fSource(source), fPoints(points), fMesh(mesh), fFirst(points.size(), -1)
+        : fSource(source),
+          fPoints(points),
+          fMesh(mesh),
+          fMaps(mesh.material.maps()),
+          fFirst(points.size(), -1)
     {
     }
 
@@ -83,6 +88,7 @@ public:
         append(fMesh.points, fPoints[index]);
         append(fMesh.normals, normal);
         if (fSource.HasVertexColors(0)) appendColor(fSource.mColors[0][index]);
+        for (const Map* const map : fMaps) appendPlace(map->texture.channel, index);
         if (first < 0) first = added;
         return added;
     }
@@ -91,6 +97,16 @@ private:
     static void append(std::vector<float>& list, const Vector& v)
     {
         for (const double value : {v.x, v.y, v.z}) list.push_back(static_cast<float>(value));
+    }
+    // Once, whichever maps share the channel.
+    void appendPlace(unsigned channel, std::uint32_t index)
+    {
+        std::vector<float>& pairs = fMesh.coordinates[channel];
+        if (pairs.size() / 2 == fMesh.vertexCount()) return;
+        const aiVector3D& place = fSource.mTextureCoords[channel][index];
+        for (const float value : {place.x, place.y}) {
+            pairs.push_back(std::isfinite(value) ? value : 0);
+        }
     }
     void appendColor(const aiColor4D& c)
     {
@@ -113,6 +129,7 @@ private:
     const aiMesh& fSource;
     const std::vector<Vector>& fPoints;
     Mesh& fMesh;
+    const std::vector<const Map*> fMaps;
     std::vector<long> fFirst;
 };
 
@@ -129,6 +146,7 @@ Mesh buildMesh(const aiMesh& source, const std::vector<Vector>& points, const Ma
 {
     Mesh mesh;
     mesh.material = material;
+    mesh.isMirrored = toWorld.Determinant() < 0;
     Faces faces(source, points);
     std::vector<Vector> normals;
     if (!facets) normals = fileNormals(source, toWorld, faces);

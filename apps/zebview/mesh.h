@@ -1,6 +1,7 @@
 // One mesh of a model, ready to be handed to the renderer.
 #pragma once
 
+#include <array>
 #include <vector>
 
 #include "material.h"
@@ -21,11 +22,15 @@ struct Mesh {
     std::vector<float> normals;  // three a vertex, on the side of every face's winding
     // Three a vertex, light; or none.
     std::vector<float> colors, opacities;
+    // Of the channels that the material needs: two a vertex, y upwards. Of others none.
+    std::array<std::vector<float>, 8> coordinates;
     FaceList convex, concave;
     // Concave faces that look the same without normals, and better if their outline crosses
     // itself: then parts of them are wound the other way.
     FaceList flatConcave;
     Material material;
+    // The front of its faces is where their winding runs clockwise.
+    bool isMirrored = false;
 
     std::size_t vertexCount() const { return points.size() / 3; }
 };

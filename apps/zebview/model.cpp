@@ -2,6 +2,7 @@
 
 #include <assimp/commonMetaData.h>
 #include <assimp/config.h>
+#include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
 #include <algorithm>
@@ -16,6 +17,7 @@
 
 #include "failure.h"
 #include "material.h"
+#include "texture_images.h"
 
 namespace zebview
 {
@@ -186,7 +188,7 @@ Box boundingBox(const std::vector<Placement>& meshes)
     return box;
 }
 
-Model buildModel(const aiScene& scene, const Settings& settings)
+Model buildModel(const aiScene& scene, const std::string& name, const Settings& settings)
 {
     const Matrix back = formatOf(scene).turned ? upright("z").Inverse() : Matrix();
     Place place{upright(upAxis(scene, settings.up)) * back, {}, 1};
@@ -201,16 +203,19 @@ Model buildModel(const aiScene& scene, const Settings& settings)
     Model model;
     if (!(place.radius > 0)) return model;
     if (!std::isfinite(place.radius)) throw Failure("it is too large");
+    TextureImages images(scene, name, settings.textures);
+    const bool textured = settings.surface.empty() && !settings.listsCameras();
     for (const auto& [source, toWorld] : meshes) {
         std::vector<Vector> points(source->mNumVertices);
         for (unsigned i = 0; i < source->mNumVertices; ++i) {
             points[i] = place.point(placed(source->mVertices[i], toWorld));
         }
-        Mesh mesh = buildMesh(*source, points, toWorld, facets, readMaterial(scene, *source));
+        Mesh mesh = buildMesh(*source, points, toWorld, facets,
+                              readMaterial(scene, *source, textured ? &images : nullptr));
         if (mesh.vertexCount() > 0) model.meshes.push_back(std::move(mesh));
     }
     if (formatOf(scene).hasStage) model.stage = readStage(scene, place);
-    model.notShown = whatIsNotShown(scene);
+    if (textured) model.notShown = whatIsNotShown(scene);
     return model;
 }
 
@@ -236,9 +241,9 @@ Model loadModel(const std::string& name, const Settings& settings)
         if (!settings.up.empty()) {
             importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_IGNORE_UP_DIRECTION, true);
         }
-        const aiScene* scene = importer.ReadFile(name, 0);
+        const aiScene* scene = importer.ReadFile(name, aiProcess_GenUVCoords);
         if (!scene) throw Failure(std::string("cannot be read: ") + importer.GetErrorString());
-        Model model = buildModel(*scene, settings);
+        Model model = buildModel(*scene, name, settings);
         if (model.meshes.empty()) throw Failure("it has no polygons");
         checkStage(model.stage, settings);
         return model;

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "surface.h"
+#include "texture_lookup.h"
 #include "zebcore/zebcore.h"
 
 namespace zebview
@@ -110,6 +112,8 @@ void setSurface(const Material& material, const Settings& settings)
         zebSurface(zebQuark("metal"), zebQuark("ks"), &shine, zebQuark("roughness"), &dull, 0);
     } else if (!settings.surface.empty()) {
         zebSurface(zebQuark(settings.surface.c_str()), 0);
+    } else if (needsFunction(material)) {
+        setFunction(material, !settings.color);
     } else if (material.isLit) {
         setPlastic(material);
     } else {
@@ -125,11 +129,12 @@ struct Parameters {
     std::vector<void*> values;
 
     // The library takes values as pointers to what it does not change.
-    void add(const char* name, const std::vector<float>& list)
+    void add(unsigned short token, const std::vector<float>& list)
     {
-        tokens.push_back(zebQuark(name));
+        tokens.push_back(token);
         values.push_back(const_cast<float*>(list.data()));
     }
+    void add(const char* name, const std::vector<float>& list) { add(zebQuark(name), list); }
     long count() const { return static_cast<long>(tokens.size()); }
 };
 
@@ -162,13 +167,21 @@ void addMesh(const Mesh& mesh, const Settings& settings)
     const Color color =
         settings.color ? toLight(*settings.color) : mesh.material.color.value_or(kDefaultColor);
     zebColor(color.data());
-    const float opacity = mesh.material.opacity;
+    const bool byFunction = settings.surface.empty() && needsFunction(mesh.material);
+    const float opacity = byFunction ? mesh.material.opacity : mesh.material.plainOpacity();
     zebOpacity(Color{opacity, opacity, opacity}.data());
     Parameters list;
     list.add("point", mesh.points);
     if (!settings.color && !mesh.colors.empty()) list.add("color", mesh.colors);
     if (!mesh.opacities.empty()) list.add("opacity", mesh.opacities);
+    for (unsigned channel = 0; byFunction && channel < mesh.coordinates.size(); ++channel) {
+        const std::vector<float>& pairs = mesh.coordinates[channel];
+        if (!pairs.empty()) list.add(coordinateToken(channel), pairs);
+    }
     setSurface(mesh.material, settings);
+    // Of materials that do not count nothing is known.
+    zebBackface(mesh.material.showsBacks || !settings.surface.empty() ? 2 : 1);
+    zebOrientation(mesh.isMirrored ? ZEB_INSIDE : ZEB_OUTSIDE);
     addConcave(mesh.flatConcave, list);
     list.add("normal", mesh.normals);
     addConvex(mesh.convex, list);

@@ -148,6 +148,10 @@ void addModelOptions(CLI::App& app, Settings& s)
                    "Blender files, y for others")
         ->type_name("AXIS")
         ->check(CLI::IsMember({"x", "y", "z", "-x", "-y", "-z"}));
+    app.add_option("--textures", s.textures,
+                   "A folder whose textures may be shown, besides those in the model's own folder")
+        ->type_name("DIR")
+        ->check(CLI::Validator(CLI::ExistingDirectory).description(""));
     app.add_option("--surface", s.surface,
                    "What the model is made of; default as the file says, or plastic")
         ->type_name("NAME")

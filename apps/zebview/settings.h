@@ -40,8 +40,9 @@ struct Settings {
     std::string camera;          // of the file; "list": none is used, they are listed
     std::optional<Light> light;  // unset: the file's with a camera of it, if it has any
     Fit fit = Fit::kTight;
-    std::string up;       // an axis such as "y" or "-z"; empty: as the file says
-    std::string surface;  // empty: as the materials of the file say
+    std::string up;        // an axis such as "y" or "-z"; empty: as the file says
+    std::string textures;  // a folder that they may be in as well
+    std::string surface;   // empty: as the materials of the file say
     // As they are shown.
     std::optional<Color> color;       // unset: the model's own
     std::optional<Color> background;  // unset: transparent

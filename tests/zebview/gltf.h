@@ -38,34 +38,51 @@ std::string bytesOf(const std::vector<Value>& values)
 
 struct GltfPlate {
     std::string material = "{}";
-    std::vector<float> colors{};  // four a corner, from the lower left to the left, or none
-    std::string nodes{};          // more of them, each with a comma before it
-    std::string nodeList{};       // and their numbers, from 1
-    std::string extra{};          // further members of the file, each with a comma before it
+    std::vector<float> colors{};       // four a corner, from the lower left to the left, or none
+    std::string nodes{};               // more of them, each with a comma before it
+    std::string nodeList{};            // and their numbers, from 1
+    std::string extra{};               // further members of the file, each with a comma before it
+    std::vector<float> places{};       // of a texture: two a corner, the second downwards, or none
+    std::vector<float> otherPlaces{};  // in the second channel
+    std::vector<float> normals{};      // three a corner, or none
 
     std::string text() const
     {
-        const std::string points = bytesOf<float>({-1, -1, 0, 1, -1, 0, 1, 1, 0, -1, 1, 0});
-        const std::string indices = bytesOf<std::uint16_t>({0, 1, 2, 0, 2, 3});
-        const std::string data = points + indices + bytesOf(colors);
+        std::string data, views, accessors, attributes;
+        int count = 0;
+        const auto add = [&](const std::string& bytes, const std::string& accessor) {
+            const char* const comma = count == 0 ? "" : ",";
+            views += comma + std::string(R"({"buffer":0,"byteOffset":)") +
+                     std::to_string(data.size()) + R"(,"byteLength":)" +
+                     std::to_string(bytes.size()) + '}';
+            accessors += comma + std::string(R"({"bufferView":)") + std::to_string(count++) + ',' +
+                         accessor + '}';
+            data += bytes;
+        };
+        const auto addCorners = [&](const char* name, const std::vector<float>& values,
+                                    const char* type) {
+            if (values.empty()) return;
+            attributes += std::string(",\"") + name + "\":" + std::to_string(count);
+            add(bytesOf(values),
+                std::string(R"("componentType":5126,"count":4,"type":")") + type + '"');
+        };
+        add(bytesOf<float>({-1, -1, 0, 1, -1, 0, 1, 1, 0, -1, 1, 0}),
+            R"("componentType":5126,"count":4,"type":"VEC3","min":[-1,-1,0],"max":[1,1,0])");
+        add(bytesOf<std::uint16_t>({0, 1, 2, 0, 2, 3}),
+            R"("componentType":5123,"count":6,"type":"SCALAR")");
+        addCorners("COLOR_0", colors, "VEC4");
+        addCorners("TEXCOORD_0", places, "VEC2");
+        addCorners("TEXCOORD_1", otherPlaces, "VEC2");
+        addCorners("NORMAL", normals, "VEC3");
         std::ostringstream text;
         text << R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0)" << nodeList
              << R"(]}],"nodes":[{"mesh":0})" << nodes
-             << R"(],"meshes":[{"primitives":[{"attributes":{"POSITION":0)"
-             << (colors.empty() ? "" : R"(,"COLOR_0":2)")
+             << R"(],"meshes":[{"primitives":[{"attributes":{"POSITION":0)" << attributes
              << R"(},"indices":1,"material":0}]}],"materials":[)" << material
              << R"(],"buffers":[{"byteLength":)" << data.size()
              << R"(,"uri":"data:application/octet-stream;base64,)" << base64(data)
-             << R"("}],"bufferViews":[{"buffer":0,"byteOffset":0,"byteLength":48},)"
-             << R"({"buffer":0,"byteOffset":48,"byteLength":12})";
-        if (!colors.empty()) text << R"(,{"buffer":0,"byteOffset":60,"byteLength":64})";
-        text << R"(],"accessors":[{"bufferView":0,"componentType":5126,"count":4,"type":"VEC3",)"
-             << R"("min":[-1,-1,0],"max":[1,1,0]},)"
-             << R"({"bufferView":1,"componentType":5123,"count":6,"type":"SCALAR"})";
-        if (!colors.empty()) {
-            text << R"(,{"bufferView":2,"componentType":5126,"count":4,"type":"VEC4"})";
-        }
-        text << ']' << extra << '}';
+             << R"("}],"bufferViews":[)" << views << R"(],"accessors":[)" << accessors << ']'
+             << extra << '}';
         return text.str();
     }
 };

@@ -49,7 +49,7 @@ TEST_F(Lights, OfTheCameraAreTheDefault)
     EXPECT_FALSE(ball({"--light", "model"}) == ball({}));
 }
 
-// A plate of white glTF, with lights and cameras at nodes from 1 on.
+// A plate of white glTF, with lights at nodes from 1 on, or with cameras, which see both its sides.
 class Stage : public zebtest::Zebview
 {
 protected:
@@ -76,7 +76,7 @@ protected:
     }
     std::string withCameras(const std::vector<Part>& cameras) const
     {
-        GltfPlate plate{"{}"};
+        GltfPlate plate{R"({"doubleSided":true})"};
         std::string list;
         for (std::size_t i = 0; i < cameras.size(); ++i) {
             plate.nodes.append(",{\"camera\":").append(std::to_string(i));

@@ -1,0 +1,21 @@
+// Surfaces of tiny mirrors, as glTF describes them.
+#pragma once
+
+#include "row.h"
+
+namespace zebview
+{
+
+// At each point of a row.
+struct FacetPlanes {
+    Planes N, V;      // of unit length: the normal on the eye's side, and to the eye
+    Planes albedo;    // what is scattered
+    Planes facing;    // what is mirrored of light that comes straight at the surface
+    float* rough;     // 0 to 1
+    float* openness;  // how much arrives from around
+};
+
+// result  set: the light that goes to the eye
+void lightFacets(const ZebRow& row, const FacetPlanes& facets, const Planes& result);
+
+}  // namespace zebview

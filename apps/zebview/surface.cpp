@@ -1,0 +1,254 @@
+#include "surface.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "microfacet.h"
+#include "texture_images.h"
+#include "texture_lookup.h"
+
+namespace zebview
+{
+
+namespace
+{
+
+struct Look {
+    Material material;
+    bool colored;
+};
+
+// Whether the alpha of a map of color is opacity.
+bool isPaint(const Map& map) { return map.image->channels() == 4; }
+
+// One row of points.
+class Shading
+{
+public:
+    Shading(const Look& look, ZebRow& row)
+        : fMaterial(look.material), fColored(look.colored), fRow(row), fLight(newPlanes(row))
+    {
+    }
+
+    void shade()
+    {
+        findColor();
+        findOpacity();
+        if (!fMaterial.isLit) {
+            fLight = fColor;
+        } else if (fMaterial.facets) {
+            shadeFacets(*fMaterial.facets);
+        } else {
+            shadePlastic();
+        }
+        addEmission();
+        for (std::size_t c = 0; c < 3; ++c) {
+            for (long k = 0; k < fRow.count; ++k) {
+                fRow.Oi[c][k] = fOpacity[k];
+                fRow.Ci[c][k] = fOpacity[k] * fLight[c][k];
+            }
+        }
+    }
+
+private:
+    using Four = std::array<float*, 4>;
+
+    Four lookFour(const Map& map) const
+    {
+        const Planes color = newPlanes(fRow);
+        const Four result{color[0], color[1], color[2], zebRowPlane(&fRow)};
+        look(fRow, map, result.data());
+        return result;
+    }
+    Planes lookColor(const Map& map) const
+    {
+        const Planes result = newPlanes(fRow);
+        look(fRow, map, result.data());
+        return result;
+    }
+
+    void findColor()
+    {
+        fColor = newPlanes(fRow);
+        for (std::size_t c = 0; c < 3; ++c) std::copy_n(fRow.Cs[c], fRow.count, fColor[c]);
+        fOpacity = zebRowPlane(&fRow);
+        std::copy_n(fRow.Os[0], fRow.count, fOpacity);
+        if (!fMaterial.colorMap) return;
+        const Four texels = lookFour(fMaterial.colorMap);
+        const bool painted = isPaint(fMaterial.colorMap);
+        for (long k = 0; k < fRow.count; ++k) {
+            const float alpha = painted ? texels[3][k] : 1;
+            const float factor = alpha > 0 ? 1 / alpha : 0;
+            for (std::size_t c = 0; c < 3; ++c) texels[c][k] *= factor;
+            for (std::size_t c = 0; c < 3 && fColored; ++c) fColor[c][k] *= texels[c][k];
+            fOpacity[k] *= alpha;
+        }
+        fPicture = {texels[0], texels[1], texels[2]};
+    }
+
+    void findOpacity()
+    {
+        const Map& map = fMaterial.opacityMap;
+        if (map) {
+            const Four texels = lookFour(map);
+            for (long k = 0; k < fRow.count; ++k) {
+                const float value = map.image->hasAlpha()
+                                        ? texels[3][k]
+                                        : (texels[0][k] + texels[1][k] + texels[2][k]) / 3;
+                fOpacity[k] *= map.texture.isInverted ? 1 - value : value;
+            }
+        }
+        if (!fMaterial.cutoff) return;
+        for (long k = 0; k < fRow.count; ++k) {
+            fOpacity[k] = fOpacity[k] >= *fMaterial.cutoff ? 1.0f : 0.0f;
+        }
+    }
+
+    // Times the sign, of unit length.
+    Planes unit(float* const* vectors, float sign) const
+    {
+        const Planes result = newPlanes(fRow);
+        for (long k = 0; k < fRow.count; ++k) {
+            const float x = vectors[0][k], y = vectors[1][k], z = vectors[2][k];
+            const float length = std::sqrt(x * x + y * y + z * z);
+            const float factor = length > 0 ? sign / length : 0;
+            result[0][k] = factor * x;
+            result[1][k] = factor * y;
+            result[2][k] = factor * z;
+        }
+        return result;
+    }
+    Planes findView() const { return unit(fRow.I, -1); }
+
+    // On the eye's side, of unit length. What bends them is about their own side.
+    Planes findNormals() const
+    {
+        const Planes result = unit(fRow.N, 1);
+        if (fMaterial.normalMap) {
+            bendNormals(fRow, fMaterial.normalMap, fMaterial.normalScale, result);
+        }
+        zebRowFacing(&fRow, result.data(), result.data());
+        return result;
+    }
+
+    // As the built-in surface does.
+    void shadePlastic()
+    {
+        const Planes normals = findNormals(), view = findView();
+        const Planes ambient = newPlanes(fRow), diffuse = newPlanes(fRow);
+        const Planes specular = newPlanes(fRow);
+        zebRowAmbient(&fRow, ambient.data());
+        zebRowDiffuse(&fRow, normals.data(), diffuse.data());
+        if (fMaterial.specular > 0) {
+            zebRowSpecular(&fRow, normals.data(), view.data(), fMaterial.roughness,
+                           specular.data());
+        }
+        if (fMaterial.specularMap) {
+            const Planes texels = lookColor(fMaterial.specularMap);
+            for (std::size_t c = 0; c < 3; ++c) {
+                for (long k = 0; k < fRow.count; ++k) specular[c][k] *= texels[c][k];
+            }
+        }
+        for (std::size_t c = 0; c < 3; ++c) {
+            const float shine = fMaterial.specular * fMaterial.specularColor[c];
+            for (long k = 0; k < fRow.count; ++k) {
+                fLight[c][k] = fColor[c][k] * (ambient[c][k] + fMaterial.diffuse * diffuse[c][k]) +
+                               shine * specular[c][k];
+            }
+        }
+    }
+
+    void shadeFacets(const Facets& facets)
+    {
+        const FacetPlanes planes{findNormals(),   findView(),         newPlanes(fRow),
+                                 newPlanes(fRow), zebRowPlane(&fRow), zebRowPlane(&fRow)};
+        Four texels{};
+        if (facets.map) texels = lookFour(facets.map);
+        for (long k = 0; k < fRow.count; ++k) {
+            if (facets.isGlossy) {
+                findGloss(facets, texels, k, planes);
+            } else {
+                findMetal(facets, texels, k, planes);
+            }
+        }
+        std::fill_n(planes.openness, fRow.count, 1.0f);
+        if (fMaterial.occlusionMap) {
+            const Four open = lookFour(fMaterial.occlusionMap);
+            for (long k = 0; k < fRow.count; ++k) {
+                planes.openness[k] += fMaterial.occlusionStrength * (open[0][k] - 1);
+            }
+        }
+        lightFacets(fRow, planes, fLight);
+    }
+
+    // Roughness is in the map's green, metal in its blue.
+    void findMetal(const Facets& facets, const Four& texels, long k, const FacetPlanes& out) const
+    {
+        const float metal = facets.metal * (texels[2] ? texels[2][k] : 1);
+        out.rough[k] = facets.rough * (texels[1] ? texels[1][k] : 1);
+        for (std::size_t c = 0; c < 3; ++c) {
+            const float color = fColor[c][k];
+            out.albedo[c][k] = color * (1 - metal);
+            out.facing[c][k] = facets.facing[c] + metal * (color - facets.facing[c]);
+        }
+    }
+
+    void findGloss(const Facets& facets, const Four& texels, long k, const FacetPlanes& out) const
+    {
+        out.rough[k] = 1 - (1 - facets.rough) * (texels[3] ? texels[3][k] : 1);
+        float most = 0;
+        for (std::size_t c = 0; c < 3; ++c) {
+            out.facing[c][k] = facets.facing[c] * (texels[c] ? texels[c][k] : 1);
+            most = std::max(most, out.facing[c][k]);
+        }
+        for (std::size_t c = 0; c < 3; ++c) out.albedo[c][k] = fColor[c][k] * (1 - most);
+    }
+
+    // A picture of the color alone is one of what shines, too, but in glTF.
+    void addEmission()
+    {
+        Planes texels = fMaterial.facets ? Planes{} : fPicture;
+        if (fMaterial.emissionMap) texels = lookColor(fMaterial.emissionMap);
+        for (std::size_t c = 0; c < 3; ++c) {
+            const float own = fMaterial.emission[c];
+            if (own == 0) continue;
+            for (long k = 0; k < fRow.count; ++k) {
+                fLight[c][k] += own * (texels[c] ? texels[c][k] : 1);
+            }
+        }
+    }
+
+    const Material& fMaterial;
+    const bool fColored;
+    ZebRow& fRow;
+    Planes fColor{}, fPicture{}, fLight;
+    float* fOpacity = nullptr;
+};
+
+void shadeRow(void* data, ZebRow* row) { Shading(*static_cast<const Look*>(data), *row).shade(); }
+
+void freeLook(void* data) { delete static_cast<Look*>(data); }
+
+bool variesInOpacity(const Material& material)
+{
+    return material.cutoff || material.opacityMap ||
+           (material.colorMap && isPaint(material.colorMap) && material.colorMap.image->hasAlpha());
+}
+
+}  // namespace
+
+bool needsFunction(const Material& material)
+{
+    return !material.maps().empty() || (material.facets && material.isLit) || material.cutoff ||
+           material.emission != Color{};
+}
+
+void setFunction(const Material& material, bool colored)
+{
+    for (const Map* const map : material.maps()) coordinateToken(map->texture.channel);
+    const long flags = ZEB_SHADE_ANYWHERE | (variesInOpacity(material) ? ZEB_SHADE_OPACITY : 0);
+    const ZebShader shader{new Look{material, colored}, shadeRow, freeLook, flags};
+    zebCustomSurface(&shader);
+}
+
+}  // namespace zebview
