@@ -94,6 +94,14 @@ def shown(wanted: Progress) -> Iterator[Optional[Callable[[int], Any]]]:
         yield None
 
 
+def size(where: str, width: int, height: int) -> tuple[int, int]:
+    """A picture's size, if there can be such a picture."""
+    width, height = whole(where, "width", width), whole(where, "height", height)
+    if width < 1 or height < 1:
+        raise ValueError(f"{where}: a picture of {width} by {height} pixels is none")
+    return width, height
+
+
 class _PictureWorld(World):
     def __init__(self, picture: "Picture") -> None:
         self._picture = picture
@@ -144,9 +152,7 @@ class Picture(Frame):
     def __init__(self, width: int = 640, height: int = 480, *,
                  samples: Union[float, tuple[float, float]] = 2, gamma: float = 1, threads: int = 0,
                  progress: Progress = None) -> None:
-        self.width, self.height = whole("Picture()", "width", width), whole("Picture()", "height", height)
-        if self.width < 1 or self.height < 1:
-            raise ValueError(f"Picture(): a picture of {width} by {height} pixels is none")
+        self.width, self.height = size("Picture()", width, height)
         self._samples = samples if isinstance(samples, tuple) else (samples, samples)
         self._gamma = gamma
         self._threads = threads
