@@ -17,6 +17,7 @@ import pytest
 import zebcore as zeb
 from zebcore import _options
 
+dask = pytest.importorskip("dask")
 distributed = pytest.importorskip("distributed")
 import zebcore.distributed as zd  # noqa: E402
 
@@ -46,15 +47,22 @@ def threads_client():
 
 def until(holds):
     """Waits for another process; that it never comes is the only way to fail."""
-    for _ in range(6000):
+    for _ in range(3000):
         if holds():
             return
         time.sleep(0.01)
     raise AssertionError("what was waited for has not happened")
 
 
+def open_blocks():
+    from zebcore import _core
+    return len(_core.state.blocks)
+
+
 def nothing_outstanding(client):
+    """Neither with the scheduler nor on workers."""
     until(lambda: client.run_on_scheduler(lambda dask_scheduler: len(dask_scheduler.tasks)) == 0)
+    until(lambda: not any(client.run(open_blocks).values()))
     return True
 
 
@@ -111,8 +119,8 @@ def assert_same(a, b):
 
 @pytest.mark.parametrize("width, height, options", [
     (123, 85, dict(samples=4, gamma=2.2, tile=(48, 36))),
-    (123, 85, dict(samples=(2, 3), tile=(37, 1000))),  # on no borders of buckets
-    (61, 47, dict()),                                   # smaller than a tile
+    (123, 85, dict(samples=1.5, tile=(37, 1000))),  # not on borders of buckets, as such samples show
+    (61, 47, dict(samples=(2, 3))),                 # smaller than a tile
     (5, 3, dict(tile=12)),
 ])
 def test_a_picture_has_the_bits_of_one_made_here(client, width, height, options):
@@ -143,7 +151,7 @@ def wide_filter():
 
 @pytest.mark.parametrize("scene", [mean_depths, other_buckets, wide_filter])
 def test_options_are_the_scenes(client, scene):
-    assert_same(zd.render(scene, 85, 61, client, tile=24), here(scene, 85, 61))
+    assert_same(zd.render(scene, 85, 61, client, tile=24, samples=1.5), here(scene, 85, 61, samples=1.5))
 
 
 def test_what_a_worker_has_rendered_before_does_not_matter(client):
@@ -181,6 +189,7 @@ def test_a_worker_calls_the_first_part_once_and_the_second_for_each_tile(client,
     assert len(calls(tmp_path, "second")) == 12
     first = calls(tmp_path, "first")
     assert len(first) == len(set(first)) and set(first) == set(calls(tmp_path, "second"))
+    assert nothing_outstanding(client)
 
 
 def test_by_default_each_worker_gets_about_ten_tiles(client, tmp_path):
@@ -232,6 +241,15 @@ def test_lost_workers_are_done_without(workers, tmp_path):
 
 
 def test_an_interrupt_drops_what_is_outstanding(client, tmp_path):
+    @zeb.surface
+    def telling(g):
+        (tmp_path / "shaded").touch()
+
+    def scene():
+        zeb.translate(0, 0, 3)
+        zeb.surface_shader(telling)
+        return lambda: zeb.sphere(0.9)
+
     def interrupt():
         until(lambda: len(set(calls(tmp_path, "second"))) == 2)
         os.kill(os.getpid(), signal.SIGINT)
@@ -241,10 +259,31 @@ def test_an_interrupt_drops_what_is_outstanding(client, tmp_path):
     with pytest.raises(KeyboardInterrupt):
         zd.render(held(scene, tmp_path), 96, 72, client, tile=24)
     thread.join()
-    assert nothing_outstanding(client)
+    assert client.run_on_scheduler(lambda dask_scheduler: len(dask_scheduler.tasks)) == 0
     (tmp_path / "go").touch()
+    assert nothing_outstanding(client)
+    # No other tile was begun, and none rendered.
+    assert len(calls(tmp_path, "second")) == 2 and not (tmp_path / "shaded").exists()
     assert_same(zd.render(simple, 48, 48, client, tile=12), here(simple, 48, 48))
-    assert len(calls(tmp_path, "second")) == 2  # no other tile was begun
+
+
+def test_an_interrupt_drops_tiles_that_wait_for_another_in_their_process(threads_client, tmp_path):
+    hand = zd._hand
+    ended = len(hand._ended)
+
+    def interrupt():
+        until(lambda: calls(tmp_path, "second") and hand._thread._work_queue.qsize() == 3)
+        os.kill(os.getpid(), signal.SIGINT)
+        until(lambda: len(hand._ended) > ended)
+        (tmp_path / "go").touch()
+
+    thread = threading.Thread(target=interrupt)
+    thread.start()
+    with pytest.raises(KeyboardInterrupt):
+        zd.render(held(simple, tmp_path), 96, 72, threads_client, tile=24)
+    thread.join()
+    hand._thread.submit(int).result()  # after all that waited
+    assert len(calls(tmp_path, "second")) == 1
 
 
 def wrong_frame():
@@ -468,6 +507,11 @@ def test_a_scene_is_sent_once(client):
         picture = zd.render(heavy, 48, 48, client, tile=12, progress=look)
     assert 4_000_000 < max(sizes) < 5_000_000
     assert_same(picture, here(simple, 48, 48))
+
+
+def test_dask_learns_how_large_a_scene_is_and_prints_none_of_it():
+    pickled = zd._pickled("", "", bytes(100_000))
+    assert dask.sizeof.sizeof(pickled) > 100_000 and len(repr(pickled)) < 100
 
 
 def turned(angle):
