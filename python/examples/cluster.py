@@ -10,7 +10,7 @@ import zebcore as zeb
 import zebcore.distributed
 from distributed import Client
 
-SEEDS = 500
+SEEDS = 300
 
 
 @zeb.surface
@@ -33,7 +33,7 @@ def scene():
             with zeb.attributes(surface=husk, color=(0.25 + 0.65 * out, 0.2 + 0.4 * out**2, 0.12)):
                 zeb.rotate(137.508 * k, 0, 0, 1)
                 zeb.translate(out, 0, 0.25 * (1 - out**2))
-                zeb.scale(0.064, 0.036, 0.05)
+                zeb.scale(0.083, 0.046, 0.06)
                 seed()
     return world
 
