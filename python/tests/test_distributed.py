@@ -19,6 +19,7 @@ from zebcore import _options
 
 dask = pytest.importorskip("dask")
 distributed = pytest.importorskip("distributed")
+import cloudpickle  # noqa: E402
 import zebcore.distributed as zd  # noqa: E402
 
 pytestmark = pytest.mark.filterwarnings("ignore:make_current:DeprecationWarning")  # of the clusters' own
@@ -507,6 +508,21 @@ def test_a_scene_is_sent_once(client):
         picture = zd.render(heavy, 48, 48, client, tile=12, progress=look)
     assert 4_000_000 < max(sizes) < 5_000_000
     assert_same(picture, here(simple, 48, 48))
+
+
+def test_shaders_go_by_name_where_workers_can_import_them():
+    def again(shader):
+        return pickle.loads(zd._pickled("", "", shader).data)
+
+    assert again(stripes) is stripes
+    other = again(zeb.surface(turned, opacity=True))  # not what the name of its function stands for
+    assert (other.kind, other.function, other.sets) == ("surface", turned, ("Ci", "Oi"))
+    here_ = sys.modules[__name__]
+    cloudpickle.register_pickle_by_value(here_)
+    try:
+        assert again(stripes) is not stripes and again(stripes).kind == "surface"
+    finally:
+        cloudpickle.unregister_pickle_by_value(here_)
 
 
 def test_dask_learns_how_large_a_scene_is_and_prints_none_of_it():

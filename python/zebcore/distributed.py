@@ -149,8 +149,8 @@ class _Sheet(Picture):
         return np.ascontiguousarray(self._ready()[part[2] - top:part[3] - top, part[0] - left:part[1] - left])
 
 
-def _to_borders(first: int, end: int, bucket: int, size: int) -> tuple[int, int]:
-    return first // bucket * bucket, min(-(-end // bucket) * bucket, size)
+def _to_borders(first: int, end: int, bucket: int, pixels: int) -> tuple[int, int]:
+    return first // bucket * bucket, min(-(-end // bucket) * bucket, pixels)
 
 
 def _open_scene(sheet: _Sheet, scene: Any, arguments: tuple[Any, ...]) -> _World:
@@ -380,10 +380,10 @@ def render(scene: Callable[[], _World], width: int, height: int, client: Client,
 
     scene     a function that is called in the block of a picture, once on each worker: it sets options
               and the camera, defines objects, and returns a function that fills the world, which is
-              called for each tile. It has to be such as cloudpickle can pickle.
+              called for each tile. Workers get it pickled, by cloudpickle
     client    a `distributed.Client`
-    tile      the size of tiles in pixels, a number or (across, down); by default each worker gets ten.
-              Tiles that don't end on borders of buckets, multiples of 12, cost what they cut
+    tile      the size of tiles in pixels, a number or (across, down); by default each worker gets
+              about ten. Tiles that don't end on borders of buckets, multiples of 12, cost what they cut
     samples, gamma, progress
               as of `Picture`
     threads   how many each worker renders with; as many as the worker has by default
