@@ -9,7 +9,7 @@ if [ $# -ne 2 ]; then
 fi
 here=$(dirname "$0")
 mkdir -p "$2"
-for name in first plot molecule mesh shading; do
+for name in first plot molecule mesh shading cluster; do
     file=$2/python-$name.png
     "$1" "$here/$name.py" "$file" >/dev/null
     convert "$file" -background white -flatten -strip "PNG24:$file.white"

@@ -11,11 +11,12 @@ from pathlib import Path
 import zebcore as zeb
 from mesh import draw, knot, light
 
+WIDTH, HEIGHT = 200, 150
 FRAMES, PER_SECOND = 20, 10
 
 
 def frame(mesh, angle):
-    with zeb.Picture(200, 150, samples=3, gamma=2.2, progress=False) as picture:
+    with zeb.Picture(WIDTH, HEIGHT, samples=3, gamma=2.2, progress=False) as picture:
         zeb.perspective(37)
         zeb.look_at((0, -8, 7.2), (0, 0, -0.1), up=(0, 0, 1))
         with picture.world():
@@ -38,5 +39,7 @@ with tempfile.TemporaryDirectory() as folder:
                    "white", "-alpha", "remove", "-layers", "optimize", str(path)]
     else:
         command = [tool, "-loglevel", "error", "-y", "-framerate", str(PER_SECOND), "-i",
-                   f"{folder}/%03d.png", "-pix_fmt", "yuv420p", str(path)]
+                   f"{folder}/%03d.png", "-filter_complex",
+                   f"color=white:{WIDTH}x{HEIGHT}:{PER_SECOND}[white];[white][0]overlay=shortest=1",
+                   "-pix_fmt", "yuv420p", str(path)]
     subprocess.run(command, check=True)

@@ -1,6 +1,10 @@
 """What a program with types may write; ./dev python has mypy read it."""
+from collections.abc import Callable
+
 import numpy as np
 import zebcore as zeb
+import zebcore.distributed
+from distributed import Client
 from numpy.typing import NDArray
 
 
@@ -36,3 +40,15 @@ def render(width: int) -> NDArray[np.float32]:
             ball()
     picture.save("a.png", bits=16)
     return picture.rgba
+
+
+def ball(size: float) -> Callable[[], None]:
+    zeb.perspective(30)
+    return lambda: zeb.sphere(size)
+
+
+def share(client: Client) -> zeb.Picture:
+    for picture in zebcore.distributed.frames(ball, np.linspace(1, 2), 64, 48, client, ahead=3):
+        picture.save("b.exr")
+    return zebcore.distributed.render(lambda: ball(1), 64, 48, client, tile=(24, 12), gamma=2.2,
+                                      progress=lambda percent: percent > 99)

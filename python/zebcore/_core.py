@@ -75,6 +75,8 @@ class Options:
     samples: int = raw.ZEB_SAMPLES_RGB
     color_one: int = 255
     depth_one: int = 0
+    bucket: tuple[int, int] = (12, 12)
+    cropped: bool = False
 
 
 @dataclass
@@ -93,6 +95,7 @@ class State:
     interrupted: bool = False
     rendering: int = -1  # how many blocks were open when it began
     dead_images: list[int] = field(default_factory=list)
+    hear: Optional[Callable[[type[Warning], str], Any]] = None  # what takes warnings, if not Python
 
 
 state = State()
@@ -119,7 +122,7 @@ def call(function: Any, *arguments: Any) -> Any:
     return result
 
 
-def _where() -> int:
+def where() -> int:
     """How far up the stack the caller of the package is."""
     level, frame = 1, sys._getframe(1)
     while frame.f_back and frame.f_code.co_filename.startswith(_HERE):
@@ -143,7 +146,10 @@ def settle(function: Any) -> None:
     for code, severity, message in reports:
         if severity in (raw.ZEB_INFO, raw.ZEB_WARNING) and code != 0:
             kind = Info if severity == raw.ZEB_INFO else Warning
-            warnings.warn(_spell(code, message), kind, stacklevel=_where())
+            if state.hear is not None:
+                state.hear(kind, _spell(code, message))
+            else:
+                warnings.warn(_spell(code, message), kind, stacklevel=where())
     if not errors:
         return
     code, severity, message = errors[0]

@@ -44,6 +44,7 @@ def image_crop(xmin: float, xmax: float, ymin: float, ymax: float) -> None:
     `Picture.world` takes a part in pixels.
     """
     call(lib.zebImageCrop, *floats_of("image_crop()", xmin=xmin, xmax=xmax, ymin=ymin, ymax=ymax))
+    state.options[-1].cropped = (xmin, xmax, ymin, ymax) != (0, 1, 0, 1)
 
 
 def orthographic() -> None:
@@ -209,6 +210,7 @@ def tune(gridsize: int = 32, width: int = 12, height: int = 12) -> None:
     """Sets the largest side of a grid in micropolygons, and the size of a bucket in pixels."""
     call(lib.zebTune, *(whole("tune()", n, v) for n, v in
                         (("gridsize", gridsize), ("width", width), ("height", height))))
+    state.options[-1].bucket = width, height
 
 
 def quirks(on: bool) -> None:

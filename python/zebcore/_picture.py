@@ -5,7 +5,8 @@ import ctypes as c
 import os
 import sys
 import time
-from collections.abc import Callable
+from collections.abc import Callable, Iterator
+from contextlib import contextmanager
 from pathlib import Path
 from typing import Any, Optional, Union
 
@@ -19,13 +20,16 @@ from .raw import lib
 
 _WORDS = 5  # red, green, blue, alpha, depth
 
-# The pictures that are open, by the number that the library holds of them: where pixels go.
-_open: dict[int, tuple["Picture", int, int]] = {}
+# The pictures that are open, by the number that the library holds of them.
+_open: dict[int, "Picture"] = {}
 _last = 0
+
+# What shows how far a picture is: True, False, None for terminals alone; or a function.
+Progress = Union[bool, None, Callable[[int], Any]]
 
 
 def _open_picture(key: int, name: Optional[bytes], xres: int, yres: int, x: int, y: int) -> None:
-    picture = _open[key][0]
+    picture = _open[key]
     if (xres, yres) == (picture.width, picture.height):
         picture._delivered = True
     else:
@@ -37,9 +41,11 @@ _opened = raw.OpenFunction(_open_picture)
 
 
 def _take_span(key: int, x0: int, x1: int, y: int, words: int) -> None:
-    picture, start, width = _open[key]
-    if x1 < width and y < picture.height:
-        c.memmove(start + (y * width + x0) * 4 * _WORDS, words, (x1 - x0 + 1) * 4 * _WORDS)
+    picture = _open[key]
+    left, right, top, bottom = picture._part
+    if left <= x0 and x1 < right and top <= y < bottom:
+        at = (y - top) * (right - left) + x0 - left
+        c.memmove(picture._address + at * 4 * _WORDS, words, (x1 - x0 + 1) * 4 * _WORDS)
 
 
 _span = raw.SpanFunction(_take_span)
@@ -73,6 +79,29 @@ class _Bar:
             print("\r      \r", end="", file=sys.stderr, flush=True)
 
 
+@contextmanager
+def shown(wanted: Progress) -> Iterator[Optional[Callable[[int], Any]]]:
+    """What is to be called with percentages; None if nothing is."""
+    if callable(wanted):
+        yield wanted
+    elif wanted or (wanted is None and sys.stderr is not None and sys.stderr.isatty()):
+        bar = _Bar()
+        try:
+            yield bar.show
+        finally:
+            bar.close()
+    else:
+        yield None
+
+
+def size(where: str, width: int, height: int) -> tuple[int, int]:
+    """A picture's size, if there can be such a picture."""
+    width, height = whole(where, "width", width), whole(where, "height", height)
+    if width < 1 or height < 1:
+        raise ValueError(f"{where}: a picture of {width} by {height} pixels is none")
+    return width, height
+
+
 class _PictureWorld(World):
     def __init__(self, picture: "Picture") -> None:
         self._picture = picture
@@ -83,19 +112,10 @@ class _PictureWorld(World):
         super()._begin()
 
     def _end(self, failed: bool) -> None:
-        options = state.options[-1]
-        wanted = self._picture._progress
-        bar = None
-        if callable(wanted):
-            options.progress = wanted
-        elif wanted or (wanted is None and sys.stderr is not None and sys.stderr.isatty()):
-            bar = _Bar()
-            options.progress = bar.show
-        try:
+        with shown(self._picture._progress) as show:
+            if show is not None:
+                state.options[-1].progress = show
             super()._end(failed)
-        finally:
-            if bar is not None:
-                bar.close()
 
 
 class Picture(Frame):
@@ -131,18 +151,22 @@ class Picture(Frame):
 
     def __init__(self, width: int = 640, height: int = 480, *,
                  samples: Union[float, tuple[float, float]] = 2, gamma: float = 1, threads: int = 0,
-                 progress: Union[bool, None, Callable[[int], Any]] = None) -> None:
-        self.width, self.height = whole("Picture()", "width", width), whole("Picture()", "height", height)
-        if self.width < 1 or self.height < 1:
-            raise ValueError(f"Picture(): a picture of {width} by {height} pixels is none")
+                 progress: Progress = None) -> None:
+        self.width, self.height = size("Picture()", width, height)
         self._samples = samples if isinstance(samples, tuple) else (samples, samples)
         self._gamma = gamma
         self._threads = threads
         self._progress = progress
         self._delivered = False
         self._key = 0
-        self._words: Floats = np.zeros((self.height, self.width, _WORDS), np.float32)
+        self._keep((0, self.width, 0, self.height))
+
+    def _keep(self, part: tuple[int, int, int, int]) -> None:
+        """Takes the pixels of a part from now on, as `world` has them, and has none yet."""
+        self._part = left, right, top, bottom = part
+        self._words: Floats = np.zeros((bottom - top, right - left, _WORDS), np.float32)
         self._words[..., 4] = 1
+        self._address = self._words.ctypes.data
 
     def _begin(self) -> None:
         if any(isinstance(block, Picture) for block in state.blocks):
@@ -153,7 +177,7 @@ class Picture(Frame):
         global _last
         _last += 1
         self._key = _last
-        _open[self._key] = self, self._words.ctypes.data, self.width
+        _open[self._key] = self
         device = raw.ZebDisplay(self._key, _opened, _span)
         call(lib.zebCustomDisplay, c.byref(device))
         state.options[-1].to_picture = True
@@ -248,8 +272,11 @@ class Picture(Frame):
         return f"<zebcore Picture {self.width} x {self.height}{'' if self._delivered else ', empty'}>"
 
     def __getstate__(self) -> dict[str, Any]:
-        kept = dict(self.__dict__, _progress=None, _key=0)
-        return kept
+        return dict(self.__dict__, _progress=None, _key=0)
+
+    def __setstate__(self, kept: dict[str, Any]) -> None:
+        self.__dict__.update(kept)
+        self._address = self._words.ctypes.data
 
 
 def _border(pixel: int, size: int) -> float:

@@ -364,6 +364,9 @@ class Object(Block):
             raise ValueError("this object is not defined: with Object() as name: ...")
         call(lib.zebObjectCall, self._handle)
 
+    def __reduce__(self) -> Any:
+        raise TypeError("an Object is its picture's, and can't be pickled")
+
 
 class Light:
     """A light, on from where it was made to the end of the attribute block."""
@@ -374,6 +377,9 @@ class Light:
     def switch(self, on: bool) -> None:
         """Switches it for what follows."""
         call(lib.zebLightSwitch, self._handle, int(bool(on)))
+
+    def __reduce__(self) -> Any:
+        raise TypeError("a Light is its picture's, and can't be pickled")
 
 
 _LIGHTS = ("ambient", "distant", "omni", "spot")
