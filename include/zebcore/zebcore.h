@@ -256,7 +256,8 @@ ZEB_API void zebSceneEnd(void);
 
 /** @name Options
  * All of them are legal outside any block and in a frame; elsewhere they report code 5. Values are
- * kept for the frame; at the end of a frame those from before return. */
+ * kept for the frame; at the end of a frame those from before return (of the projection: with
+ * zebQuirks(0)). */
 /** @{ */
 
 /**
@@ -845,7 +846,8 @@ ZEB_API void zebArray(const void* array, long count, long stride);
     in an object keeps its points; filters wider than 2 pixels show no seams; an unset spot cone is
     30 and 5 degrees; where 8 bits are shown, words with a "one" above 255 are scaled and not cut;
     surfaces are weighed by their opacity once and not twice, and opacities end at 0 and 1; float
-    words of colours and alpha pass as they were computed, below 0 and above 1 too. */
+    words of colours and alpha pass as they were computed, below 0 and above 1 too; the projection
+    is one of the options that are back after a frame. */
 ZEB_API void zebQuirks(short on);
 /** Non-zero makes the depth of a pixel the least depth among the samples inside the pixel's own
     square, instead of the filtered mean; an option. Default 0. A filter narrower than the pixel

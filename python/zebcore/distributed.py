@@ -132,7 +132,7 @@ class _Sheet(Picture):
 
     def _fill(self) -> None:
         super()._fill()
-        # What this process has rendered before must not matter, and a projection outlives its frame.
+        # Of what this process has rendered without mending it, a projection may be left.
         load_identity()
         orthographic()
 

@@ -89,6 +89,12 @@ struct Chain {
 
 }  // namespace
 
+void setCameraToScreen(const Matrix& projection)
+{
+    gCameraToScreen = projection;
+    gCameraToRaster = gCameraToScreen * gScreenToRaster;
+}
+
 void markSpace(unsigned short token)
 {
     if (!verify(kUsualBlocks, kState)) return;

@@ -16,6 +16,8 @@ extern Matrix gCameraToScreen;
 extern Matrix gScreenToRaster;
 extern Matrix gCameraToRaster;
 
+void setCameraToScreen(const Matrix& projection);
+
 // What the named spaces need of the state in force; defined in state/state.cpp.
 struct SpaceContext {
     const Matrix& model;

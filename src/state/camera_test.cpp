@@ -257,3 +257,28 @@ TEST_F(CameraTest, ResetEmptiesTheScene)
     EXPECT_EQ(second.sum(0), 0);
     EXPECT_EQ(second.closed, 1);
 }
+
+TEST_F(CameraTest, AProjectionOutlivesItsFrame)
+{
+    zebFrameBegin();
+    zebViewPerspective(40);
+    const Matrix projection = gCameraToScreen;
+    zebFrameEnd();
+    EXPECT_NE(projection, gIdentity);
+    EXPECT_EQ(gCameraToScreen, projection);
+}
+
+TEST_F(CameraTest, WithoutQuirksTheProjectionFromBeforeIsBack)
+{
+    zebViewPerspective(70);
+    const Matrix before = gCameraToScreen;
+    zebFrameBegin();
+    zebQuirks(0);
+    zebViewPerspective(40);
+    open(100, 100);
+    zebSceneEnd();
+    EXPECT_NE(gCameraToScreen, before);
+    zebFrameEnd();
+    EXPECT_EQ(gCameraToScreen, before);
+    EXPECT_EQ(gCameraToRaster, gCameraToScreen * gScreenToRaster);
+}

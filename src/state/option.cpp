@@ -44,8 +44,7 @@ void takeProjection(bool perspective, float fov)
 {
     Matrix screen = gTransform->matrix();
     if (perspective) screen.perspective(fov);
-    gCameraToScreen = screen;
-    gCameraToRaster = gCameraToScreen * gScreenToRaster;
+    setCameraToScreen(screen);
     gTransform->set(gIdentity);
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "math/color.h"
+#include "math/matrix.h"
 #include "util/string.h"
 #include "zebcore/zebcore.h"
 
@@ -40,6 +41,7 @@ public:
     float frameAspect = 0;                           // 0: from the resolution
     float left = 0, right = 0, bottom = 0, top = 0;  // empty: from the frame aspect
     bool projection = true;
+    Matrix cameraToScreenBefore;  // the block that these options are of
     bool perspective = false;
     float nearClip = 1e-10f, farClip = 1e38f;
     float fstop = 1e38f, focalLength = 0, focalDistance = 0;

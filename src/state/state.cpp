@@ -107,7 +107,10 @@ short State::open(unsigned short mask, unsigned short block, bool attributes, bo
     if (!verify(mask, kState)) return 0;
     fModes.push(block);
     ++fDepth;
-    if (savesOptions(block)) fOptions.push();
+    if (savesOptions(block)) {
+        fOptions.push();
+        fOptions.top()->cameraToScreenBefore = gCameraToScreen;
+    }
     if (attributes) fAttribs.push();
     if (transformation) fTransforms.push();
     if (ownsThings(block)) {
@@ -136,7 +139,11 @@ void State::close()
     const unsigned short block = this->block();
     fModes.pop();
     --fDepth;
-    if (savesOptions(block)) fOptions.pop();
+    if (savesOptions(block)) {
+        // The quirk: a projection outlives its frame.
+        if (!gOption->quirks) setCameraToScreen(gOption->cameraToScreenBefore);
+        fOptions.pop();
+    }
     if (savesAttribs(block)) fAttribs.pop();
     if (savesTransform(block)) fTransforms.pop();
     point();
