@@ -469,7 +469,6 @@ TEST_F(HostShading, VariablesOfPrimitivesComeAsPlanesNumbersAndTexts)
 // Variables whose values are the control points' own places are where the surface is.
 TEST_F(HostShading, VariablesOfControlPointsAreInterpolatedAsTheseAre)
 {
-    Reports reports;
     const unsigned short place = zebDeclare("a control point's place", ZEB_VERTEX, ZEB_POINT);
     const unsigned short across = zebDeclare("a control point's x", ZEB_VERTEX, ZEB_FLOAT);
     const unsigned short pair = zebDeclare("a control point's z and y", ZEB_VERTEX, ZEB_PAIR);
