@@ -377,13 +377,15 @@ void Primitive::halveSteps(Dicing& dicing) const
     unsigned short &u = dicing.fUSteps, &v = dicing.fVSteps;
     u = nearestPower(u);
     v = nearestPower(v);
+    // More would take one that had to be given up.
+    const int mostU = 4 * u, mostV = 4 * v;
     // Those are as large as they are because nothing of them is where it can be seen.
     if (fCoarseness > 1) return;
     everySharedSide(dicing.frame, [&](std::uint32_t line, bool isAlongU, const auto& raster) {
         const bool isLong = isTriangle() && line == fEdges.umax;
         unsigned short& steps = isAlongU || (isLong && u > v) ? u : v;
         float least = 1;
-        everyChord(raster, double{micropolygonSide()}, 4 * steps,
+        everyChord(raster, double{micropolygonSide()}, &steps == &u ? mostU : mostV,
                    [&least](float from, float to) { least = std::min(least, to - from); });
         steps = static_cast<unsigned short>(std::clamp<float>(1 / least, steps, 32768));
     });
