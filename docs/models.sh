@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# models.sh ZEBVIEW FOLDER: renders models of the packages assimp-testmodels by zebview and by F3D, and
+# models.sh ZEBVIEW FOLDER: renders models of the package assimp-testmodels by zebview and by F3D, and
 # puts each pair into FOLDER/NAME.png, zebview's to the left: the pictures of docs/models.md. Where F3D
 # makes none, its half is dark. Needs the packages assimp-testmodels, f3d, xvfb, xauth and imagemagick.
 set -euo pipefail
