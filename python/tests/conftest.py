@@ -1,9 +1,15 @@
 import gc
+import signal
 import warnings
 
 import pytest
 import zebcore as zeb
 from zebcore import _core, _picture, _primitives, _shading
+
+
+# A shell starts what runs in the background with interrupts ignored; the tests, and the programs that
+# they start, are about what interrupts do.
+signal.signal(signal.SIGINT, signal.default_int_handler)
 
 
 @pytest.fixture(autouse=True)
