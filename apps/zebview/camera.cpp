@@ -14,6 +14,8 @@ constexpr double kMargin = 0.06;     // of half the picture, but no less than
 constexpr double kMarginPixels = 2;  // which keeps the filter from the border
 constexpr double kClosest = 0.05;    // the eye stays off the model, which has radius 1
 constexpr double kClearance = 1e-3;  // between the model and the clipping planes
+// The farthest points are those of some directions only: between them it may reach farther.
+constexpr double kMovedClearance = 0.02;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // The directions of the picture in the model's space.
@@ -30,14 +32,26 @@ struct View {
     }
 };
 
-template <class Visit>
-void everyPoint(const std::vector<Mesh>& meshes, const Visit& visit)
+// Points of all copies are worth the time as long as they are no more than this.
+constexpr double kMostCopied = 2e7;
+
+// The corners of the box around a mesh.
+std::vector<float> cornersOf(const Mesh& mesh)
 {
-    for (const Mesh& mesh : meshes) {
-        for (std::size_t i = 0; i < mesh.points.size(); i += 3) {
-            visit(Vector(mesh.points[i], mesh.points[i + 1], mesh.points[i + 2]));
+    float least[3], most[3];
+    std::copy_n(mesh.points.begin(), 3, least);
+    std::copy_n(mesh.points.begin(), 3, most);
+    for (std::size_t i = 0; i < mesh.points.size(); ++i) {
+        least[i % 3] = std::min(least[i % 3], mesh.points[i]);
+        most[i % 3] = std::max(most[i % 3], mesh.points[i]);
+    }
+    std::vector<float> corners;
+    for (int corner = 0; corner < 8; ++corner) {
+        for (int axis = 0; axis < 3; ++axis) {
+            corners.push_back(corner >> axis & 1 ? most[axis] : least[axis]);
         }
     }
+    return corners;
 }
 
 // How far the model reaches along one axis of the picture, each way, beyond lines of a slope that
@@ -57,14 +71,13 @@ struct Reach {
 
 // Where along an axis an eye at a given distance must be so that the model lies in the picture's
 // middle. As the eye goes right the picture goes left, so there is one such place.
-double centered(const std::vector<Mesh>& meshes, const Vector& axis, const Vector& back,
-                double distance)
+double centered(const Model& model, const Vector& axis, const Vector& back, double distance)
 {
     double low = -1, high = 1;
     for (int step = 0; step < 24; ++step) {
         const double eye = (low + high) / 2;
         double least = kInfinity, most = -kInfinity;
-        everyPoint(meshes, [&](const Vector& p) {
+        everyPoint(model, [&](const Vector& p) {
             const double seen = (p * axis - eye) / (distance - p * back);
             least = std::min(least, seen);
             most = std::max(most, seen);
@@ -85,13 +98,13 @@ struct Slopes {
     double x, y;
 };
 
-Eye tightEye(const std::vector<Mesh>& meshes, const View& view, const Slopes& slopes)
+Eye tightEye(const Model& model, const View& view, const Slopes& slopes)
 {
     Reach x{slopes.x}, y{slopes.y};
     Eye eye;
     eye.front = -kInfinity;
     eye.rear = kInfinity;
-    everyPoint(meshes, [&](const Vector& p) {
+    everyPoint(model, [&](const Vector& p) {
         const double toEye = p * view.back;
         x.add(p * view.right, toEye);
         y.add(p * view.up, toEye);
@@ -100,18 +113,41 @@ Eye tightEye(const std::vector<Mesh>& meshes, const View& view, const Slopes& sl
     });
     eye.distance = std::max({x.distance(), y.distance(), eye.front + kClosest});
     const bool exactX = x.distance() == eye.distance, exactY = y.distance() == eye.distance;
-    eye.x = exactX ? x.center() : centered(meshes, view.right, view.back, eye.distance);
-    eye.y = exactY ? y.center() : centered(meshes, view.up, view.back, eye.distance);
+    eye.x = exactX ? x.center() : centered(model, view.right, view.back, eye.distance);
+    eye.y = exactY ? y.center() : centered(model, view.up, view.back, eye.distance);
     return eye;
 }
 
 // Lines from the eye touch the sphere, so it looks larger than where it is widest.
-Eye sphereEye(const std::vector<Mesh>& meshes, const Slopes& slopes)
+Eye sphereEye(const Model& model, const Slopes& slopes)
 {
-    double radius = 0;
-    everyPoint(meshes, [&](const Vector& p) { radius = std::max(radius, p.Length()); });
+    const double radius = radiusOf(model);
     const double sine = std::sin(std::atan(std::min(slopes.x, slopes.y)));
     return {0, 0, std::max(radius / sine, radius + kClosest), radius, -radius};
+}
+
+double clearance(const Model& model) { return model.room.empty() ? kClearance : kMovedClearance; }
+
+}  // namespace
+
+void everyPoint(const Model& model, const std::function<void(const Vector&)>& visit)
+{
+    for (const Vector& p : model.room) visit(p);
+    if (!model.room.empty()) return;
+    const auto visitAll = [&](const std::vector<float>& points, const Matrix& move) {
+        for (std::size_t i = 0; i < points.size(); i += 3) {
+            visit(move * Vector(points[i], points[i + 1], points[i + 2]));
+        }
+    };
+    for (const Mesh& mesh : model.meshes) {
+        for (std::size_t i = 0; i < mesh.points.size(); i += 3) {
+            visit(Vector(mesh.points[i], mesh.points[i + 1], mesh.points[i + 2]));
+        }
+        const auto points = static_cast<double>(mesh.vertexCount());
+        const bool many = points * static_cast<double>(mesh.copies.size()) > kMostCopied;
+        const std::vector<float> corners = many ? cornersOf(mesh) : std::vector<float>();
+        for (const Matrix& move : mesh.copies) visitAll(many ? corners : mesh.points, move);
+    }
 }
 
 void setMatrix(const Vector& right, const Vector& up, const Vector& depth, const Vector& offset,
@@ -126,9 +162,14 @@ void setMatrix(const Vector& right, const Vector& up, const Vector& depth, const
     camera.toCamera[3][3] = 1;
 }
 
-}  // namespace
+double radiusOf(const Model& model)
+{
+    double radius = 0;
+    everyPoint(model, [&](const Vector& p) { radius = std::max(radius, p.Length()); });
+    return radius;
+}
 
-Camera frameModel(const std::vector<Mesh>& meshes, double azimuth, const Settings& settings)
+Camera frameModel(const Model& model, double azimuth, const Settings& settings)
 {
     const View view(azimuth, settings.elevation);
     const auto width = static_cast<double>(settings.width);
@@ -138,19 +179,19 @@ Camera frameModel(const std::vector<Mesh>& meshes, double azimuth, const Setting
     const double slope = std::tan(settings.fov * std::numbers::pi / 360) * (1 - margin);
     const Slopes slopes{slope * width / shorter, slope * height / shorter};
     const Eye eye =
-        settings.fit == Fit::kSphere ? sphereEye(meshes, slopes) : tightEye(meshes, view, slopes);
+        settings.fit == Fit::kSphere ? sphereEye(model, slopes) : tightEye(model, view, slopes);
 
     Camera camera{};
     setMatrix(view.right, view.up, -view.back, Vector(-eye.x, -eye.y, eye.distance), camera);
     camera.fov = static_cast<float>(settings.fov);
     camera.halfWidth = static_cast<float>(width / shorter);
     camera.halfHeight = static_cast<float>(height / shorter);
-    camera.nearest = static_cast<float>(eye.distance - eye.front - kClearance);
-    camera.farthest = static_cast<float>(eye.distance - eye.rear + kClearance);
+    camera.nearest = static_cast<float>(eye.distance - eye.front - clearance(model));
+    camera.farthest = static_cast<float>(eye.distance - eye.rear + clearance(model));
     return camera;
 }
 
-Camera lookThrough(const FileCamera& source, double turn, const std::vector<Mesh>& meshes,
+Camera lookThrough(const FileCamera& source, double turn, const Model& model,
                    const Settings& settings)
 {
     const double a = turn * std::numbers::pi / 180;
@@ -163,12 +204,12 @@ Camera lookThrough(const FileCamera& source, double turn, const std::vector<Mesh
     Camera camera{};
     setMatrix(right, up, depth, Vector(-(eye * right), -(eye * up), -(eye * depth)), camera);
     double nearest = kInfinity, farthest = -kInfinity;
-    everyPoint(meshes, [&](const Vector& p) {
+    everyPoint(model, [&](const Vector& p) {
         nearest = std::min(nearest, (p - eye) * depth);
         farthest = std::max(farthest, (p - eye) * depth);
     });
-    camera.nearest = static_cast<float>(std::max(nearest - kClearance, kClearance));
-    camera.farthest = std::max(static_cast<float>(farthest + kClearance), camera.nearest * 2);
+    camera.nearest = static_cast<float>(std::max(nearest - clearance(model), kClearance));
+    camera.farthest = std::max(static_cast<float>(farthest + clearance(model)), camera.nearest * 2);
 
     const auto width = static_cast<double>(settings.width);
     const auto height = static_cast<double>(settings.height);
@@ -178,6 +219,12 @@ Camera lookThrough(const FileCamera& source, double turn, const std::vector<Mesh
     camera.halfWidth = static_cast<float>(width * scale);
     camera.halfHeight = static_cast<float>(height * scale);
     return camera;
+}
+
+Camera chooseCamera(const Model& model, double turned, const Settings& settings)
+{
+    if (settings.camera.empty()) return frameModel(model, settings.azimuth + turned, settings);
+    return lookThrough(findCamera(model.stage, settings.camera), turned, model, settings);
 }
 
 }  // namespace zebview

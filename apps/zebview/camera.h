@@ -1,10 +1,9 @@
 #pragma once
 
-#include <vector>
+#include <functional>
 
-#include "mesh.h"
+#include "model.h"
 #include "settings.h"
-#include "stage.h"
 
 namespace zebview
 {
@@ -19,13 +18,34 @@ struct Camera {
     float nearest, farthest;  // distances along z, the model being between them
 };
 
+// Sets where a camera is and where it looks.
+//
+// right, up, depth  the picture's directions
+// offset            of the origin: right of the eye, above it, in front of it
+void setMatrix(const Vector& right, const Vector& up, const Vector& depth, const Vector& offset,
+               Camera& camera);
+
+// The same for all frames of a model that moves, but for the azimuth.
+//
 // azimuth  where the eye is, instead of what the settings say
-Camera frameModel(const std::vector<Mesh>& meshes, double azimuth, const Settings& settings);
+Camera frameModel(const Model& model, double azimuth, const Settings& settings);
 
 // A camera of the file: what it shows is shown whole.
 //
 // turn  how far it goes to the right around the model first, in degrees
-Camera lookThrough(const FileCamera& source, double turn, const std::vector<Mesh>& meshes,
+Camera lookThrough(const FileCamera& source, double turn, const Model& model,
                    const Settings& settings);
+
+// The points of a model: of one that moves, of those in all frames the farthest; of very many
+// copies what bounds them.
+void everyPoint(const Model& model, const std::function<void(const Vector&)>& visit);
+
+// Of the sphere around the origin that holds all of a model.
+double radiusOf(const Model& model);
+
+// The camera that the settings ask for.
+//
+// turned  how far to the right of where they have it, in degrees
+Camera chooseCamera(const Model& model, double turned, const Settings& settings);
 
 }  // namespace zebview

@@ -17,12 +17,9 @@ namespace
 {
 
 constexpr long kBarLength = 50;
-// The library's code for what can't be had here: a window, a file format.
-constexpr long kUnsupported = 2;
 
 // The library's handlers carry no data of the host.
 bool gErrorReported = false;
-bool gFeatureMissing = false;
 long gShownPercent = -1;
 
 std::string oneLine(std::string text)
@@ -50,7 +47,6 @@ std::string describe(long code, long severity, const char* message)
 void receive(long code, long severity, const char* message)
 {
     if (severity == ZEB_ERROR || severity == ZEB_SEVERE) gErrorReported = true;
-    if (code == kUnsupported) gFeatureMissing = true;
     try {
         complain(describe(code, severity, message));
     } catch (...) {
@@ -71,7 +67,11 @@ void complain(const std::string& text)
     std::fprintf(stderr, "zebview: %s\n", line.c_str());
 }
 
-void answer(const std::string& text) { std::printf("%s\n", oneLine(text).c_str()); }
+void answer(const std::string& text)
+{
+    std::printf("%s\n", oneLine(text).c_str());
+    std::fflush(stdout);
+}
 
 void showProgress(long percent)
 {
@@ -99,6 +99,5 @@ void receiveReports(bool all)
 }
 
 bool errorReported() { return gErrorReported; }
-bool featureMissing() { return gFeatureMissing; }
 
 }  // namespace zebview

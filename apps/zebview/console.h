@@ -22,7 +22,5 @@ void clearProgress();
 void receiveReports(bool all);
 // Whether the library has reported an error, which is more than a warning.
 bool errorReported();
-// Whether the library has reported that something can't be had here, as a window without a screen.
-bool featureMissing();
 
 }  // namespace zebview

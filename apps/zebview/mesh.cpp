@@ -17,47 +17,25 @@ namespace
 // A mesh is hopeless if more than one in so many of its faces has normals to both sides.
 constexpr std::size_t kTolerable = 8;
 
-// Takes normals along with what toWorld does to points. The cofactors do so without a division,
-// and turn the normals over where a mirror image turns the winding over.
-class NormalTransform
-{
-public:
-    explicit NormalTransform(const Matrix& m)
-        : fX(Vector(m.b1, m.b2, m.b3) ^ Vector(m.c1, m.c2, m.c3)),
-          fY(Vector(m.c1, m.c2, m.c3) ^ Vector(m.a1, m.a2, m.a3)),
-          fZ(Vector(m.a1, m.a2, m.a3) ^ Vector(m.b1, m.b2, m.b3))
-    {
-    }
-    Vector operator()(const aiVector3D& n) const
-    {
-        const Vector v(n.x, n.y, n.z);
-        return direction(Vector(fX * v, fY * v, fZ * v));
-    }
-
-private:
-    Vector fX, fY, fZ;
-};
-
 // The file's normals at every corner; none if the file has none, or none to be trusted. Faces that
 // are wound against all their normals are turned over.
-std::vector<Vector> fileNormals(const aiMesh& source, const Matrix& toWorld, Faces& faces)
+std::vector<Vector> fileNormals(const std::vector<Vector>& normals, Faces& faces)
 {
     std::vector<Vector> result;
-    if (!source.HasNormals()) return result;
-    const NormalTransform transformed(toWorld);
+    if (normals.empty()) return result;
     result.reserve(faces.cornerCount());
     std::size_t mixed = 0;
     for (std::size_t face = 0; face < faces.size(); ++face) {
         std::size_t with = 0, against = 0;
         for (const std::uint32_t vertex : faces.corners(face)) {
-            const double side = transformed(source.mNormals[vertex]) * faces.normal(face);
+            const double side = normals[vertex] * faces.normal(face);
             with += side > 0;
             against += side < 0;
         }
         if (with == 0 && against > 0) faces.flip(face);
         mixed += (with > 0) == (against > 0);
         for (const std::uint32_t vertex : faces.corners(face)) {
-            const Vector normal = transformed(source.mNormals[vertex]);
+            const Vector& normal = normals[vertex];
             // One that points elsewhere would make the shading turn over within the face.
             result.push_back(normal * faces.normal(face) > 0 ? normal : faces.normal(face));
         }
@@ -141,15 +119,15 @@ bool isFlat(std::span<const Vector> normals, const Vector& faceNormal)
 
 }  // namespace
 
-Mesh buildMesh(const aiMesh& source, const std::vector<Vector>& points, const Matrix& toWorld,
-               bool facets, const Material& material)
+Mesh buildMesh(const aiMesh& source, const Shape& shape, bool facets, const Material& material)
 {
+    const std::vector<Vector>& points = shape.points;
     Mesh mesh;
     mesh.material = material;
-    mesh.isMirrored = toWorld.Determinant() < 0;
+    mesh.isMirrored = shape.isMirrored;
     Faces faces(source, points);
     std::vector<Vector> normals;
-    if (!facets) normals = fileNormals(source, toWorld, faces);
+    if (!facets) normals = fileNormals(shape.normals, faces);
     if (normals.empty()) normals = smoothNormals(faces, points);
 
     VertexCollector collector(source, points, mesh);

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "material.h"
-#include "vector.h"
+#include "skin.h"
 
 struct aiMesh;
 
@@ -31,16 +31,15 @@ struct Mesh {
     Material material;
     // The front of its faces is where their winding runs clockwise.
     bool isMirrored = false;
+    // What takes it from its place to others where it shows, too.
+    std::vector<Matrix> copies;
 
     std::size_t vertexCount() const { return points.size() / 3; }
 };
 
-// Puts a mesh into its place.
+// Makes a mesh of polygons that are where they belong.
 //
-// points   the mesh's vertices, where they belong
-// toWorld  what took them there
-// facets   the normals of the file are those of its faces and tell nothing more
-Mesh buildMesh(const aiMesh& source, const std::vector<Vector>& points, const Matrix& toWorld,
-               bool facets, const Material& material);
+// facets  the normals of the file are those of its faces and tell nothing more
+Mesh buildMesh(const aiMesh& source, const Shape& shape, bool facets, const Material& material);
 
 }  // namespace zebview

@@ -120,9 +120,42 @@ void addSurroundings(const ZebRow& row, const FacetPlanes& facets, const Planes&
     }
 }
 
+// The light that mirrors send on and the way it takes through them are found apart (B. Karis,
+// 2013). What is not mirrored is scattered.
+void addEnvironment(const ZebRow& row, const FacetPlanes& facets, const Around& around,
+                    const Planes& sum)
+{
+    const Planes mirror = mirrorWays(row, facets.N, facets.V);
+    const float smoothest = *std::min_element(facets.rough, facets.rough + row.count);
+    const float* const spread = smoothest < 0.1f ? spreadOf(row, mirror) : nullptr;
+    for (long k = 0; k < row.count; ++k) {
+        const auto [straight, edge] = mirrorShares(facets.rough[k], dot(facets.N, facets.V, k));
+        const Color matt = around.scattered(facets.N, k);
+        const Color shine = around.mirrored(mirror, k, facets.rough[k], spread ? spread[k] : 0);
+        const float rim = rimOf(facets, k);
+        for (std::size_t c = 0; c < 3; ++c) {
+            const float facing = facets.facing[c][k];
+            const float mirrored = facing * straight + std::max(rim, facing) * edge;
+            sum[c][k] += facets.openness[k] *
+                         (mirrored * shine[c] + (1 - mirrored) * facets.albedo[c][k] * matt[c]);
+        }
+    }
+}
+
 }  // namespace
 
-void lightFacets(const ZebRow& row, const FacetPlanes& facets, const Planes& result)
+Planes mirrorWays(const ZebRow& row, const Planes& N, const Planes& V)
+{
+    const Planes result = newPlanes(row);
+    for (long k = 0; k < row.count; ++k) {
+        const float NV = dot(N, V, k);
+        for (std::size_t c = 0; c < 3; ++c) result[c][k] = 2 * NV * N[c][k] - V[c][k];
+    }
+    return result;
+}
+
+void lightFacets(const ZebRow& row, const FacetPlanes& facets, const Around* around,
+                 const Planes& result)
 {
     for (float* const plane : result) std::fill_n(plane, row.count, 0.0f);
     const Planes L = newPlanes(row), Cl = newPlanes(row);
@@ -133,7 +166,11 @@ void lightFacets(const ZebRow& row, const FacetPlanes& facets, const Planes& res
             addLight(facets, L, Cl, first, result);
         }
     }
-    addSurroundings(row, facets, result);
+    if (around) {
+        addEnvironment(row, facets, *around, result);
+    } else {
+        addSurroundings(row, facets, result);
+    }
 }
 
 }  // namespace zebview

@@ -1,7 +1,7 @@
 // Surfaces of tiny mirrors, as glTF describes them.
 #pragma once
 
-#include "row.h"
+#include "environment.h"
 
 namespace zebview
 {
@@ -15,7 +15,12 @@ struct FacetPlanes {
     float* openness;  // how much arrives from around
 };
 
+// around  the environment; null: the lamps make one, dimly
 // result  set: the light that goes to the eye
-void lightFacets(const ZebRow& row, const FacetPlanes& facets, const Planes& result);
+void lightFacets(const ZebRow& row, const FacetPlanes& facets, const Around* around,
+                 const Planes& result);
+
+// Where mirrors show what lies.
+Planes mirrorWays(const ZebRow& row, const Planes& N, const Planes& V);
 
 }  // namespace zebview

@@ -15,8 +15,12 @@
 #include <limits>
 #include <memory>
 
+#include "animation.h"
+#include "copies.h"
 #include "failure.h"
+#include "far_points.h"
 #include "material.h"
+#include "skin.h"
 #include "texture_images.h"
 
 namespace zebview
@@ -31,7 +35,8 @@ constexpr std::uintmax_t kMaxVertices = 100'000'000;
 // A mesh at one of the places where the model shows it.
 struct Placement {
     const aiMesh* mesh;
-    Matrix toWorld;
+    unsigned number;  // the mesh's
+    Pose::Placed at;
 };
 
 struct Box {
@@ -134,89 +139,17 @@ Matrix upright(const std::string& up)
     }
 }
 
-// Without recursion: files can nest nodes as deep as they like.
-std::vector<Placement> placements(const aiScene& scene, const Matrix& root)
+std::vector<Placement> placements(const aiScene& scene, const Pose& pose)
 {
     std::vector<Placement> result;
-    std::vector<std::pair<const aiNode*, Matrix>> open;
-    if (scene.mRootNode) open.emplace_back(scene.mRootNode, root);
-    while (!open.empty()) {
-        const auto [node, parent] = open.back();
-        open.pop_back();
-        const Matrix toWorld = parent * Matrix(node->mTransformation);
-        for (unsigned i = 0; i < node->mNumMeshes; ++i) {
-            if (node->mMeshes[i] >= scene.mNumMeshes) throw Failure("a mesh is missing from it");
-            result.push_back({scene.mMeshes[node->mMeshes[i]], toWorld});
-        }
-        // Backwards, so that meshes come in the file's order.
-        for (unsigned i = node->mNumChildren; i-- > 0;) {
-            open.emplace_back(node->mChildren[i], toWorld);
+    for (const Pose::Placed& at : pose.nodes()) {
+        for (unsigned i = 0; i < at.node->mNumMeshes; ++i) {
+            const unsigned number = at.node->mMeshes[i];
+            if (number >= scene.mNumMeshes) throw Failure("a mesh is missing from it");
+            result.push_back({scene.mMeshes[number], number, at});
         }
     }
     return result;
-}
-
-void checkSize(const std::vector<Placement>& meshes)
-{
-    std::uintmax_t vertices = 0;
-    for (const Placement& placement : meshes) vertices += placement.mesh->mNumVertices;
-    if (vertices > kMaxVertices) throw Failure("it has more than 100 million vertices");
-}
-
-Vector placed(const aiVector3D& v, const Matrix& toWorld)
-{
-    return toWorld * Vector(v.x, v.y, v.z);
-}
-
-// The box around what polygons use: stray vertices count for nothing.
-Box boundingBox(const std::vector<Placement>& meshes)
-{
-    Box box;
-    for (const auto& [mesh, toWorld] : meshes) {
-        for (unsigned f = 0; f < mesh->mNumFaces; ++f) {
-            const aiFace& face = mesh->mFaces[f];
-            if (face.mNumIndices < 3) continue;
-            for (unsigned i = 0; i < face.mNumIndices; ++i) {
-                // Those that are not there are reported when the faces are read.
-                if (face.mIndices[i] >= mesh->mNumVertices) continue;
-                const Vector p = placed(mesh->mVertices[face.mIndices[i]], toWorld);
-                if (!isFinite(p)) throw Failure("a vertex of it is not a finite point");
-                box.add(p);
-            }
-        }
-    }
-    return box;
-}
-
-Model buildModel(const aiScene& scene, const std::string& name, const Settings& settings)
-{
-    const Matrix back = formatOf(scene).turned ? upright("z").Inverse() : Matrix();
-    Place place{upright(upAxis(scene, settings.up)) * back, {}, 1};
-    const auto meshes = placements(scene, place.turn);
-    checkSize(meshes);
-    const Box box = boundingBox(meshes);
-    place.center = (box.min + box.max) * 0.5;
-    place.radius = (box.max - place.center).Length();
-    const auto format = metadata<aiString>(scene, AI_METADATA_SOURCE_FORMAT);
-    const bool facets = format && std::strstr(format->C_Str(), "STL");
-
-    Model model;
-    if (!(place.radius > 0)) return model;
-    if (!std::isfinite(place.radius)) throw Failure("it is too large");
-    TextureImages images(scene, name, settings.textures);
-    const bool textured = settings.surface.empty() && !settings.listsCameras();
-    for (const auto& [source, toWorld] : meshes) {
-        std::vector<Vector> points(source->mNumVertices);
-        for (unsigned i = 0; i < source->mNumVertices; ++i) {
-            points[i] = place.point(placed(source->mVertices[i], toWorld));
-        }
-        Mesh mesh = buildMesh(*source, points, toWorld, facets,
-                              readMaterial(scene, *source, textured ? &images : nullptr));
-        if (mesh.vertexCount() > 0) model.meshes.push_back(std::move(mesh));
-    }
-    if (formatOf(scene).hasStage) model.stage = readStage(scene, place);
-    if (textured) model.notShown = whatIsNotShown(scene);
-    return model;
 }
 
 // What is asked of the file's cameras and lights must be there.
@@ -230,26 +163,246 @@ void checkStage(const Stage& stage, const Settings& settings)
     }
 }
 
+// Which vertices polygons use: stray ones count for nothing.
+std::vector<bool> usedVertices(const aiMesh& mesh)
+{
+    std::vector<bool> used(mesh.mNumVertices);
+    for (unsigned f = 0; f < mesh.mNumFaces; ++f) {
+        const aiFace& face = mesh.mFaces[f];
+        if (face.mNumIndices < 3) continue;
+        for (unsigned i = 0; i < face.mNumIndices; ++i) {
+            // Those that are not there are reported when the faces are read.
+            if (face.mIndices[i] < mesh.mNumVertices) used[face.mIndices[i]] = true;
+        }
+    }
+    return used;
+}
+
+// What a model takes up, at one time or at several.
+class Extent
+{
+public:
+    // withRoom  the farthest points are wanted, and not only the box
+    Extent(const aiScene& scene, bool withRoom) : fWithRoom(withRoom), fUsed(scene.mNumMeshes) {}
+
+    void add(const std::vector<Placement>& meshes, const Pose& pose)
+    {
+        for (const auto& [mesh, number, at] : meshes) {
+            std::vector<bool>& used = fUsed[number];
+            if (used.empty()) used = usedVertices(*mesh);
+            const bool bent = isBent(*mesh, pose);
+            const std::vector<Vector> points =
+                bent ? shapeOf(*mesh, at, pose).points : std::vector<Vector>();
+            for (unsigned i = 0; i < mesh->mNumVertices; ++i) {
+                if (used[i]) add(bent ? points[i] : at.toWorld * asVector(mesh->mVertices[i]));
+            }
+        }
+    }
+
+    const Box& box() const { return fBox; }
+    const FarPoints& farPoints() const { return fFar; }
+
+private:
+    static Vector asVector(const aiVector3D& v) { return {v.x, v.y, v.z}; }
+    void add(const Vector& p)
+    {
+        if (!isFinite(p)) throw Failure("a vertex of it is not a finite point");
+        fBox.add(p);
+        if (fWithRoom) fFar.add(p);
+    }
+
+    bool fWithRoom;
+    Box fBox;
+    FarPoints fFar;
+    std::vector<std::vector<bool>> fUsed;  // by mesh
+};
+
 }  // namespace
 
-Model loadModel(const std::string& name, const Settings& settings)
+// What is kept of the file while models are made of it.
+struct ModelFile::Contents {
+    Contents(const std::string& file, const Settings& options);
+
+    Model model(long frame);
+
+private:
+    std::optional<Moment> moment(long frame) const;
+    Pose pose(long frame) const { return {*scene, place.turn, moment(frame)}; }
+    void measure();
+    std::vector<Mesh> buildMeshes(const Pose& pose) const;
+    Mesh build(const Placement& placement, const Pose& pose) const;
+    // A mesh to be made at a placement, and where it is taken from there.
+    struct Job {
+        std::size_t placement;
+        std::vector<Matrix> copies;
+    };
+    std::vector<Job> jobs(const std::vector<Placement>& all, const Pose& pose) const;
+
+public:
+    const Settings& settings;
+    Assimp::Importer importer;
+    const aiScene* scene = nullptr;
+    const aiAnimation* animation = nullptr;
+
+private:
+    Place place;
+    std::vector<Vector> room;
+    std::vector<std::optional<Material>> materials;  // by mesh; of those that are shown
+    bool textured = false, facets = false;
+    double brightness = 0;  // of its lamps in the first model
+};
+
+ModelFile::Contents::Contents(const std::string& file, const Settings& options) : settings(options)
+{
+    // Whoever names an axis means one of the file.
+    if (!settings.up.empty()) {
+        importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_IGNORE_UP_DIRECTION, true);
+    }
+    scene = importer.ReadFile(file, aiProcess_GenUVCoords);
+    if (!scene) throw Failure(std::string("cannot be read: ") + importer.GetErrorString());
+    if (settings.isAnimated()) animation = &findAnimation(*scene, settings.animation);
+    const Matrix back = formatOf(*scene).turned ? upright("z").Inverse() : Matrix();
+    place.turn = upright(upAxis(*scene, settings.up)) * back;
+    measure();
+    const auto format = metadata<aiString>(*scene, AI_METADATA_SOURCE_FORMAT);
+    facets = format && std::strstr(format->C_Str(), "STL");
+    textured = settings.surface.empty() && !settings.listsCameras();
+    TextureImages images(*scene, file, settings.textures);
+    materials.resize(scene->mNumMeshes);
+    for (const Placement& placement : placements(*scene, pose(0))) {
+        std::optional<Material>& material = materials[placement.number];
+        if (material) continue;
+        material = readMaterial(*scene, *placement.mesh, textured ? &images : nullptr);
+    }
+}
+
+std::optional<Moment> ModelFile::Contents::moment(long frame) const
+{
+    if (!animation) return std::nullopt;
+    return Moment{animation, settings.secondsAt(frame, lengthOf(*animation))};
+}
+
+// In all frames, so that nothing jumps from one to the next.
+void ModelFile::Contents::measure()
+{
+    const bool moves = settings.movesInTime();
+    Extent extent(*scene, moves);
+    for (long frame = 0; frame < (moves ? settings.frames : 1); ++frame) {
+        const Pose posed = pose(frame);
+        const std::vector<Placement> meshes = placements(*scene, posed);
+        extent.add(meshes, posed);
+    }
+    const Box& box = extent.box();
+    place.center = (box.min + box.max) * 0.5;
+    place.radius = (box.max - place.center).Length();
+    if (!(place.radius > 0)) throw Failure("it has no polygons");
+    if (!std::isfinite(place.radius)) throw Failure("it is too large");
+    if (!moves) return;
+    for (const Vector& p : extent.farPoints().points()) room.push_back(place.point(p));
+}
+
+Mesh ModelFile::Contents::build(const Placement& placement, const Pose& pose) const
+{
+    Shape shape = shapeOf(*placement.mesh, placement.at, pose);
+    for (Vector& p : shape.points) p = place.point(p);
+    return buildMesh(*placement.mesh, shape, facets, *materials[placement.number]);
+}
+
+// Each mesh is made once for all its places, but for those that bend.
+std::vector<ModelFile::Contents::Job> ModelFile::Contents::jobs(const std::vector<Placement>& all,
+                                                                const Pose& pose) const
+{
+    std::vector<std::vector<std::size_t>> uses(scene->mNumMeshes);
+    std::vector<Job> result;
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        if (isBent(*all[i].mesh, pose)) {
+            result.push_back({i, {}});
+        } else {
+            uses[all[i].number].push_back(i);
+        }
+    }
+    Matrix scaling, centering;
+    Matrix::Scaling(Vector(1 / place.radius), scaling);
+    Matrix::Translation(-place.center, centering);
+    for (const std::vector<std::size_t>& same : uses) {
+        std::vector<Matrix> places;
+        places.reserve(same.size());
+        for (const std::size_t i : same) places.push_back(scaling * centering * all[i].at.toWorld);
+        for (Copies& copies : shareMesh(places)) {
+            result.push_back({same[copies.made], std::move(copies.moves)});
+        }
+    }
+    // As they are in the file.
+    std::sort(result.begin(), result.end(),
+              [](const Job& a, const Job& b) { return a.placement < b.placement; });
+    return result;
+}
+
+std::vector<Mesh> ModelFile::Contents::buildMeshes(const Pose& pose) const
+{
+    const std::vector<Placement> all = placements(*scene, pose);
+    std::vector<Job> work = jobs(all, pose);
+    std::uintmax_t vertices = 0;
+    for (const Job& job : work) vertices += all[job.placement].mesh->mNumVertices;
+    if (vertices > kMaxVertices) throw Failure("it has more than 100 million vertices");
+    std::vector<Mesh> meshes;
+    for (Job& job : work) {
+        Mesh mesh = build(all[job.placement], pose);
+        if (mesh.vertexCount() == 0) continue;
+        mesh.copies = std::move(job.copies);
+        meshes.push_back(std::move(mesh));
+    }
+    if (meshes.empty()) throw Failure("it has no polygons");
+    return meshes;
+}
+
+Model ModelFile::Contents::model(long frame)
+{
+    const Pose posed = pose(frame);
+    Model model;
+    model.meshes = buildMeshes(posed);
+    model.room = room;
+    if (formatOf(*scene).hasStage) model.stage = readStage(*scene, posed, place, brightness);
+    if (textured) model.notShown = whatIsNotShown(*scene);
+    checkStage(model.stage, settings);
+    return model;
+}
+
+ModelFile::ModelFile(std::string name, const Settings& settings) : fName(std::move(name))
+{
+    explained([&] {
+        checkFile(fName);
+        fContents = std::make_unique<Contents>(fName, settings);
+    });
+}
+
+ModelFile::~ModelFile() = default;
+
+template <class Work>
+void ModelFile::explained(const Work& work) const
 {
     try {
-        checkFile(name);
-        Assimp::Importer importer;
-        // Whoever names an axis means one of the file.
-        if (!settings.up.empty()) {
-            importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_IGNORE_UP_DIRECTION, true);
-        }
-        const aiScene* scene = importer.ReadFile(name, aiProcess_GenUVCoords);
-        if (!scene) throw Failure(std::string("cannot be read: ") + importer.GetErrorString());
-        Model model = buildModel(*scene, name, settings);
-        if (model.meshes.empty()) throw Failure("it has no polygons");
-        checkStage(model.stage, settings);
-        return model;
+        work();
     } catch (const Failure& failure) {
-        throw Failure(name + ": " + failure.what());
+        throw Failure(fName + ": " + failure.what());
     }
+}
+
+Model ModelFile::model(long frame)
+{
+    Model model;
+    explained([&] { model = fContents->model(frame); });
+    return model;
+}
+
+std::vector<std::string> ModelFile::animations() const
+{
+    std::vector<std::string> lines;
+    explained([&] {
+        lines = animationLines(*fContents->scene);
+        if (lines.empty()) throw Failure("it has no animations");
+    });
+    return lines;
 }
 
 }  // namespace zebview

@@ -1,6 +1,7 @@
 // A model file, as meshes around the origin.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,11 +16,33 @@ struct Model {
     std::vector<Mesh> meshes;
     Stage stage;
     std::string notShown;  // in words, if it is anything
+    // Of a model that moves, the farthest points in all frames; of others none.
+    std::vector<Vector> room;
 };
 
-// Reads a file, turns it so that y points up, and moves and scales it into the unit sphere: what
-// comes after needs no thought for models as large as a country or as small as a hair. Throws a
-// Failure if there is nothing to be seen.
-Model loadModel(const std::string& name, const Settings& settings);
+// Reads a file, and makes models of it: turned so that y points up, and moved and scaled so that
+// all of them lie in the unit sphere. What comes after needs no thought for models as large as a
+// country or as small as a hair. Throws a Failure if there is nothing to be seen.
+class ModelFile
+{
+public:
+    ModelFile(std::string name, const Settings& settings);
+    ~ModelFile();
+
+    // As it is in a frame of the settings. If it does not move in time, all of them are alike.
+    Model model(long frame);
+    // A line for each.
+    std::vector<std::string> animations() const;
+
+private:
+    struct Contents;
+
+    // Says in a Failure which file it is about.
+    template <class Work>
+    void explained(const Work& work) const;
+
+    std::string fName;
+    std::unique_ptr<Contents> fContents;
+};
 
 }  // namespace zebview

@@ -1,5 +1,6 @@
 #include "pictures.h"
 
+#include <cstdio>
 #include <filesystem>
 #include <optional>
 
@@ -32,6 +33,39 @@ private:
     Canvas fCanvas;
 };
 
+std::string counted(std::size_t n, const char* one, const char* many)
+{
+    return std::to_string(n) + ' ' + (n == 1 ? one : many);
+}
+
+std::size_t bytesOf(const Mesh& mesh)
+{
+    std::size_t numbers =
+        mesh.points.size() + mesh.normals.size() + mesh.colors.size() + mesh.opacities.size();
+    for (const std::vector<float>& pairs : mesh.coordinates) numbers += pairs.size();
+    std::size_t bytes = numbers * sizeof(float);
+    for (const FaceList* list : {&mesh.convex, &mesh.concave, &mesh.flatConcave}) {
+        bytes += (list->sizes.size() + list->corners.size()) * sizeof(long);
+    }
+    return bytes;
+}
+
+// Meshes that show in several places, and what they would take up in each; empty without any.
+std::string whatIsShared(const Model& model)
+{
+    std::size_t places = 0;
+    double saved = 0;
+    for (const Mesh& mesh : model.meshes) {
+        if (mesh.copies.empty()) continue;
+        places += 1 + mesh.copies.size();
+        saved += static_cast<double>(bytesOf(mesh)) * static_cast<double>(mesh.copies.size());
+    }
+    if (places == 0) return "";
+    char text[40];
+    std::snprintf(text, sizeof text, "%.3g MiB", saved / (1 << 20));
+    return ", " + counted(places, "instance", "instances") + " that share " + text;
+}
+
 std::string whatThereIs(const Model& model)
 {
     std::size_t vertices = 0, faces = 0;
@@ -41,19 +75,17 @@ std::string whatThereIs(const Model& model)
             faces += list->sizes.size();
         }
     }
-    const auto counted = [](std::size_t n, const char* one, const char* many) {
-        return std::to_string(n) + ' ' + (n == 1 ? one : many);
-    };
     return counted(model.meshes.size(), "mesh", "meshes") + ", " +
            counted(vertices, "vertex", "vertices") + ", " + counted(faces, "face", "faces") + ", " +
            counted(model.stage.cameras.size(), "camera", "cameras") + ", " +
-           counted(model.stage.lamps.size(), "light", "lights");
+           counted(model.stage.lamps.size(), "light", "lights") + whatIsShared(model);
 }
 
 class Pictures
 {
 public:
-    explicit Pictures(const Settings& settings) : fSettings(settings)
+    explicit Pictures(const Settings& settings)
+        : fSettings(settings), fEnvironment(readEnvironment(settings))
     {
         if (settings.sheet) fSheet.emplace(settings.output.text(), *settings.sheet, settings);
     }
@@ -61,11 +93,14 @@ public:
     bool make()
     {
         for (std::size_t i = 0; i < fSettings.models.size(); ++i) {
-            Model model = loadModel(fSettings.models[i], fSettings);
             const std::string& name = fSettings.models[i];
+            std::optional<ModelFile> file(std::in_place, name, fSettings);
+            Model model = file->model(0);
+            if (!fSettings.movesInTime()) file.reset();
             if (fSettings.verbose) complain(name + ": " + whatThereIs(model));
             if (!model.notShown.empty()) complain(name + ": " + model.notShown);
             for (long frame = 0; frame < fSettings.frames; ++frame) {
+                if (file && frame > 0) model = file->model(frame);
                 if (!makeView(model, i, frame)) return false;
             }
         }
@@ -80,30 +115,21 @@ private:
         destination.name = fSettings.viewName(index, frame);
         destination.number = static_cast<long>(index) * fSettings.frames + frame;
         destination.count = fSettings.viewCount();
-        destination.isModelsLast = frame + 1 == fSettings.frames;
-        const Camera camera = cameraFor(model, frame);
+        destination.isModelsLast = fSettings.movesInTime() || frame + 1 == fSettings.frames;
+        const double turned =
+            fSettings.turn * static_cast<double>(frame) / static_cast<double>(fSettings.frames);
+        const Camera camera = chooseCamera(model, turned, fSettings);
         if (fSheet) return makeCell(model, camera, destination);
-        if (fSettings.toWindow() || fSettings.toExr()) {
-            return renderView(model, camera, fSettings, destination);
+        if (fSettings.toExr()) {
+            return renderView(model, camera, fSettings, fEnvironment, destination);
         }
         PngPicture picture(destination.name, {1, 1}, fSettings);
         CanvasCell cell = picture.cell(0, 0);
         const ZebDisplay device = cell.device();
         destination.device = &device;
-        if (!renderView(model, camera, fSettings, destination)) return false;
+        if (!renderView(model, camera, fSettings, fEnvironment, destination)) return false;
         picture.save();
         return true;
-    }
-
-    Camera cameraFor(const Model& model, long frame) const
-    {
-        const double turned =
-            fSettings.turn * static_cast<double>(frame) / static_cast<double>(fSettings.frames);
-        if (fSettings.camera.empty()) {
-            return frameModel(model.meshes, fSettings.azimuth + turned, fSettings);
-        }
-        const FileCamera& source = findCamera(model.stage, fSettings.camera);
-        return lookThrough(source, turned, model.meshes, fSettings);
     }
 
     bool makeCell(Model& model, const Camera& camera, Destination destination)
@@ -113,21 +139,31 @@ private:
                                        destination.number / columns * fSettings.height);
         const ZebDisplay device = cell.device();
         destination.device = &device;
-        return renderView(model, camera, fSettings, destination);
+        return renderView(model, camera, fSettings, fEnvironment, destination);
     }
 
     const Settings& fSettings;
+    const std::shared_ptr<const Environment> fEnvironment;
     std::optional<PngPicture> fSheet;
 };
 
 void listCameras(const Settings& settings)
 {
     for (const std::string& name : settings.models) {
-        const Model model = loadModel(name, settings);
+        const Model model = ModelFile(name, settings).model(0);
         if (settings.models.size() > 1) answer(name + ":");
         for (std::size_t i = 0; i < model.stage.cameras.size(); ++i) {
             answer(std::to_string(i) + ' ' + model.stage.cameras[i].name);
         }
+    }
+}
+
+void listAnimations(const Settings& settings)
+{
+    for (const std::string& name : settings.models) {
+        const std::vector<std::string> lines = ModelFile(name, settings).animations();
+        if (settings.models.size() > 1) answer(name + ":");
+        for (const std::string& line : lines) answer(line);
     }
 }
 
@@ -137,6 +173,10 @@ bool makePictures(const Settings& settings)
 {
     if (settings.listsCameras()) {
         listCameras(settings);
+        return true;
+    }
+    if (settings.listsAnimations()) {
+        listAnimations(settings);
         return true;
     }
     listenToStops();

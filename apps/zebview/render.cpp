@@ -1,11 +1,12 @@
 #include "render.h"
 
 #include <algorithm>
-#include <chrono>
 #include <csignal>
 #include <map>
 
 #include "console.h"
+#include "ground.h"
+#include "lights.h"
 #include "scene.h"
 
 namespace zebview
@@ -51,14 +52,9 @@ short samplesOf(Channels channels)
     }
 }
 
-// Files get light as it was computed. Windows show what they are sent.
+// Light as it was computed.
 void setOutput(const Settings& settings, const Destination& destination)
 {
-    if (settings.toWindow()) {
-        zebOutputDisplay(destination.name.c_str());
-        zebColorGamma(2.2f);
-        return;
-    }
     if (destination.device) {
         zebCustomDisplay(destination.device);
     } else {
@@ -70,6 +66,10 @@ void setOutput(const Settings& settings, const Destination& destination)
 
 void setOptions(const Camera& camera, const Settings& settings, const Destination& destination)
 {
+    // As if no picture had been there before.
+    zebLoadIdentity();
+    zebRasterAspect(0);
+    zebImageAspect(0);
     zebQuirks(0);
     zebThreads(settings.threads);
     zebRasterViewport(0, settings.width, 0, settings.height);
@@ -90,45 +90,10 @@ void setOptions(const Camera& camera, const Settings& settings, const Destinatio
         zebViewOrthographic();
     }
     zebImageWindow(-camera.halfWidth, camera.halfWidth, -camera.halfHeight, camera.halfHeight);
-    zebClip(camera.nearest, camera.farthest * (settings.background ? kBackdropRoom : 1));
+    zebClip(camera.nearest, camera.farthest * (settings.hasBackground() ? kBackdropRoom : 1));
     ZebMatrix toCamera;
     std::copy(&camera.toCamera[0][0], &camera.toCamera[0][0] + 16, &toCamera[0][0]);
     zebMultMatrix(toCamera);
-}
-
-// Gives the picture up, with what there is of its file, if anything went wrong.
-bool givenUp()
-{
-    if (!gInterrupted && !errorReported()) return false;
-    if (gInterrupted) complain("interrupted");
-    zebReset();
-    return true;
-}
-
-// Whether the user has closed the window, with the picture in it.
-bool windowClosed(const Settings& settings)
-{
-    return settings.toWindow() && zebWindowEvents(0) == 0;
-}
-
-bool renderBuckets(const Settings& settings, const Destination& destination)
-{
-    const auto show = [&](long percent) {
-        showProgress((destination.number * 100 + percent) / destination.count);
-    };
-    zebRenderInit();
-    show(0);
-    std::chrono::steady_clock::time_point looked;
-    while (zebRenderBucket()) {
-        show(zebProgress());
-        if (givenUp()) return false;
-        const auto now = std::chrono::steady_clock::now();
-        if (now - looked < std::chrono::milliseconds(30)) continue;
-        looked = now;
-        if (windowClosed(settings)) break;
-    }
-    if (destination.number + 1 == destination.count) clearProgress();
-    return !givenUp();
 }
 
 // Says what happens when the process is told to end.
@@ -137,57 +102,92 @@ void onStops(void (*handler)(int))
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, handler);
 }
 
-void showUntilClosed()
+// Bucket by bucket, on the host's demand, a picture would be rendered by one thread alone: it is
+// the library that asks.
+void askWhileRendering(const GoesOn& goesOn)
 {
-    // Nothing is left that would have to be given up.
-    onStops(SIG_DFL);
-    while (!gInterrupted && zebWindowEvents(1) > 0) {
-    }
+    zebProgressCallback(
+        [](void* data, long) -> short { return (*static_cast<const GoesOn*>(data))() ? 0 : 1; },
+        const_cast<GoesOn*>(&goesOn));
 }
 
-bool renderFrame(Model& model, const Camera& camera, const Settings& settings,
-                 const Destination& destination)
+// What the lamps see. False if it is given up.
+bool renderShadows(const Model& model, const Shadows& shadows, const Settings& settings,
+                   const GoesOn& goesOn)
 {
+    for (const auto& shadow : shadows) {
+        beginShadow(*shadow, settings);
+        askWhileRendering(goesOn);
+        zebSceneBegin();
+        for (const Mesh& mesh : model.meshes) {
+            if (throwsShadow(mesh)) addCaster(mesh, settings);
+            if (!goesOn()) return false;
+        }
+        zebSceneEnd();
+        zebFrameEnd();
+        if (!goesOn()) return false;
+    }
+    return true;
+}
+
+bool renderScene(Model& model, const Camera& camera, const Settings& settings,
+                 const std::shared_ptr<const Environment>& environment, const Shadows& shadows,
+                 const Destination& destination, const GoesOn& goesOn)
+{
+    zebFrameBegin();
+    setOptions(camera, settings, destination);
+    askWhileRendering(goesOn);
     zebSceneBegin();
-    if (givenUp()) return false;
-    if (windowClosed(settings)) {
-        // There was none, or its user has been quick.
-        const bool missing = featureMissing();
-        if (missing) complain("without a screen the picture needs a file: -o FILE");
-        zebReset();
-        return !missing;
-    }
-    addSurroundings(model.stage, camera, settings);
+    if (!goesOn()) return false;
+    const auto around = lookAround(environment, camera);
+    addSurroundings(model.stage, camera, settings, around, shadows);
+    if (settings.ground) addGround(model, shadows, camera, settings);
     for (Mesh& mesh : model.meshes) {
-        addMesh(mesh, settings);
+        addMesh(mesh, settings, around);
         if (destination.isModelsLast) mesh = Mesh();
-        if (givenUp()) return false;
-    }
-    if (!renderBuckets(settings, destination)) return false;
-    if (windowClosed(settings)) {
-        zebReset();
-        return true;
+        if (!goesOn()) return false;
     }
     zebSceneEnd();
     zebFrameEnd();
-    return !errorReported();
+    return goesOn();
 }
 
 }  // namespace
 
 void listenToStops()
 {
-    onStops([](int) { gInterrupted = 1; });
+    onStops([](int) {
+        gInterrupted = 1;
+        zebCancel();
+    });
+}
+
+bool renderPicture(Model& model, const Camera& closeCamera, const Settings& settings,
+                   const std::shared_ptr<const Environment>& environment,
+                   const Destination& destination, const GoesOn& goesOn)
+{
+    const Camera camera = settings.ground ? roomForGround(closeCamera) : closeCamera;
+    const Shadows shadows = shadowsOf(model.stage, camera, settings);
+    const bool whole =
+        renderShadows(model, shadows, settings, goesOn) &&
+        renderScene(model, camera, settings, environment, shadows, destination, goesOn);
+    // What is left of it goes, too.
+    if (!whole) zebReset();
+    return whole;
 }
 
 bool renderView(Model& model, const Camera& camera, const Settings& settings,
+                const std::shared_ptr<const Environment>& environment,
                 const Destination& destination)
 {
-    zebFrameBegin();
-    setOptions(camera, settings, destination);
-    if (!renderFrame(model, camera, settings, destination)) return false;
-    if (settings.toWindow()) showUntilClosed();
-    return true;
+    const auto goesOn = [&] {
+        showProgress((destination.number * 100 + zebProgress()) / destination.count);
+        return !gInterrupted && !errorReported();
+    };
+    const bool whole = renderPicture(model, camera, settings, environment, destination, goesOn);
+    if (!whole || destination.number + 1 == destination.count) clearProgress();
+    if (gInterrupted) complain("interrupted");
+    return whole;
 }
 
 }  // namespace zebview

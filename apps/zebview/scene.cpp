@@ -3,6 +3,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "lights.h"
 #include "surface.h"
 #include "texture_lookup.h"
 #include "zebcore/zebcore.h"
@@ -15,72 +16,9 @@ namespace
 
 const Color kDefaultColor = toLight({0.8f, 0.8f, 0.8f});
 
-void addDistantLight(const Vector& from, const Color& color)
-{
-    const ZebPoint start{static_cast<float>(from.x), static_cast<float>(from.y),
-                         static_cast<float>(from.z)};
-    const ZebPoint end{0, 0, 0};
-    zebLightSource(zebQuark("distant"), zebQuark("color"), color.data(), zebQuark("from"), start,
-                   zebQuark("to"), end, 0);
-}
-
-// A key light from the upper left and a fill from the right, where z points to the eye.
-void addOwnLights(double towardsEye)
-{
-    const Color key{0.95f, 0.95f, 0.95f}, fill{0.15f, 0.15f, 0.15f}, glow{0.04f, 0.04f, 0.04f};
-    addDistantLight({-0.8, 1, towardsEye}, key);
-    addDistantLight({1, 0.3, 0.7 * towardsEye}, fill);
-    zebLightSource(zebQuark("ambient"), zebQuark("color"), glow.data(), 0);
-}
-
-void addLamp(const Lamp& lamp)
-{
-    const Vector aim = lamp.from + lamp.direction;
-    const ZebPoint from{static_cast<float>(lamp.from.x), static_cast<float>(lamp.from.y),
-                        static_cast<float>(lamp.from.z)};
-    const ZebPoint to{static_cast<float>(aim.x), static_cast<float>(aim.y),
-                      static_cast<float>(aim.z)};
-    const auto cone = static_cast<float>(lamp.coneAngle);
-    const auto delta = static_cast<float>(lamp.coneDeltaAngle);
-    const float even = 0;
-    switch (lamp.kind) {
-        case Lamp::kAmbient:
-            zebLightSource(zebQuark("ambient"), zebQuark("color"), lamp.color.data(), 0);
-            break;
-        case Lamp::kDistant:
-            addDistantLight(-lamp.direction, lamp.color);
-            break;
-        case Lamp::kOmni:
-            zebLightSource(zebQuark("omni"), zebQuark("color"), lamp.color.data(), zebQuark("from"),
-                           from, 0);
-            break;
-        case Lamp::kSpot:
-            zebLightSource(zebQuark("spot"), zebQuark("color"), lamp.color.data(), zebQuark("from"),
-                           from, zebQuark("to"), to, zebQuark("coneangle"), &cone,
-                           zebQuark("conedeltaangle"), &delta, zebQuark("beamdistribution"), &even,
-                           0);
-            break;
-    }
-}
-
-// Lights of the camera stand still as the eye goes around the model: what is seen is always well
-// lit.
-void addLights(const Stage& stage, const Settings& settings)
-{
-    if (settings.lightFor(!stage.lamps.empty()) == Light::kFile) {
-        for (const Lamp& lamp : stage.lamps) addLamp(lamp);
-    } else if (settings.light == Light::kModel) {
-        addOwnLights(1);
-    } else {
-        zebMatrixPush();
-        zebLoadIdentity();
-        addOwnLights(-1);
-        zebMatrixPop();
-    }
-}
-
-// Behind everything and larger than the picture, with next to no shading to do.
-void addBackdrop(const Camera& camera, const Settings& settings)
+// Behind everything and larger than the picture; of one colour there is next to nothing to shade.
+void addBackdrop(const Camera& camera, const Settings& settings,
+                 const std::shared_ptr<const Around>& around)
 {
     const float z = camera.farthest * 1.05f;
     const auto slope = static_cast<float>(std::tan(camera.fov * std::numbers::pi / 360));
@@ -89,9 +27,14 @@ void addBackdrop(const Camera& camera, const Settings& settings)
     const ZebPoint corners[4] = {{-x, -y, z}, {-x, y, z}, {x, y, z}, {x, -y, z}};
     zebAttributePush();
     zebLoadIdentity();
-    zebSurface(zebQuark("constant"), 0);
-    zebColor(toLight(*settings.background).data());
-    zebShadingRate(256);
+    if (settings.showsEnvironment) {
+        setSky(around);
+        zebShadingRate(static_cast<float>(settings.shadingRate));
+    } else {
+        zebSurface(zebQuark("constant"), 0);
+        zebColor(toLight(*settings.background).data());
+        zebShadingRate(256);
+    }
     zebPolygon(4, zebQuark("point"), corners, 0);
     zebAttributePop();
 }
@@ -103,17 +46,48 @@ void setPlastic(const Material& material)
                zebQuark("specularcolor"), material.specularColor.data(), 0);
 }
 
-void setSurface(const Material& material, const Settings& settings)
+// What a surface of the library's is in an environment, of which those know nothing.
+Material materialNamed(const std::string& surface)
+{
+    Material material;
+    if (surface == "metal") {
+        Facets& facets = material.facets.emplace();
+        facets.rough = 0.3f;
+    } else if (surface == "diffuse") {
+        material.diffuse = 1;
+        material.specular = 0;
+    }
+    return material;
+}
+
+void setNamedSurface(const std::string& name)
 {
     const float shine = 0.8f, dull = 0.15f;
-    if (settings.surface == "plastic") {
+    if (name == "plastic") {
         setPlastic(Material());
-    } else if (settings.surface == "metal") {
+    } else if (name == "metal") {
         zebSurface(zebQuark("metal"), zebQuark("ks"), &shine, zebQuark("roughness"), &dull, 0);
+    } else {
+        zebSurface(zebQuark(name.c_str()), 0);
+    }
+}
+
+// Functions show what the library's own surfaces can't.
+bool isFunction(const Material& material, const Settings& settings,
+                const std::shared_ptr<const Around>& around)
+{
+    if (!settings.surface.empty()) return around && settings.surface != "constant";
+    return needsFunction(material) || (around && material.isLit);
+}
+
+void setSurface(const Material& material, const Settings& settings,
+                const std::shared_ptr<const Around>& around)
+{
+    if (isFunction(material, settings, around)) {
+        const bool named = !settings.surface.empty();
+        setFunction(named ? materialNamed(settings.surface) : material, !settings.color, around);
     } else if (!settings.surface.empty()) {
-        zebSurface(zebQuark(settings.surface.c_str()), 0);
-    } else if (needsFunction(material)) {
-        setFunction(material, !settings.color);
+        setNamedSurface(settings.surface);
     } else if (material.isLit) {
         setPlastic(material);
     } else {
@@ -138,31 +112,81 @@ struct Parameters {
     long count() const { return static_cast<long>(tokens.size()); }
 };
 
-void addConvex(const FaceList& faces, const Parameters& list)
+// Row vectors, as the library has them.
+void multMatrix(const Matrix& m)
+{
+    ZebMatrix rows;
+    for (unsigned row = 0; row < 4; ++row) {
+        for (unsigned column = 0; column < 4; ++column) {
+            rows[row][column] = static_cast<float>(m[column][row]);
+        }
+    }
+    zebMultMatrix(rows);
+}
+
+// Faces of one kind, wherever they show.
+template <class Add>
+void addFaces(const FaceList& faces, const std::vector<Matrix>& copies, const Add& add)
 {
     if (faces.sizes.empty()) return;
+    if (copies.empty()) {
+        add();
+        return;
+    }
+    const void* const object = zebObjectBegin();
+    add();
+    zebObjectEnd();
+    zebObjectCall(object);
+    for (const Matrix& move : copies) {
+        zebMatrixPush();
+        multMatrix(move);
+        zebObjectCall(object);
+        zebMatrixPop();
+    }
+}
+
+void addConvex(const FaceList& faces, const Parameters& list)
+{
     zebPolygonMeshV(static_cast<long>(faces.sizes.size()), faces.sizes.data(), faces.corners.data(),
                     list.count(), list.tokens.data(), list.values.data());
 }
 
 void addConcave(const FaceList& faces, const Parameters& list)
 {
-    if (faces.sizes.empty()) return;
     const std::vector<long> loops(faces.sizes.size(), 1);
     zebGeneralPolygonMeshV(static_cast<long>(loops.size()), loops.data(), faces.sizes.data(),
                            faces.corners.data(), list.count(), list.tokens.data(),
                            list.values.data());
 }
 
-}  // namespace
-
-void addSurroundings(const Stage& stage, const Camera& camera, const Settings& settings)
+void addCoordinates(const Mesh& mesh, Parameters& list)
 {
-    addLights(stage, settings);
-    if (settings.background) addBackdrop(camera, settings);
+    for (unsigned channel = 0; channel < mesh.coordinates.size(); ++channel) {
+        const std::vector<float>& pairs = mesh.coordinates[channel];
+        if (!pairs.empty()) list.add(coordinateToken(channel), pairs);
+    }
 }
 
-void addMesh(const Mesh& mesh, const Settings& settings)
+void addShape(const Mesh& mesh, Parameters& list)
+{
+    zebOrientation(mesh.isMirrored ? ZEB_INSIDE : ZEB_OUTSIDE);
+    addFaces(mesh.flatConcave, mesh.copies, [&] { addConcave(mesh.flatConcave, list); });
+    list.add("normal", mesh.normals);
+    addFaces(mesh.convex, mesh.copies, [&] { addConvex(mesh.convex, list); });
+    addFaces(mesh.concave, mesh.copies, [&] { addConcave(mesh.concave, list); });
+}
+
+}  // namespace
+
+void addSurroundings(const Stage& stage, const Camera& camera, const Settings& settings,
+                     const std::shared_ptr<const Around>& around, const Shadows& shadows)
+{
+    addLights(stage, camera, settings, shadows);
+    if (settings.hasBackground()) addBackdrop(camera, settings, around);
+}
+
+void addMesh(const Mesh& mesh, const Settings& settings,
+             const std::shared_ptr<const Around>& around)
 {
     const Color color =
         settings.color ? toLight(*settings.color) : mesh.material.color.value_or(kDefaultColor);
@@ -174,18 +198,30 @@ void addMesh(const Mesh& mesh, const Settings& settings)
     list.add("point", mesh.points);
     if (!settings.color && !mesh.colors.empty()) list.add("color", mesh.colors);
     if (!mesh.opacities.empty()) list.add("opacity", mesh.opacities);
-    for (unsigned channel = 0; byFunction && channel < mesh.coordinates.size(); ++channel) {
-        const std::vector<float>& pairs = mesh.coordinates[channel];
-        if (!pairs.empty()) list.add(coordinateToken(channel), pairs);
-    }
-    setSurface(mesh.material, settings);
+    if (byFunction) addCoordinates(mesh, list);
+    setSurface(mesh.material, settings, around);
     // Of materials that do not count nothing is known.
     zebBackface(mesh.material.showsBacks || !settings.surface.empty() ? 2 : 1);
-    zebOrientation(mesh.isMirrored ? ZEB_INSIDE : ZEB_OUTSIDE);
-    addConcave(mesh.flatConcave, list);
-    list.add("normal", mesh.normals);
-    addConvex(mesh.convex, list);
-    addConcave(mesh.concave, list);
+    addShape(mesh, list);
+}
+
+void addCaster(const Mesh& mesh, const Settings& settings)
+{
+    const Material& material = mesh.material;
+    const bool isMaterial = settings.surface.empty();
+    const bool varies = isMaterial && !mesh.opacities.empty();
+    // Half opaque or more is opaque.
+    const float opacity = isMaterial ? material.opacity : 1;
+    zebOpacity(Color{opacity, opacity, opacity}.data());
+    Parameters list;
+    list.add("point", mesh.points);
+    if (varies) list.add("opacity", mesh.opacities);
+    addCoordinates(mesh, list);
+    setDistanceFunction(isMaterial ? material : Material(), varies || opacity < 1);
+    zebShadingModel(ZEB_SMOOTH);
+    zebShadingRate(static_cast<float>(settings.shadingRate));
+    zebBackface(2);
+    addShape(mesh, list);
 }
 
 }  // namespace zebview

@@ -1,15 +1,25 @@
 // What the renderer is told about the world in front of the camera.
 #pragma once
 
+#include <memory>
+
 #include "camera.h"
+#include "environment.h"
 #include "mesh.h"
 #include "settings.h"
+#include "shadows.h"
 
 namespace zebview
 {
 
 // Lights, and what lies behind the model.
-void addSurroundings(const Stage& stage, const Camera& camera, const Settings& settings);
-void addMesh(const Mesh& mesh, const Settings& settings);
+//
+// around  null: there is no environment
+void addSurroundings(const Stage& stage, const Camera& camera, const Settings& settings,
+                     const std::shared_ptr<const Around>& around, const Shadows& shadows);
+void addMesh(const Mesh& mesh, const Settings& settings,
+             const std::shared_ptr<const Around>& around);
+// Of what a lamp sees, its color being how far away it is.
+void addCaster(const Mesh& mesh, const Settings& settings);
 
 }  // namespace zebview

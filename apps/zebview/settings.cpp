@@ -68,6 +68,12 @@ void parseOutput(const std::string& text, Settings& settings)
     }
 }
 
+void parseBackground(const std::string& text, Settings& settings)
+{
+    settings.showsEnvironment = text == "environment";
+    if (!settings.showsEnvironment) settings.background = parseColor("--background", text);
+}
+
 void parseSheet(const std::string& text, Settings& settings)
 {
     static constexpr const char* wanted = "columns and rows from 1 to 1000, such as 6x4";
@@ -77,6 +83,22 @@ void parseSheet(const std::string& text, Settings& settings)
         throw CLI::ValidationError("--sheet", "'" + text + "' is not " + wanted);
     }
     settings.sheet = {static_cast<long>(columns), static_cast<long>(rows)};
+}
+
+void parseTime(const std::string& text, Settings& settings)
+{
+    constexpr double most = 1e6;
+    if (text.find(':') == std::string::npos) {
+        const double time = parseNumber("--time", text, -most, most);
+        settings.times = {time, time};
+        return;
+    }
+    static constexpr const char* wanted = "seconds, such as 1.5, or from and to, such as 0:2";
+    const auto [from, to] = parsePair("--time", text, ':', wanted);
+    if (std::abs(from) > most || std::abs(to) > most) {
+        throw CLI::ValidationError("--time", "'" + text + "' is more than a million seconds");
+    }
+    settings.times = {from, to};
 }
 
 std::string version()
@@ -92,7 +114,8 @@ void addPictureOptions(CLI::App& app, Settings& s)
            "-o,--output", [&s](const std::string& text) { parseOutput(text, s); },
            "The picture to write, .png or .exr, or - for PNG to standard output; %d in it, or "
            "%03d, "
-           "is the number of the view, %s the model's name; default: a window shows it")
+           "is the number of the view, %s the model's name; default: a window where the mouse "
+           "turns the model")
         ->type_name("FILE");
     app.add_option_function<std::string>(
            "--sheet", [&s](const std::string& text) { parseSheet(text, s); },
@@ -131,10 +154,9 @@ void addPictureOptions(CLI::App& app, Settings& s)
         ->type_name("NAME")
         ->check(CLI::IsMember({"gaussian", "catmull-rom", "box", "triangle", "sinc"}));
     app.add_option_function<std::string>(
-           "--background",
-           [&s](const std::string& text) { s.background = parseColor("--background", text); },
-           "Colour behind the model, from 0 to 1; default transparent")
-        ->type_name("R,G,B");
+           "--background", [&s](const std::string& text) { parseBackground(text, s); },
+           "Colour behind the model, from 0 to 1, or the environment; default transparent")
+        ->type_name("R,G,B|environment");
 }
 
 void addModelOptions(CLI::App& app, Settings& s)
@@ -162,6 +184,22 @@ void addModelOptions(CLI::App& app, Settings& s)
         ->type_name("R,G,B");
 }
 
+void addTimeOptions(CLI::App& app, Settings& s)
+{
+    app.add_option(
+           "--animation", s.animation,
+           "An animation of the file, by name or number from 0, all of it in --frames; list "
+           "lists them; default none, or with --time the first")
+        ->type_name("NAME|INDEX|list")
+        ->check([](const std::string& name) {
+            return std::string(name.empty() ? "there is no animation without a name" : "");
+        });
+    app.add_option_function<std::string>(
+           "--time", [&s](const std::string& text) { parseTime(text, s); },
+           "The time of the animation, in seconds, or from one to another in all frames")
+        ->type_name("SECONDS|FROM:TO");
+}
+
 void addViewOptions(CLI::App& app, Settings& s)
 {
     CLI::Option* camera =
@@ -172,24 +210,19 @@ void addViewOptions(CLI::App& app, Settings& s)
                 return std::string(name.empty() ? "there is no camera without a name" : "");
             });
     app.add_option_function<std::string>(
-           "--light", [&s](const std::string& name) { s.light = kLights.at(name); },
-           "What lights go with: camera, model, or the file's own (file); default camera, with "
-           "--camera the file's own if it has any")
-        ->type_name("NAME")
-        ->check(CLI::IsMember(kLights));
-    app.add_option_function<std::string>(
            "--view", [&s](const std::string& text) { parseView(text, s); },
            "Degrees that the eye goes to the right around the model and up; default 30,20")
         ->type_name("AZIMUTH,ELEVATION")
         ->excludes(camera);
     app.add_option("--frames", s.frames,
-                   "Views of each model, as the eye goes around it; default 1")
+                   "Views of each model, as the eye goes around it, or as it moves; default 1")
         ->type_name("N")
         ->check(CLI::Range(1, 100000));
     app.add_option_function<std::string>(
            "--turn",
            [&s](const std::string& text) { s.turn = parseNumber("--turn", text, -1e6, 1e6); },
-           "How far the eye goes to the right in all frames; default 360")
+           "How far the eye goes to the right in all frames; default 360, or 0 where they differ "
+           "in time")
         ->type_name("DEGREES");
     app.add_option_function<std::string>(
            "--fov", [&s](const std::string& text) { s.fov = parseNumber("--fov", text, 1, 150); },
@@ -205,6 +238,44 @@ void addViewOptions(CLI::App& app, Settings& s)
         ->excludes(camera);
 }
 
+void addLightOptions(CLI::App& app, Settings& s)
+{
+    app.add_option_function<std::string>(
+           "--light", [&s](const std::string& name) { s.light = kLights.at(name); },
+           "What lights go with: camera, model, or the file's own (file); default camera, with "
+           "--camera the file's own if it has any, with --environment none")
+        ->type_name("NAME")
+        ->check(CLI::IsMember(kLights));
+    CLI::Option* shadows = app.add_flag("--shadows", s.shadows,
+                                        "The key light, or the file's distant lights, throw "
+                                        "shadows");
+    app.add_flag("--ground", s.ground,
+                 "A floor under the model that nothing is seen of but the shadows on it")
+        ->needs(shadows);
+    CLI::Option* environment =
+        app.add_option("--environment", s.environment,
+                       "A picture of light from all around that lights the model and shows in what "
+                       "mirrors: Radiance (.hdr) or OpenEXR, twice as wide as high")
+            ->type_name("FILE")
+            ->check(CLI::Validator(CLI::ExistingFile).description(""));
+    app.add_option_function<std::string>(
+           "--environment-turn",
+           [&s](const std::string& text) {
+               s.environmentTurn = parseNumber("--environment-turn", text, -1e6, 1e6);
+           },
+           "Turns the environment to the right; default 0: its middle is behind the model as "
+           "--view 0,0 shows it")
+        ->type_name("DEGREES")
+        ->needs(environment);
+    app.add_option_function<std::string>(
+           "--exposure",
+           [&s](const std::string& text) { s.exposure = parseNumber("--exposure", text, -40, 40); },
+           "Makes the environment twice as bright for every stop, or half for those below 0; "
+           "default 0")
+        ->type_name("STOPS")
+        ->needs(environment);
+}
+
 std::string ending(const std::string& name)
 {
     std::string text = std::filesystem::path(name).extension().string();
@@ -215,8 +286,14 @@ std::string ending(const std::string& name)
 void checkChannels(const CLI::App& app, Settings& s)
 {
     const bool named = app.count("--channels") > 0;
-    if (s.background && !named) s.channels = Channels::kRgb;
-    if (s.background && (s.channels == Channels::kAlpha || s.channels == Channels::kDepth)) {
+    if (s.showsEnvironment && s.environment.empty()) {
+        throw CLI::ValidationError("--background", "there is no --environment to show");
+    }
+    if (s.ground && (s.channels == Channels::kDepth || s.channels == Channels::kRgbaz)) {
+        throw CLI::ValidationError("--ground", "a floor of shadows has no depth to be written");
+    }
+    if (s.hasBackground() && !named) s.channels = Channels::kRgb;
+    if (s.hasBackground() && (s.channels == Channels::kAlpha || s.channels == Channels::kDepth)) {
         throw CLI::ValidationError("--background",
                                    "there are no colours in --channels alpha, depth");
     }
@@ -250,6 +327,8 @@ void checkNames(const Settings& s)
 {
     if (s.viewCount() == 1) return;
     if (s.toWindow()) {
+        // It goes from model to model.
+        if (s.frames == 1) return;
         throw CLI::ValidationError("--output", "more than one view needs a file: -o FILE");
     }
     std::set<std::string> names;
@@ -285,12 +364,26 @@ void checkOutput(const CLI::App& app, Settings& s)
     } else {
         checkNames(s);
     }
-    if (app.count("--fit") == 0 && s.frames > 1) s.fit = Fit::kSphere;
+    if (app.count("--turn") == 0 && s.movesInTime()) s.turn = 0;
+    const bool seenAround = s.frames > 1 && !(s.movesInTime() && s.turn == 0);
+    if (app.count("--fit") == 0 && seenAround) s.fit = Fit::kSphere;
 }
 
 }  // namespace
 
 bool Settings::toExr() const { return ending(output.text()) == ".exr"; }
+
+bool Settings::movesInTime() const
+{
+    return isAnimated() && frames > 1 && (!times || times->from != times->to);
+}
+
+// The end is left to the frame that would come next: there, what repeats itself begins anew.
+double Settings::secondsAt(long frame, double length) const
+{
+    const auto [from, to] = times.value_or(Times{0, length});
+    return from + (to - from) * static_cast<double>(frame) / static_cast<double>(frames);
+}
 
 Light Settings::lightFor(bool fileHasLights) const
 {
@@ -312,6 +405,8 @@ CommandLine readCommandLine(int argc, char** argv)
     app.set_version_flag("--version", version);
     addModelOptions(app, result.settings);
     addViewOptions(app, result.settings);
+    addTimeOptions(app, result.settings);
+    addLightOptions(app, result.settings);
     addPictureOptions(app, result.settings);
     app.add_option("--threads", result.settings.threads,
                    "Threads that render, up to 256, or 0 for one a core; default 0")
@@ -321,7 +416,8 @@ CommandLine readCommandLine(int argc, char** argv)
                  "Tells what the models hold, and shows what the library reports as infos");
     try {
         app.parse(argc, argv);
-        if (!result.settings.listsCameras()) checkOutput(app, result.settings);
+        const bool lists = result.settings.listsCameras() || result.settings.listsAnimations();
+        if (!lists) checkOutput(app, result.settings);
     } catch (const CLI::Success& wanted) {
         result.exitStatus = app.exit(wanted);
     } catch (const CLI::ParseError& wrong) {

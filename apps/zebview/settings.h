@@ -24,6 +24,11 @@ struct Sheet {
     long columns, rows;
 };
 
+// Of an animation, in seconds.
+struct Times {
+    double from, to;
+};
+
 struct Settings {
     std::vector<std::string> models;
     OutputName output;           // empty: a window; "-": standard output
@@ -38,6 +43,8 @@ struct Settings {
     std::string filter = "gaussian";
     double azimuth = 30, elevation = 20, fov = 35;  // degrees
     std::string camera;          // of the file; "list": none is used, they are listed
+    std::string animation;       // of the file; "list": none is used, they are listed
+    std::optional<Times> times;  // unset: with an animation all of it, in several frames
     std::optional<Light> light;  // unset: the file's with a camera of it, if it has any
     Fit fit = Fit::kTight;
     std::string up;        // an axis such as "y" or "-z"; empty: as the file says
@@ -45,14 +52,28 @@ struct Settings {
     std::string surface;   // empty: as the materials of the file say
     // As they are shown.
     std::optional<Color> color;       // unset: the model's own
-    std::optional<Color> background;  // unset: transparent
+    std::optional<Color> background;  // unset: transparent, or the environment
+
+    bool shadows = false, ground = false;
+    std::string environment;        // a file; empty: none
+    double environmentTurn = 0;     // degrees to the right
+    double exposure = 0;            // of the environment, in stops
+    bool showsEnvironment = false;  // behind the model
 
     long threads = 0;      // 0: one a core
     bool verbose = false;  // infos are shown
 
     bool listsCameras() const { return camera == "list"; }
+    bool listsAnimations() const { return animation == "list"; }
+    // Whether a time of an animation is shown.
+    bool isAnimated() const { return !listsAnimations() && (times || !animation.empty()); }
+    // Whether it is another one in each frame.
+    bool movesInTime() const;
+    // length  the animation's, in seconds
+    double secondsAt(long frame, double length) const;
     bool toWindow() const { return output.empty(); }
     bool toExr() const;
+    bool hasBackground() const { return background || showsEnvironment; }
     Light lightFor(bool fileHasLights) const;
     long viewCount() const { return static_cast<long>(models.size()) * frames; }
     // The file that gets a view, or the title of its window.

@@ -6,7 +6,6 @@
 #include <assimp/version.h>
 
 #include <algorithm>
-#include <map>
 #include <numbers>
 
 #include "failure.h"
@@ -22,30 +21,10 @@ constexpr double kDegrees = 180 / std::numbers::pi;
 // Lamps in the middle of the model would be infinitely bright there.
 constexpr double kClosestLamp = 0.5;
 
-using NodePlaces = std::map<std::string, Matrix>;
-
-// Without recursion: files can nest nodes as deep as they like.
-NodePlaces nodePlaces(const aiScene& scene, const Matrix& turn)
+Matrix placeOf(const Pose& pose, const aiString& name, const Matrix& otherwise)
 {
-    NodePlaces result;
-    std::vector<std::pair<const aiNode*, Matrix>> open;
-    if (scene.mRootNode) open.emplace_back(scene.mRootNode, turn);
-    while (!open.empty()) {
-        const auto [node, parent] = open.back();
-        open.pop_back();
-        const Matrix toWorld = parent * Matrix(node->mTransformation);
-        result.emplace(node->mName.C_Str(), toWorld);
-        for (unsigned i = 0; i < node->mNumChildren; ++i) {
-            open.emplace_back(node->mChildren[i], toWorld);
-        }
-    }
-    return result;
-}
-
-Matrix placeOf(const NodePlaces& nodes, const aiString& name, const Matrix& otherwise)
-{
-    const auto found = nodes.find(name.C_Str());
-    return found == nodes.end() ? otherwise : found->second;
+    const Matrix* const found = pose.find(name.C_Str());
+    return found ? *found : otherwise;
 }
 
 Vector asVector(const aiVector3D& v) { return {v.x, v.y, v.z}; }
@@ -111,7 +90,7 @@ void readCone(const aiLight& source, bool gltf, Lamp& lamp)
 }
 
 // The brightest channel of what a lamp sends to the middle of the model.
-double brightness(const Lamp& lamp)
+double brightnessOf(const Lamp& lamp)
 {
     const double most = *std::max_element(lamp.color.begin(), lamp.color.end());
     if (lamp.kind == Lamp::kAmbient || lamp.kind == Lamp::kDistant) return most;
@@ -149,7 +128,7 @@ Lamp readLamp(const aiLight& source, const Matrix& toWorld, const Place& place, 
 
 bool isUsable(const Lamp& lamp)
 {
-    const double bright = brightness(lamp);
+    const double bright = brightnessOf(lamp);
     const bool aims = lamp.kind == Lamp::kDistant || lamp.kind == Lamp::kSpot;
     return isFinite(lamp.from) && bright > 0 && std::isfinite(bright) &&
            (!aims || lamp.direction != Vector());
@@ -157,15 +136,14 @@ bool isUsable(const Lamp& lamp)
 
 }  // namespace
 
-Stage readStage(const aiScene& scene, const Place& place)
+Stage readStage(const aiScene& scene, const Pose& pose, const Place& place, double& brightness)
 {
     Stage stage;
-    const NodePlaces nodes = nodePlaces(scene, place.turn);
     const bool gltf = holdsLight(scene);
     for (unsigned i = 0; i < scene.mNumCameras; ++i) {
         const aiCamera& source = *scene.mCameras[i];
         const FileCamera camera =
-            readCamera(source, placeOf(nodes, source.mName, place.turn), place, gltf);
+            readCamera(source, placeOf(pose, source.mName, place.turn), place, gltf);
         if (isUsable(camera)) stage.cameras.push_back(camera);
     }
     double sum = 0;
@@ -173,13 +151,14 @@ Stage readStage(const aiScene& scene, const Place& place)
         const aiLight& source = *scene.mLights[i];
         if (source.mType == aiLightSource_UNDEFINED) continue;
         const Lamp lamp =
-            readLamp(source, placeOf(nodes, source.mName, place.turn), place, holdsLight(scene));
+            readLamp(source, placeOf(pose, source.mName, place.turn), place, holdsLight(scene));
         if (!isUsable(lamp)) continue;
         stage.lamps.push_back(lamp);
-        sum += brightness(lamp);
+        sum += brightnessOf(lamp);
     }
+    if (brightness == 0) brightness = sum;
     for (Lamp& lamp : stage.lamps) {
-        for (float& c : lamp.color) c = static_cast<float>(c / sum);
+        for (float& c : lamp.color) c = static_cast<float>(c / brightness);
     }
     return stage;
 }

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "animation.h"
 #include "color.h"
 #include "vector.h"
 
@@ -43,7 +44,9 @@ struct Place {
 
 // The lamps' brightness among each other is that of the file; together they light the middle of the
 // model as one lamp of brightness 1 would.
-Stage readStage(const aiScene& scene, const Place& place);
+//
+// brightness  theirs, as it is in the file: 0, or that of an earlier time, which counts then
+Stage readStage(const aiScene& scene, const Pose& pose, const Place& place, double& brightness);
 
 // wanted  a camera's name, or its number, from 0. Throws a Failure if there is none.
 const FileCamera& findCamera(const Stage& stage, const std::string& wanted);

@@ -16,6 +16,7 @@ namespace
 struct Look {
     Material material;
     bool colored;
+    std::shared_ptr<const Around> around;
 };
 
 // Whether the alpha of a map of color is opacity.
@@ -26,7 +27,11 @@ class Shading
 {
 public:
     Shading(const Look& look, ZebRow& row)
-        : fMaterial(look.material), fColored(look.colored), fRow(row), fLight(newPlanes(row))
+        : fMaterial(look.material),
+          fColored(look.colored),
+          fAround(look.around.get()),
+          fRow(row),
+          fLight(newPlanes(row))
     {
     }
 
@@ -46,6 +51,19 @@ public:
             for (long k = 0; k < fRow.count; ++k) {
                 fRow.Oi[c][k] = fOpacity[k];
                 fRow.Ci[c][k] = fOpacity[k] * fLight[c][k];
+            }
+        }
+    }
+
+    void shadeDistance()
+    {
+        findColor();
+        findOpacity();
+        for (long k = 0; k < fRow.count; ++k) {
+            const float opaque = fOpacity[k] >= 0.5f ? 1 : 0;
+            for (std::size_t c = 0; c < 3; ++c) {
+                fRow.Oi[c][k] = opaque;
+                fRow.Ci[c][k] = opaque * fRow.P[2][k];
             }
         }
     }
@@ -156,6 +174,32 @@ private:
                                shine * specular[c][k];
             }
         }
+        if (fAround) addAround(normals, view);
+    }
+
+    // The environment is as so many lamps: of each the surface shows what it shows of lamps, and
+    // highlights are as wide as what tiny mirrors make of it (B. Walter et al., 2007).
+    void addAround(const Planes& normals, const Planes& view)
+    {
+        const float power = 1 / fMaterial.roughness;
+        const float rough = std::sqrt(std::sqrt(2 / (power + 2)));
+        // The sum over all lamps straight ahead, each as much as it covers of the sky, over pi.
+        const float whole = 4 / (power / 2 + 1) * (1 - std::exp2(-(power / 2 + 1)));
+        const bool shines = fMaterial.specular > 0;
+        const Planes mirror = shines ? mirrorWays(fRow, normals, view) : Planes{};
+        const float* const spread = shines && rough < 0.1f ? spreadOf(fRow, mirror) : nullptr;
+        const Planes texels = fMaterial.specularMap ? lookColor(fMaterial.specularMap) : Planes{};
+        for (long k = 0; k < fRow.count; ++k) {
+            const Color matt = fAround->scattered(normals, k);
+            Color shine{};
+            if (shines) shine = fAround->mirrored(mirror, k, rough, spread ? spread[k] : 0);
+            for (std::size_t c = 0; c < 3; ++c) {
+                const float share =
+                    std::min(whole * fMaterial.specular * fMaterial.specularColor[c], 1.0f);
+                fLight[c][k] += fColor[c][k] * fMaterial.diffuse * matt[c] +
+                                share * (texels[c] ? texels[c][k] : 1) * shine[c];
+            }
+        }
     }
 
     void shadeFacets(const Facets& facets)
@@ -178,7 +222,7 @@ private:
                 planes.openness[k] += fMaterial.occlusionStrength * (open[0][k] - 1);
             }
         }
-        lightFacets(fRow, planes, fLight);
+        lightFacets(fRow, planes, fAround, fLight);
     }
 
     // Roughness is in the map's green, metal in its blue.
@@ -220,6 +264,7 @@ private:
 
     const Material& fMaterial;
     const bool fColored;
+    const Around* const fAround;
     ZebRow& fRow;
     Planes fColor{}, fPicture{}, fLight;
     float* fOpacity = nullptr;
@@ -227,12 +272,25 @@ private:
 
 void shadeRow(void* data, ZebRow* row) { Shading(*static_cast<const Look*>(data), *row).shade(); }
 
+void shadeDistance(void* data, ZebRow* row)
+{
+    Shading(*static_cast<const Look*>(data), *row).shadeDistance();
+}
+
 void freeLook(void* data) { delete static_cast<Look*>(data); }
 
 bool variesInOpacity(const Material& material)
 {
     return material.cutoff || material.opacityMap ||
            (material.colorMap && isPaint(material.colorMap) && material.colorMap.image->hasAlpha());
+}
+
+void setShader(Look* look, void (*shade)(void*, ZebRow*), bool variesInOpacity)
+{
+    for (const Map* const map : look->material.maps()) coordinateToken(map->texture.channel);
+    const long flags = ZEB_SHADE_ANYWHERE | (variesInOpacity ? ZEB_SHADE_OPACITY : 0);
+    const ZebShader shader{look, shade, freeLook, flags};
+    zebCustomSurface(&shader);
 }
 
 }  // namespace
@@ -243,12 +301,16 @@ bool needsFunction(const Material& material)
            material.emission != Color{};
 }
 
-void setFunction(const Material& material, bool colored)
+void setFunction(const Material& material, bool colored, std::shared_ptr<const Around> around)
 {
-    for (const Map* const map : material.maps()) coordinateToken(map->texture.channel);
-    const long flags = ZEB_SHADE_ANYWHERE | (variesInOpacity(material) ? ZEB_SHADE_OPACITY : 0);
-    const ZebShader shader{new Look{material, colored}, shadeRow, freeLook, flags};
-    zebCustomSurface(&shader);
+    setShader(new Look{material, colored, std::move(around)}, shadeRow, variesInOpacity(material));
+}
+
+void setDistanceFunction(const Material& material, bool varies)
+{
+    const bool isCutOut = variesInOpacity(material);
+    setShader(new Look{isCutOut ? material : Material(), false, nullptr}, shadeDistance,
+              varies || isCutOut);
 }
 
 }  // namespace zebview

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <memory>
+
+#include "environment.h"
 #include "material.h"
 
 namespace zebview
@@ -11,6 +14,13 @@ bool needsFunction(const Material& material);
 // Makes a function that shows the material the surface of what follows.
 //
 // colored  the material's own color is shown; otherwise that of zebColor alone
-void setFunction(const Material& material, bool colored);
+// around   what lights it besides lamps; null: nothing
+void setFunction(const Material& material, bool colored, std::shared_ptr<const Around> around);
+
+// Makes a function the surface of what follows whose color is how far away, along z, it is: that of
+// casters of shadows, which are opaque where the material is at least to a half.
+//
+// varies  the opacity of the vertices is not the same all over
+void setDistanceFunction(const Material& material, bool varies);
 
 }  // namespace zebview

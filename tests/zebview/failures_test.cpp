@@ -83,7 +83,6 @@ TEST_F(Failures, WrongUsageIsStatusTwo)
 TEST_F(Failures, ViewsThatHaveNoPlace)
 {
     const std::string cube = write("cube.obj", cubeObj());
-    expectWrongUsage({cube, "another.obj"}, "more than one view needs a file");
     expectWrongUsage({cube, "--frames", "2"}, "more than one view needs a file");
     expectWrongUsage({cube, "--sheet", "2x2"}, "a sheet needs a file");
     expectWrongUsage({cube, "--frames", "2", "-o", "a.png"}, "more than one view would be 'a.png'");
@@ -174,7 +173,9 @@ std::string crowd(int corners, int nodes)
     text << R"(</p></polylist></mesh></geometry></library_geometries>
 <library_visual_scenes><visual_scene id="s">)";
     for (int i = 0; i < nodes; ++i) {
-        text << "<node id=\"n" << i << "\"><instance_geometry url=\"#g\"/></node>\n";
+        // Stretched differently, so that they have nothing in common.
+        text << "<node id=\"n" << i << "\"><scale>1 " << 1 + i * 0.001
+             << " 1</scale><instance_geometry url=\"#g\"/></node>\n";
     }
     text << R"(</visual_scene></library_visual_scenes>
 <scene><instance_visual_scene url="#s"/></scene></COLLADA>)";
@@ -204,7 +205,6 @@ TEST_F(Failures, OutputThatCannotBeWritten)
     expectFailure(to("cube.obj/picture.png"), 1, "Not a directory");
     expectFailure(to("full.png"), 1, "No space left on device");
     expectFailure(to("full.exr"), 1, "full.exr");
-    expectFailure({cube, "--size", "65536x65536"}, 1, "too large");
 }
 
 TEST_F(Failures, APictureThatWasThereStays)

@@ -58,7 +58,7 @@ const ModelFile kModels[] = {
     {"ColladaDuck", "Collada/duck.dae", kSolid, 0.42},
     {"ColladaTeapots", "Collada/teapots.DAE", kSeeThrough, 0.41, 40,
      "..\\LWO\\LWO2\\MappingModes\\earthSpherical.jpg"},
-    {"XBull", "X/Testwuson.X", kSolid, 0.17},
+    {"XBull", "X/Testwuson.X", kSolid, 0.39},
     {"Md2Figure", "MD2/sydney.md2", kSeeThrough, 0.09},
     {"FbxHammer", "FBX/huesitos.fbx", kSolid, 0.30},
     {"BlendMonkey", "BLEND/Suzanne_248.blend", kSolid, 0.51},

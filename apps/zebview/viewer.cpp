@@ -1,0 +1,428 @@
+#include "viewer.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+
+#include "canvas.h"
+#include "coarse.h"
+#include "console.h"
+#include "environment.h"
+#include "failure.h"
+#include "orbit.h"
+#include "output_file.h"
+#include "raster.h"
+#include "render.h"
+#include "view_window.h"
+
+namespace zebview
+{
+
+namespace
+{
+
+using Clock = std::chrono::steady_clock;
+using Seconds = std::chrono::duration<double>;
+
+// The pictures that a view goes through while it stands still, the last one as the settings ask.
+struct Quality {
+    bool hasAllFaces;
+    long stride;  // pixels from one that is rendered to the next, across and down
+    bool isFinal;
+    const char* name;
+};
+constexpr std::array<Quality, 4> kQualities{{{false, 2, false, "coarse"},
+                                             {false, 1, false, "fewer faces"},
+                                             {true, 1, false, "one sample"},
+                                             {true, 1, true, "final"}}};
+
+// While the user moves the model, each picture is the best that is done in this time.
+constexpr Seconds kPatience{0.08};
+constexpr Seconds kLookEvery{0.01}, kRedrawEvery{0.05};
+
+constexpr double kDegreesPerPixel = 0.4;
+constexpr double kZoomPerNotch = 1.1, kZoomPerPixel = 1.01;
+// Behind models without a --background, as it is shown.
+constexpr Color kBackdrop{0.2f, 0.2f, 0.2f};
+
+constexpr const char* kHelp =
+    "drag            turn the model\n"
+    "shift + drag    move it (or the middle button)\n"
+    "wheel           zoom (or the right button)\n"
+    "Enter           back to the first view\n"
+    "1 3 7 9         from the front, the right, above, a corner\n"
+    "Left Right      the model before, the next one\n"
+    "Up              read the model again\n"
+    "f               full screen\n"
+    "n               name of the file\n"
+    "z               time that pictures take\n"
+    "s               save the picture as a PNG file\n"
+    "?               print the view on the terminal\n"
+    "h               this help\n"
+    "Escape          close the window";
+
+// The first of NAME_1.png, NAME_2.png and so on that is not there yet.
+std::string freeName(const std::string& model)
+{
+    const std::string stem = std::filesystem::path(model).stem().string();
+    for (int number = 1;; ++number) {
+        std::string name = stem + '_' + std::to_string(number) + ".png";
+        std::error_code failed;
+        if (!std::filesystem::exists(name, failed)) return name;
+    }
+}
+
+class Viewer : private WindowUser
+{
+public:
+    explicit Viewer(const Settings& settings)
+        : fSettings(settings),
+          fBackdrop(toLight(settings.background.value_or(kBackdrop))),
+          fHasBackground(settings.hasBackground()),
+          fEnvironment(readEnvironment(settings)),
+          fSize{settings.width, settings.height}
+    {
+        // Pictures are laid over the backdrop here: it never has to be rendered.
+        fSettings.background.reset();
+        fSettings.channels = Channels::kRgba;
+    }
+
+    bool run()
+    {
+        load(0);
+        fWindow = openViewWindow(fName, fSettings.width, fSettings.height, *this);
+        if (!fWindow) throw Failure("without a screen the picture needs a file: -o FILE");
+        while (fWindow->handleEvents(isDone()) && !fQuit) {
+            obey();
+            if (!fQuit && !isDone()) step();
+            if (errorReported()) break;
+        }
+        return !errorReported();
+    }
+
+private:
+    bool isDone() const { return fNext == kQualities.size() && !hasRequest(); }
+    bool hasRequest() const { return fWantedModel || fWantsFile; }
+
+    void load(std::size_t index)
+    {
+        fModel = ModelFile(fSettings.models[index], fSettings).model(0);
+        fCoarse = coarsened(fModel);
+        fIndex = index;
+        fName = fSettings.viewName(index, 0);
+        if (!fModel.notShown.empty()) complain(fSettings.models[index] + ": " + fModel.notShown);
+        fTimes.fill(Seconds(0));
+        fStart.emplace(chooseCamera(fModel, 0, fSettings), radiusOf(fModel));
+        fOrbit = fStart;
+        fNext = 0;
+    }
+
+    // Does what keys have asked for, once nothing is being rendered.
+    void obey()
+    {
+        if (fWantedModel) {
+            const std::size_t index = *fWantedModel;
+            fWantedModel.reset();
+            try {
+                load(index);
+            } catch (const Failure& failure) {
+                // What has been shown so far stays.
+                complain(failure.what());
+                say(failure.what());
+            }
+            fWindow->setTitle(fName);
+            showText();
+        }
+        if (fWantsFile && fNext == kQualities.size()) save();
+    }
+
+    // The next picture of the view.
+    void step()
+    {
+        fMoved = false;
+        fLevel = fMoving ? movingLevel() : fNext;
+        fMoving = false;
+        const bool whole = render();
+        // Whoever moves the model goes on to do so: then the next picture is such a one, too.
+        fNext = fMoved || !whole ? 0 : fLevel + 1;
+        fMoving = fMoved;
+    }
+
+    std::size_t movingLevel() const
+    {
+        std::size_t level = 0;
+        while (level + 2 < kQualities.size() && fTimes[level + 1] > Seconds(0) &&
+               fTimes[level + 1] < kPatience) {
+            ++level;
+        }
+        return level;
+    }
+
+    // False if it has been given up.
+    bool render()
+    {
+        const Quality& quality = kQualities[fLevel];
+        const auto begun = Clock::now();
+        const Camera camera = fOrbit->camera(fSize.width, fSize.height);
+        Settings settings = fSettings;
+        settings.width = (fSize.width + quality.stride - 1) / quality.stride;
+        settings.height = (fSize.height + quality.stride - 1) / quality.stride;
+        if (!quality.isFinal) {
+            settings.samples = 1;
+            settings.threshold.reset();
+            settings.filter = "box";
+        }
+        fRaster.resize(settings.width, settings.height);
+        const ZebDisplay device = displayFor();
+        Destination destination;
+        destination.device = &device;
+        fGivenUp = false;
+        Model& model = !quality.hasAllFaces && fCoarse ? *fCoarse : fModel;
+        if (!renderPicture(model, camera, settings, fEnvironment, destination,
+                           [this] { return goesOn(); })) {
+            return false;
+        }
+        fTimes[fLevel] = Clock::now() - begun;
+        fRaster.show(fBackdrop, fSize.width, fSize.height, fShown);
+        fWindow->show(fShown.data(), fSize.width, fSize.height);
+        if (fShowsTime) showText();
+        return true;
+    }
+
+    ZebDisplay displayFor()
+    {
+        ZebDisplay display{};
+        display.data = this;
+        display.span = [](void* data, long x0, long x1, long y, const unsigned int* words) {
+            auto& viewer = *static_cast<Viewer*>(data);
+            viewer.fRaster.set(x0, x1, y, words);
+            if (viewer.isFinal()) {
+                viewer.fRaster.showSpan(viewer.fBackdrop, x0, x1, y, viewer.fShown);
+            }
+            // More often than the renderer asks by itself.
+            if (!viewer.goesOn()) zebCancel();
+        };
+        return display;
+    }
+
+    bool isFinal() const { return kQualities[fLevel].isFinal; }
+
+    // Looks at what the user does; false if that makes the picture useless. The coarsest ones are
+    // finished in any case: somebody who moves the model wants to see it move.
+    bool goesOn()
+    {
+        const auto now = Clock::now();
+        if (fGivenUp || now - fLooked < kLookEvery) return !fGivenUp;
+        fLooked = now;
+        if (isFinal() && now - fDrawn > kRedrawEvery) {
+            fDrawn = now;
+            fWindow->redraw();
+        }
+        if (!fWindow->handleEvents(false)) fQuit = true;
+        const bool isUseless = fMoved && fLevel != movingLevel();
+        fGivenUp = fQuit || fWantedModel || isUseless || errorReported();
+        return !fGivenUp;
+    }
+
+    void moved()
+    {
+        fMoved = fMoving = true;
+        fNext = 0;
+        if (!fMessage.empty()) say("");
+    }
+
+    void onDrag(Drag drag, double right, double down) override
+    {
+        const double shorter = static_cast<double>(std::min(fSize.width, fSize.height));
+        switch (drag) {
+            case Drag::kTurn:
+                fOrbit->turn(-right * kDegreesPerPixel, down * kDegreesPerPixel);
+                break;
+            case Drag::kPan:
+                fOrbit->pan(right / shorter, -down / shorter);
+                break;
+            case Drag::kZoom:
+                fOrbit->zoom(std::pow(kZoomPerPixel, -down));
+                break;
+        }
+        moved();
+    }
+
+    void onWheel(double notches) override
+    {
+        fOrbit->zoom(std::pow(kZoomPerNotch, notches));
+        moved();
+    }
+
+    void onResize(long width, long height) override
+    {
+        fSize = {width, height};
+        moved();
+    }
+
+    void lookFrom(double azimuth, double elevation)
+    {
+        fOrbit->lookFrom(azimuth, elevation);
+        moved();
+    }
+
+    void onKey(char key) override
+    {
+        switch (key) {
+            case static_cast<char>(Key::kEscape):
+                fQuit = true;
+                break;
+            case static_cast<char>(Key::kEnter):
+                fOrbit = fStart;
+                moved();
+                break;
+            case '1':
+                lookFrom(0, 0);
+                break;
+            case '3':
+                lookFrom(90, 0);
+                break;
+            case '7':
+                lookFrom(0, 90);
+                break;
+            case '9':
+                lookFrom(45, 35.264);
+                break;
+            case static_cast<char>(Key::kLeft):
+                fWantedModel = (fIndex + fSettings.models.size() - 1) % fSettings.models.size();
+                break;
+            case static_cast<char>(Key::kRight):
+                fWantedModel = (fIndex + 1) % fSettings.models.size();
+                break;
+            case static_cast<char>(Key::kUp):
+                fWantedModel = fIndex;
+                break;
+            case 'f':
+                fWindow->toggleFullScreen();
+                break;
+            case 'h':
+                fShowsHelp = !fShowsHelp;
+                showText();
+                break;
+            case 'n':
+                fShowsName = !fShowsName;
+                showText();
+                break;
+            case 'z':
+                fShowsTime = !fShowsTime;
+                showText();
+                break;
+            case 's':
+                fWantsFile = true;
+                break;
+            case '?':
+                answer("--view " + angle(fOrbit->azimuth()) + ',' + angle(fOrbit->elevation()));
+                break;
+            default:
+                break;
+        }
+    }
+
+    static std::string angle(double degrees)
+    {
+        char text[32];
+        // Without the sign of a rounded zero.
+        std::snprintf(text, sizeof text, "%.6g", std::round(degrees * 100) / 100 + 0.0);
+        return text;
+    }
+
+    void save()
+    {
+        fWantsFile = false;
+        try {
+            const std::string name = freeName(fSettings.models[fIndex]);
+            OutputFile file(name);
+            const Channels channels = fHasBackground ? Channels::kRgb : Channels::kRgba;
+            Canvas canvas(fRaster.width(), fRaster.height(), channels, std::nullopt);
+            fRaster.drawOn(canvas, fHasBackground ? &fBackdrop : nullptr);
+            file.save(canvas);
+            answer(name);
+            say("saved as " + name);
+        } catch (const Failure& failure) {
+            complain(failure.what());
+            say(failure.what());
+        }
+    }
+
+    void say(const std::string& message)
+    {
+        fMessage = message;
+        showText();
+    }
+
+    void showText()
+    {
+        std::string bottom;
+        const auto add = [&bottom](const std::string& line) {
+            if (!line.empty()) bottom += (bottom.empty() ? "" : "\n") + line;
+        };
+        if (fShowsName) add(fName);
+        if (fShowsTime) add(times());
+        add(fMessage);
+        fWindow->setText(fShowsHelp ? kHelp : "", bottom);
+    }
+
+    std::string times() const
+    {
+        std::string text;
+        for (std::size_t level = 0; level < kQualities.size(); ++level) {
+            if (fTimes[level] == Seconds(0)) continue;
+            char part[48];
+            std::snprintf(part, sizeof part, "%s%s %.0f ms", text.empty() ? "" : ", ",
+                          kQualities[level].name, fTimes[level].count() * 1000);
+            text += part;
+        }
+        return text;
+    }
+
+    struct Size {
+        long width, height;
+    };
+
+    Settings fSettings;
+    const Color fBackdrop;  // light
+    const bool fHasBackground;
+    const std::shared_ptr<const Environment> fEnvironment;
+    Size fSize;  // of the window
+    std::unique_ptr<ViewWindow> fWindow;
+
+    Model fModel;
+    std::optional<Model> fCoarse;  // if it differs
+    std::size_t fIndex = 0;
+    std::string fName;
+    std::optional<Orbit> fStart, fOrbit;
+
+    Raster fRaster;
+    std::vector<std::uint8_t> fShown;
+    std::size_t fLevel = 0;  // of the picture under way
+    bool fGivenUp = false;   // that picture
+    Clock::time_point fLooked, fDrawn;
+    std::array<Seconds, kQualities.size()> fTimes{};
+
+    std::size_t fNext = 0;  // of the strides; beyond them: all is done
+    bool fMoving = false;   // the view is on its way
+    bool fMoved = false;    // since the last picture began
+    std::optional<std::size_t> fWantedModel;
+    bool fWantsFile = false, fQuit = false;
+    bool fShowsHelp = false, fShowsName = false, fShowsTime = false;
+    std::string fMessage;
+};
+
+}  // namespace
+
+bool showModels(const Settings& settings)
+{
+    receiveReports(settings.verbose);
+    return Viewer(settings).run();
+}
+
+}  // namespace zebview
