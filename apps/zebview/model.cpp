@@ -223,11 +223,12 @@ private:
 struct ModelFile::Contents {
     Contents(const std::string& file, const Settings& options);
 
-    Model model(long frame);
+    // In seconds, if there is an animation.
+    Model model(double seconds);
+    double secondsAt(long frame) const;
 
 private:
-    std::optional<Moment> moment(long frame) const;
-    Pose pose(long frame) const { return {*scene, place.turn, moment(frame)}; }
+    Pose pose(double seconds) const;
     void measure();
     std::vector<Mesh> buildMeshes(const Pose& pose) const;
     Mesh build(const Placement& placement, const Pose& pose) const;
@@ -269,17 +270,23 @@ ModelFile::Contents::Contents(const std::string& file, const Settings& options) 
     textured = settings.surface.empty() && !settings.listsCameras();
     TextureImages images(*scene, file, settings.textures);
     materials.resize(scene->mNumMeshes);
-    for (const Placement& placement : placements(*scene, pose(0))) {
+    for (const Placement& placement : placements(*scene, pose(secondsAt(0)))) {
         std::optional<Material>& material = materials[placement.number];
         if (material) continue;
         material = readMaterial(*scene, *placement.mesh, textured ? &images : nullptr);
     }
 }
 
-std::optional<Moment> ModelFile::Contents::moment(long frame) const
+double ModelFile::Contents::secondsAt(long frame) const
 {
-    if (!animation) return std::nullopt;
-    return Moment{animation, settings.secondsAt(frame, lengthOf(*animation))};
+    return animation ? settings.secondsAt(frame, lengthOf(*animation)) : 0;
+}
+
+Pose ModelFile::Contents::pose(double seconds) const
+{
+    std::optional<Moment> moment;
+    if (animation) moment = Moment{animation, seconds};
+    return {*scene, place.turn, moment};
 }
 
 // In all frames, so that nothing jumps from one to the next.
@@ -288,7 +295,7 @@ void ModelFile::Contents::measure()
     const bool moves = settings.movesInTime();
     Extent extent(*scene, moves);
     for (long frame = 0; frame < (moves ? settings.frames : 1); ++frame) {
-        const Pose posed = pose(frame);
+        const Pose posed = pose(secondsAt(frame));
         const std::vector<Placement> meshes = placements(*scene, posed);
         extent.add(meshes, posed);
     }
@@ -356,9 +363,9 @@ std::vector<Mesh> ModelFile::Contents::buildMeshes(const Pose& pose) const
     return meshes;
 }
 
-Model ModelFile::Contents::model(long frame)
+Model ModelFile::Contents::model(double seconds)
 {
-    const Pose posed = pose(frame);
+    const Pose posed = pose(seconds);
     Model model;
     model.meshes = buildMeshes(posed);
     model.room = room;
@@ -388,12 +395,23 @@ void ModelFile::explained(const Work& work) const
     }
 }
 
-Model ModelFile::model(long frame)
+Model ModelFile::model(long frame) { return modelAt(fContents->secondsAt(frame)); }
+
+Model ModelFile::modelAt(double seconds)
 {
     Model model;
-    explained([&] { model = fContents->model(frame); });
+    explained([&] { model = fContents->model(seconds); });
     return model;
 }
+
+std::size_t ModelFile::animation() const
+{
+    const aiScene& scene = *fContents->scene;
+    const auto begin = scene.mAnimations, end = begin + scene.mNumAnimations;
+    return static_cast<std::size_t>(std::find(begin, end, fContents->animation) - begin);
+}
+
+double ModelFile::length() const { return lengthOf(*fContents->animation); }
 
 std::vector<std::string> ModelFile::animations() const
 {

@@ -31,7 +31,12 @@ public:
 
     // As it is in a frame of the settings. If it does not move in time, all of them are alike.
     Model model(long frame);
-    // A line for each.
+    // At a time of the animation that the settings ask for, in seconds.
+    Model modelAt(double seconds);
+    // That animation: its number, from 0, and how long it runs, in seconds.
+    std::size_t animation() const;
+    double length() const;
+    // A line for each of the file's.
     std::vector<std::string> animations() const;
 
 private:

@@ -69,6 +69,13 @@ void Orbit::lookFrom(double azimuth, double elevation)
     fTurnedUp = elevation;
 }
 
+void Orbit::lookLike(const Orbit& other)
+{
+    fFirst = other.fFirst;
+    fTurnedRight = other.fTurnedRight;
+    fTurnedUp = other.fTurnedUp;
+}
+
 void Orbit::zoom(double factor)
 {
     if (fStart.fov > 0) {

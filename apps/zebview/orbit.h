@@ -20,6 +20,8 @@ public:
     void turn(double right, double up);
     // Looks from an azimuth and an elevation, in degrees, upright.
     void lookFrom(double azimuth, double elevation);
+    // Looks the same way as another one.
+    void lookLike(const Orbit& other);
     // Makes what is seen larger by a factor, by going nearer if there is perspective.
     void zoom(double factor);
     // Moves the model across the picture, in heights of its shorter side.

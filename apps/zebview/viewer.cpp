@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <optional>
+#include <thread>
 
 #include "canvas.h"
 #include "coarse.h"
@@ -15,6 +16,7 @@
 #include "failure.h"
 #include "orbit.h"
 #include "output_file.h"
+#include "player.h"
 #include "raster.h"
 #include "render.h"
 #include "view_window.h"
@@ -43,6 +45,8 @@ constexpr std::array<Quality, 4> kQualities{{{false, 2, false, "coarse"},
 // While the user moves the model, each picture is the best that is done in this time.
 constexpr Seconds kPatience{0.08};
 constexpr Seconds kLookEvery{0.01}, kRedrawEvery{0.05};
+// From one picture of an animation to the next, at least.
+constexpr Seconds kFrame{1.0 / 60};
 
 constexpr double kDegreesPerPixel = 0.4;
 constexpr double kZoomPerNotch = 1.1, kZoomPerPixel = 1.01;
@@ -57,6 +61,8 @@ constexpr const char* kHelp =
     "1 3 7 9         from the front, the right, above, a corner\n"
     "Left Right      the model before, the next one\n"
     "Up              read the model again\n"
+    "Space           play its animation, or pause\n"
+    "w               the next animation\n"
     "f               full screen\n"
     "n               name of the file\n"
     "z               time that pictures take\n"
@@ -105,13 +111,16 @@ public:
     }
 
 private:
-    bool isDone() const { return fNext == kQualities.size() && !hasRequest(); }
-    bool hasRequest() const { return fWantedModel || fWantsFile; }
+    enum class Wish { kPlayOrPause, kNextAnimation };
+
+    bool isDone() const { return fNext == kQualities.size() && !hasRequest() && !isPlaying(); }
+    bool isPlaying() const { return fPlayer && fPlayer->isPlaying(); }
+    bool hasRequest() const { return fWantedModel || fWantsAnimation || fWantsFile; }
 
     void load(std::size_t index)
     {
-        fModel = ModelFile(fSettings.models[index], fSettings).model(0);
-        fCoarse = coarsened(fModel);
+        take(ModelFile(fSettings.models[index], fSettings).model(0));
+        fPlayer.reset();
         fIndex = index;
         fName = fSettings.viewName(index, 0);
         if (!fModel.notShown.empty()) complain(fSettings.models[index] + ": " + fModel.notShown);
@@ -121,28 +130,76 @@ private:
         fNext = 0;
     }
 
+    void take(Model model)
+    {
+        fModel = std::move(model);
+        fCoarse = coarsened(fModel);
+    }
+
     // Does what keys have asked for, once nothing is being rendered.
     void obey()
     {
         if (fWantedModel) {
             const std::size_t index = *fWantedModel;
             fWantedModel.reset();
-            try {
-                load(index);
-            } catch (const Failure& failure) {
-                // What has been shown so far stays.
-                complain(failure.what());
-                say(failure.what());
-            }
+            attempt([&] { load(index); });
             fWindow->setTitle(fName);
             showText();
         }
+        if (fWantsAnimation) {
+            const Wish wish = *fWantsAnimation;
+            fWantsAnimation.reset();
+            attempt([&] { animate(wish); });
+        }
+        if (fWantsFile && isPlaying()) pause();
         if (fWantsFile && fNext == kQualities.size()) save();
+    }
+
+    // If it fails, what has been shown so far stays, and the user is told why.
+    template <class Work>
+    void attempt(const Work& work)
+    {
+        try {
+            work();
+        } catch (const Failure& failure) {
+            complain(failure.what());
+            say(failure.what());
+        }
+    }
+
+    void animate(Wish wish)
+    {
+        if (isPlaying() && wish == Wish::kPlayOrPause) return pause();
+        const bool isNew = !fPlayer;
+        if (isNew) fPlayer = std::make_unique<Player>(fSettings.models[fIndex], fSettings);
+        const bool isAnother = wish == Wish::kNextAnimation && (!isNew || fSettings.isAnimated());
+        if (isAnother) fPlayer->goToNext();
+        if (isNew || isAnother) show(fPlayer->model());
+        if (wish == Wish::kPlayOrPause) fPlayer->play();
+        say(fPlayer->line());
+    }
+
+    // With room for all its times, from where the user looks.
+    void show(Model model)
+    {
+        take(std::move(model));
+        fStart.emplace(chooseCamera(fModel, 0, fSettings), radiusOf(fModel));
+        Orbit orbit = *fStart;
+        orbit.lookLike(*fOrbit);
+        fOrbit = orbit;
+        fNext = 0;
+    }
+
+    void pause()
+    {
+        fPlayer->pause();
+        fNext = 0;
     }
 
     // The next picture of the view.
     void step()
     {
+        if (isPlaying()) advance();
         fMoved = false;
         fLevel = fMoving ? movingLevel() : fNext;
         fMoving = false;
@@ -150,6 +207,20 @@ private:
         // Whoever moves the model goes on to do so: then the next picture is such a one, too.
         fNext = fMoved || !whole ? 0 : fLevel + 1;
         fMoving = fMoved;
+    }
+
+    void advance()
+    {
+        std::this_thread::sleep_until(fAdvanced + kFrame);
+        fAdvanced = Clock::now();
+        fMoving = true;
+        try {
+            take(fPlayer->model());
+        } catch (const Failure& failure) {
+            pause();
+            complain(failure.what());
+            say(failure.what());
+        }
     }
 
     std::size_t movingLevel() const
@@ -224,7 +295,7 @@ private:
         }
         if (!fWindow->handleEvents(false)) fQuit = true;
         const bool isUseless = fMoved && fLevel != movingLevel();
-        fGivenUp = fQuit || fWantedModel || isUseless || errorReported();
+        fGivenUp = fQuit || fWantedModel || fWantsAnimation || isUseless || errorReported();
         return !fGivenUp;
     }
 
@@ -301,6 +372,12 @@ private:
             case static_cast<char>(Key::kUp):
                 fWantedModel = fIndex;
                 break;
+            case ' ':
+                fWantsAnimation = Wish::kPlayOrPause;
+                break;
+            case 'w':
+                fWantsAnimation = Wish::kNextAnimation;
+                break;
             case 'f':
                 fWindow->toggleFullScreen();
                 break;
@@ -320,11 +397,22 @@ private:
                 fWantsFile = true;
                 break;
             case '?':
-                answer("--view " + angle(fOrbit->azimuth()) + ',' + angle(fOrbit->elevation()));
+                answer(view());
                 break;
             default:
                 break;
         }
+    }
+
+    // As options.
+    std::string view() const
+    {
+        const std::string way = angle(fOrbit->azimuth()) + ',' + angle(fOrbit->elevation());
+        if (!fPlayer) return "--view " + way;
+        char text[120];
+        std::snprintf(text, sizeof text, "--view %s --animation %zu --time %f", way.c_str(),
+                      fPlayer->number(), fPlayer->seconds());
+        return text;
     }
 
     static std::string angle(double degrees)
@@ -400,6 +488,8 @@ private:
     std::size_t fIndex = 0;
     std::string fName;
     std::optional<Orbit> fStart, fOrbit;
+    std::unique_ptr<Player> fPlayer;  // once an animation is wanted
+    Clock::time_point fAdvanced;      // by it
 
     Raster fRaster;
     std::vector<std::uint8_t> fShown;
@@ -412,6 +502,7 @@ private:
     bool fMoving = false;   // the view is on its way
     bool fMoved = false;    // since the last picture began
     std::optional<std::size_t> fWantedModel;
+    std::optional<Wish> fWantsAnimation;
     bool fWantsFile = false, fQuit = false;
     bool fShowsHelp = false, fShowsName = false, fShowsTime = false;
     std::string fMessage;

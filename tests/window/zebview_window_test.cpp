@@ -6,6 +6,7 @@
 
 #include "mouse.h"
 #include "window_test.h"
+#include "zebview/gltf_animation.h"
 #include "zebview/image.h"
 #include "zebview/process.h"
 
@@ -446,6 +447,168 @@ TEST_F(TurningWindow, UpReadsTheModelAgain)
     write("block.obj", kTriangle);
     mouse->press("Up");
     EXPECT_FALSE(same(settled(), before));
+}
+
+// A plate that goes to the right by half its width a second, before a camera that stands still.
+class Playing : public TurningWindow
+{
+protected:
+    static zebtest::Gltf movingPlate(float seconds)
+    {
+        zebtest::Gltf file;
+        file.animate(0, "translation", {0, seconds}, {0, 0, 0, seconds, 0, 0}, "VEC3");
+        return file;
+    }
+    void openPlate(const zebtest::Gltf& file)
+    {
+        write("block.gltf", file.text());
+        open({"block.gltf", "--camera", "eye", "--light", "camera"});
+    }
+    // What the window has told on the terminal, once it is closed.
+    std::string told()
+    {
+        desktop->pressEscape(window);
+        const Outcome outcome = finish(pid);
+        pid = -1;
+        EXPECT_EQ(outcome.status, 0);
+        EXPECT_EQ(outcome.err, "");
+        return outcome.out;
+    }
+    void askForView()
+    {
+        mouse->press("question", true);
+        // Printed, as the picture after it is saved.
+        settled();
+    }
+    static double timeIn(const std::string& told)
+    {
+        const std::size_t found = told.rfind("--time ");
+        EXPECT_NE(found, std::string::npos) << told;
+        return found == std::string::npos ? -1 : std::stod(told.substr(found + 7));
+    }
+    // 30 pixels a unit, and the camera's middle is that of the picture.
+    static double unit(double pixel) { return (pixel - 80) / 30; }
+    static double middle(const Image& picture)
+    {
+        return unit((picture.left + picture.right + 1) / 2.0);
+    }
+    static void sleep(int milliseconds)
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+    }
+};
+
+TEST_F(Playing, SpacePlaysAndPauses)
+{
+    openPlate(movingPlate(100));
+    EXPECT_NEAR(middle(settled()), 0, 0.03);
+    mouse->press("space");
+    sleep(400);
+    mouse->press("space");
+    const Image paused = settled();
+    sleep(300);
+    expectSame(settled(), paused);
+    askForView();
+    const double seconds = timeIn(told());
+    EXPECT_GT(seconds, 0);
+    EXPECT_NEAR(unit(paused.left), seconds - 1, 0.06);
+}
+
+TEST_F(Playing, GoesOnWhereItWasPausedAndSavingPauses)
+{
+    openPlate(movingPlate(100));
+    mouse->press("space");
+    sleep(900);
+    const Image first = settled();
+    expectSame(settled(), first);
+    mouse->press("space");
+    sleep(100);
+    EXPECT_GT(settled().left, first.left);
+}
+
+TEST_F(Playing, BeginsAnewAtTheEnd)
+{
+    openPlate(movingPlate(0.25f));
+    mouse->press("space");
+    sleep(1000);
+    askForView();
+    const double seconds = timeIn(told());
+    EXPECT_GE(seconds, 0);
+    EXPECT_LT(seconds, 0.25);
+}
+
+TEST_F(Playing, BeginsAtTheTimeThatIsAskedFor)
+{
+    write("block.gltf", movingPlate(100).text());
+    open({"block.gltf", "--camera", "eye", "--light", "camera", "--time", "0.5"});
+    EXPECT_NEAR(middle(settled()), 0.5, 0.03);
+    mouse->press("w");
+    askForView();
+    // There is but one, which has its beginning.
+    EXPECT_EQ(timeIn(told()), 0);
+}
+
+TEST_F(Playing, FramesTheModelForAllItsTimes)
+{
+    write("block.gltf", movingPlate(20).text());
+    open({"block.gltf", "--view", "0,0"});
+    mouse->press("space");
+    sleep(200);
+    const Image early = settled();
+    // Two of the 22 units that the plate goes through lie across the picture.
+    EXPECT_GT(early.left, 0);
+    EXPECT_NEAR(early.right - early.left, 160 * 2 / 22.0, 4);
+    EXPECT_LT(early.right, 60);
+}
+
+TEST_F(Playing, WGoesToTheNextAnimation)
+{
+    zebtest::Gltf file;
+    const std::string right =
+        file.animation("right", 0, "translation", {0, 9}, {0, 0, 0, 9, 0, 0}, "VEC3");
+    const std::string left =
+        file.animation("left", 0, "translation", {0, 9}, {-1, 0, 0, -10, 0, 0}, "VEC3");
+    file.more = R"(,"animations":[)" + right + ',' + left + ']';
+    openPlate(file);
+    mouse->drag(80, 60, 85, 60);
+    mouse->press("w");
+    EXPECT_NEAR(middle(settled()), 0, 0.03);
+    mouse->press("w");
+    EXPECT_NEAR(unit(settled().right + 1), 0, 0.06);
+    askForView();
+    mouse->press("w");
+    EXPECT_NEAR(middle(settled()), 0, 0.03);
+    // From where the user looks.
+    const std::string options = "--view -2,0 --animation 1 --time 0.000000\n";
+    EXPECT_NE(told().find(options), std::string::npos);
+}
+
+TEST_F(Playing, ModelsThatDoNotMoveStay)
+{
+    openBlock();
+    const Image before = settled();
+    mouse->press("space");
+    expectSame(settled(), before);
+    desktop->pressEscape(window);
+    const Outcome outcome = finish(pid);
+    pid = -1;
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "zebview: block.obj: it has no animations\n");
+}
+
+// The other model has no part in it.
+TEST_F(Playing, EndsWithTheModel)
+{
+    write("block.obj", kBlock);
+    write("block.gltf", movingPlate(100).text());
+    open({"block.gltf", "block.obj"});
+    mouse->press("space");
+    sleep(100);
+    mouse->press("Right");
+    const Image block = settled();
+    expectSame(settled(), block);
+    askForView();
+    EXPECT_EQ(told().find("--time"), std::string::npos);
 }
 
 TEST_F(TurningWindow, FilesThatAreThereStay)
