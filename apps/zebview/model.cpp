@@ -20,6 +20,7 @@
 #include "failure.h"
 #include "far_points.h"
 #include "material.h"
+#include "reading_limits.h"
 #include "skin.h"
 #include "texture_images.h"
 
@@ -31,6 +32,7 @@ namespace
 
 constexpr std::uintmax_t kMaxFileSize = std::uintmax_t{4} << 30;
 constexpr std::uintmax_t kMaxVertices = 100'000'000;
+constexpr std::size_t kLongestError = 200;
 
 // A mesh at one of the places where the model shows it.
 struct Placement {
@@ -79,6 +81,21 @@ void checkFile(const std::string& name)
     if (size == 0) throw Failure("the file is empty");
     if (size > kMaxFileSize) throw Failure("the file is larger than 4 GiB");
     checkHeader(file.get());
+}
+
+// Readers of damaged files leave some out.
+void dropMissingNodes(const aiScene& scene)
+{
+    std::vector<aiNode*> open;
+    if (scene.mRootNode) open.push_back(scene.mRootNode);
+    while (!open.empty()) {
+        aiNode& node = *open.back();
+        open.pop_back();
+        aiNode** const end = node.mChildren + node.mNumChildren;
+        node.mNumChildren =
+            static_cast<unsigned>(std::remove(node.mChildren, end, nullptr) - node.mChildren);
+        open.insert(open.end(), node.mChildren, node.mChildren + node.mNumChildren);
+    }
 }
 
 template <class T>
@@ -229,6 +246,7 @@ struct ModelFile::Contents {
 
 private:
     Pose pose(double seconds) const;
+    void read(const std::string& file);
     void measure();
     std::vector<Mesh> buildMeshes(const Pose& pose) const;
     Mesh build(const Placement& placement, const Pose& pose) const;
@@ -259,8 +277,7 @@ ModelFile::Contents::Contents(const std::string& file, const Settings& options) 
     if (!settings.up.empty()) {
         importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_IGNORE_UP_DIRECTION, true);
     }
-    scene = importer.ReadFile(file, aiProcess_GenUVCoords);
-    if (!scene) throw Failure(std::string("cannot be read: ") + importer.GetErrorString());
+    read(file);
     if (settings.isAnimated()) animation = &findAnimation(*scene, settings.animation);
     const Matrix back = formatOf(*scene).turned ? upright("z").Inverse() : Matrix();
     place.turn = upright(upAxis(*scene, settings.up)) * back;
@@ -275,6 +292,22 @@ ModelFile::Contents::Contents(const std::string& file, const Settings& options) 
         if (material) continue;
         material = readMaterial(*scene, *placement.mesh, textured ? &images : nullptr);
     }
+}
+
+void ModelFile::Contents::read(const std::string& file)
+{
+    const ReadingLimits limits(file, std::filesystem::file_size(file), settings.readLimit);
+    try {
+        scene = importer.ReadFile(file, aiProcess_GenUVCoords);
+    } catch (const std::bad_alloc&) {
+        throw Failure(limits.memoryMessage());
+    }
+    if (scene) return dropMissingNodes(*scene);
+    std::string error = importer.GetErrorString();
+    if (error == std::bad_alloc().what()) throw Failure(limits.memoryMessage());
+    // Some quote all of a damaged file.
+    if (error.size() > kLongestError) error.replace(kLongestError, std::string::npos, "...");
+    throw Failure("cannot be read: " + error);
 }
 
 double ModelFile::Contents::secondsAt(long frame) const

@@ -174,6 +174,14 @@ void addModelOptions(CLI::App& app, Settings& s)
                    "A folder whose textures may be shown, besides those in the model's own folder")
         ->type_name("DIR")
         ->check(CLI::Validator(CLI::ExistingDirectory).description(""));
+    app.add_option_function<std::string>(
+           "--read-limit",
+           [&s](const std::string& text) {
+               s.readLimit = parseNumber("--read-limit", text, 0.01, 1e6);
+           },
+           "Processor time that reading a file may take, from 0.01 on; default 20, and 1 more for "
+           "each MiB of it")
+        ->type_name("SECONDS");
     app.add_option("--surface", s.surface,
                    "What the model is made of; default as the file says, or plastic")
         ->type_name("NAME")

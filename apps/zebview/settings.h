@@ -50,6 +50,7 @@ struct Settings {
     std::string up;        // an axis such as "y" or "-z"; empty: as the file says
     std::string textures;  // a folder that they may be in as well
     std::string surface;   // empty: as the materials of the file say
+    double readLimit = 0;  // seconds of processor time; 0: as the file's size allows
     // As they are shown.
     std::optional<Color> color;       // unset: the model's own
     std::optional<Color> background;  // unset: transparent, or the environment

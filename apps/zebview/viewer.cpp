@@ -408,11 +408,12 @@ private:
     std::string view() const
     {
         const std::string way = angle(fOrbit->azimuth()) + ',' + angle(fOrbit->elevation());
-        if (!fPlayer) return "--view " + way;
-        char text[120];
-        std::snprintf(text, sizeof text, "--view %s --animation %zu --time %f", way.c_str(),
-                      fPlayer->number(), fPlayer->seconds());
-        return text;
+        char time[80] = "";
+        if (fPlayer) {
+            std::snprintf(time, sizeof time, " --animation %zu --time %f", fPlayer->number(),
+                          fPlayer->seconds());
+        }
+        return std::string("--view ").append(way).append(time);
     }
 
     static std::string angle(double degrees)
