@@ -56,7 +56,8 @@ ReadingLimits::ReadingLimits(const std::string& file, std::uintmax_t fileSize, d
       fStack(kStackSize)
 {
     if (seconds == 0) {
-        seconds = kLeastSeconds + kSecondsPerMegabyte * std::floor(static_cast<double>(fileSize) / kMegabyte);
+        seconds = kLeastSeconds +
+                  kSecondsPerMegabyte * std::floor(static_cast<double>(fileSize) / kMegabyte);
     }
     const std::string start = "zebview: " + file + ": cannot be read: ";
     char text[120];

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "console.h"
+#include "defaults_file.h"
 #include "failure.h"
 #include "values.h"
 #include "zebcore/zebcore.h"
@@ -117,6 +118,10 @@ void addPictureOptions(CLI::App& app, Settings& s)
            "is the number of the view, %s the model's name; default: a window where the mouse "
            "turns the model")
         ->type_name("FILE");
+    app.add_option("--format", s.format,
+                   "What a file is, png or exr, whatever its name ends in; default as it ends")
+        ->type_name("NAME")
+        ->check(CLI::IsMember({"png", "exr"}));
     app.add_option_function<std::string>(
            "--sheet", [&s](const std::string& text) { parseSheet(text, s); },
            "Puts all views into one picture, row by row")
@@ -357,7 +362,11 @@ void checkOutput(const CLI::App& app, Settings& s)
 {
     const std::string kind = ending(s.output.text());
     const bool standardOutput = s.output.text() == "-";
-    if (!s.toWindow() && !standardOutput && kind != ".png" && kind != ".exr") {
+    if (standardOutput && s.toExr()) {
+        throw CLI::ValidationError("--format", "standard output takes PNG files");
+    }
+    const bool isKnown = standardOutput || !s.format.empty() || kind == ".png" || kind == ".exr";
+    if (!s.toWindow() && !isKnown) {
         throw CLI::ValidationError("--output",
                                    "'" + s.output.text() + "' ends neither in .png nor in .exr");
     }
@@ -379,7 +388,10 @@ void checkOutput(const CLI::App& app, Settings& s)
 
 }  // namespace
 
-bool Settings::toExr() const { return ending(output.text()) == ".exr"; }
+bool Settings::toExr() const
+{
+    return format.empty() ? ending(output.text()) == ".exr" : format == "exr";
+}
 
 bool Settings::movesInTime() const
 {
@@ -422,6 +434,7 @@ CommandLine readCommandLine(int argc, char** argv)
         ->check(CLI::Range(0L, kMaxThreads));
     app.add_flag("-v,--verbose", result.settings.verbose,
                  "Tells what the models hold, and shows what the library reports as infos");
+    addDefaultsFile(app);
     try {
         app.parse(argc, argv);
         const bool lists = result.settings.listsCameras() || result.settings.listsAnimations();

@@ -32,6 +32,7 @@ struct Times {
 struct Settings {
     std::vector<std::string> models;
     OutputName output;           // empty: a window; "-": standard output
+    std::string format;          // png or exr; empty: as its name ends
     std::optional<Sheet> sheet;  // all views in one picture
     long frames = 1;
     double turn = 360;  // degrees, over all frames

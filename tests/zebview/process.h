@@ -38,6 +38,8 @@ protected:
         fLogs = fFolder;
         fLogs += ".logs";
         std::filesystem::create_directory(fLogs);
+        // Whoever runs the tests may have defaults of their own.
+        setenv("XDG_CONFIG_HOME", fLogs.c_str(), 1);
     }
     ~Zebview() override
     {
