@@ -19,6 +19,7 @@
 #include "copies.h"
 #include "failure.h"
 #include "far_points.h"
+#include "free_form_file.h"
 #include "material.h"
 #include "skin.h"
 #include "texture_images.h"
@@ -143,6 +144,7 @@ std::vector<Placement> placements(const aiScene& scene, const Pose& pose)
 {
     std::vector<Placement> result;
     for (const Pose::Placed& at : pose.nodes()) {
+        if (holdsMaterials(*at.node)) continue;
         for (unsigned i = 0; i < at.node->mNumMeshes; ++i) {
             const unsigned number = at.node->mMeshes[i];
             if (number >= scene.mNumMeshes) throw Failure("a mesh is missing from it");
@@ -199,17 +201,18 @@ public:
         }
     }
 
-    const Box& box() const { return fBox; }
-    const FarPoints& farPoints() const { return fFar; }
-
-private:
-    static Vector asVector(const aiVector3D& v) { return {v.x, v.y, v.z}; }
     void add(const Vector& p)
     {
         if (!isFinite(p)) throw Failure("a vertex of it is not a finite point");
         fBox.add(p);
         if (fWithRoom) fFar.add(p);
     }
+
+    const Box& box() const { return fBox; }
+    const FarPoints& farPoints() const { return fFar; }
+
+private:
+    static Vector asVector(const aiVector3D& v) { return {v.x, v.y, v.z}; }
 
     bool fWithRoom;
     Box fBox;
@@ -241,6 +244,7 @@ private:
 public:
     const Settings& settings;
     Assimp::Importer importer;
+    FreeFormFile freeForms;
     const aiScene* scene = nullptr;
     const aiAnimation* animation = nullptr;
 
@@ -252,7 +256,8 @@ private:
     double brightness = 0;  // of its lamps in the first model
 };
 
-ModelFile::Contents::Contents(const std::string& file, const Settings& options) : settings(options)
+ModelFile::Contents::Contents(const std::string& file, const Settings& options)
+    : settings(options), freeForms(file, importer)
 {
     // Whoever names an axis means one of the file.
     if (!settings.up.empty()) {
@@ -274,6 +279,7 @@ ModelFile::Contents::Contents(const std::string& file, const Settings& options) 
         if (material) continue;
         material = readMaterial(*scene, *placement.mesh, textured ? &images : nullptr);
     }
+    freeForms.readMaterials(*scene, textured ? &images : nullptr);
 }
 
 std::optional<Moment> ModelFile::Contents::moment(long frame) const
@@ -292,6 +298,7 @@ void ModelFile::Contents::measure()
         const std::vector<Placement> meshes = placements(*scene, posed);
         extent.add(meshes, posed);
     }
+    freeForms.everyPoint([&](const Vector& p) { extent.add(place.turn * p); });
     const Box& box = extent.box();
     place.center = (box.min + box.max) * 0.5;
     place.radius = (box.max - place.center).Length();
@@ -352,7 +359,6 @@ std::vector<Mesh> ModelFile::Contents::buildMeshes(const Pose& pose) const
         mesh.copies = std::move(job.copies);
         meshes.push_back(std::move(mesh));
     }
-    if (meshes.empty()) throw Failure("it has no polygons");
     return meshes;
 }
 
@@ -361,6 +367,8 @@ Model ModelFile::Contents::model(long frame)
     const Pose posed = pose(frame);
     Model model;
     model.meshes = buildMeshes(posed);
+    model.surfaces = freeForms.place(place);
+    if (model.meshes.empty() && model.surfaces.empty()) throw Failure("it has no polygons");
     model.room = room;
     if (formatOf(*scene).hasStage) model.stage = readStage(*scene, posed, place, brightness);
     if (textured) model.notShown = whatIsNotShown(*scene);

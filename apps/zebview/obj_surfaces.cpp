@@ -1,0 +1,682 @@
+#include "obj_surfaces.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <charconv>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <map>
+#include <string_view>
+
+#include "console.h"
+#include "failure.h"
+#include "spline_pieces.h"
+
+namespace zebview
+{
+
+namespace
+{
+
+constexpr std::size_t kHighestDegree = 19;      // that the renderer takes
+constexpr std::size_t kMostPoints = 4'000'000;  // made of pieces
+constexpr std::size_t kMostComplaints = 20;
+constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr const char* kWays[] = {"u", "v"};
+
+using Words = std::vector<std::string_view>;
+
+Words wordsOf(std::string_view text)
+{
+    constexpr const char* blanks = " \t\r\v\f";
+    Words words;
+    std::size_t begin = text.find_first_not_of(blanks);
+    while (begin != std::string_view::npos) {
+        const std::size_t end = std::min(text.find_first_of(blanks, begin), text.size());
+        words.push_back(text.substr(begin, end - begin));
+        begin = text.find_first_not_of(blanks, end);
+    }
+    return words;
+}
+
+// A line, or several that backslashes join.
+struct Statement {
+    std::size_t line = 0;
+    std::string_view source;
+    std::string text;  // without comments
+    Words words;
+
+    std::string_view name() const { return words.empty() ? std::string_view() : words[0]; }
+};
+
+class StatementReader
+{
+public:
+    explicit StatementReader(std::string_view text) : fText(text) {}
+
+    // Views of words last until the next one.
+    bool next(Statement& statement)
+    {
+        if (fAt >= fText.size()) return false;
+        const std::size_t begin = fAt;
+        statement.line = fLine;
+        statement.text.clear();
+        bool goesOn = true;
+        while (goesOn && fAt < fText.size()) {
+            std::string_view line = nextLine();
+            line = line.substr(0, line.find('#'));
+            goesOn = line.ends_with('\\');
+            if (goesOn) line.remove_suffix(1);
+            statement.text += line;
+            if (goesOn) statement.text += ' ';
+        }
+        statement.source = fText.substr(begin, fAt - begin);
+        statement.words = wordsOf(statement.text);
+        return true;
+    }
+
+private:
+    std::string_view nextLine()
+    {
+        const std::size_t end = std::min(fText.find('\n', fAt), fText.size());
+        std::string_view line = fText.substr(fAt, end - fAt);
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        fAt = end + 1;
+        ++fLine;
+        return line;
+    }
+
+    std::string_view fText;
+    std::size_t fAt = 0, fLine = 1;
+};
+
+// All of the word, or nothing.
+template <class Number>
+std::optional<Number> parsed(std::string_view word)
+{
+    if (word.starts_with('+')) word.remove_prefix(1);
+    Number value{};
+    const char* const end = word.data() + word.size();
+    const auto [stopped, error] = std::from_chars(word.data(), end, value);
+    if (error != std::errc() || stopped != end) return std::nullopt;
+    return value;
+}
+
+double numberOf(std::string_view word)
+{
+    const auto value = parsed<double>(word);
+    if (!value || !std::isfinite(*value)) throw Failure(std::string(word) + " is not a number");
+    return *value;
+}
+
+std::string counted(std::size_t nu, std::size_t nv)
+{
+    return std::to_string(nu) + " x " + std::to_string(nv);
+}
+
+// A control point and all that goes with it.
+struct ControlPoint {
+    enum { kX, kY, kZ, kS, kT, kRed, kGreen, kBlue, kWeight, kValues };
+    std::array<double, kValues> values{};
+
+    double& weight() { return values[kWeight]; }
+    void scale(double factor)
+    {
+        for (std::size_t i = 0; i < kWeight; ++i) values[i] *= factor;
+    }
+    void add(const ControlPoint& other, double factor)
+    {
+        for (std::size_t i = 0; i < kValues; ++i) values[i] += factor * other.values[i];
+    }
+};
+
+// Control points in rows, u running fastest.
+struct Net {
+    std::array<std::size_t, 2> counts;
+    std::vector<ControlPoint> points;
+};
+
+// How control points become pieces of a surface, along one of its parameters.
+struct Pieces {
+    std::size_t degree = 0, step = 0, count = 0;
+    std::optional<Square> basis;  // none: they are Bezier's, and share their ends
+
+    std::size_t controlPoints() const { return (count - 1) * step + degree + 1; }
+};
+
+// Net after net, as the lines of control points along u or v are made Bezier's.
+Net converted(const Net& net, std::size_t way, const Pieces& pieces)
+{
+    const std::size_t lines = net.counts[1 - way], degree = pieces.degree;
+    Net result{net.counts, {}};
+    result.counts[way] = pieces.count * degree + 1;
+    if (result.counts[way] > kMostPoints / lines) throw Failure("it has too many control points");
+    result.points.resize(result.counts[way] * lines);
+    double largest = 0;
+    for (const ControlPoint& point : net.points) {
+        for (const double value : point.values) largest = std::max(largest, std::abs(value));
+    }
+    const Square share = toBezier(*pieces.basis);
+    const auto index = [way](const Net& of, std::size_t line, std::size_t i) {
+        return way == 0 ? line * of.counts[0] + i : i * of.counts[0] + line;
+    };
+    for (std::size_t line = 0; line < lines; ++line) {
+        for (std::size_t piece = 0; piece < pieces.count; ++piece) {
+            for (std::size_t j = 0; j <= degree; ++j) {
+                ControlPoint point;
+                for (std::size_t i = 0; i <= degree; ++i) {
+                    point.add(net.points[index(net, line, piece * pieces.step + i)], share[j][i]);
+                }
+                ControlPoint& place = result.points[index(result, line, piece * degree + j)];
+                if (j == 0 && piece > 0) {
+                    place.add(point, -1);
+                    for (const double apart : place.values) {
+                        if (std::abs(apart) <= 1e-9 * largest) continue;
+                        throw Failure("its pieces do not meet, which is not supported");
+                    }
+                }
+                place = point;
+            }
+        }
+    }
+    return result;
+}
+
+// A control point as a surface names it.
+struct Corner {
+    std::size_t vertex;
+    std::optional<std::size_t> place;  // on textures
+};
+
+// A surface, or a curve, until its end.
+struct Element {
+    std::size_t line;
+    bool isSurface;
+    bool isBroken = false, isTrimmed = false;
+    std::array<double, 4> limits{};
+    std::vector<Corner> corners;
+    std::array<std::vector<double>, 2> parameters;
+};
+
+class Reader
+{
+public:
+    Reader(const std::string& file, std::string_view text) : fFile(file), fStatements(text) {}
+
+    ObjSurfaces read()
+    {
+        Statement statement;
+        while (fStatements.next(statement)) {
+            if (!readsItself(statement)) fResult.rest += statement.source;
+        }
+        closeOpen();
+        fResult.rest += '\n';
+        if (fTrimmed.count > 0) {
+            const std::string others =
+                fTrimmed.count == 1 ? ""
+                : fTrimmed.count == 2
+                    ? ", nor those of another surface"
+                    : ", nor those of " + std::to_string(fTrimmed.count - 1) + " other surfaces";
+            complainAt(fTrimmed.line, "trimming curves are not followed" + others);
+        }
+        if (fCurves.count > 0) complainAt(fCurves.line, "curves are not shown");
+        if (fComplaints > kMostComplaints) {
+            complain(fFile + ": " + std::to_string(fComplaints - kMostComplaints) +
+                     " more surfaces are not shown");
+        }
+        return std::move(fResult);
+    }
+
+private:
+    using Handler = void (Reader::*)(const Words&);
+
+    // What occurs in several places, and is told of once.
+    struct Tally {
+        std::size_t line = 0, count = 0;
+
+        void add(std::size_t at)
+        {
+            if (count++ == 0) line = at;
+        }
+    };
+
+    // False if it is for others, too.
+    bool readsItself(const Statement& statement)
+    {
+        static const std::map<std::string_view, Handler> handlers{
+            {"cstype", &Reader::readType},   {"deg", &Reader::readDegrees},
+            {"bmat", &Reader::readBasis},    {"step", &Reader::readSteps},
+            {"surf", &Reader::beginSurface}, {"curv", &Reader::beginOther},
+            {"curv2", &Reader::beginOther},  {"parm", &Reader::readParameters},
+            {"trim", &Reader::readTrim},     {"hole", &Reader::readTrim},
+            {"scrv", &Reader::passOver},     {"sp", &Reader::passOver},
+            {"vp", &Reader::passOver},       {"con", &Reader::passOver},
+            {"ctech", &Reader::passOver},    {"stech", &Reader::passOver},
+            {"end", &Reader::endElement},
+        };
+        const std::string_view name = statement.name();
+        const auto found = handlers.find(name);
+        if (found == handlers.end()) {
+            readShared(statement);
+            return false;
+        }
+        fLine = statement.line;
+        try {
+            (this->*found->second)(statement.words);
+        } catch (const Failure& failure) {
+            const bool isKnown = fOpen && (fOpen->isBroken || !fOpen->isSurface);
+            if (!isKnown) leaveOut(fLine, failure.what());
+            if (fOpen) fOpen->isBroken = true;
+        }
+        return true;
+    }
+
+    void readShared(const Statement& statement)
+    {
+        const std::string_view name = statement.name();
+        if (name == "v") {
+            addVertex(statement.words);
+        } else if (name == "vt") {
+            std::array<float, 2> place{};
+            for (std::size_t i = 0; i < 2 && i + 1 < statement.words.size(); ++i) {
+                const float value = parsed<float>(statement.words[i + 1]).value_or(0);
+                place[i] = std::isfinite(value) ? value : 0;
+            }
+            fPlaces.push_back(place);
+        } else if (name == "usemtl") {
+            fMaterial.clear();
+            if (statement.words.size() < 2) return;
+            const char* const begin = statement.words[1].data();
+            const std::string_view last = statement.words.back();
+            fMaterial.assign(begin, last.data() + last.size());
+        } else if (name == "f" || name == "l" || name == "p") {
+            closeOpen();
+        }
+    }
+
+    // Its weight stands before colors and after the place: four numbers, six, or seven.
+    void addVertex(const Words& words)
+    {
+        std::array<double, 7> numbers{};
+        const std::size_t count = std::min(words.size() - 1, numbers.size());
+        for (std::size_t i = 0; i < count; ++i) {
+            numbers[i] = parsed<double>(words[i + 1]).value_or(kNotANumber);
+        }
+        Vertex vertex;
+        vertex.point = Vector(numbers[0], numbers[1], numbers[2]);
+        if (count < 3) vertex.point = Vector(kNotANumber);
+        if (count == 4 || count == 5 || count == 7) vertex.weight = numbers[3];
+        if (count >= 6) {
+            vertex.isColored = true;
+            for (std::size_t c = 0; c < 3; ++c) {
+                const double value = numbers[count - 3 + c];
+                vertex.color[c] = static_cast<float>(value > 0 ? std::min(value, 1.0) : 0);
+            }
+        }
+        fVertices.push_back(vertex);
+    }
+
+    void readType(const Words& words)
+    {
+        fIsRational = words.size() > 1 && words[1] == "rat";
+        fType = words.size() > 1 ? std::string(words.back()) : "";
+    }
+    void readDegrees(const Words& words) { readTwo(words, fDegrees); }
+    void readSteps(const Words& words) { readTwo(words, fSteps); }
+    // Those that are no numbers are 0, which is of no use to any surface.
+    static void readTwo(const Words& words, std::array<std::size_t, 2>& values)
+    {
+        for (std::size_t way = 0; way < 2; ++way) {
+            values[way] = 0;
+            if (way + 1 < words.size()) {
+                values[way] = parsed<std::size_t>(words[way + 1]).value_or(0);
+            }
+        }
+    }
+    void readBasis(const Words& words)
+    {
+        for (std::size_t way = 0; way < 2; ++way) {
+            if (words.size() < 2 || words[1] != kWays[way]) continue;
+            fBases[way].clear();
+            for (std::size_t i = 2; i < words.size(); ++i) {
+                fBases[way].push_back(parsed<double>(words[i]).value_or(kNotANumber));
+            }
+        }
+    }
+
+    void begin(bool isSurface)
+    {
+        closeOpen();
+        fOpen = Element{fLine, isSurface, false, false, {}, {}, {}};
+    }
+    // The one before has no end of its own.
+    void closeOpen()
+    {
+        if (!fOpen) return;
+        if (fOpen->isSurface && !fOpen->isBroken) leaveOut(fOpen->line, "it has no end");
+        fOpen.reset();
+    }
+    void beginOther(const Words& words)
+    {
+        begin(false);
+        if (words[0] == "curv") fCurves.add(fLine);
+    }
+    void beginSurface(const Words& words)
+    {
+        begin(true);
+        if (words.size() < 6) throw Failure("it has no control points");
+        for (std::size_t i = 0; i < 4; ++i) fOpen->limits[i] = numberOf(words[i + 1]);
+        for (std::size_t i = 5; i < words.size(); ++i) {
+            fOpen->corners.push_back(cornerOf(words[i]));
+        }
+    }
+
+    Corner cornerOf(std::string_view word) const
+    {
+        const std::size_t slash = std::min(word.find('/'), word.size());
+        Corner corner{indexOf(word.substr(0, slash), fVertices.size(), "vertex"), {}};
+        std::string_view place = word.substr(slash);
+        if (!place.empty()) place.remove_prefix(1);
+        place = place.substr(0, place.find('/'));
+        if (!place.empty()) corner.place = indexOf(place, fPlaces.size(), "texture vertex");
+        return corner;
+    }
+    // From 1, or back from the last one so far.
+    static std::size_t indexOf(std::string_view word, std::size_t count, const char* what)
+    {
+        const auto number = parsed<long long>(word);
+        if (!number) throw Failure(std::string(word) + " is not a number");
+        const auto most = static_cast<long long>(count);
+        if (*number == 0 || *number > most || *number < -most) {
+            throw Failure(std::string("there is no ") + what + ' ' + std::string(word));
+        }
+        return static_cast<std::size_t>(*number > 0 ? *number - 1 : most + *number);
+    }
+
+    void readParameters(const Words& words)
+    {
+        if (!fOpen) throw Failure("parm belongs to none");
+        const bool isV = words.size() > 1 && words[1] == "v";
+        if (words.size() < 2 || !(isV || words[1] == "u")) throw Failure("parm is for u or for v");
+        std::vector<double>& parameters = fOpen->parameters[isV ? 1 : 0];
+        for (std::size_t i = 2; i < words.size(); ++i) parameters.push_back(numberOf(words[i]));
+    }
+    void readTrim(const Words&)
+    {
+        if (fOpen) fOpen->isTrimmed = true;
+    }
+    void passOver(const Words&) {}
+
+    void endElement(const Words&)
+    {
+        if (!fOpen) return;
+        const Element element = std::move(*fOpen);
+        fOpen.reset();
+        if (!element.isSurface || element.isBroken) return;
+        fLine = element.line;
+        fResult.surfaces.push_back(build(element));
+        if (element.isTrimmed) fTrimmed.add(element.line);
+    }
+
+    ObjSurface build(const Element& element)
+    {
+        for (const std::size_t degree : fDegrees) {
+            if (degree >= 1 && degree <= kHighestDegree) continue;
+            throw Failure("its degrees are not from 1 to " + std::to_string(kHighestDegree));
+        }
+        ObjSurface surface;
+        surface.line = element.line;
+        surface.material = fMaterial;
+        std::array<Pieces, 2> pieces;
+        Net net;
+        for (std::size_t way = 0; way < 2; ++way) {
+            SplineWay& spline = way == 0 ? surface.u : surface.v;
+            spline.degree = fDegrees[way];
+            if (fType == "bspline") {
+                net.counts[way] = setKnots(element.parameters[way], way, spline);
+            } else {
+                pieces[way] = piecesOf(element.parameters[way], way, spline);
+                net.counts[way] = pieces[way].controlPoints();
+            }
+            limit(element, way, spline);
+        }
+        net.points = controlPoints(element, net.counts);
+        if (pieces[0].basis) net = converted(net, pieces);
+        fill(surface, element, net);
+        return surface;
+    }
+
+    // How many control points a B-spline has.
+    std::size_t setKnots(const std::vector<double>& parameters, std::size_t way,
+                         SplineWay& spline) const
+    {
+        const std::size_t order = spline.degree + 1;
+        checkParameters(parameters, way, 2 * order);
+        if (!std::is_sorted(parameters.begin(), parameters.end())) {
+            throw Failure(std::string("its knots decrease in ") + kWays[way]);
+        }
+        spline.knots = parameters;
+        return spline.count();
+    }
+
+    Pieces piecesOf(const std::vector<double>& parameters, std::size_t way, SplineWay& spline) const
+    {
+        checkParameters(parameters, way, 2);
+        for (std::size_t i = 1; i < parameters.size(); ++i) {
+            if (parameters[i - 1] < parameters[i]) continue;
+            throw Failure(std::string("its parameters do not increase in ") + kWays[way]);
+        }
+        const Pieces pieces = kindOfPieces(way, parameters.size() - 1);
+        if (pieces.count > kMostPoints / (spline.degree + 1)) {
+            throw Failure("it has too many control points");
+        }
+        // Pieces share their ends.
+        spline.knots.assign(1, parameters.front());
+        for (const double parameter : parameters) {
+            spline.knots.insert(spline.knots.end(), spline.degree, parameter);
+        }
+        spline.knots.push_back(parameters.back());
+        return pieces;
+    }
+
+    Pieces kindOfPieces(std::size_t way, std::size_t count) const
+    {
+        const std::size_t degree = fDegrees[way], size = degree + 1;
+        if (fType == "bezier") return {degree, degree, count, {}};
+        if (fType == "taylor") return {degree, size, count, powerBasis(degree)};
+        if (fType == "cardinal") {
+            if (degree != 3) throw Failure("a cardinal surface is of degree 3");
+            return {degree, 1, count, cardinalBasis()};
+        }
+        if (fType != "bmatrix") {
+            throw Failure(fType.empty() ? "it has no type" : "its type " + fType + " is not known");
+        }
+        const std::vector<double>& numbers = fBases[way];
+        if (std::any_of(numbers.begin(), numbers.end(),
+                        [](double number) { return !std::isfinite(number); })) {
+            throw Failure(std::string("its basis in ") + kWays[way] + " holds what is no number");
+        }
+        if (numbers.size() != size * size) {
+            throw Failure(std::string("its basis in ") + kWays[way] + " has " +
+                          std::to_string(numbers.size()) + " numbers instead of " +
+                          std::to_string(size * size));
+        }
+        if (fSteps[way] < 1 || fSteps[way] > size) {
+            throw Failure("its steps are not from 1 to its degree and 1");
+        }
+        Square basis;
+        for (auto row = numbers.begin(); row != numbers.end(); row += std::ptrdiff_t(size)) {
+            basis.emplace_back(row, row + std::ptrdiff_t(size));
+        }
+        return {degree, fSteps[way], count, basis};
+    }
+
+    static void checkParameters(const std::vector<double>& parameters, std::size_t way,
+                                std::size_t least)
+    {
+        if (parameters.size() >= least) return;
+        throw Failure("it has " + std::to_string(parameters.size()) + " parameters in " +
+                      kWays[way] + ", and takes " + std::to_string(least) + " at least");
+    }
+
+    // The renderer counts in short floats: what the numbers of a file are does not matter there.
+    void limit(const Element& element, std::size_t way, SplineWay& spline)
+    {
+        const double begin = spline.knots[spline.degree], end = spline.knots[spline.count()];
+        const std::string where = std::string(" in ") + kWays[way];
+        if (!(begin < end)) throw Failure("its knots are all the same" + where);
+        const auto toRange = [&](double knot) { return (knot - begin) / (end - begin); };
+        for (double& knot : spline.knots) {
+            knot = toRange(knot);
+            if (!(std::abs(knot) < 1e30)) throw Failure("its knots are too far apart" + where);
+        }
+        spline.min = toRange(element.limits[2 * way]);
+        spline.max = toRange(element.limits[2 * way + 1]);
+        if (!(spline.min < spline.max)) throw Failure("its limits do not increase" + where);
+        constexpr double near = 1e-6;
+        if (spline.min < -near || spline.max > 1 + near) {
+            complainAt(element.line, "its limits lie outside of its parameters" + where);
+        }
+        spline.min = std::max(spline.min, 0.0);
+        spline.max = std::min(spline.max, 1.0);
+        if (!(static_cast<float>(spline.min) < static_cast<float>(spline.max))) {
+            throw Failure("there is nothing of it between its limits" + where);
+        }
+    }
+
+    std::vector<ControlPoint> controlPoints(const Element& element,
+                                            const std::array<std::size_t, 2>& counts) const
+    {
+        const std::vector<Corner>& corners = element.corners;
+        if (corners.size() != counts[0] * counts[1]) {
+            throw Failure("it has " + std::to_string(corners.size()) +
+                          " control points, and its parameters are those of " +
+                          counted(counts[0], counts[1]));
+        }
+        std::vector<ControlPoint> points;
+        for (const Corner& corner : corners) {
+            const Vertex& vertex = fVertices[corner.vertex];
+            const std::string number = std::to_string(corner.vertex + 1);
+            if (!isFinite(vertex.point)) {
+                throw Failure("vertex " + number + " is not a finite point");
+            }
+            const double weight = fIsRational ? vertex.weight : 1;
+            if (!(weight > 0 && std::isfinite(weight))) {
+                throw Failure("the weight of vertex " + number + " is not above 0");
+            }
+            const std::array<float, 2> place =
+                corner.place ? fPlaces[*corner.place] : std::array<float, 2>{};
+            const Vector& p = vertex.point;
+            const auto& [red, green, blue] = vertex.color;
+            points.push_back({{p.x, p.y, p.z, place[0], place[1], red, green, blue, weight}});
+        }
+        return points;
+    }
+
+    static Net converted(Net net, const std::array<Pieces, 2>& pieces)
+    {
+        for (ControlPoint& point : net.points) point.scale(point.weight());
+        for (std::size_t way = 0; way < 2; ++way) net = zebview::converted(net, way, pieces[way]);
+        for (ControlPoint& point : net.points) {
+            if (!(point.weight() > 0)) throw Failure("a weight of it is not above 0");
+            point.scale(1 / point.weight());
+        }
+        return net;
+    }
+
+    void fill(ObjSurface& surface, const Element& element, const Net& net)
+    {
+        const auto holds = [&](const auto& test) {
+            return std::count_if(element.corners.begin(), element.corners.end(), test);
+        };
+        const auto all = static_cast<std::ptrdiff_t>(element.corners.size());
+        const auto placed = holds([](const Corner& corner) { return corner.place.has_value(); });
+        const bool isColored =
+            all == holds([&](const Corner& c) { return fVertices[c.vertex].isColored; });
+        if (placed > 0 && placed < all) {
+            complainAt(element.line,
+                       "its textures are not shown: some of its control points have "
+                       "no texture vertex");
+        }
+        for (const ControlPoint& point : net.points) {
+            const auto& values = point.values;
+            surface.points.emplace_back(values[0], values[1], values[2]);
+            surface.weights.push_back(values[ControlPoint::kWeight]);
+            const auto append = [&](std::vector<float>& list, std::size_t first, std::size_t last) {
+                for (std::size_t i = first; i <= last; ++i) {
+                    list.push_back(static_cast<float>(values[i]));
+                }
+            };
+            if (placed == all) append(surface.coordinates, ControlPoint::kS, ControlPoint::kT);
+            if (isColored) append(surface.colors, ControlPoint::kRed, ControlPoint::kBlue);
+        }
+    }
+
+    void complainAt(std::size_t line, const std::string& what) const
+    {
+        complain(fFile + ':' + std::to_string(line) + ": " + what);
+    }
+    void leaveOut(std::size_t line, const std::string& why)
+    {
+        if (++fComplaints > kMostComplaints) return;
+        complainAt(line, "a surface is not shown: " + why);
+    }
+
+    struct Vertex {
+        Vector point;
+        double weight = 1;
+        std::array<float, 3> color{};
+        bool isColored = false;
+    };
+
+    const std::string& fFile;
+    StatementReader fStatements;
+    std::size_t fLine = 0;  // that is talked about
+    std::vector<Vertex> fVertices;
+    std::vector<std::array<float, 2>> fPlaces;
+
+    // In force for the surfaces that follow.
+    std::string fType, fMaterial;
+    bool fIsRational = false;
+    std::array<std::size_t, 2> fDegrees{}, fSteps{};
+    std::array<std::vector<double>, 2> fBases;
+
+    std::optional<Element> fOpen;
+    Tally fTrimmed, fCurves;
+    std::size_t fComplaints = 0;
+    ObjSurfaces fResult;
+};
+
+bool hasElements(const std::string& file)
+{
+    std::ifstream in(file, std::ios::binary);
+    for (std::string line; std::getline(in, line);) {
+        const std::size_t begin = line.find_first_not_of(" \t");
+        if (begin == std::string::npos || (line[begin] != 's' && line[begin] != 'c')) continue;
+        const std::string_view name = wordsOf(line).front();
+        if (name == "surf" || name == "curv") return true;
+    }
+    return false;
+}
+
+bool isNamedObj(const std::string& file)
+{
+    std::string extension = std::filesystem::path(file).extension().string();
+    for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return extension == ".obj";
+}
+
+}  // namespace
+
+std::optional<ObjSurfaces> readObjSurfaces(const std::string& file)
+{
+    if (!isNamedObj(file) || !hasElements(file)) return std::nullopt;
+    std::ifstream in(file, std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(in), {}};
+    return Reader(file, text).read();
+}
+
+}  // namespace zebview
