@@ -49,7 +49,7 @@ std::string trianglesOf(const Looks& looks)
         text +=
             std::string("o ") + kMaterialNodes[textured] + "\nv 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\n";
         const std::string face = textured ? "f -3/-1 -2/-1 -1/-1\n" : "f -3 -2 -1\n";
-        text += face;
+        if (!textured) text += face;
         for (const auto& [material, hasCoordinates] : looks) {
             if (hasCoordinates != textured || material.empty()) continue;
             text += "usemtl " + material + '\n' + face;

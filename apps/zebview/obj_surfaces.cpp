@@ -210,23 +210,11 @@ public:
     {
         Statement statement;
         while (fStatements.next(statement)) {
-            if (!readsItself(statement)) fResult.rest += statement.source;
+            if (!readsItself(statement)) keep(statement);
         }
         closeOpen();
-        fResult.rest += '\n';
-        if (fTrimmed.count > 0) {
-            const std::string others =
-                fTrimmed.count == 1 ? ""
-                : fTrimmed.count == 2
-                    ? ", nor those of another surface"
-                    : ", nor those of " + std::to_string(fTrimmed.count - 1) + " other surfaces";
-            complainAt(fTrimmed.line, "trimming curves are not followed" + others);
-        }
-        if (fCurves.count > 0) complainAt(fCurves.line, "curves are not shown");
-        if (fComplaints > kMostComplaints) {
-            complain(fFile + ": " + std::to_string(fComplaints - kMostComplaints) +
-                     " more surfaces are not shown");
-        }
+        if (!fHasPolygons) fResult.rest = fLibraries;
+        sumUp();
         return std::move(fResult);
     }
 
@@ -242,6 +230,46 @@ private:
             if (count++ == 0) line = at;
         }
     };
+
+    void sumUp() const
+    {
+        if (fTrimmed.count > 0) {
+            const std::string others =
+                fTrimmed.count == 1 ? ""
+                : fTrimmed.count == 2
+                    ? ", nor those of another surface"
+                    : ", nor those of " + std::to_string(fTrimmed.count - 1) + " other surfaces";
+            complainAt(fTrimmed.line, "trimming curves are not followed" + others);
+        }
+        if (fCurves.count > 0) complainAt(fCurves.line, "curves are not shown");
+        if (fComplaints > kMostComplaints) {
+            complain(fFile + ": " + std::to_string(fComplaints - kMostComplaints) +
+                     " more surfaces are not shown");
+        }
+    }
+
+    // For the reader of polygons, which would divide by weights, and fail where it can't.
+    void keep(const Statement& statement)
+    {
+        const Words& words = statement.words;
+        const bool isWeighted = words.size() == 5 || words.size() == 6 || words.size() == 8;
+        if (statement.name() == "v" && isWeighted) {
+            fResult.rest += 'v';
+            for (std::size_t i = 1; i < words.size(); ++i) {
+                if (i < 4 || (i > 4 && words.size() == 8)) {
+                    fResult.rest += ' ';
+                    fResult.rest += words[i];
+                }
+            }
+            fResult.rest += '\n';
+            return;
+        }
+        for (std::string* const text : {&fResult.rest, &fLibraries}) {
+            if (text == &fLibraries && statement.name() != "mtllib") continue;
+            *text += statement.source;
+            if (!text->ends_with('\n')) *text += '\n';
+        }
+    }
 
     // False if it is for others, too.
     bool readsItself(const Statement& statement)
@@ -294,6 +322,7 @@ private:
             fMaterial.assign(begin, last.data() + last.size());
         } else if (name == "f" || name == "l" || name == "p") {
             closeOpen();
+            fHasPolygons = true;
         }
     }
 
@@ -560,12 +589,12 @@ private:
         for (const Corner& corner : corners) {
             const Vertex& vertex = fVertices[corner.vertex];
             const std::string number = std::to_string(corner.vertex + 1);
-            if (!isFinite(vertex.point)) {
+            if (!(vertex.point.Length() < 1e100)) {
                 throw Failure("vertex " + number + " is not a finite point");
             }
             const double weight = fIsRational ? vertex.weight : 1;
-            if (!(weight > 0 && std::isfinite(weight))) {
-                throw Failure("the weight of vertex " + number + " is not above 0");
+            if (!(weight >= 1e-30 && weight <= 1e30)) {
+                throw Failure("the weight of vertex " + number + " is not from 1e-30 to 1e30");
             }
             const std::array<float, 2> place =
                 corner.place ? fPlaces[*corner.place] : std::array<float, 2>{};
@@ -576,11 +605,16 @@ private:
         return points;
     }
 
-    static Net converted(Net net, const std::array<Pieces, 2>& pieces)
+    // Bases of any kind need not make 1 of weights that are 1.
+    Net converted(Net net, const std::array<Pieces, 2>& pieces) const
     {
-        for (ControlPoint& point : net.points) point.scale(point.weight());
+        for (ControlPoint& point : net.points) {
+            point.scale(point.weight());
+            if (!fIsRational) point.weight() = 0;
+        }
         for (std::size_t way = 0; way < 2; ++way) net = zebview::converted(net, way, pieces[way]);
         for (ControlPoint& point : net.points) {
+            if (!fIsRational) point.weight() = 1;
             if (!(point.weight() > 0)) throw Failure("a weight of it is not above 0");
             point.scale(1 / point.weight());
         }
@@ -646,6 +680,8 @@ private:
 
     std::optional<Element> fOpen;
     Tally fTrimmed, fCurves;
+    bool fHasPolygons = false;
+    std::string fLibraries;  // of materials, as they are named
     std::size_t fComplaints = 0;
     ObjSurfaces fResult;
 };
