@@ -109,8 +109,8 @@ std::vector<Vector> pointsOn(const ObjSurface& surface, double most)
 FreeForm placeSurface(const ObjSurface& surface, const std::vector<Vector>& points,
                       const Place& place, const Material& material)
 {
-    FreeForm result{
-        placeWay(surface.u), placeWay(surface.v), {}, false, surface.coordinates, {}, material, {}};
+    FreeForm result{placeWay(surface.u), placeWay(surface.v), {}, false, {}, {}, material, {}};
+    if (!material.maps().empty()) result.coordinates = surface.coordinates;
     const double largest = *std::max_element(surface.weights.begin(), surface.weights.end());
     const auto isOne = [](double weight) { return weight == 1; };
     result.isRational = !std::all_of(surface.weights.begin(), surface.weights.end(), isOne);

@@ -19,8 +19,9 @@ struct FreeForm {
     std::vector<float>
         net;  // a control point: w x, w y, w z, w; or x, y, z where all weights are 1
     bool isRational = false;
-    std::vector<float> coordinates;  // two a control point, y upwards; or none
-    std::vector<float> colors;       // three a control point, light; or none
+    // Two a control point, y upwards, if the material needs them.
+    std::vector<float> coordinates;
+    std::vector<float> colors;  // three a control point, light; or none
     Material material;
     std::vector<float> points;  // on it, three each: what it takes up
 };

@@ -176,11 +176,12 @@ void addShape(const Mesh& mesh, Parameters& list)
     addFaces(mesh.concave, mesh.copies, [&] { addConcave(mesh.concave, list); });
 }
 
-void addNurbs(const FreeForm& surface, Parameters& list)
+void addNurbs(const FreeForm& surface, bool withCoordinates, Parameters& list)
 {
     const FreeForm::Way &u = surface.u, &v = surface.v;
     list.add(surface.isRational ? "pointw" : "point", surface.net);
-    if (!surface.coordinates.empty()) list.add(coordinateToken(0), surface.coordinates);
+    if (withCoordinates && !surface.coordinates.empty())
+        list.add(coordinateToken(0), surface.coordinates);
     zebOrientation(ZEB_OUTSIDE);
     zebNurbMeshV(u.count, u.order, u.knots.data(), u.min, u.max, v.count, v.order, v.knots.data(),
                  v.min, v.max, list.count(), list.tokens.data(), list.values.data());
@@ -246,7 +247,7 @@ void addFreeForm(const FreeForm& surface, const Settings& settings,
     setLook(surface.material, settings, around);
     Parameters list;
     if (!settings.color && !surface.colors.empty()) list.add("vertexcolor", surface.colors);
-    addNurbs(surface, list);
+    addNurbs(surface, showsByFunction(surface.material, settings), list);
 }
 
 void addCaster(const Mesh& mesh, const Settings& settings)
@@ -264,7 +265,7 @@ void addCaster(const FreeForm& surface, const Settings& settings)
 {
     setCasterLook(surface.material, false, settings);
     Parameters list;
-    addNurbs(surface, list);
+    addNurbs(surface, true, list);
 }
 
 }  // namespace zebview
