@@ -84,8 +84,7 @@ TEST_F(FreeForms, SpheresAreRoundToAFractionOfAPixel)
     EXPECT_EQ(image.crackPixels(), 0);
 }
 
-// Nothing of it is cut off by the clipping planes, and the camera knows the surface itself: its
-// control points reach farther.
+// The camera knows the surface itself: its control points reach farther.
 TEST_F(FreeForms, PicturesAreFilledBySurfacesAndNotByTheirControlPoints)
 {
     for (const char* view : {"0,0", "30,20", "-70,-50", "10,90"}) {
@@ -96,6 +95,15 @@ TEST_F(FreeForms, PicturesAreFilledBySurfacesAndNotByTheirControlPoints)
         EXPECT_NEAR(image.bottom, 193, 1.5) << view;
         EXPECT_EQ(image.crackPixels(), 0) << view;
     }
+}
+
+// Through the front the back is seen, too.
+TEST_F(FreeForms, NothingIsCutOffInFront)
+{
+    write("m.mtl", "newmtl glass\nKd 0 0 1\nd 0.5\n");
+    const std::string glass = "mtllib m.mtl\nusemtl glass\n" + sphereObj();
+    EXPECT_NEAR(picture(glass).alpha(80, 60), 191, 1);
+    EXPECT_NEAR(picture(glass, {"--fit", "sphere"}).alpha(80, 60), 191, 1);
 }
 
 // The host's own picture of the sphere, from the same place.
@@ -306,7 +314,7 @@ TEST_F(FreeForms, FilesMayBeWrittenInManyWays)
     EXPECT_EQ(picture("ctech cparm 1\nstech cparma 1 1\nvp 0 0\nvp 1 1\n" + bezierObj()), plain);
     EXPECT_EQ(picture(bezierObj(), {}, "", "model.OBJ"), plain);
     // Vertices that nothing uses may hold anything.
-    EXPECT_EQ(picture("v a b c\nv 1 2 3 0\nv\n" + bezierObj()), plain);
+    EXPECT_EQ(picture("v a b c\nv 1 2 3 0\nv\nvt x\nvn\n" + bezierObj()), plain);
 }
 
 TEST_F(FreeForms, WeightsCountOnRationalSurfacesAlone)
@@ -362,6 +370,29 @@ TEST_F(FreeForms, MaterialsAndTexturesAreThoseOfTheFile)
     for (int i = 0; i < 4; ++i) {
         const double x = (2.3 + 0.5 * (i % 2)) / 3, y = 0.25 + 0.5 * (i / 2);
         expectNear(plateAt(image, x, y), kFields[i], 2, "field " + std::to_string(i));
+    }
+    // Between control points they are not bilinear: the middle of the net lies low and to the left.
+    std::string net = vertices({{0, 0, 0, 1},
+                                {1, 0, 0, 1},
+                                {2, 0, 0, 1},
+                                {0, 1, 0, 1},
+                                {1, 1, 0, 1},
+                                {2, 1, 0, 1},
+                                {0, 2, 0, 1},
+                                {1, 2, 0, 1},
+                                {2, 2, 0, 1}},
+                               false);
+    for (const char* v : {" 0", " 0", " 1"}) {
+        for (const char* u : {"vt 0", "vt 0", "vt 1"}) net += std::string(u) + v + '\n';
+    }
+    net += "cstype bezier\ndeg 2 2\nsurf 0 1 0 1";
+    for (int i = 9; i > 0; --i) net += " -" + std::to_string(i) + "/-" + std::to_string(i);
+    const Image squared =
+        picture("mtllib m.mtl\nusemtl picture\n" + net + "\nparm u 0 1\nparm v 0 1\nend\n", front);
+    // Half the picture is reached at the square root of a half.
+    for (const auto& [x, field] : {std::pair{0.6, 2}, {0.8, 3}}) {
+        expectNear(plateAt(squared, x, 0.4), kFields[field], 2, "squared");
+        expectNear(plateAt(squared, x, 0.2), kFields[field - 2], 2, "squared");
     }
     // Without places on it a texture can't show, as with polygons.
     picture("mtllib m.mtl\nusemtl picture\n" + plate(0), front,
@@ -470,6 +501,8 @@ TEST_F(FreeForms, SurfacesThatAreNotWellFormedAreLeftOut)
         {"surf 0 1 0 1\n" + both, "it has no control points"},
         {"surf 0 1 0 1 1 2 3\n" + both,
          "it has 3 control points, and its parameters are those of 2 x 2"},
+        {"surf 0 1 0 1 1 2 3 4 1\n" + both,
+         "it has 5 control points, and its parameters are those of 2 x 2"},
         {numbers + "parm u 0 1\nend\n", "it has 0 parameters in v, and takes 2 at least"},
         {numbers + "parm u 0 inf\nparm v x\nparm v 0 1\nend\n", "inf is not a number", 2},
         {numbers + "parm w 0 1\nend\n", "parm is for u or for v", 2},
