@@ -55,7 +55,7 @@ std::vector<Sample> samplesAlong(const SplineWay& way, double most)
     std::vector<Sample> samples{sampleAt(way, way.min)};
     for (std::size_t i = 1; i < breaks.size(); ++i) {
         const double begin = breaks[i - 1], end = breaks[i];
-        for (double step = 1; step <= steps; ++step) {
+        for (int step = 1; step <= steps; ++step) {
             samples.push_back(
                 sampleAt(way, step < steps ? begin + (end - begin) * step / steps : end));
         }

@@ -52,7 +52,7 @@ std::string trianglesOf(const Looks& looks)
         if (!textured) text += face;
         for (const auto& [material, hasCoordinates] : looks) {
             if (hasCoordinates != textured || material.empty()) continue;
-            text += "usemtl " + material + '\n' + face;
+            text.append("usemtl ").append(material).append("\n").append(face);
         }
     }
     return text;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <charconv>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -13,6 +12,7 @@
 
 #include "console.h"
 #include "failure.h"
+#include "obj_statements.h"
 #include "spline_pieces.h"
 
 namespace zebview
@@ -21,89 +21,10 @@ namespace zebview
 namespace
 {
 
-constexpr std::size_t kHighestDegree = 19;      // that the renderer takes
-constexpr std::size_t kMostPoints = 4'000'000;  // made of pieces
+constexpr std::size_t kHighestDegree = 19;  // that the renderer takes
 constexpr std::size_t kMostComplaints = 20;
 constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr const char* kWays[] = {"u", "v"};
-
-using Words = std::vector<std::string_view>;
-
-Words wordsOf(std::string_view text)
-{
-    constexpr const char* blanks = " \t\r\v\f";
-    Words words;
-    std::size_t begin = text.find_first_not_of(blanks);
-    while (begin != std::string_view::npos) {
-        const std::size_t end = std::min(text.find_first_of(blanks, begin), text.size());
-        words.push_back(text.substr(begin, end - begin));
-        begin = text.find_first_not_of(blanks, end);
-    }
-    return words;
-}
-
-// A line, or several that backslashes join.
-struct Statement {
-    std::size_t line = 0;
-    std::string_view source;
-    std::string text;  // without comments
-    Words words;
-
-    std::string_view name() const { return words.empty() ? std::string_view() : words[0]; }
-};
-
-class StatementReader
-{
-public:
-    explicit StatementReader(std::string_view text) : fText(text) {}
-
-    // Views of words last until the next one.
-    bool next(Statement& statement)
-    {
-        if (fAt >= fText.size()) return false;
-        const std::size_t begin = fAt;
-        statement.line = fLine;
-        statement.text.clear();
-        bool goesOn = true;
-        while (goesOn && fAt < fText.size()) {
-            std::string_view line = nextLine();
-            line = line.substr(0, line.find('#'));
-            goesOn = line.ends_with('\\');
-            if (goesOn) line.remove_suffix(1);
-            statement.text += line;
-            if (goesOn) statement.text += ' ';
-        }
-        statement.source = fText.substr(begin, fAt - begin);
-        statement.words = wordsOf(statement.text);
-        return true;
-    }
-
-private:
-    std::string_view nextLine()
-    {
-        const std::size_t end = std::min(fText.find('\n', fAt), fText.size());
-        std::string_view line = fText.substr(fAt, end - fAt);
-        if (line.ends_with('\r')) line.remove_suffix(1);
-        fAt = end + 1;
-        ++fLine;
-        return line;
-    }
-
-    std::string_view fText;
-    std::size_t fAt = 0, fLine = 1;
-};
-
-// All of the word, or nothing.
-template <class Number>
-std::optional<Number> parsed(std::string_view word)
-{
-    if (word.starts_with('+')) word.remove_prefix(1);
-    Number value{};
-    const char* const end = word.data() + word.size();
-    const auto [stopped, error] = std::from_chars(word.data(), end, value);
-    if (error != std::errc() || stopped != end) return std::nullopt;
-    return value;
-}
 
 double numberOf(std::string_view word)
 {
@@ -115,74 +36,6 @@ double numberOf(std::string_view word)
 std::string counted(std::size_t nu, std::size_t nv)
 {
     return std::to_string(nu) + " x " + std::to_string(nv);
-}
-
-// A control point and all that goes with it.
-struct ControlPoint {
-    enum { kX, kY, kZ, kS, kT, kRed, kGreen, kBlue, kWeight, kValues };
-    std::array<double, kValues> values{};
-
-    double& weight() { return values[kWeight]; }
-    void scale(double factor)
-    {
-        for (std::size_t i = 0; i < kWeight; ++i) values[i] *= factor;
-    }
-    void add(const ControlPoint& other, double factor)
-    {
-        for (std::size_t i = 0; i < kValues; ++i) values[i] += factor * other.values[i];
-    }
-};
-
-// Control points in rows, u running fastest.
-struct Net {
-    std::array<std::size_t, 2> counts;
-    std::vector<ControlPoint> points;
-};
-
-// How control points become pieces of a surface, along one of its parameters.
-struct Pieces {
-    std::size_t degree = 0, step = 0, count = 0;
-    std::optional<Square> basis;  // none: they are Bezier's, and share their ends
-
-    std::size_t controlPoints() const { return (count - 1) * step + degree + 1; }
-};
-
-// Net after net, as the lines of control points along u or v are made Bezier's.
-Net converted(const Net& net, std::size_t way, const Pieces& pieces)
-{
-    const std::size_t lines = net.counts[1 - way], degree = pieces.degree;
-    Net result{net.counts, {}};
-    result.counts[way] = pieces.count * degree + 1;
-    if (result.counts[way] > kMostPoints / lines) throw Failure("it has too many control points");
-    result.points.resize(result.counts[way] * lines);
-    double largest = 0;
-    for (const ControlPoint& point : net.points) {
-        for (const double value : point.values) largest = std::max(largest, std::abs(value));
-    }
-    const Square share = toBezier(*pieces.basis);
-    const auto index = [way](const Net& of, std::size_t line, std::size_t i) {
-        return way == 0 ? line * of.counts[0] + i : i * of.counts[0] + line;
-    };
-    for (std::size_t line = 0; line < lines; ++line) {
-        for (std::size_t piece = 0; piece < pieces.count; ++piece) {
-            for (std::size_t j = 0; j <= degree; ++j) {
-                ControlPoint point;
-                for (std::size_t i = 0; i <= degree; ++i) {
-                    point.add(net.points[index(net, line, piece * pieces.step + i)], share[j][i]);
-                }
-                ControlPoint& place = result.points[index(result, line, piece * degree + j)];
-                if (j == 0 && piece > 0) {
-                    place.add(point, -1);
-                    for (const double apart : place.values) {
-                        if (std::abs(apart) <= 1e-9 * largest) continue;
-                        throw Failure("its pieces do not meet, which is not supported");
-                    }
-                }
-                place = point;
-            }
-        }
-    }
-    return result;
 }
 
 // A control point as a surface names it.
@@ -498,8 +351,8 @@ private:
             if (parameters[i - 1] < parameters[i]) continue;
             throw Failure(std::string("its parameters do not increase in ") + kWays[way]);
         }
-        const Pieces pieces = kindOfPieces(way, parameters.size() - 1);
-        if (pieces.count > kMostPoints / (spline.degree + 1)) {
+        Pieces pieces = kindOfPieces(way, parameters.size() - 1);
+        if (pieces.count > kMostMadePoints / (spline.degree + 1)) {
             throw Failure("it has too many control points");
         }
         // Pieces share their ends.
