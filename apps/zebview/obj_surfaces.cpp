@@ -13,7 +13,6 @@
 #include "console.h"
 #include "failure.h"
 #include "obj_statements.h"
-#include "spline_pieces.h"
 
 namespace zebview
 {
@@ -21,10 +20,8 @@ namespace zebview
 namespace
 {
 
-constexpr std::size_t kHighestDegree = 19;  // that the renderer takes
 constexpr std::size_t kMostComplaints = 20;
 constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
-constexpr const char* kWays[] = {"u", "v"};
 
 double numberOf(std::string_view word)
 {
@@ -203,11 +200,11 @@ private:
 
     void readType(const Words& words)
     {
-        fIsRational = words.size() > 1 && words[1] == "rat";
-        fType = words.size() > 1 ? std::string(words.back()) : "";
+        fKind.isRational = words.size() > 1 && words[1] == "rat";
+        fKind.type = words.size() > 1 ? std::string(words.back()) : "";
     }
-    void readDegrees(const Words& words) { readTwo(words, fDegrees); }
-    void readSteps(const Words& words) { readTwo(words, fSteps); }
+    void readDegrees(const Words& words) { readTwo(words, fKind.degrees); }
+    void readSteps(const Words& words) { readTwo(words, fKind.steps); }
     // Those that are no numbers are 0, which is of no use to any surface.
     static void readTwo(const Words& words, std::array<std::size_t, 2>& values)
     {
@@ -222,9 +219,9 @@ private:
     {
         for (std::size_t way = 0; way < 2; ++way) {
             if (words.size() < 2 || words[1] != kWays[way]) continue;
-            fBases[way].clear();
+            fKind.bases[way].clear();
             for (std::size_t i = 2; i < words.size(); ++i) {
-                fBases[way].push_back(parsed<double>(words[i]).value_or(kNotANumber));
+                fKind.bases[way].push_back(parsed<double>(words[i]).value_or(kNotANumber));
             }
         }
     }
@@ -305,10 +302,7 @@ private:
 
     ObjSurface build(const Element& element)
     {
-        for (const std::size_t degree : fDegrees) {
-            if (degree >= 1 && degree <= kHighestDegree) continue;
-            throw Failure("its degrees are not from 1 to " + std::to_string(kHighestDegree));
-        }
+        fKind.checkDegrees();
         ObjSurface surface;
         surface.line = element.line;
         surface.material = fMaterial;
@@ -316,117 +310,24 @@ private:
         Net net;
         for (std::size_t way = 0; way < 2; ++way) {
             SplineWay& spline = way == 0 ? surface.u : surface.v;
-            spline.degree = fDegrees[way];
-            if (fType == "bspline") {
-                net.counts[way] = setKnots(element.parameters[way], way, spline);
+            spline.degree = fKind.degrees[way];
+            if (fKind.type == "bspline") {
+                net.counts[way] = fKind.setKnots(element.parameters[way], way, spline);
             } else {
-                pieces[way] = piecesOf(element.parameters[way], way, spline);
+                pieces[way] = fKind.piecesOf(element.parameters[way], way, spline);
                 net.counts[way] = pieces[way].controlPoints();
             }
-            limit(element, way, spline);
+            const bool isWithin =
+                setLimits(element.limits[2 * way], element.limits[2 * way + 1], way, spline);
+            if (!isWithin)
+                complainAt(
+                    element.line,
+                    std::string("its limits lie outside of its parameters in ") + kWays[way]);
         }
         net.points = controlPoints(element, net.counts);
         if (pieces[0].basis) net = converted(net, pieces);
         fill(surface, element, net);
         return surface;
-    }
-
-    // How many control points a B-spline has.
-    std::size_t setKnots(const std::vector<double>& parameters, std::size_t way,
-                         SplineWay& spline) const
-    {
-        const std::size_t order = spline.degree + 1;
-        checkParameters(parameters, way, 2 * order);
-        if (!std::is_sorted(parameters.begin(), parameters.end())) {
-            throw Failure(std::string("its knots decrease in ") + kWays[way]);
-        }
-        spline.knots = parameters;
-        return spline.count();
-    }
-
-    Pieces piecesOf(const std::vector<double>& parameters, std::size_t way, SplineWay& spline) const
-    {
-        checkParameters(parameters, way, 2);
-        for (std::size_t i = 1; i < parameters.size(); ++i) {
-            if (parameters[i - 1] < parameters[i]) continue;
-            throw Failure(std::string("its parameters do not increase in ") + kWays[way]);
-        }
-        Pieces pieces = kindOfPieces(way, parameters.size() - 1);
-        if (pieces.count > kMostMadePoints / (spline.degree + 1)) {
-            throw Failure("it has too many control points");
-        }
-        // Pieces share their ends.
-        spline.knots.assign(1, parameters.front());
-        for (const double parameter : parameters) {
-            spline.knots.insert(spline.knots.end(), spline.degree, parameter);
-        }
-        spline.knots.push_back(parameters.back());
-        return pieces;
-    }
-
-    Pieces kindOfPieces(std::size_t way, std::size_t count) const
-    {
-        const std::size_t degree = fDegrees[way], size = degree + 1;
-        if (fType == "bezier") return {degree, degree, count, {}};
-        if (fType == "taylor") return {degree, size, count, powerBasis(degree)};
-        if (fType == "cardinal") {
-            if (degree != 3) throw Failure("a cardinal surface is of degree 3");
-            return {degree, 1, count, cardinalBasis()};
-        }
-        if (fType != "bmatrix") {
-            throw Failure(fType.empty() ? "it has no type" : "its type " + fType + " is not known");
-        }
-        const std::vector<double>& numbers = fBases[way];
-        if (std::any_of(numbers.begin(), numbers.end(),
-                        [](double number) { return !std::isfinite(number); })) {
-            throw Failure(std::string("its basis in ") + kWays[way] + " holds what is no number");
-        }
-        if (numbers.size() != size * size) {
-            throw Failure(std::string("its basis in ") + kWays[way] + " has " +
-                          std::to_string(numbers.size()) + " numbers instead of " +
-                          std::to_string(size * size));
-        }
-        if (fSteps[way] < 1 || fSteps[way] > size) {
-            throw Failure("its steps are not from 1 to its degree and 1");
-        }
-        Square basis;
-        for (auto row = numbers.begin(); row != numbers.end(); row += std::ptrdiff_t(size)) {
-            basis.emplace_back(row, row + std::ptrdiff_t(size));
-        }
-        return {degree, fSteps[way], count, basis};
-    }
-
-    static void checkParameters(const std::vector<double>& parameters, std::size_t way,
-                                std::size_t least)
-    {
-        if (parameters.size() >= least) return;
-        throw Failure("it has " + std::to_string(parameters.size()) + " parameters in " +
-                      kWays[way] + ", and takes " + std::to_string(least) + " at least");
-    }
-
-    // The renderer counts in short floats: what the numbers of a file are does not matter there.
-    void limit(const Element& element, std::size_t way, SplineWay& spline)
-    {
-        const double begin = spline.knots[spline.degree], end = spline.knots[spline.count()];
-        const std::string where = std::string(" in ") + kWays[way];
-        if (!(begin < end)) throw Failure("its knots are all the same" + where);
-        const auto toRange = [&](double knot) { return (knot - begin) / (end - begin); };
-        for (double& knot : spline.knots) {
-            knot = toRange(knot);
-            if (!(std::abs(knot) < 1e30)) throw Failure("its knots are too far apart" + where);
-        }
-        spline.min = toRange(element.limits[2 * way]);
-        spline.max = toRange(element.limits[2 * way + 1]);
-        if (!(spline.min < spline.max)) throw Failure("its limits do not increase" + where);
-        constexpr double near = 1e-6;
-        if (spline.min < -near || spline.max > 1 + near) {
-            complainAt(element.line, "its limits lie outside of its parameters" + where);
-        }
-        spline.min = std::max(spline.min, 0.0);
-        spline.max = std::min(spline.max, 1.0);
-        if (!(static_cast<float>(spline.min) < static_cast<float>(spline.max))) {
-            throw Failure("there is nothing of it between its limits" + where);
-        }
     }
 
     std::vector<ControlPoint> controlPoints(const Element& element,
@@ -445,7 +346,7 @@ private:
             if (!(vertex.point.Length() < 1e100)) {
                 throw Failure("vertex " + number + " is not a finite point");
             }
-            const double weight = fIsRational ? vertex.weight : 1;
+            const double weight = fKind.isRational ? vertex.weight : 1;
             if (!(weight >= 1e-30 && weight <= 1e30)) {
                 throw Failure("the weight of vertex " + number + " is not from 1e-30 to 1e30");
             }
@@ -463,11 +364,11 @@ private:
     {
         for (ControlPoint& point : net.points) {
             point.scale(point.weight());
-            if (!fIsRational) point.weight() = 0;
+            if (!fKind.isRational) point.weight() = 0;
         }
         for (std::size_t way = 0; way < 2; ++way) net = zebview::converted(net, way, pieces[way]);
         for (ControlPoint& point : net.points) {
-            if (!fIsRational) point.weight() = 1;
+            if (!fKind.isRational) point.weight() = 1;
             if (!(point.weight() > 0)) throw Failure("a weight of it is not above 0");
             point.scale(1 / point.weight());
         }
@@ -526,10 +427,8 @@ private:
     std::vector<std::array<float, 2>> fPlaces;
 
     // In force for the surfaces that follow.
-    std::string fType, fMaterial;
-    bool fIsRational = false;
-    std::array<std::size_t, 2> fDegrees{}, fSteps{};
-    std::array<std::vector<double>, 2> fBases;
+    SplineKind fKind;
+    std::string fMaterial;
 
     std::optional<Element> fOpen;
     Tally fTrimmed, fCurves;

@@ -6,21 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "spline_kind.h"
 #include "vector.h"
 
 namespace zebview
 {
 
-// A surface along one of its parameters.
-struct SplineWay {
-    std::size_t degree = 0;
-    std::vector<double> knots;  // the range that the control points make is 0 to 1
-    double min = 0, max = 1;    // the part that shows
-
-    std::size_t count() const { return knots.size() - degree - 1; }
-};
-
-// What goes with control points: rows of them, u running fastest.
+// Its control points come in rows, u running fastest.
 struct ObjSurface {
     std::size_t line = 0;  // of the file
     SplineWay u, v;
