@@ -23,10 +23,17 @@ namespace
 constexpr std::size_t kMostComplaints = 20;
 constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 
+// A word of the file for messages, which stay lines however long it is.
+std::string named(std::string_view word)
+{
+    constexpr std::size_t most = 40;
+    return std::string(word.substr(0, most)) + (word.size() > most ? "..." : "");
+}
+
 double numberOf(std::string_view word)
 {
     const auto value = parsed<double>(word);
-    if (!value || !std::isfinite(*value)) throw Failure(std::string(word) + " is not a number");
+    if (!value || !std::isfinite(*value)) throw Failure(named(word) + " is not a number");
     return *value;
 }
 
@@ -114,11 +121,10 @@ private:
             fResult.rest += '\n';
             return;
         }
-        for (std::string* const text : {&fResult.rest, &fLibraries}) {
-            if (text == &fLibraries && statement.name() != "mtllib") continue;
-            *text += statement.source;
-            if (!text->ends_with('\n')) *text += '\n';
-        }
+        std::string source(statement.source);
+        if (!source.ends_with('\n')) source += '\n';
+        fResult.rest += source;
+        if (statement.name() == "mtllib") fLibraries += source;
     }
 
     // False if it is for others, too.
@@ -201,7 +207,7 @@ private:
     void readType(const Words& words)
     {
         fKind.isRational = words.size() > 1 && words[1] == "rat";
-        fKind.type = words.size() > 1 ? std::string(words.back()) : "";
+        fKind.type = words.size() > 1 ? named(words.back()) : "";
     }
     void readDegrees(const Words& words) { readTwo(words, fKind.degrees); }
     void readSteps(const Words& words) { readTwo(words, fKind.steps); }
@@ -267,10 +273,10 @@ private:
     static std::size_t indexOf(std::string_view word, std::size_t count, const char* what)
     {
         const auto number = parsed<long long>(word);
-        if (!number) throw Failure(std::string(word) + " is not a number");
+        if (!number) throw Failure(named(word) + " is not a number");
         const auto most = static_cast<long long>(count);
         if (*number == 0 || *number > most || *number < -most) {
-            throw Failure(std::string("there is no ") + what + ' ' + std::string(word));
+            throw Failure(std::string("there is no ") + what + ' ' + named(word));
         }
         return static_cast<std::size_t>(*number > 0 ? *number - 1 : most + *number);
     }

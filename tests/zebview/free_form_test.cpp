@@ -495,6 +495,8 @@ TEST_F(FreeForms, SurfacesThatAreNotWellFormedAreLeftOut)
         {"surf 0 1 0 1 1 2 3 0\n" + both, "there is no vertex 0"},
         {"surf 0 1 0 1 1/1 2 3 4\n" + both, "there is no texture vertex 1"},
         {"surf 0 1 0 1 1 2 3 x\n" + both, "x is not a number"},
+        {"surf 0 1 0 1 1 2 3 " + std::string(10000, 'x') + '\n' + both,
+         std::string(40, 'x') + "... is not a number"},
         {"surf 0 1 0 1 1 2 3 4x\n" + both, "4x is not a number"},
         {"surf 0 1 0 nan 1 2 3 4\n" + both, "nan is not a number"},
         {"surf 0 1 0 1e999 1 2 3 4\n" + both, "1e999 is not a number"},
