@@ -14,7 +14,8 @@ constexpr double kMargin = 0.06;     // of half the picture, but no less than
 constexpr double kMarginPixels = 2;  // which keeps the filter from the border
 constexpr double kClosest = 0.05;    // the eye stays off the model, which has radius 1
 constexpr double kClearance = 1e-3;  // between the model and the clipping planes
-// The farthest points are those of some directions only: between them it may reach farther.
+// The farthest points are those of some directions only, and of surfaces some points: between them
+// it may reach farther.
 constexpr double kMovedClearance = 0.02;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
@@ -126,7 +127,11 @@ Eye sphereEye(const Model& model, const Slopes& slopes)
     return {0, 0, std::max(radius / sine, radius + kClosest), radius, -radius};
 }
 
-double clearance(const Model& model) { return model.room.empty() ? kClearance : kMovedClearance; }
+double clearance(const Model& model)
+{
+    const bool isExact = model.room.empty() && model.surfaces.empty();
+    return isExact ? kClearance : kMovedClearance;
+}
 
 }  // namespace
 
@@ -139,6 +144,7 @@ void everyPoint(const Model& model, const std::function<void(const Vector&)>& vi
             visit(move * Vector(points[i], points[i + 1], points[i + 2]));
         }
     };
+    for (const FreeForm& surface : model.surfaces) visitAll(surface.points, Matrix());
     for (const Mesh& mesh : model.meshes) {
         for (std::size_t i = 0; i < mesh.points.size(); i += 3) {
             visit(Vector(mesh.points[i], mesh.points[i + 1], mesh.points[i + 2]));

@@ -37,7 +37,7 @@ Camera lookThrough(const FileCamera& source, double turn, const Model& model,
                    const Settings& settings);
 
 // The points of a model: of one that moves, of those in all frames the farthest; of very many
-// copies what bounds them.
+// copies what bounds them; of surfaces so many that there is hardly anything beyond.
 void everyPoint(const Model& model, const std::function<void(const Vector&)>& visit);
 
 // Of the sphere around the origin that holds all of a model.

@@ -19,6 +19,7 @@
 #include "copies.h"
 #include "failure.h"
 #include "far_points.h"
+#include "free_form_file.h"
 #include "material.h"
 #include "reading_limits.h"
 #include "skin.h"
@@ -160,6 +161,7 @@ std::vector<Placement> placements(const aiScene& scene, const Pose& pose)
 {
     std::vector<Placement> result;
     for (const Pose::Placed& at : pose.nodes()) {
+        if (holdsMaterials(*at.node)) continue;
         for (unsigned i = 0; i < at.node->mNumMeshes; ++i) {
             const unsigned number = at.node->mMeshes[i];
             if (number >= scene.mNumMeshes) throw Failure("a mesh is missing from it");
@@ -216,17 +218,18 @@ public:
         }
     }
 
-    const Box& box() const { return fBox; }
-    const FarPoints& farPoints() const { return fFar; }
-
-private:
-    static Vector asVector(const aiVector3D& v) { return {v.x, v.y, v.z}; }
     void add(const Vector& p)
     {
         if (!isFinite(p)) throw Failure("a vertex of it is not a finite point");
         fBox.add(p);
         if (fWithRoom) fFar.add(p);
     }
+
+    const Box& box() const { return fBox; }
+    const FarPoints& farPoints() const { return fFar; }
+
+private:
+    static Vector asVector(const aiVector3D& v) { return {v.x, v.y, v.z}; }
 
     bool fWithRoom;
     Box fBox;
@@ -260,6 +263,7 @@ private:
 public:
     const Settings& settings;
     Assimp::Importer importer;
+    FreeFormFile freeForms;
     const aiScene* scene = nullptr;
     const aiAnimation* animation = nullptr;
 
@@ -271,7 +275,8 @@ private:
     double brightness = 0;  // of its lamps in the first model
 };
 
-ModelFile::Contents::Contents(const std::string& file, const Settings& options) : settings(options)
+ModelFile::Contents::Contents(const std::string& file, const Settings& options)
+    : settings(options), freeForms(file, importer)
 {
     // Whoever names an axis means one of the file.
     if (!settings.up.empty()) {
@@ -292,6 +297,7 @@ ModelFile::Contents::Contents(const std::string& file, const Settings& options) 
         if (material) continue;
         material = readMaterial(*scene, *placement.mesh, textured ? &images : nullptr);
     }
+    freeForms.readMaterials(*scene, textured ? &images : nullptr);
 }
 
 void ModelFile::Contents::read(const std::string& file)
@@ -332,6 +338,7 @@ void ModelFile::Contents::measure()
         const std::vector<Placement> meshes = placements(*scene, posed);
         extent.add(meshes, posed);
     }
+    freeForms.everyPoint([&](const Vector& p) { extent.add(place.turn * p); });
     const Box& box = extent.box();
     place.center = (box.min + box.max) * 0.5;
     place.radius = (box.max - place.center).Length();
@@ -392,7 +399,6 @@ std::vector<Mesh> ModelFile::Contents::buildMeshes(const Pose& pose) const
         mesh.copies = std::move(job.copies);
         meshes.push_back(std::move(mesh));
     }
-    if (meshes.empty()) throw Failure("it has no polygons");
     return meshes;
 }
 
@@ -401,6 +407,8 @@ Model ModelFile::Contents::model(double seconds)
     const Pose posed = pose(seconds);
     Model model;
     model.meshes = buildMeshes(posed);
+    model.surfaces = freeForms.place(place);
+    if (model.meshes.empty() && model.surfaces.empty()) throw Failure("it has no polygons");
     model.room = room;
     if (formatOf(*scene).hasStage) model.stage = readStage(*scene, posed, place, brightness);
     if (textured) model.notShown = whatIsNotShown(*scene);

@@ -1,10 +1,11 @@
-// A model file, as meshes around the origin.
+// A model file, as meshes and surfaces around the origin.
 #pragma once
 
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "free_form.h"
 #include "mesh.h"
 #include "settings.h"
 #include "stage.h"
@@ -14,6 +15,7 @@ namespace zebview
 
 struct Model {
     std::vector<Mesh> meshes;
+    std::vector<FreeForm> surfaces;
     Stage stage;
     std::string notShown;  // in words, if it is anything
     // Of a model that moves, the farthest points in all frames; of others none.

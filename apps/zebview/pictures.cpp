@@ -76,8 +76,10 @@ std::string whatThereIs(const Model& model)
         }
     }
     return counted(model.meshes.size(), "mesh", "meshes") + ", " +
-           counted(vertices, "vertex", "vertices") + ", " + counted(faces, "face", "faces") + ", " +
-           counted(model.stage.cameras.size(), "camera", "cameras") + ", " +
+           counted(vertices, "vertex", "vertices") + ", " + counted(faces, "face", "faces") +
+           (model.surfaces.empty() ? ""
+                                   : ", " + counted(model.surfaces.size(), "surface", "surfaces")) +
+           ", " + counted(model.stage.cameras.size(), "camera", "cameras") + ", " +
            counted(model.stage.lamps.size(), "light", "lights") + whatIsShared(model);
 }
 

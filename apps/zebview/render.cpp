@@ -120,7 +120,11 @@ bool renderShadows(const Model& model, const Shadows& shadows, const Settings& s
         askWhileRendering(goesOn);
         zebSceneBegin();
         for (const Mesh& mesh : model.meshes) {
-            if (throwsShadow(mesh)) addCaster(mesh, settings);
+            if (throwsShadow(mesh.material)) addCaster(mesh, settings);
+            if (!goesOn()) return false;
+        }
+        for (const FreeForm& surface : model.surfaces) {
+            if (throwsShadow(surface.material)) addCaster(surface, settings);
             if (!goesOn()) return false;
         }
         zebSceneEnd();
@@ -145,6 +149,10 @@ bool renderScene(Model& model, const Camera& camera, const Settings& settings,
     for (Mesh& mesh : model.meshes) {
         addMesh(mesh, settings, around);
         if (destination.isModelsLast) mesh = Mesh();
+        if (!goesOn()) return false;
+    }
+    for (const FreeForm& surface : model.surfaces) {
+        addFreeForm(surface, settings, around);
         if (!goesOn()) return false;
     }
     zebSceneEnd();

@@ -176,6 +176,50 @@ void addShape(const Mesh& mesh, Parameters& list)
     addFaces(mesh.concave, mesh.copies, [&] { addConcave(mesh.concave, list); });
 }
 
+void addNurbs(const FreeForm& surface, bool withCoordinates, Parameters& list)
+{
+    const FreeForm::Way &u = surface.u, &v = surface.v;
+    list.add(surface.isRational ? "pointw" : "point", surface.net);
+    if (withCoordinates && !surface.coordinates.empty())
+        list.add(coordinateToken(0), surface.coordinates);
+    zebOrientation(ZEB_OUTSIDE);
+    zebNurbMeshV(u.count, u.order, u.knots.data(), u.min, u.max, v.count, v.order, v.knots.data(),
+                 v.min, v.max, list.count(), list.tokens.data(), list.values.data());
+}
+
+// Whether the material shows, and needs a function to do so.
+bool showsByFunction(const Material& material, const Settings& settings)
+{
+    return settings.surface.empty() && needsFunction(material);
+}
+
+void setLook(const Material& material, const Settings& settings,
+             const std::shared_ptr<const Around>& around)
+{
+    const Color color =
+        settings.color ? toLight(*settings.color) : material.color.value_or(kDefaultColor);
+    zebColor(color.data());
+    const float opacity =
+        showsByFunction(material, settings) ? material.opacity : material.plainOpacity();
+    zebOpacity(Color{opacity, opacity, opacity}.data());
+    setSurface(material, settings, around);
+    // Of materials that do not count nothing is known.
+    zebBackface(material.showsBacks || !settings.surface.empty() ? 2 : 1);
+}
+
+// varies  the opacity of the vertices is not the same all over
+void setCasterLook(const Material& material, bool varies, const Settings& settings)
+{
+    const bool isMaterial = settings.surface.empty();
+    // Half opaque or more is opaque.
+    const float opacity = isMaterial ? material.opacity : 1;
+    zebOpacity(Color{opacity, opacity, opacity}.data());
+    setDistanceFunction(isMaterial ? material : Material(), varies || opacity < 1);
+    zebShadingModel(ZEB_SMOOTH);
+    zebShadingRate(static_cast<float>(settings.shadingRate));
+    zebBackface(2);
+}
+
 }  // namespace
 
 void addSurroundings(const Stage& stage, const Camera& camera, const Settings& settings,
@@ -188,40 +232,40 @@ void addSurroundings(const Stage& stage, const Camera& camera, const Settings& s
 void addMesh(const Mesh& mesh, const Settings& settings,
              const std::shared_ptr<const Around>& around)
 {
-    const Color color =
-        settings.color ? toLight(*settings.color) : mesh.material.color.value_or(kDefaultColor);
-    zebColor(color.data());
-    const bool byFunction = settings.surface.empty() && needsFunction(mesh.material);
-    const float opacity = byFunction ? mesh.material.opacity : mesh.material.plainOpacity();
-    zebOpacity(Color{opacity, opacity, opacity}.data());
+    setLook(mesh.material, settings, around);
     Parameters list;
     list.add("point", mesh.points);
     if (!settings.color && !mesh.colors.empty()) list.add("color", mesh.colors);
     if (!mesh.opacities.empty()) list.add("opacity", mesh.opacities);
-    if (byFunction) addCoordinates(mesh, list);
-    setSurface(mesh.material, settings, around);
-    // Of materials that do not count nothing is known.
-    zebBackface(mesh.material.showsBacks || !settings.surface.empty() ? 2 : 1);
+    if (showsByFunction(mesh.material, settings)) addCoordinates(mesh, list);
     addShape(mesh, list);
+}
+
+void addFreeForm(const FreeForm& surface, const Settings& settings,
+                 const std::shared_ptr<const Around>& around)
+{
+    setLook(surface.material, settings, around);
+    Parameters list;
+    if (!settings.color && !surface.colors.empty()) list.add("vertexcolor", surface.colors);
+    addNurbs(surface, showsByFunction(surface.material, settings), list);
 }
 
 void addCaster(const Mesh& mesh, const Settings& settings)
 {
-    const Material& material = mesh.material;
-    const bool isMaterial = settings.surface.empty();
-    const bool varies = isMaterial && !mesh.opacities.empty();
-    // Half opaque or more is opaque.
-    const float opacity = isMaterial ? material.opacity : 1;
-    zebOpacity(Color{opacity, opacity, opacity}.data());
+    const bool varies = settings.surface.empty() && !mesh.opacities.empty();
+    setCasterLook(mesh.material, varies, settings);
     Parameters list;
     list.add("point", mesh.points);
     if (varies) list.add("opacity", mesh.opacities);
     addCoordinates(mesh, list);
-    setDistanceFunction(isMaterial ? material : Material(), varies || opacity < 1);
-    zebShadingModel(ZEB_SMOOTH);
-    zebShadingRate(static_cast<float>(settings.shadingRate));
-    zebBackface(2);
     addShape(mesh, list);
+}
+
+void addCaster(const FreeForm& surface, const Settings& settings)
+{
+    setCasterLook(surface.material, false, settings);
+    Parameters list;
+    addNurbs(surface, true, list);
 }
 
 }  // namespace zebview

@@ -5,6 +5,7 @@
 
 #include "camera.h"
 #include "environment.h"
+#include "free_form.h"
 #include "mesh.h"
 #include "settings.h"
 #include "shadows.h"
@@ -19,7 +20,10 @@ void addSurroundings(const Stage& stage, const Camera& camera, const Settings& s
                      const std::shared_ptr<const Around>& around, const Shadows& shadows);
 void addMesh(const Mesh& mesh, const Settings& settings,
              const std::shared_ptr<const Around>& around);
+void addFreeForm(const FreeForm& surface, const Settings& settings,
+                 const std::shared_ptr<const Around>& around);
 // Of what a lamp sees, its color being how far away it is.
 void addCaster(const Mesh& mesh, const Settings& settings);
+void addCaster(const FreeForm& surface, const Settings& settings);
 
 }  // namespace zebview

@@ -291,10 +291,7 @@ void beginShadow(Shadow& shadow, const Settings& settings)
     zebMultMatrix(look);
 }
 
-bool throwsShadow(const Mesh& mesh)
-{
-    return mesh.material.cutoff || mesh.material.opacity >= 0.5f;
-}
+bool throwsShadow(const Material& material) { return material.cutoff || material.opacity >= 0.5f; }
 
 void addShadowLight(std::shared_ptr<const Shadow> shadow, const Camera& camera)
 {

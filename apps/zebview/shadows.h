@@ -37,8 +37,8 @@ std::shared_ptr<Shadow> makeShadow(const Vector& towards, const Color& color,
 // Begins the frame whose scene is to be all that throws shadows.
 void beginShadow(Shadow& shadow, const Settings& settings);
 
-// Whether any part of a mesh may throw a shadow.
-bool throwsShadow(const Mesh& mesh);
+// Whether any part of what is made of a material may throw a shadow.
+bool throwsShadow(const Material& material);
 
 // Adds the lamp. Its opacity is 1 but for what the shadow takes of its light.
 void addShadowLight(std::shared_ptr<const Shadow> shadow, const Camera& camera);

@@ -94,7 +94,7 @@ unsigned short coordinateToken(unsigned channel)
     static const std::array<unsigned short, kChannels> tokens = [] {
         std::array<unsigned short, kChannels> all;
         for (unsigned i = 0; i < kChannels; ++i) {
-            all[i] = zebDeclare(("texture" + std::to_string(i)).c_str(), ZEB_VARYING, ZEB_PAIR);
+            all[i] = zebDeclare(("texture" + std::to_string(i)).c_str(), ZEB_VERTEX, ZEB_PAIR);
         }
         return all;
     }();

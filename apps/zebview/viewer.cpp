@@ -247,6 +247,8 @@ private:
             settings.threshold.reset();
             settings.filter = "box";
         }
+        // Surfaces have no faces that could be fewer.
+        if (!quality.hasAllFaces && !fModel.surfaces.empty()) settings.shadingRate *= 4;
         fRaster.resize(settings.width, settings.height);
         const ZebDisplay device = displayFor();
         Destination destination;
