@@ -20,7 +20,7 @@ Player::Player(std::string name, const Settings& settings)
     if (settings.times) fSeconds = settings.times->from;
     fSettings.times.reset();
     fSettings.frames = kMeasured;
-    if (fSettings.animation.empty()) fSettings.animation = "0";
+    if (fSettings.animation.empty()) fSettings.animation = '0';
     open();
 }
 
