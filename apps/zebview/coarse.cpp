@@ -195,6 +195,7 @@ Model coarseModel(const Model& model, double cellSize)
 {
     Model result;
     result.stage = model.stage;
+    result.space = model.space;
     result.room = model.room;
     result.surfaces = model.surfaces;
     for (const Mesh& mesh : model.meshes) result.meshes.push_back(coarseMesh(mesh, cellSize));

@@ -410,6 +410,10 @@ Model ModelFile::Contents::model(double seconds)
     model.surfaces = freeForms.place(place);
     if (model.meshes.empty() && model.surfaces.empty()) throw Failure("it has no polygons");
     model.room = room;
+    const Matrix turn = upright(upAxis(*scene, settings.up));
+    for (Vector& axis : model.space.axes) axis = turn * axis;
+    model.space.origin = place.point(Vector());
+    model.space.unit = 1 / place.radius;
     if (formatOf(*scene).hasStage) model.stage = readStage(*scene, posed, place, brightness);
     if (textured) model.notShown = whatIsNotShown(*scene);
     checkStage(model.stage, settings);

@@ -1,6 +1,7 @@
 // A model file, as meshes and surfaces around the origin.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,10 +14,18 @@
 namespace zebview
 {
 
+// Where the file's own space is in that of the model.
+struct FileSpace {
+    std::array<Vector, 3> axes{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+    Vector origin;
+    double unit = 1;
+};
+
 struct Model {
     std::vector<Mesh> meshes;
     std::vector<FreeForm> surfaces;
     Stage stage;
+    FileSpace space;
     std::string notShown;  // in words, if it is anything
     // Of a model that moves, the farthest points in all frames; of others none.
     std::vector<Vector> room;

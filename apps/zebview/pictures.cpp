@@ -6,6 +6,7 @@
 
 #include "canvas.h"
 #include "console.h"
+#include "guides.h"
 #include "output_file.h"
 #include "render.h"
 
@@ -100,6 +101,7 @@ public:
             Model model = file->model(0);
             if (!fSettings.movesInTime()) file.reset();
             if (fSettings.verbose) complain(name + ": " + whatThereIs(model));
+            tellOfGrid(name, model, fSettings);
             if (!model.notShown.empty()) complain(name + ": " + model.notShown);
             for (long frame = 0; frame < fSettings.frames; ++frame) {
                 if (file && frame > 0) model = file->model(frame);

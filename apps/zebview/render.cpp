@@ -6,6 +6,7 @@
 
 #include "console.h"
 #include "ground.h"
+#include "guides.h"
 #include "lights.h"
 #include "scene.h"
 
@@ -146,6 +147,8 @@ bool renderScene(Model& model, const Camera& camera, const Settings& settings,
     const auto around = lookAround(environment, camera);
     addSurroundings(model.stage, camera, settings, around, shadows);
     if (settings.ground) addGround(model, shadows, camera, settings);
+    if (settings.grid) addGrid(model, camera, settings);
+    if (settings.axes) addAxes(model.space, camera);
     for (Mesh& mesh : model.meshes) {
         addMesh(mesh, settings, around);
         if (destination.isModelsLast) mesh = Mesh();
@@ -174,7 +177,8 @@ bool renderPicture(Model& model, const Camera& closeCamera, const Settings& sett
                    const std::shared_ptr<const Environment>& environment,
                    const Destination& destination, const GoesOn& goesOn)
 {
-    const Camera camera = settings.ground ? roomForGround(closeCamera) : closeCamera;
+    const Camera camera =
+        roomForGuides(settings.ground ? roomForGround(closeCamera) : closeCamera, settings);
     const Shadows shadows = shadowsOf(model.stage, camera, settings);
     const bool whole =
         renderShadows(model, shadows, settings, goesOn) &&

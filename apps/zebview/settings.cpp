@@ -289,6 +289,22 @@ void addLightOptions(CLI::App& app, Settings& s)
         ->needs(environment);
 }
 
+void addGuideOptions(CLI::App& app, Settings& s)
+{
+    app.add_flag("--axes", s.axes, "The file's axes in the lower left corner, as they are turned");
+    CLI::Option* grid =
+        app.add_flag("--grid", s.grid, "A grid under the model; --verbose tells its spacing");
+    app.add_option_function<std::string>(
+           "--grid-unit",
+           [&s](const std::string& text) {
+               s.gridUnit = parseNumber("--grid-unit", text, 1e-30, 1e30);
+           },
+           "How far apart its lines are, in the file's units; default 1, 2 or 5 times a power of "
+           "ten")
+        ->type_name("UNITS")
+        ->needs(grid);
+}
+
 std::string ending(const std::string& name)
 {
     std::string text = std::filesystem::path(name).extension().string();
@@ -427,6 +443,7 @@ CommandLine readCommandLine(int argc, char** argv)
     addViewOptions(app, result.settings);
     addTimeOptions(app, result.settings);
     addLightOptions(app, result.settings);
+    addGuideOptions(app, result.settings);
     addPictureOptions(app, result.settings);
     app.add_option("--threads", result.settings.threads,
                    "Threads that render, up to 256, or 0 for one a core; default 0")

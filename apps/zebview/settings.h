@@ -56,6 +56,8 @@ struct Settings {
     std::optional<Color> color;       // unset: the model's own
     std::optional<Color> background;  // unset: transparent, or the environment
 
+    bool axes = false, grid = false;
+    std::optional<double> gridUnit;  // unset: as the model's size has it
     bool shadows = false, ground = false;
     std::string environment;        // a file; empty: none
     double environmentTurn = 0;     // degrees to the right

@@ -14,6 +14,7 @@
 #include "console.h"
 #include "environment.h"
 #include "failure.h"
+#include "guides.h"
 #include "orbit.h"
 #include "output_file.h"
 #include "player.h"
@@ -63,6 +64,7 @@ constexpr const char* kHelp =
     "Up              read the model again\n"
     "Space           play its animation, or pause\n"
     "w               the next animation\n"
+    "x g             axes, and a grid under the model\n"
     "f               full screen\n"
     "n               name of the file\n"
     "z               time that pictures take\n"
@@ -124,6 +126,7 @@ private:
         fIndex = index;
         fName = fSettings.viewName(index, 0);
         if (!fModel.notShown.empty()) complain(fSettings.models[index] + ": " + fModel.notShown);
+        tellOfGrid(fSettings.models[index], fModel, fSettings);
         fTimes.fill(Seconds(0));
         fStart.emplace(chooseCamera(fModel, 0, fSettings), radiusOf(fModel));
         fOrbit = fStart;
@@ -379,6 +382,14 @@ private:
                 break;
             case 'w':
                 fWantsAnimation = Wish::kNextAnimation;
+                break;
+            case 'x':
+                fSettings.axes = !fSettings.axes;
+                moved();
+                break;
+            case 'g':
+                fSettings.grid = !fSettings.grid;
+                moved();
                 break;
             case 'f':
                 fWindow->toggleFullScreen();

@@ -611,6 +611,19 @@ TEST_F(Playing, EndsWithTheModel)
     EXPECT_EQ(told().find("--time"), std::string::npos);
 }
 
+TEST_F(TurningWindow, KeysShowAxesAndAGrid)
+{
+    openBlock();
+    const Image before = settled();
+    mouse->press("x");
+    expectSame(settled(), rendered({"--axes"}));
+    mouse->press("g");
+    expectSame(settled(), rendered({"--axes", "--grid"}));
+    mouse->press("x");
+    mouse->press("g");
+    expectSame(settled(), before);
+}
+
 TEST_F(TurningWindow, FilesThatAreThereStay)
 {
     write("block_1.png", "mine");
