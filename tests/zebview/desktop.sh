@@ -5,6 +5,7 @@ desktop=$(cd "$1" && pwd)/apps/zebview/desktop
 PATH=$(cd "$(dirname "$2")" && pwd):$PATH
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
+trap 'echo "desktop.sh: line $LINENO went wrong" >&2' ERR
 export XDG_CONFIG_HOME=$folder/config
 cd "$folder"
 
