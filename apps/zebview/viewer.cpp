@@ -121,6 +121,7 @@ private:
 
     void load(std::size_t index)
     {
+        const auto asked = Clock::now();
         take(ModelFile(fSettings.models[index], fSettings).model(0));
         fPlayer.reset();
         fIndex = index;
@@ -131,6 +132,8 @@ private:
         fStart.emplace(chooseCamera(fModel, 0, fSettings), radiusOf(fModel));
         fOrbit = fStart;
         fNext = 0;
+        fAsked = asked;
+        fToldOfFirst = fToldOfFinal = false;
     }
 
     void take(Model model)
@@ -263,10 +266,24 @@ private:
             return false;
         }
         fTimes[fLevel] = Clock::now() - begun;
+        if (fSettings.verbose) tellHowSoon();
         fRaster.show(fBackdrop, fSize.width, fSize.height, fShown);
         fWindow->show(fShown.data(), fSize.width, fSize.height);
         if (fShowsTime) showText();
         return true;
+    }
+
+    // Once for the first picture of a model and once for its final one, since somebody asked for it.
+    void tellHowSoon()
+    {
+        if (fToldOfFinal || (fToldOfFirst && !isFinal())) return;
+        char text[80];
+        std::snprintf(text, sizeof text, ": the %s picture came after %.0f ms",
+                      isFinal() ? "final" : "first",
+                      Seconds(Clock::now() - fAsked).count() * 1000);
+        complain(fName + text);
+        fToldOfFirst = true;
+        fToldOfFinal = isFinal();
     }
 
     ZebDisplay displayFor()
@@ -510,6 +527,8 @@ private:
     std::size_t fLevel = 0;  // of the picture under way
     bool fGivenUp = false;   // that picture
     Clock::time_point fLooked, fDrawn;
+    Clock::time_point fAsked;  // for the model
+    bool fToldOfFirst = false, fToldOfFinal = false;
     std::array<Seconds, kQualities.size()> fTimes{};
 
     std::size_t fNext = 0;  // of the strides; beyond them: all is done
