@@ -66,6 +66,12 @@ struct Reach {
         plus = std::max(plus, across + slope * toEye);
         minus = std::max(minus, -across + slope * toEye);
     }
+    // All points are the middles of spheres.
+    void widen(double radius)
+    {
+        plus += radius * std::hypot(1, slope);
+        minus += radius * std::hypot(1, slope);
+    }
     double distance() const { return (plus + minus) / (2 * slope); }
     double center() const { return (plus - minus) / 2; }
 };
@@ -74,14 +80,15 @@ struct Reach {
 // middle. As the eye goes right the picture goes left, so there is one such place.
 double centered(const Model& model, const Vector& axis, const Vector& back, double distance)
 {
+    const double reach = reachOf(model);
     double low = -1, high = 1;
     for (int step = 0; step < 24; ++step) {
         const double eye = (low + high) / 2;
         double least = kInfinity, most = -kInfinity;
         everyPoint(model, [&](const Vector& p) {
-            const double seen = (p * axis - eye) / (distance - p * back);
-            least = std::min(least, seen);
-            most = std::max(most, seen);
+            const double across = p * axis - eye, away = distance - p * back;
+            least = std::min(least, (across - reach) / away);
+            most = std::max(most, (across + reach) / away);
         });
         (least + most > 0 ? low : high) = eye;
     }
@@ -112,7 +119,10 @@ Eye tightEye(const Model& model, const View& view, const Slopes& slopes)
         eye.front = std::max(eye.front, toEye);
         eye.rear = std::min(eye.rear, toEye);
     });
-    eye.distance = std::max({x.distance(), y.distance(), eye.front + kClosest});
+    const double reach = reachOf(model);
+    x.widen(reach);
+    y.widen(reach);
+    eye.distance = std::max({x.distance(), y.distance(), eye.front + reach + kClosest});
     const bool exactX = x.distance() == eye.distance, exactY = y.distance() == eye.distance;
     eye.x = exactX ? x.center() : centered(model, view.right, view.back, eye.distance);
     eye.y = exactY ? y.center() : centered(model, view.up, view.back, eye.distance);
@@ -127,10 +137,11 @@ Eye sphereEye(const Model& model, const Slopes& slopes)
     return {0, 0, std::max(radius / sine, radius + kClosest), radius, -radius};
 }
 
+// Before the nearest of everyPoint() and behind the farthest.
 double clearance(const Model& model)
 {
     const bool isExact = model.room.empty() && model.surfaces.empty();
-    return isExact ? kClearance : kMovedClearance;
+    return (isExact ? kClearance : kMovedClearance) + reachOf(model);
 }
 
 }  // namespace
@@ -172,7 +183,7 @@ double radiusOf(const Model& model)
 {
     double radius = 0;
     everyPoint(model, [&](const Vector& p) { radius = std::max(radius, p.Length()); });
-    return radius;
+    return radius + reachOf(model);
 }
 
 Camera frameModel(const Model& model, double azimuth, const Settings& settings)

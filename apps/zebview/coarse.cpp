@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <set>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 namespace zebview
 {
@@ -12,17 +14,19 @@ namespace zebview
 namespace
 {
 
-constexpr std::size_t kFewFaces = 12'000;
+constexpr std::size_t kFew = 12'000;
 // Cells along the diameter of the unit sphere, at first.
 constexpr double kCells = 64, kFewestCells = 8;
 
-std::size_t faceCount(const Model& model)
+std::size_t partCount(const Model& model)
 {
     std::size_t count = 0;
     for (const Mesh& mesh : model.meshes) {
+        std::size_t parts = mesh.dots.size() + mesh.lines.size() / 2;
         for (const FaceList* list : {&mesh.convex, &mesh.concave, &mesh.flatConcave}) {
-            count += list->sizes.size() * (1 + mesh.copies.size());
+            parts += list->sizes.size();
         }
+        count += parts * (1 + mesh.copies.size());
     }
     return count;
 }
@@ -33,20 +37,19 @@ class Clusters
 public:
     Clusters(const Mesh& mesh, double cellSize) : fMesh(mesh), fOf(mesh.vertexCount())
     {
-        std::unordered_map<std::uint64_t, long> numbers;
+        std::unordered_map<std::uint64_t, std::size_t> numbers;
         for (std::size_t vertex = 0; vertex < fOf.size(); ++vertex) {
-            const auto next = static_cast<long>(fFirst.size());
-            const auto [found, isNew] = numbers.emplace(keyOf(vertex, cellSize), next);
+            const auto [found, isNew] = numbers.emplace(keyOf(vertex, cellSize), fFirst.size());
             if (isNew) {
                 fFirst.push_back(vertex);
                 fSizes.push_back(0);
             }
             fOf[vertex] = found->second;
-            ++fSizes[static_cast<std::size_t>(found->second)];
+            ++fSizes[found->second];
         }
     }
 
-    long operator[](long vertex) const { return fOf[static_cast<std::size_t>(vertex)]; }
+    std::size_t operator[](std::size_t vertex) const { return fOf[vertex]; }
 
     // Of values that go with vertices.
     std::vector<float> means(const std::vector<float>& values) const
@@ -55,7 +58,7 @@ public:
         const std::size_t width = values.size() / fOf.size();
         std::vector<float> result(fFirst.size() * width, 0);
         for (std::size_t i = 0; i < values.size(); ++i) {
-            const auto cluster = static_cast<std::size_t>(fOf[i / width]);
+            const std::size_t cluster = fOf[i / width];
             result[cluster * width + i % width] += values[i] / fSizes[cluster];
         }
         return result;
@@ -89,7 +92,7 @@ private:
     }
 
     const Mesh& fMesh;
-    std::vector<long> fOf;            // by vertex
+    std::vector<std::size_t> fOf;     // by vertex
     std::vector<std::size_t> fFirst;  // by cluster: a vertex of it
     std::vector<float> fSizes;
 };
@@ -141,7 +144,8 @@ private:
         for (const long size : list.sizes) {
             corners.clear();
             for (long i = 0; i < size; ++i) {
-                const long cluster = fClusters[*corner++];
+                const auto cluster =
+                    static_cast<long>(fClusters[static_cast<std::size_t>(*corner++)]);
                 if (corners.empty() || corners.back() != cluster) corners.push_back(cluster);
             }
             while (corners.size() > 1 && corners.back() == corners.front()) corners.pop_back();
@@ -170,6 +174,29 @@ private:
     std::unordered_set<std::uint64_t> fThere;
 };
 
+// Those that have met are one.
+std::vector<std::size_t> coarseDots(const std::vector<std::size_t>& dots, const Clusters& clusters)
+{
+    std::vector<std::size_t> result;
+    for (const std::size_t dot : dots) result.push_back(clusters[dot]);
+    std::sort(result.begin(), result.end());
+    result.erase(std::unique(result.begin(), result.end()), result.end());
+    return result;
+}
+
+std::vector<std::size_t> coarseLines(const std::vector<std::size_t>& lines,
+                                     const Clusters& clusters)
+{
+    std::set<std::pair<std::size_t, std::size_t>> pairs;
+    for (std::size_t i = 0; i + 1 < lines.size(); i += 2) {
+        const std::size_t a = clusters[lines[i]], b = clusters[lines[i + 1]];
+        if (a != b) pairs.insert(std::minmax(a, b));
+    }
+    std::vector<std::size_t> result;
+    for (const auto& [a, b] : pairs) result.insert(result.end(), {a, b});
+    return result;
+}
+
 Mesh coarseMesh(const Mesh& mesh, double cellSize)
 {
     const Clusters clusters(mesh, cellSize);
@@ -185,6 +212,12 @@ Mesh coarseMesh(const Mesh& mesh, double cellSize)
     faces.addTriangles(mesh.convex, result.convex);
     faces.addWhole(mesh.concave, result.concave);
     faces.addWhole(mesh.flatConcave, result.flatConcave);
+    result.dots = coarseDots(mesh.dots, clusters);
+    // The same of them shows.
+    const auto fewer = static_cast<double>(mesh.dots.size()) /
+                       static_cast<double>(std::max<std::size_t>(result.dots.size(), 1));
+    result.dotRadius = mesh.dotRadius * std::sqrt(fewer);
+    result.lines = coarseLines(mesh.lines, clusters);
     result.material = mesh.material;
     result.isMirrored = mesh.isMirrored;
     result.copies = mesh.copies;
@@ -206,10 +239,10 @@ Model coarseModel(const Model& model, double cellSize)
 
 std::optional<Model> coarsened(const Model& model)
 {
-    if (faceCount(model) <= kFewFaces) return std::nullopt;
+    if (partCount(model) <= kFew) return std::nullopt;
     double cells = kCells;
     Model coarse = coarseModel(model, 2 / cells);
-    while (faceCount(coarse) > kFewFaces && cells > kFewestCells) {
+    while (partCount(coarse) > kFew && cells > kFewestCells) {
         cells /= 1.5;
         coarse = coarseModel(coarse, 2 / cells);
     }

@@ -15,7 +15,8 @@ namespace zebview
 class Faces
 {
 public:
-    // Points and lines are left out. Throws a Failure if a face names a vertex that is not there.
+    // What has fewer than three corners is left out. Throws a Failure if a face names a vertex that
+    // is not there.
     Faces(const aiMesh& mesh, const std::vector<Vector>& points);
 
     std::size_t size() const { return fNormals.size(); }

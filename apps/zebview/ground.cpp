@@ -73,7 +73,7 @@ float lowest(const Model& model)
 {
     float height = 1;
     everyPoint(model, [&](const Vector& p) { height = std::min(height, static_cast<float>(p.y)); });
-    return height;
+    return height - static_cast<float>(reachOf(model));
 }
 
 // A part of the floor.
@@ -94,6 +94,7 @@ struct Part {
 Part shadowedPart(const Model& model, const Shadows& shadows, float height)
 {
     Part part;
+    const float around = 1.1f * kWidestEdge + static_cast<float>(reachOf(model));
     for (const auto& shadow : shadows) {
         if (shadow->ahead.y >= 0) continue;
         const auto fall = static_cast<float>(1 / std::max(-shadow->ahead.y, 1e-6));
@@ -102,7 +103,7 @@ Part shadowedPart(const Model& model, const Shadows& shadows, float height)
         everyPoint(model, [&](const Vector& p) {
             const float above = static_cast<float>(p.y) - height;
             part.add(static_cast<float>(p.x) + above * x, static_cast<float>(p.z) + above * z,
-                     1.1f * kWidestEdge * fall);
+                     around * fall);
         });
     }
     return part;

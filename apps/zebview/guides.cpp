@@ -127,6 +127,7 @@ Extent extentOf(const Model& model)
         extent.z1 = std::max(extent.z1, p.z);
         extent.y = std::min(extent.y, p.y);
     });
+    extent.y -= reachOf(model);
     return extent;
 }
 

@@ -142,6 +142,17 @@ Mesh buildMesh(const aiMesh& source, const Shape& shape, bool facets, const Mate
         }
         list.sizes.push_back(static_cast<long>(corners.size()));
     }
+    const auto addMark = [&collector](std::uint32_t index, std::vector<std::size_t>& list) {
+        list.push_back(static_cast<std::size_t>(collector.vertex(index, Vector())));
+    };
+    for (unsigned f = 0; f < source.mNumFaces; ++f) {
+        const aiFace& face = source.mFaces[f];
+        if (face.mNumIndices > 2) continue;
+        for (unsigned i = 0; i < face.mNumIndices; ++i) {
+            addMark(face.mIndices[i], face.mNumIndices == 2 ? mesh.lines : mesh.dots);
+        }
+    }
+    for (unsigned i = 0; source.mNumFaces == 0 && i < points.size(); ++i) addMark(i, mesh.dots);
     return mesh;
 }
 

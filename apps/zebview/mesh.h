@@ -28,6 +28,9 @@ struct Mesh {
     // Concave faces that look the same without normals, and better if their outline crosses
     // itself: then parts of them are wound the other way.
     FaceList flatConcave;
+    // Vertices that are points, and pairs of those that are lines; they have no normals.
+    std::vector<std::size_t> dots, lines;
+    double dotRadius = 0;  // of the spheres that points show as
     Material material;
     // The front of its faces is where their winding runs clockwise.
     bool isMirrored = false;
@@ -37,7 +40,8 @@ struct Mesh {
     std::size_t vertexCount() const { return points.size() / 3; }
 };
 
-// Makes a mesh of polygons that are where they belong.
+// Makes a mesh of polygons, lines and points that are where they belong. Without any faces its
+// vertices are points.
 //
 // facets  the normals of the file are those of its faces and tell nothing more
 Mesh buildMesh(const aiMesh& source, const Shape& shape, bool facets, const Material& material);

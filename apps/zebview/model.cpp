@@ -17,6 +17,7 @@
 
 #include "animation.h"
 #include "copies.h"
+#include "dots.h"
 #include "failure.h"
 #include "far_points.h"
 #include "free_form_file.h"
@@ -182,19 +183,27 @@ void checkStage(const Stage& stage, const Settings& settings)
     }
 }
 
-// Which vertices polygons use: stray ones count for nothing.
+// Which vertices show: stray ones beside polygons, lines and points count for nothing.
 std::vector<bool> usedVertices(const aiMesh& mesh)
 {
-    std::vector<bool> used(mesh.mNumVertices);
+    std::vector<bool> used(mesh.mNumVertices, mesh.mNumFaces == 0);
     for (unsigned f = 0; f < mesh.mNumFaces; ++f) {
         const aiFace& face = mesh.mFaces[f];
-        if (face.mNumIndices < 3) continue;
         for (unsigned i = 0; i < face.mNumIndices; ++i) {
             // Those that are not there are reported when the faces are read.
             if (face.mIndices[i] < mesh.mNumVertices) used[face.mIndices[i]] = true;
         }
     }
     return used;
+}
+
+// How many points it shows.
+std::size_t dotCount(const aiMesh& mesh)
+{
+    if (mesh.mNumFaces == 0) return mesh.mNumVertices;
+    const auto isDot = [](const aiFace& face) { return face.mNumIndices == 1; };
+    return static_cast<std::size_t>(
+        std::count_if(mesh.mFaces, mesh.mFaces + mesh.mNumFaces, isDot));
 }
 
 // What a model takes up, at one time or at several.
@@ -270,6 +279,7 @@ public:
 private:
     Place place;
     std::vector<Vector> room;
+    double dotRadius = 0;  // of the spheres that its points are, in the file's units
     std::vector<std::optional<Material>> materials;  // by mesh; of those that are shown
     bool textured = false, facets = false;
     double brightness = 0;  // of its lamps in the first model
@@ -342,7 +352,17 @@ void ModelFile::Contents::measure()
     const Box& box = extent.box();
     place.center = (box.min + box.max) * 0.5;
     place.radius = (box.max - place.center).Length();
-    if (!(place.radius > 0)) throw Failure("it has no polygons");
+    std::size_t dots = 0;
+    for (const Placement& placement : placements(*scene, pose(secondsAt(0)))) {
+        dots += dotCount(*placement.mesh);
+    }
+    if (!(place.radius > 0) && dots == 0) throw Failure("it has nothing to show");
+    if (dots > 0) {
+        // Next to nothing else a single one may have any size.
+        const double size = place.radius > 0 ? place.radius : 1;
+        dotRadius = settings.pointSize ? *settings.pointSize / 2 : size * usualDotRadius(dots);
+        place.radius += dotRadius;
+    }
     if (!std::isfinite(place.radius)) throw Failure("it is too large");
     if (!moves) return;
     for (const Vector& p : extent.farPoints().points()) room.push_back(place.point(p));
@@ -397,6 +417,7 @@ std::vector<Mesh> ModelFile::Contents::buildMeshes(const Pose& pose) const
         Mesh mesh = build(all[job.placement], pose);
         if (mesh.vertexCount() == 0) continue;
         mesh.copies = std::move(job.copies);
+        mesh.dotRadius = dotRadius / place.radius;
         meshes.push_back(std::move(mesh));
     }
     return meshes;
@@ -408,7 +429,7 @@ Model ModelFile::Contents::model(double seconds)
     Model model;
     model.meshes = buildMeshes(posed);
     model.surfaces = freeForms.place(place);
-    if (model.meshes.empty() && model.surfaces.empty()) throw Failure("it has no polygons");
+    if (model.meshes.empty() && model.surfaces.empty()) throw Failure("it has nothing to show");
     model.room = room;
     const Matrix turn = upright(upAxis(*scene, settings.up));
     for (Vector& axis : model.space.axes) axis = turn * axis;
@@ -418,6 +439,15 @@ Model ModelFile::Contents::model(double seconds)
     if (textured) model.notShown = whatIsNotShown(*scene);
     checkStage(model.stage, settings);
     return model;
+}
+
+double reachOf(const Model& model)
+{
+    double reach = 0;
+    for (const Mesh& mesh : model.meshes) {
+        if (!mesh.dots.empty()) reach = std::max(reach, mesh.dotRadius);
+    }
+    return reach;
 }
 
 ModelFile::ModelFile(std::string name, const Settings& settings) : fName(std::move(name))

@@ -31,6 +31,9 @@ struct Model {
     std::vector<Vector> room;
 };
 
+// How far beyond its points a model shows: those that are spheres reach farther.
+double reachOf(const Model& model);
+
 // Reads a file, and makes models of it: turned so that y points up, and moved and scaled so that
 // all of them lie in the unit sphere. What comes after needs no thought for models as large as a
 // country or as small as a hair. Throws a Failure if there is nothing to be seen.

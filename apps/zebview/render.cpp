@@ -8,6 +8,7 @@
 #include "ground.h"
 #include "guides.h"
 #include "lights.h"
+#include "lines.h"
 #include "scene.h"
 
 namespace zebview
@@ -151,6 +152,8 @@ bool renderScene(Model& model, const Camera& camera, const Settings& settings,
     if (settings.axes) addAxes(model.space, camera);
     for (Mesh& mesh : model.meshes) {
         addMesh(mesh, settings, around);
+        addLines(mesh, camera, settings, around);
+        if (settings.edges) addEdges(mesh, camera, settings, around);
         if (destination.isModelsLast) mesh = Mesh();
         if (!goesOn()) return false;
     }
@@ -177,8 +180,9 @@ bool renderPicture(Model& model, const Camera& closeCamera, const Settings& sett
                    const std::shared_ptr<const Environment>& environment,
                    const Destination& destination, const GoesOn& goesOn)
 {
-    const Camera camera =
-        roomForGuides(settings.ground ? roomForGround(closeCamera) : closeCamera, settings);
+    Camera camera = roomForLines(closeCamera, model, settings);
+    if (settings.ground) camera = roomForGround(camera);
+    camera = roomForGuides(camera, settings);
     const Shadows shadows = shadowsOf(model.stage, camera, settings);
     const bool whole =
         renderShadows(model, shadows, settings, goesOn) &&

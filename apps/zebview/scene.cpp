@@ -3,6 +3,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "dots.h"
 #include "lights.h"
 #include "surface.h"
 #include "texture_lookup.h"
@@ -196,9 +197,7 @@ bool showsByFunction(const Material& material, const Settings& settings)
 void setLook(const Material& material, const Settings& settings,
              const std::shared_ptr<const Around>& around)
 {
-    const Color color =
-        settings.color ? toLight(*settings.color) : material.color.value_or(kDefaultColor);
-    zebColor(color.data());
+    zebColor(plainColor(material, settings).data());
     const float opacity =
         showsByFunction(material, settings) ? material.opacity : material.plainOpacity();
     zebOpacity(Color{opacity, opacity, opacity}.data());
@@ -229,6 +228,23 @@ void addSurroundings(const Stage& stage, const Camera& camera, const Settings& s
     if (settings.hasBackground()) addBackdrop(camera, settings, around);
 }
 
+Color plainColor(const Material& material, const Settings& settings)
+{
+    return settings.color ? toLight(*settings.color) : material.color.value_or(kDefaultColor);
+}
+
+void setPlainLook(const Color& color, bool isLit, const Settings& settings,
+                  const std::shared_ptr<const Around>& around)
+{
+    Material material;
+    material.isLit = isLit;
+    zebColor(color.data());
+    zebOpacity(Color{1, 1, 1}.data());
+    setSurface(material, settings, around);
+    zebOrientation(ZEB_OUTSIDE);
+    zebBackface(2);
+}
+
 void addMesh(const Mesh& mesh, const Settings& settings,
              const std::shared_ptr<const Around>& around)
 {
@@ -239,6 +255,9 @@ void addMesh(const Mesh& mesh, const Settings& settings,
     if (!mesh.opacities.empty()) list.add("opacity", mesh.opacities);
     if (showsByFunction(mesh.material, settings)) addCoordinates(mesh, list);
     addShape(mesh, list);
+    if (mesh.dots.empty()) return;
+    setPlainLook(plainColor(mesh.material, settings), mesh.material.isLit, settings, around);
+    addDots(mesh, !settings.color);
 }
 
 void addFreeForm(const FreeForm& surface, const Settings& settings,
@@ -259,6 +278,9 @@ void addCaster(const Mesh& mesh, const Settings& settings)
     if (varies) list.add("opacity", mesh.opacities);
     addCoordinates(mesh, list);
     addShape(mesh, list);
+    if (mesh.dots.empty()) return;
+    setCasterLook(Material(), false, settings);
+    addDots(mesh, false);
 }
 
 void addCaster(const FreeForm& surface, const Settings& settings)

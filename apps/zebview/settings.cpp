@@ -291,6 +291,29 @@ void addLightOptions(CLI::App& app, Settings& s)
 
 void addGuideOptions(CLI::App& app, Settings& s)
 {
+    CLI::Option* edges =
+        app.add_flag("--edges", s.edges, "The edges of the model's polygons, as lines over them");
+    app.add_option_function<std::string>(
+           "--edge-color",
+           [&s](const std::string& text) { s.edgeColor = parseColor("--edge-color", text); },
+           "Their color, from 0 to 1; default nearly black")
+        ->type_name("R,G,B")
+        ->needs(edges);
+    app.add_option_function<std::string>(
+           "--line-width",
+           [&s](const std::string& text) {
+               s.lineWidth = parseNumber("--line-width", text, 0.1, 100);
+           },
+           "How wide these and the model's own lines are, 0.1 to 100 pixels; default 1.5")
+        ->type_name("PIXELS");
+    app.add_option_function<std::string>(
+           "--point-size",
+           [&s](const std::string& text) {
+               s.pointSize = parseNumber("--point-size", text, 1e-30, 1e30);
+           },
+           "How large the spheres are that the model's points show as, in the file's units; "
+           "default so that those of a closed cloud touch")
+        ->type_name("UNITS");
     app.add_flag("--axes", s.axes, "The file's axes in the lower left corner, as they are turned");
     CLI::Option* grid =
         app.add_flag("--grid", s.grid, "A grid under the model; --verbose tells its spacing");

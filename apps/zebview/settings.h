@@ -56,6 +56,10 @@ struct Settings {
     std::optional<Color> color;       // unset: the model's own
     std::optional<Color> background;  // unset: transparent, or the environment
 
+    bool edges = false;
+    std::optional<Color> edgeColor;   // as it is shown; unset: nearly black
+    double lineWidth = 1.5;           // pixels
+    std::optional<double> pointSize;  // in the file's units; unset: as there are many
     bool axes = false, grid = false;
     std::optional<double> gridUnit;  // unset: as the model's size has it
     bool shadows = false, ground = false;

@@ -64,6 +64,7 @@ constexpr const char* kHelp =
     "Up              read the model again\n"
     "Space           play its animation, or pause\n"
     "w               the next animation\n"
+    "e               edges of its polygons\n"
     "x g             axes, and a grid under the model\n"
     "f               full screen\n"
     "n               name of the file\n"
@@ -253,6 +254,8 @@ private:
             settings.threshold.reset();
             settings.filter = "box";
         }
+        // Fewer faces have other edges.
+        settings.edges = settings.edges && quality.hasAllFaces;
         // Surfaces have no faces that could be fewer.
         if (!quality.hasAllFaces && !fModel.surfaces.empty()) settings.shadingRate *= 4;
         fRaster.resize(settings.width, settings.height);
@@ -273,14 +276,14 @@ private:
         return true;
     }
 
-    // Once for the first picture of a model and once for its final one, since somebody asked for it.
+    // Once for the first picture of a model and once for its final one, since somebody asked for
+    // it.
     void tellHowSoon()
     {
         if (fToldOfFinal || (fToldOfFirst && !isFinal())) return;
         char text[80];
         std::snprintf(text, sizeof text, ": the %s picture came after %.0f ms",
-                      isFinal() ? "final" : "first",
-                      Seconds(Clock::now() - fAsked).count() * 1000);
+                      isFinal() ? "final" : "first", Seconds(Clock::now() - fAsked).count() * 1000);
         complain(fName + text);
         fToldOfFirst = true;
         fToldOfFinal = isFinal();
@@ -399,6 +402,10 @@ private:
                 break;
             case 'w':
                 fWantsAnimation = Wish::kNextAnimation;
+                break;
+            case 'e':
+                fSettings.edges = !fSettings.edges;
+                moved();
                 break;
             case 'x':
                 fSettings.axes = !fSettings.axes;

@@ -234,7 +234,7 @@ TEST_F(Misleading, MoreMemoryThanFilesOfTheirSizeNeedIsRefused)
 TEST_F(Misleading, ReadersDoNotWriteToTheTerminal)
 {
     const Outcome outcome = run({write("nothing.ogex", "Nonsense {}\n"), "-o", "x.png"});
-    EXPECT_EQ(outcome.err, "zebview: nothing.ogex: it has no polygons\n");
+    EXPECT_EQ(outcome.err, "zebview: nothing.ogex: it has nothing to show\n");
 }
 
 // The reader has made room for nodes of groups that do not follow.
@@ -243,7 +243,7 @@ TEST_F(Misleading, NodesThatAreMissing)
     const std::string whole = read(std::string(kModels) + "RAW/WithColor.raw");
     const Outcome outcome = run({write("groups.raw", whole.substr(0, 155)), "-o", "x.png"});
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.err, "zebview: groups.raw: it has no polygons\n");
+    EXPECT_EQ(outcome.err, "zebview: groups.raw: it has nothing to show\n");
 }
 
 }  // namespace

@@ -591,7 +591,7 @@ TEST_F(FreeForms, FilesWithoutAnyThatIsWellFormedAreRefused)
         EXPECT_EQ(files(), Words{"model.obj"});
         return outcome.err;
     };
-    const std::string none = "zebview: model.obj: it has no polygons\n";
+    const std::string none = "zebview: model.obj: it has nothing to show\n";
     EXPECT_EQ(refused("surf\n"), leftOut(1, "it has no control points") + none);
     EXPECT_EQ(refused("v 0 0 0\nv 1 0 0\nv 0 1 0\nsurf 0 1 0 1 1 2 3\n"),
               leftOut(4, "it has no end") + none);

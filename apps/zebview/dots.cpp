@@ -1,0 +1,49 @@
+#include "dots.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "zebcore/zebcore.h"
+
+namespace zebview
+{
+
+namespace
+{
+
+constexpr double kSmallest = 0.002, kLargest = 0.03;
+
+}  // namespace
+
+double usualDotRadius(std::size_t count)
+{
+    // A surface in the unit sphere is about as large as a square whose sides are 2.
+    return std::clamp(1 / std::sqrt(static_cast<double>(count)), kSmallest, kLargest);
+}
+
+void addDots(const Mesh& mesh, bool colored)
+{
+    std::vector<Matrix> places{Matrix()};
+    places.insert(places.end(), mesh.copies.begin(), mesh.copies.end());
+    const bool hasColors = colored && !mesh.colors.empty();
+    std::vector<float> centers, colors;
+    for (const Matrix& place : places) {
+        for (const std::size_t vertex : mesh.dots) {
+            const float* const p = &mesh.points[3 * vertex];
+            const Vector center = place * Vector(p[0], p[1], p[2]);
+            for (const double value : {center.x, center.y, center.z}) {
+                centers.push_back(static_cast<float>(value));
+            }
+            if (!hasColors) continue;
+            const float* const color = &mesh.colors[3 * vertex];
+            colors.insert(colors.end(), color, color + 3);
+        }
+    }
+    const std::vector<float> radii(centers.size() / 3, static_cast<float>(mesh.dotRadius));
+    const unsigned short token = zebQuark("color");
+    void* const values = colors.data();
+    zebSpheresV(static_cast<long>(radii.size()), centers.data(), radii.data(), hasColors ? 1 : 0,
+                &token, &values);
+}
+
+}  // namespace zebview

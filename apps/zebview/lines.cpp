@@ -1,0 +1,216 @@
+#include "lines.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <numeric>
+#include <utility>
+#include <vector>
+
+#include "scene.h"
+#include "zebcore/zebcore.h"
+
+namespace zebview
+{
+
+namespace
+{
+
+constexpr Color kEdgeColor{0.06f, 0.06f, 0.07f};
+// So many ribbons are handed over at a time.
+constexpr std::size_t kAtOnce = 1 << 16;
+
+Vector pointAt(const std::vector<float>& points, std::size_t vertex)
+{
+    const float* const p = &points[3 * vertex];
+    return {p[0], p[1], p[2]};
+}
+
+// From where a model is seen, in its own space.
+class Eye
+{
+public:
+    Eye(const Camera& camera, const Settings& settings) : fHasPerspective(camera.fov > 0)
+    {
+        const auto column = [&camera](unsigned c) {
+            return Vector(camera.toCamera[0][c], camera.toCamera[1][c], camera.toCamera[2][c]);
+        };
+        fDepth = column(2);
+        fOffset = camera.toCamera[3][2];
+        fNearest = camera.nearest;
+        for (unsigned c = 0; c < 3; ++c) {
+            fPlace = fPlace - column(c) * static_cast<double>(camera.toCamera[3][c]);
+        }
+        const double slope = fHasPerspective ? std::tan(camera.fov * std::numbers::pi / 360) : 1;
+        fPixel = 2 * camera.halfHeight * slope / static_cast<double>(settings.height);
+    }
+
+    // The direction from a point to the eye.
+    Vector from(const Vector& p) const { return fHasPerspective ? direction(fPlace - p) : -fDepth; }
+    // How large a pixel is where a point is.
+    double pixelAt(const Vector& p) const { return pixelAt(p * fDepth + fOffset); }
+    double pixelAt(double depth) const
+    {
+        return fHasPerspective ? fPixel * std::max(depth, fNearest) : fPixel;
+    }
+
+private:
+    bool fHasPerspective;
+    Vector fPlace, fDepth;
+    double fOffset, fNearest, fPixel;
+};
+
+class Ribbons
+{
+public:
+    Ribbons(const Camera& camera, const Settings& settings)
+        : fEye(camera, settings), fHalfWidth(settings.lineWidth / 2)
+    {
+    }
+    ~Ribbons() { flush(); }
+    Ribbons(const Ribbons&) = delete;
+    Ribbons& operator=(const Ribbons&) = delete;
+
+    // colors  of both ends, or null
+    void add(const Vector& a, const Vector& b, const float* colorA, const float* colorB)
+    {
+        const Vector way = direction(b - a);
+        const Vector sideA = direction(way ^ fEye.from(a)), sideB = direction(way ^ fEye.from(b));
+        // What points to the eye has no width.
+        if (sideA == Vector() || sideB == Vector()) return;
+        corner(a, sideA, colorA);
+        corner(b, sideB, colorB);
+        corner(b, -sideB, colorB);
+        corner(a, -sideA, colorA);
+        if (fPoints.size() >= kAtOnce * 12) flush();
+    }
+
+private:
+    // Before the line by as much as beside it, as a wire would be.
+    void corner(const Vector& p, const Vector& side, const float* color)
+    {
+        const Vector toEye = fEye.from(p);
+        const Vector normal = direction(side + toEye);
+        append(fPoints, p + (side + toEye) * (fHalfWidth * fEye.pixelAt(p)));
+        append(fNormals, normal);
+        if (color) fColors.insert(fColors.end(), color, color + 3);
+    }
+    static void append(std::vector<float>& list, const Vector& v)
+    {
+        for (const double value : {v.x, v.y, v.z}) list.push_back(static_cast<float>(value));
+    }
+    void flush()
+    {
+        const std::size_t count = fPoints.size() / 12;
+        if (count == 0) return;
+        const std::vector<long> sizes(count, 4);
+        std::vector<long> corners(4 * count);
+        std::iota(corners.begin(), corners.end(), 0L);
+        const unsigned short tokens[] = {zebQuark("point"), zebQuark("normal"), zebQuark("color")};
+        void* const values[] = {fPoints.data(), fNormals.data(), fColors.data()};
+        zebPolygonMeshV(static_cast<long>(count), sizes.data(), corners.data(),
+                        fColors.empty() ? 2 : 3, tokens, values);
+        fPoints.clear();
+        fNormals.clear();
+        fColors.clear();
+    }
+
+    const Eye fEye;
+    const double fHalfWidth;
+    std::vector<float> fPoints, fNormals, fColors;  // four corners a ribbon
+};
+
+using Pair = std::pair<std::size_t, std::size_t>;
+
+// The first vertex at the place of each.
+std::vector<std::size_t> firstAtPlace(const std::vector<float>& points)
+{
+    std::vector<std::size_t> order(points.size() / 3), first(order.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    const auto compare = [&points](std::size_t a, std::size_t b) {
+        return std::lexicographical_compare(&points[3 * a], &points[3 * a] + 3, &points[3 * b],
+                                            &points[3 * b] + 3);
+    };
+    std::stable_sort(order.begin(), order.end(), compare);
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        const bool isNew = i == 0 || compare(order[i - 1], order[i]);
+        first[order[i]] = isNew ? order[i] : first[order[i - 1]];
+    }
+    return first;
+}
+
+std::vector<Pair> edgesOf(const Mesh& mesh)
+{
+    const std::vector<std::size_t> first = firstAtPlace(mesh.points);
+    std::vector<Pair> edges;
+    for (const FaceList* const faces : {&mesh.convex, &mesh.concave, &mesh.flatConcave}) {
+        const long* corner = faces->corners.data();
+        for (const long size : faces->sizes) {
+            for (long i = 0; i < size; ++i) {
+                const std::size_t a = first[static_cast<std::size_t>(corner[i])];
+                const std::size_t b = first[static_cast<std::size_t>(corner[(i + 1) % size])];
+                edges.push_back(std::minmax(a, b));
+            }
+            corner += size;
+        }
+    }
+    std::sort(edges.begin(), edges.end());
+    edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
+    return edges;
+}
+
+void addPairs(const Mesh& mesh, const std::vector<Pair>& pairs, bool withColors,
+              const Camera& camera, const Settings& settings)
+{
+    const auto colorOf = [&](std::size_t vertex) {
+        return withColors && !mesh.colors.empty() ? &mesh.colors[3 * vertex] : nullptr;
+    };
+    std::vector<Matrix> places{Matrix()};
+    places.insert(places.end(), mesh.copies.begin(), mesh.copies.end());
+    Ribbons ribbons(camera, settings);
+    for (const Matrix& place : places) {
+        for (const auto& [a, b] : pairs) {
+            ribbons.add(place * pointAt(mesh.points, a), place * pointAt(mesh.points, b),
+                        colorOf(a), colorOf(b));
+        }
+    }
+}
+
+}  // namespace
+
+Camera roomForLines(Camera camera, const Model& model, const Settings& settings)
+{
+    const auto hasLines = [](const Mesh& mesh) { return !mesh.lines.empty(); };
+    if (settings.edges || std::any_of(model.meshes.begin(), model.meshes.end(), hasLines)) {
+        constexpr float closest = 0.01f;
+        const double ahead = settings.lineWidth * Eye(camera, settings).pixelAt(camera.nearest);
+        camera.nearest =
+            std::max(camera.nearest - static_cast<float>(ahead), std::min(camera.nearest, closest));
+    }
+    return camera;
+}
+
+void addLines(const Mesh& mesh, const Camera& camera, const Settings& settings,
+              const std::shared_ptr<const Around>& around)
+{
+    if (mesh.lines.empty()) return;
+    std::vector<Pair> pairs;
+    for (std::size_t i = 0; i + 1 < mesh.lines.size(); i += 2) {
+        pairs.emplace_back(mesh.lines[i], mesh.lines[i + 1]);
+    }
+    zebAttributePush();
+    setPlainLook(plainColor(mesh.material, settings), mesh.material.isLit, settings, around);
+    addPairs(mesh, pairs, !settings.color, camera, settings);
+    zebAttributePop();
+}
+
+void addEdges(const Mesh& mesh, const Camera& camera, const Settings& settings,
+              const std::shared_ptr<const Around>& around)
+{
+    zebAttributePush();
+    setPlainLook(toLight(settings.edgeColor.value_or(kEdgeColor)), true, settings, around);
+    addPairs(mesh, edgesOf(mesh), false, camera, settings);
+    zebAttributePop();
+}
+
+}  // namespace zebview
