@@ -205,6 +205,7 @@ Mesh coarseMesh(const Mesh& mesh, double cellSize)
     result.normals = clusters.means(mesh.normals);
     result.colors = clusters.means(mesh.colors);
     result.opacities = clusters.means(mesh.opacities);
+    result.scalars = clusters.means(mesh.scalars);
     for (std::size_t channel = 0; channel < mesh.coordinates.size(); ++channel) {
         result.coordinates[channel] = clusters.firsts(mesh.coordinates[channel]);
     }
@@ -231,6 +232,8 @@ Model coarseModel(const Model& model, double cellSize)
     result.space = model.space;
     result.room = model.room;
     result.surfaces = model.surfaces;
+    result.scalar = model.scalar;
+    result.shownRange = model.shownRange;
     for (const Mesh& mesh : model.meshes) result.meshes.push_back(coarseMesh(mesh, cellSize));
     return result;
 }

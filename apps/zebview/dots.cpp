@@ -21,11 +21,11 @@ double usualDotRadius(std::size_t count)
     return std::clamp(1 / std::sqrt(static_cast<double>(count)), kSmallest, kLargest);
 }
 
-void addDots(const Mesh& mesh, bool colored)
+void addDots(const Mesh& mesh, bool colored, const std::optional<ScalarColors>& scalar)
 {
     std::vector<Matrix> places{Matrix()};
     places.insert(places.end(), mesh.copies.begin(), mesh.copies.end());
-    const bool hasColors = colored && !mesh.colors.empty();
+    const bool hasColors = scalar || (colored && !mesh.colors.empty());
     std::vector<float> centers, colors;
     for (const Matrix& place : places) {
         for (const std::size_t vertex : mesh.dots) {
@@ -35,7 +35,8 @@ void addDots(const Mesh& mesh, bool colored)
                 centers.push_back(static_cast<float>(value));
             }
             if (!hasColors) continue;
-            const float* const color = &mesh.colors[3 * vertex];
+            const float* const color =
+                scalar ? scalar->at(mesh, vertex, center).data() : &mesh.colors[3 * vertex];
             colors.insert(colors.end(), color, color + 3);
         }
     }

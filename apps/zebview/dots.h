@@ -1,7 +1,10 @@
 // Points of a model as spheres.
 #pragma once
 
+#include <optional>
+
 #include "mesh.h"
+#include "scalar_colors.h"
 
 namespace zebview
 {
@@ -12,6 +15,7 @@ double usualDotRadius(std::size_t count);
 // Makes spheres of the points of a mesh.
 //
 // colored  as their vertices are, if those have colors
-void addDots(const Mesh& mesh, bool colored);
+// scalar   the colors that they have instead
+void addDots(const Mesh& mesh, bool colored, const std::optional<ScalarColors>& scalar);
 
 }  // namespace zebview

@@ -7,8 +7,9 @@
 #include <numbers>
 #include <vector>
 
-#include "color.h"
+#include "color_bar.h"
 #include "console.h"
+#include "drawing.h"
 #include "zebcore/zebcore.h"
 
 namespace zebview
@@ -21,8 +22,7 @@ namespace
 constexpr double kAxesMargin = 0.34, kArm = 0.2, kBall = 0.062, kArmWidth = 0.018;
 constexpr double kLetter = 0.032, kStroke = 0.013;  // half its height, and its width
 // Between the eye and what is nearest of the model: where axes lie.
-constexpr double kFarthestAxis = 0.9, kNearestAxis = 0.7, kRoom = 0.6;
-constexpr int kBallCorners = 32;
+constexpr double kFarthestAxis = 0.9, kNearestAxis = 0.7;
 
 constexpr std::array<Color, 3> kAxisColors{
     {{0.86f, 0.22f, 0.2f}, {0.36f, 0.66f, 0.18f}, {0.2f, 0.44f, 0.88f}}};
@@ -36,81 +36,12 @@ constexpr double kUnder = 2e-3;
 // Beside the model, at most.
 constexpr double kMostAround = 1;
 
-// In the picture.
-struct Spot {
-    double x, y;
-};
-
 // A letter's strokes, from -1 to 1 upwards and not as far across.
 using Strokes = std::vector<std::pair<Spot, Spot>>;
 const std::array<Strokes, 3> kLetters{
     {{{{-0.7, -1}, {0.7, 1}}, {{-0.7, 1}, {0.7, -1}}},
      {{{-0.7, 1}, {0, 0}}, {{0.7, 1}, {0, 0}}, {{0, 0}, {0, -1}}},
      {{{-0.7, 1}, {0.7, 1}}, {{0.7, 1}, {-0.7, -1}}, {{-0.7, -1}, {0.7, -1}}}}};
-
-using Point = std::array<float, 3>;
-
-void addPolygon(const std::vector<Point>& corners)
-{
-    zebPolygon(static_cast<long>(corners.size()), zebQuark("point"), corners.data(), 0);
-}
-
-void setPaint(const Color& color)
-{
-    zebSurface(zebQuark("constant"), 0);
-    zebColor(toLight(color).data());
-    zebOpacity(Color{1, 1, 1}.data());
-    zebBackface(2);
-    // There is nothing to shade.
-    zebShadingRate(256);
-}
-
-// Draws in the picture's plane, in halves of its shorter side from its lower left corner.
-class Drawing
-{
-public:
-    explicit Drawing(const Camera& camera)
-        : fCamera(camera), fUnit(std::min(camera.halfWidth, camera.halfHeight))
-    {
-        zebAttributePush();
-        zebLoadIdentity();
-    }
-    ~Drawing() { zebAttributePop(); }
-
-    // depth  of what is nearest of the model
-    void line(Spot from, Spot to, double width, double depth) const
-    {
-        const double dx = to.x - from.x, dy = to.y - from.y, length = std::hypot(dx, dy);
-        if (!(length > 0)) return;
-        const double ax = dx / length * width / 2, ay = dy / length * width / 2;
-        addPolygon({point(from.x - ay, from.y + ax, depth), point(to.x - ay, to.y + ax, depth),
-                    point(to.x + ay, to.y - ax, depth), point(from.x + ay, from.y - ax, depth)});
-    }
-    void ball(Spot center, double radius, double depth) const
-    {
-        std::vector<Point> corners;
-        for (int i = 0; i < kBallCorners; ++i) {
-            const double a = -2 * std::numbers::pi * i / kBallCorners;
-            corners.push_back(
-                point(center.x + radius * std::cos(a), center.y + radius * std::sin(a), depth));
-        }
-        addPolygon(corners);
-    }
-
-private:
-    Point point(double x, double y, double depth) const
-    {
-        const double z = depth * fCamera.nearest / kRoom;
-        const double slope =
-            fCamera.fov > 0 ? z * std::tan(fCamera.fov * std::numbers::pi / 360) : 1;
-        return {static_cast<float>((x * fUnit - fCamera.halfWidth) * slope),
-                static_cast<float>((y * fUnit - fCamera.halfHeight) * slope),
-                static_cast<float>(z)};
-    }
-
-    const Camera& fCamera;
-    const double fUnit;
-};
 
 // What a grid reaches over, of the model and around it.
 struct Extent {
@@ -185,7 +116,7 @@ double pixelSize(const Camera& camera, const Settings& settings)
 
 }  // namespace
 
-Camera roomForGuides(Camera camera, const Settings& settings)
+Camera roomForGuides(Camera camera, const Model& model, const Settings& settings)
 {
     if (settings.grid) {
         // Its corners are nearer than the model, and farther away.
@@ -193,7 +124,7 @@ Camera roomForGuides(Camera camera, const Settings& settings)
         camera.nearest = std::max(camera.nearest - corner, std::min(camera.nearest, closest));
         camera.farthest += corner;
     }
-    if (settings.axes) camera.nearest *= static_cast<float>(kRoom);
+    if (settings.axes || showsBar(model, settings)) camera = roomForDrawings(camera);
     return camera;
 }
 

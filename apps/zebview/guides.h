@@ -11,7 +11,7 @@ namespace zebview
 {
 
 // The camera with room for those that the settings ask for.
-Camera roomForGuides(Camera camera, const Settings& settings);
+Camera roomForGuides(Camera camera, const Model& model, const Settings& settings);
 
 // Shows the file's axes in the lower left corner, in front of everything, as they are turned.
 void addAxes(const FileSpace& space, const Camera& camera);

@@ -19,6 +19,7 @@ namespace
 constexpr Color kEdgeColor{0.06f, 0.06f, 0.07f};
 // So many ribbons are handed over at a time.
 constexpr std::size_t kAtOnce = 1 << 16;
+const std::vector<float> kNoValues;
 
 Vector pointAt(const std::vector<float>& points, std::size_t vertex)
 {
@@ -60,40 +61,52 @@ private:
     double fOffset, fNearest, fPixel;
 };
 
+// A variable that goes with the vertices of a mesh.
+struct Values {
+    unsigned short token;
+    std::size_t width;  // numbers a vertex
+    const std::vector<float>& list;
+
+    const float* at(std::size_t vertex) const
+    {
+        return list.empty() ? nullptr : &list[width * vertex];
+    }
+};
+
 class Ribbons
 {
 public:
-    Ribbons(const Camera& camera, const Settings& settings)
-        : fEye(camera, settings), fHalfWidth(settings.lineWidth / 2)
+    Ribbons(const Values& values, const Camera& camera, const Settings& settings)
+        : fKind(values), fEye(camera, settings), fHalfWidth(settings.lineWidth / 2)
     {
     }
     ~Ribbons() { flush(); }
     Ribbons(const Ribbons&) = delete;
     Ribbons& operator=(const Ribbons&) = delete;
 
-    // colors  of both ends, or null
-    void add(const Vector& a, const Vector& b, const float* colorA, const float* colorB)
+    // values  of both ends, or null
+    void add(const Vector& a, const Vector& b, const float* valuesA, const float* valuesB)
     {
         const Vector way = direction(b - a);
         const Vector sideA = direction(way ^ fEye.from(a)), sideB = direction(way ^ fEye.from(b));
         // What points to the eye has no width.
         if (sideA == Vector() || sideB == Vector()) return;
-        corner(a, sideA, colorA);
-        corner(b, sideB, colorB);
-        corner(b, -sideB, colorB);
-        corner(a, -sideA, colorA);
+        corner(a, sideA, valuesA);
+        corner(b, sideB, valuesB);
+        corner(b, -sideB, valuesB);
+        corner(a, -sideA, valuesA);
         if (fPoints.size() >= kAtOnce * 12) flush();
     }
 
 private:
     // Before the line by as much as beside it, as a wire would be.
-    void corner(const Vector& p, const Vector& side, const float* color)
+    void corner(const Vector& p, const Vector& side, const float* values)
     {
         const Vector toEye = fEye.from(p);
         const Vector normal = direction(side + toEye);
         append(fPoints, p + (side + toEye) * (fHalfWidth * fEye.pixelAt(p)));
         append(fNormals, normal);
-        if (color) fColors.insert(fColors.end(), color, color + 3);
+        if (values) fValues.insert(fValues.end(), values, values + fKind.width);
     }
     static void append(std::vector<float>& list, const Vector& v)
     {
@@ -106,18 +119,19 @@ private:
         const std::vector<long> sizes(count, 4);
         std::vector<long> corners(4 * count);
         std::iota(corners.begin(), corners.end(), 0L);
-        const unsigned short tokens[] = {zebQuark("point"), zebQuark("normal"), zebQuark("color")};
-        void* const values[] = {fPoints.data(), fNormals.data(), fColors.data()};
+        const unsigned short tokens[] = {zebQuark("point"), zebQuark("normal"), fKind.token};
+        void* const values[] = {fPoints.data(), fNormals.data(), fValues.data()};
         zebPolygonMeshV(static_cast<long>(count), sizes.data(), corners.data(),
-                        fColors.empty() ? 2 : 3, tokens, values);
+                        fValues.empty() ? 2 : 3, tokens, values);
         fPoints.clear();
         fNormals.clear();
-        fColors.clear();
+        fValues.clear();
     }
 
+    const Values fKind;
     const Eye fEye;
     const double fHalfWidth;
-    std::vector<float> fPoints, fNormals, fColors;  // four corners a ribbon
+    std::vector<float> fPoints, fNormals, fValues;  // four corners a ribbon
 };
 
 using Pair = std::pair<std::size_t, std::size_t>;
@@ -159,19 +173,16 @@ std::vector<Pair> edgesOf(const Mesh& mesh)
     return edges;
 }
 
-void addPairs(const Mesh& mesh, const std::vector<Pair>& pairs, bool withColors,
+void addPairs(const Mesh& mesh, const std::vector<Pair>& pairs, const Values& values,
               const Camera& camera, const Settings& settings)
 {
-    const auto colorOf = [&](std::size_t vertex) {
-        return withColors && !mesh.colors.empty() ? &mesh.colors[3 * vertex] : nullptr;
-    };
     std::vector<Matrix> places{Matrix()};
     places.insert(places.end(), mesh.copies.begin(), mesh.copies.end());
-    Ribbons ribbons(camera, settings);
+    Ribbons ribbons(values, camera, settings);
     for (const Matrix& place : places) {
         for (const auto& [a, b] : pairs) {
             ribbons.add(place * pointAt(mesh.points, a), place * pointAt(mesh.points, b),
-                        colorOf(a), colorOf(b));
+                        values.at(a), values.at(b));
         }
     }
 }
@@ -191,7 +202,8 @@ Camera roomForLines(Camera camera, const Model& model, const Settings& settings)
 }
 
 void addLines(const Mesh& mesh, const Camera& camera, const Settings& settings,
-              const std::shared_ptr<const Around>& around)
+              const std::shared_ptr<const Around>& around,
+              const std::optional<ScalarColors>& scalar)
 {
     if (mesh.lines.empty()) return;
     std::vector<Pair> pairs;
@@ -199,8 +211,11 @@ void addLines(const Mesh& mesh, const Camera& camera, const Settings& settings,
         pairs.emplace_back(mesh.lines[i], mesh.lines[i + 1]);
     }
     zebAttributePush();
-    setPlainLook(plainColor(mesh.material, settings), mesh.material.isLit, settings, around);
-    addPairs(mesh, pairs, !settings.color, camera, settings);
+    setPlainLook(plainColor(mesh.material, settings), mesh.material.isLit, settings, around,
+                 scalar);
+    const Values colors{zebQuark("color"), 3, settings.color ? kNoValues : mesh.colors};
+    const Values places{scalarToken(), 1, mesh.scalars};
+    addPairs(mesh, pairs, scalar ? places : colors, camera, settings);
     zebAttributePop();
 }
 
@@ -208,8 +223,8 @@ void addEdges(const Mesh& mesh, const Camera& camera, const Settings& settings,
               const std::shared_ptr<const Around>& around)
 {
     zebAttributePush();
-    setPlainLook(toLight(settings.edgeColor.value_or(kEdgeColor)), true, settings, around);
-    addPairs(mesh, edgesOf(mesh), false, camera, settings);
+    setPlainLook(toLight(settings.edgeColor.value_or(kEdgeColor)), true, settings, around, {});
+    addPairs(mesh, edgesOf(mesh), {zebQuark("color"), 3, kNoValues}, camera, settings);
     zebAttributePop();
 }
 

@@ -14,8 +14,7 @@ int main(int argc, char** argv)
         const zebview::CommandLine commandLine = zebview::readCommandLine(argc, argv);
         if (commandLine.exitStatus) return *commandLine.exitStatus;
         const zebview::Settings& settings = commandLine.settings;
-        const bool lists = settings.listsCameras() || settings.listsAnimations();
-        const bool inWindow = settings.toWindow() && !lists;
+        const bool inWindow = settings.toWindow() && !settings.lists();
         return (inWindow ? zebview::showModels : zebview::makePictures)(settings) ? 0 : 1;
     } catch (const std::bad_alloc&) {
         zebview::complain("there is not enough memory");

@@ -46,6 +46,7 @@ struct Material {
     // As the surface "plastic" takes them, for all but glTF.
     float diffuse = 0.8f, specular = 0.3f, roughness = 0.1f;
     Color specularColor{1, 1, 1};
+    bool tintsHighlights = false;  // by the color of its surface, too
     std::optional<Facets> facets;
     Color emission{};
 

@@ -49,9 +49,11 @@ std::vector<Vector> fileNormals(const std::vector<Vector>& normals, Faces& faces
 class VertexCollector
 {
 public:
-    VertexCollector(const aiMesh& source, const std::vector<Vector>& points, Mesh& mesh)
+    VertexCollector(const aiMesh& source, const std::vector<Vector>& points,
+                    const std::vector<float>& scalars, Mesh& mesh)
         : fSource(source),
           fPoints(points),
+          fScalars(scalars),
           fMesh(mesh),
           fMaps(mesh.material.maps()),
           fFirst(points.size(), -1)
@@ -67,6 +69,7 @@ public:
         append(fMesh.normals, normal);
         if (fSource.HasVertexColors(0)) appendColor(fSource.mColors[0][index]);
         for (const Map* const map : fMaps) appendPlace(map->texture.channel, index);
+        if (!fScalars.empty()) fMesh.scalars.push_back(fScalars[index]);
         if (first < 0) first = added;
         return added;
     }
@@ -106,6 +109,7 @@ private:
 
     const aiMesh& fSource;
     const std::vector<Vector>& fPoints;
+    const std::vector<float>& fScalars;
     Mesh& fMesh;
     const std::vector<const Map*> fMaps;
     std::vector<long> fFirst;
@@ -119,7 +123,21 @@ bool isFlat(std::span<const Vector> normals, const Vector& faceNormal)
 
 }  // namespace
 
-Mesh buildMesh(const aiMesh& source, const Shape& shape, bool facets, const Material& material)
+std::vector<bool> usedVertices(const aiMesh& mesh)
+{
+    std::vector<bool> used(mesh.mNumVertices, mesh.mNumFaces == 0);
+    for (unsigned f = 0; f < mesh.mNumFaces; ++f) {
+        const aiFace& face = mesh.mFaces[f];
+        for (unsigned i = 0; i < face.mNumIndices; ++i) {
+            // Those that are not there are reported when the faces are read.
+            if (face.mIndices[i] < mesh.mNumVertices) used[face.mIndices[i]] = true;
+        }
+    }
+    return used;
+}
+
+Mesh buildMesh(const aiMesh& source, const Shape& shape, bool facets, const Material& material,
+               const std::vector<float>& scalars)
 {
     const std::vector<Vector>& points = shape.points;
     Mesh mesh;
@@ -130,7 +148,7 @@ Mesh buildMesh(const aiMesh& source, const Shape& shape, bool facets, const Mate
     if (!facets) normals = fileNormals(shape.normals, faces);
     if (normals.empty()) normals = smoothNormals(faces, points);
 
-    VertexCollector collector(source, points, mesh);
+    VertexCollector collector(source, points, scalars, mesh);
     for (std::size_t face = 0; face < faces.size(); ++face) {
         const std::span corners = faces.corners(face);
         const Vector* own = &normals[faces.firstCorner(face)];

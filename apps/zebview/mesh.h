@@ -22,6 +22,8 @@ struct Mesh {
     std::vector<float> normals;  // three a vertex, on the side of every face's winding
     // Three a vertex, light; or none.
     std::vector<float> colors, opacities;
+    // One a vertex, as places on the map of colors; or none.
+    std::vector<float> scalars;
     // Of the channels that the material needs: two a vertex, y upwards. Of others none.
     std::array<std::vector<float>, 8> coordinates;
     FaceList convex, concave;
@@ -40,10 +42,15 @@ struct Mesh {
     std::size_t vertexCount() const { return points.size() / 3; }
 };
 
+// Which vertices show: stray ones beside polygons, lines and points count for nothing.
+std::vector<bool> usedVertices(const aiMesh& mesh);
+
 // Makes a mesh of polygons, lines and points that are where they belong. Without any faces its
 // vertices are points.
 //
-// facets  the normals of the file are those of its faces and tell nothing more
-Mesh buildMesh(const aiMesh& source, const Shape& shape, bool facets, const Material& material);
+// facets   the normals of the file are those of its faces and tell nothing more
+// scalars  one for each vertex of the source, or none
+Mesh buildMesh(const aiMesh& source, const Shape& shape, bool facets, const Material& material,
+               const std::vector<float>& scalars);
 
 }  // namespace zebview

@@ -25,6 +25,7 @@
 #include "reading_limits.h"
 #include "skin.h"
 #include "texture_images.h"
+#include "vertex_scalars.h"
 
 namespace zebview
 {
@@ -183,20 +184,6 @@ void checkStage(const Stage& stage, const Settings& settings)
     }
 }
 
-// Which vertices show: stray ones beside polygons, lines and points count for nothing.
-std::vector<bool> usedVertices(const aiMesh& mesh)
-{
-    std::vector<bool> used(mesh.mNumVertices, mesh.mNumFaces == 0);
-    for (unsigned f = 0; f < mesh.mNumFaces; ++f) {
-        const aiFace& face = mesh.mFaces[f];
-        for (unsigned i = 0; i < face.mNumIndices; ++i) {
-            // Those that are not there are reported when the faces are read.
-            if (face.mIndices[i] < mesh.mNumVertices) used[face.mIndices[i]] = true;
-        }
-    }
-    return used;
-}
-
 // How many points it shows.
 std::size_t dotCount(const aiMesh& mesh)
 {
@@ -255,11 +242,13 @@ struct ModelFile::Contents {
     // In seconds, if there is an animation.
     Model model(double seconds);
     double secondsAt(long frame) const;
+    std::vector<Scalar> scalars() const;
 
 private:
     Pose pose(double seconds) const;
     void read(const std::string& file);
     void measure();
+    void readScalar();
     std::vector<Mesh> buildMeshes(const Pose& pose) const;
     Mesh build(const Placement& placement, const Pose& pose) const;
     // A mesh to be made at a placement, and where it is taken from there.
@@ -268,6 +257,8 @@ private:
         std::vector<Matrix> copies;
     };
     std::vector<Job> jobs(const std::vector<Placement>& all, const Pose& pose) const;
+
+    const std::string name;
 
 public:
     const Settings& settings;
@@ -278,6 +269,10 @@ public:
 
 private:
     Place place;
+    std::array<Range, 3> coordinates{};  // along the file's axes
+    std::optional<Scalar> scalar;
+    std::optional<Range> shownRange;
+    std::vector<float> scalarPlaces;  // by vertex, if the file holds them
     std::vector<Vector> room;
     double dotRadius = 0;  // of the spheres that its points are, in the file's units
     std::vector<std::optional<Material>> materials;  // by mesh; of those that are shown
@@ -286,7 +281,7 @@ private:
 };
 
 ModelFile::Contents::Contents(const std::string& file, const Settings& options)
-    : settings(options), freeForms(file, importer)
+    : name(file), settings(options), freeForms(file, importer)
 {
     // Whoever names an axis means one of the file.
     if (!settings.up.empty()) {
@@ -297,6 +292,7 @@ ModelFile::Contents::Contents(const std::string& file, const Settings& options)
     const Matrix back = formatOf(*scene).turned ? upright("z").Inverse() : Matrix();
     place.turn = upright(upAxis(*scene, settings.up)) * back;
     measure();
+    if (!settings.scalar.empty() && !settings.listsScalars()) readScalar();
     const auto format = metadata<aiString>(*scene, AI_METADATA_SOURCE_FORMAT);
     facets = format && std::strstr(format->C_Str(), "STL");
     textured = settings.surface.empty() && !settings.listsCameras();
@@ -350,6 +346,11 @@ void ModelFile::Contents::measure()
     }
     freeForms.everyPoint([&](const Vector& p) { extent.add(place.turn * p); });
     const Box& box = extent.box();
+    const Matrix toFile = upright(upAxis(*scene, settings.up)).Inverse();
+    const Vector from = toFile * box.min, to = toFile * box.max;
+    for (unsigned i = 0; i < 3; ++i) {
+        coordinates[i] = {std::min(from[i], to[i]), std::max(from[i], to[i])};
+    }
     place.center = (box.min + box.max) * 0.5;
     place.radius = (box.max - place.center).Length();
     std::size_t dots = 0;
@@ -368,11 +369,33 @@ void ModelFile::Contents::measure()
     for (const Vector& p : extent.farPoints().points()) room.push_back(place.point(p));
 }
 
+void ModelFile::Contents::readScalar()
+{
+    if (const auto axis = axisNamed(settings.scalar)) {
+        scalar = {settings.scalar, coordinates[*axis], axis};
+    } else if (const auto read = readVertexScalar(name, *scene, settings.scalar)) {
+        scalar = read->scalar;
+        const Range range = settings.scalarRange.value_or(scalar->range.value_or(Range{0, 1}));
+        scalarPlaces.reserve(read->values.size());
+        for (const double value : read->values) scalarPlaces.push_back(placeIn(range, value));
+    }
+    if (scalar) shownRange = settings.scalarRange ? settings.scalarRange : scalar->range;
+}
+
+std::vector<Scalar> ModelFile::Contents::scalars() const
+{
+    std::vector<Scalar> result = listVertexScalars(name, *scene);
+    for (unsigned axis = 0; axis < 3; ++axis) {
+        result.push_back({std::string(1, "xyz"[axis]), coordinates[axis], axis});
+    }
+    return result;
+}
+
 Mesh ModelFile::Contents::build(const Placement& placement, const Pose& pose) const
 {
     Shape shape = shapeOf(*placement.mesh, placement.at, pose);
     for (Vector& p : shape.points) p = place.point(p);
-    return buildMesh(*placement.mesh, shape, facets, *materials[placement.number]);
+    return buildMesh(*placement.mesh, shape, facets, *materials[placement.number], scalarPlaces);
 }
 
 // Each mesh is made once for all its places, but for those that bend.
@@ -435,6 +458,8 @@ Model ModelFile::Contents::model(double seconds)
     for (Vector& axis : model.space.axes) axis = turn * axis;
     model.space.origin = place.point(Vector());
     model.space.unit = 1 / place.radius;
+    model.scalar = scalar;
+    model.shownRange = shownRange;
     if (formatOf(*scene).hasStage) model.stage = readStage(*scene, posed, place, brightness);
     if (textured) model.notShown = whatIsNotShown(*scene);
     checkStage(model.stage, settings);
@@ -487,6 +512,15 @@ std::size_t ModelFile::animation() const
 }
 
 double ModelFile::length() const { return lengthOf(*fContents->animation); }
+
+std::vector<std::string> ModelFile::scalars() const
+{
+    std::vector<std::string> lines;
+    explained([&] {
+        for (const Scalar& scalar : fContents->scalars()) lines.push_back(lineOf(scalar));
+    });
+    return lines;
+}
 
 std::vector<std::string> ModelFile::animations() const
 {

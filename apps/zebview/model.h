@@ -3,11 +3,13 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "free_form.h"
 #include "mesh.h"
+#include "scalar.h"
 #include "settings.h"
 #include "stage.h"
 
@@ -26,6 +28,9 @@ struct Model {
     std::vector<FreeForm> surfaces;
     Stage stage;
     FileSpace space;
+    // The scalar that takes the place of its colors, and the range that they go through.
+    std::optional<Scalar> scalar;
+    std::optional<Range> shownRange;
     std::string notShown;  // in words, if it is anything
     // Of a model that moves, the farthest points in all frames; of others none.
     std::vector<Vector> room;
@@ -52,6 +57,7 @@ public:
     double length() const;
     // A line for each of the file's.
     std::vector<std::string> animations() const;
+    std::vector<std::string> scalars() const;
 
 private:
     struct Contents;

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "canvas.h"
+#include "color_bar.h"
 #include "console.h"
 #include "guides.h"
 #include "output_file.h"
@@ -41,8 +42,8 @@ std::string counted(std::size_t n, const char* one, const char* many)
 
 std::size_t bytesOf(const Mesh& mesh)
 {
-    std::size_t numbers =
-        mesh.points.size() + mesh.normals.size() + mesh.colors.size() + mesh.opacities.size();
+    std::size_t numbers = mesh.points.size() + mesh.normals.size() + mesh.colors.size() +
+                          mesh.opacities.size() + mesh.scalars.size();
     for (const std::vector<float>& pairs : mesh.coordinates) numbers += pairs.size();
     std::size_t bytes = numbers * sizeof(float);
     for (const FaceList* list : {&mesh.convex, &mesh.concave, &mesh.flatConcave}) {
@@ -102,6 +103,7 @@ public:
             if (!fSettings.movesInTime()) file.reset();
             if (fSettings.verbose) complain(name + ": " + whatThereIs(model));
             tellOfGrid(name, model, fSettings);
+            tellOfScalar(name, model, fSettings);
             if (!model.notShown.empty()) complain(name + ": " + model.notShown);
             for (long frame = 0; frame < fSettings.frames; ++frame) {
                 if (file && frame > 0) model = file->model(frame);
@@ -171,6 +173,15 @@ void listAnimations(const Settings& settings)
     }
 }
 
+void listScalars(const Settings& settings)
+{
+    for (const std::string& name : settings.models) {
+        const std::vector<std::string> lines = ModelFile(name, settings).scalars();
+        if (settings.models.size() > 1) answer(name + ":");
+        for (const std::string& line : lines) answer(line);
+    }
+}
+
 }  // namespace
 
 bool makePictures(const Settings& settings)
@@ -181,6 +192,10 @@ bool makePictures(const Settings& settings)
     }
     if (settings.listsAnimations()) {
         listAnimations(settings);
+        return true;
+    }
+    if (settings.listsScalars()) {
+        listScalars(settings);
         return true;
     }
     listenToStops();

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <map>
 
+#include "color_bar.h"
 #include "console.h"
 #include "ground.h"
 #include "guides.h"
@@ -146,19 +147,23 @@ bool renderScene(Model& model, const Camera& camera, const Settings& settings,
     zebSceneBegin();
     if (!goesOn()) return false;
     const auto around = lookAround(environment, camera);
+    const auto map = std::make_shared<const Colormap>(settings.colormap);
+    std::optional<ScalarColors> scalar;
+    if (model.scalar) scalar.emplace(map, model, camera);
     addSurroundings(model.stage, camera, settings, around, shadows);
     if (settings.ground) addGround(model, shadows, camera, settings);
     if (settings.grid) addGrid(model, camera, settings);
     if (settings.axes) addAxes(model.space, camera);
+    if (showsBar(model, settings)) addColorBar(*model.shownRange, map, camera);
     for (Mesh& mesh : model.meshes) {
-        addMesh(mesh, settings, around);
-        addLines(mesh, camera, settings, around);
+        addMesh(mesh, settings, around, scalar);
+        addLines(mesh, camera, settings, around, scalar);
         if (settings.edges) addEdges(mesh, camera, settings, around);
         if (destination.isModelsLast) mesh = Mesh();
         if (!goesOn()) return false;
     }
     for (const FreeForm& surface : model.surfaces) {
-        addFreeForm(surface, settings, around);
+        addFreeForm(surface, settings, around, scalar);
         if (!goesOn()) return false;
     }
     zebSceneEnd();
@@ -182,7 +187,7 @@ bool renderPicture(Model& model, const Camera& closeCamera, const Settings& sett
 {
     Camera camera = roomForLines(closeCamera, model, settings);
     if (settings.ground) camera = roomForGround(camera);
-    camera = roomForGuides(camera, settings);
+    camera = roomForGuides(camera, model, settings);
     const Shadows shadows = shadowsOf(model.stage, camera, settings);
     const bool whole =
         renderShadows(model, shadows, settings, goesOn) &&

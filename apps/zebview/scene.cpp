@@ -16,6 +16,7 @@ namespace
 {
 
 const Color kDefaultColor = toLight({0.8f, 0.8f, 0.8f});
+constexpr float kMetalShine = 0.8f, kMetalRoughness = 0.15f;
 
 // Behind everything and larger than the picture; of one colour there is next to nothing to shade.
 void addBackdrop(const Camera& camera, const Settings& settings,
@@ -47,11 +48,19 @@ void setPlastic(const Material& material)
                zebQuark("specularcolor"), material.specularColor.data(), 0);
 }
 
-// What a surface of the library's is in an environment, of which those know nothing.
-Material materialNamed(const std::string& surface)
+// What a surface of the library's is as a function.
+//
+// isAround  in an environment, of which the library's know nothing
+Material materialNamed(const std::string& surface, bool isAround)
 {
     Material material;
-    if (surface == "metal") {
+    material.isLit = surface != "constant";
+    if (surface == "metal" && !isAround) {
+        material.diffuse = 0;
+        material.specular = kMetalShine;
+        material.roughness = kMetalRoughness;
+        material.tintsHighlights = true;
+    } else if (surface == "metal") {
         Facets& facets = material.facets.emplace();
         facets.rough = 0.3f;
     } else if (surface == "diffuse") {
@@ -63,11 +72,11 @@ Material materialNamed(const std::string& surface)
 
 void setNamedSurface(const std::string& name)
 {
-    const float shine = 0.8f, dull = 0.15f;
     if (name == "plastic") {
         setPlastic(Material());
     } else if (name == "metal") {
-        zebSurface(zebQuark("metal"), zebQuark("ks"), &shine, zebQuark("roughness"), &dull, 0);
+        zebSurface(zebQuark("metal"), zebQuark("ks"), &kMetalShine, zebQuark("roughness"),
+                   &kMetalRoughness, 0);
     } else {
         zebSurface(zebQuark(name.c_str()), 0);
     }
@@ -82,11 +91,13 @@ bool isFunction(const Material& material, const Settings& settings,
 }
 
 void setSurface(const Material& material, const Settings& settings,
-                const std::shared_ptr<const Around>& around)
+                const std::shared_ptr<const Around>& around,
+                const std::optional<ScalarColors>& scalar)
 {
-    if (isFunction(material, settings, around)) {
+    if (scalar || isFunction(material, settings, around)) {
         const bool named = !settings.surface.empty();
-        setFunction(named ? materialNamed(settings.surface) : material, !settings.color, around);
+        setFunction(named ? materialNamed(settings.surface, around != nullptr) : material,
+                    !settings.color, around, scalar);
     } else if (!settings.surface.empty()) {
         setNamedSurface(settings.surface);
     } else if (material.isLit) {
@@ -195,13 +206,13 @@ bool showsByFunction(const Material& material, const Settings& settings)
 }
 
 void setLook(const Material& material, const Settings& settings,
-             const std::shared_ptr<const Around>& around)
+             const std::shared_ptr<const Around>& around, const std::optional<ScalarColors>& scalar)
 {
     zebColor(plainColor(material, settings).data());
     const float opacity =
         showsByFunction(material, settings) ? material.opacity : material.plainOpacity();
     zebOpacity(Color{opacity, opacity, opacity}.data());
-    setSurface(material, settings, around);
+    setSurface(material, settings, around, scalar);
     // Of materials that do not count nothing is known.
     zebBackface(material.showsBacks || !settings.surface.empty() ? 2 : 1);
 }
@@ -234,36 +245,39 @@ Color plainColor(const Material& material, const Settings& settings)
 }
 
 void setPlainLook(const Color& color, bool isLit, const Settings& settings,
-                  const std::shared_ptr<const Around>& around)
+                  const std::shared_ptr<const Around>& around,
+                  const std::optional<ScalarColors>& scalar)
 {
     Material material;
     material.isLit = isLit;
     zebColor(color.data());
     zebOpacity(Color{1, 1, 1}.data());
-    setSurface(material, settings, around);
+    setSurface(material, settings, around, scalar);
     zebOrientation(ZEB_OUTSIDE);
     zebBackface(2);
 }
 
 void addMesh(const Mesh& mesh, const Settings& settings,
-             const std::shared_ptr<const Around>& around)
+             const std::shared_ptr<const Around>& around, const std::optional<ScalarColors>& scalar)
 {
-    setLook(mesh.material, settings, around);
+    setLook(mesh.material, settings, around, scalar);
     Parameters list;
     list.add("point", mesh.points);
-    if (!settings.color && !mesh.colors.empty()) list.add("color", mesh.colors);
+    if (!settings.color && !scalar && !mesh.colors.empty()) list.add("color", mesh.colors);
+    if (scalar && !mesh.scalars.empty()) list.add(scalarToken(), mesh.scalars);
     if (!mesh.opacities.empty()) list.add("opacity", mesh.opacities);
     if (showsByFunction(mesh.material, settings)) addCoordinates(mesh, list);
     addShape(mesh, list);
     if (mesh.dots.empty()) return;
-    setPlainLook(plainColor(mesh.material, settings), mesh.material.isLit, settings, around);
-    addDots(mesh, !settings.color);
+    setPlainLook(plainColor(mesh.material, settings), mesh.material.isLit, settings, around, {});
+    addDots(mesh, !settings.color, scalar);
 }
 
 void addFreeForm(const FreeForm& surface, const Settings& settings,
-                 const std::shared_ptr<const Around>& around)
+                 const std::shared_ptr<const Around>& around,
+                 const std::optional<ScalarColors>& scalar)
 {
-    setLook(surface.material, settings, around);
+    setLook(surface.material, settings, around, scalar);
     Parameters list;
     if (!settings.color && !surface.colors.empty()) list.add("vertexcolor", surface.colors);
     addNurbs(surface, showsByFunction(surface.material, settings), list);
@@ -280,7 +294,7 @@ void addCaster(const Mesh& mesh, const Settings& settings)
     addShape(mesh, list);
     if (mesh.dots.empty()) return;
     setCasterLook(Material(), false, settings);
-    addDots(mesh, false);
+    addDots(mesh, false, {});
 }
 
 void addCaster(const FreeForm& surface, const Settings& settings)

@@ -7,6 +7,7 @@
 #include "environment.h"
 #include "free_form.h"
 #include "mesh.h"
+#include "scalar_colors.h"
 #include "settings.h"
 #include "shadows.h"
 
@@ -18,15 +19,19 @@ namespace zebview
 // around  null: there is no environment
 void addSurroundings(const Stage& stage, const Camera& camera, const Settings& settings,
                      const std::shared_ptr<const Around>& around, const Shadows& shadows);
+// scalar  the colors that take the place of all others, if there are such
 void addMesh(const Mesh& mesh, const Settings& settings,
-             const std::shared_ptr<const Around>& around);
+             const std::shared_ptr<const Around>& around,
+             const std::optional<ScalarColors>& scalar);
 void addFreeForm(const FreeForm& surface, const Settings& settings,
-                 const std::shared_ptr<const Around>& around);
+                 const std::shared_ptr<const Around>& around,
+                 const std::optional<ScalarColors>& scalar);
 // The color of a mesh whose vertices have none.
 Color plainColor(const Material& material, const Settings& settings);
-// What points, lines and edges look like: of one color, and lit as surfaces are.
+// What points, lines and edges look like: of one color or by a scalar, and lit as surfaces are.
 void setPlainLook(const Color& color, bool isLit, const Settings& settings,
-                  const std::shared_ptr<const Around>& around);
+                  const std::shared_ptr<const Around>& around,
+                  const std::optional<ScalarColors>& scalar);
 // Of what a lamp sees, its color being how far away it is.
 void addCaster(const Mesh& mesh, const Settings& settings);
 void addCaster(const FreeForm& surface, const Settings& settings);

@@ -8,6 +8,8 @@
 #include <set>
 #include <vector>
 
+#include "color_bar.h"
+#include "colormap.h"
 #include "console.h"
 #include "defaults_file.h"
 #include "failure.h"
@@ -84,6 +86,16 @@ void parseSheet(const std::string& text, Settings& settings)
         throw CLI::ValidationError("--sheet", "'" + text + "' is not " + wanted);
     }
     settings.sheet = {static_cast<long>(columns), static_cast<long>(rows)};
+}
+
+void parseRange(const std::string& text, Settings& settings)
+{
+    static constexpr const char* wanted = "two numbers, the first less than the second, as 0,5";
+    const auto [least, most] = parsePair("--scalar-range", text, ',', wanted);
+    if (!(least < most)) {
+        throw CLI::ValidationError("--scalar-range", "'" + text + "' is not " + wanted);
+    }
+    settings.scalarRange = {least, most};
 }
 
 void parseTime(const std::string& text, Settings& settings)
@@ -195,6 +207,29 @@ void addModelOptions(CLI::App& app, Settings& s)
            "--color", [&s](const std::string& text) { s.color = parseColor("--color", text); },
            "Colour of the model, from 0 to 1; default its own")
         ->type_name("R,G,B");
+}
+
+void addScalarOptions(CLI::App& app, Settings& s)
+{
+    app.add_option("--scalar", s.scalar,
+                   "Shows a number that each vertex has as colors: one of a PLY file's, by name, "
+                   "or x, y or z; list lists them")
+        ->type_name("NAME|list")
+        ->check([](const std::string& name) {
+            return std::string(name.empty() ? "there is no scalar without a name" : "");
+        })
+        ->excludes(app.get_option("--color"));
+    app.add_option("--colormap", s.colormap, "The colors of a scalar; default viridis")
+        ->type_name("NAME")
+        ->check(CLI::IsMember(Colormap::names()));
+    app.add_option_function<std::string>(
+           "--scalar-range", [&s](const std::string& text) { parseRange(text, s); },
+           "The values that the first and the last color stand for; default the least and the "
+           "most that the model has")
+        ->type_name("MIN,MAX");
+    app.add_flag(
+        "--no-bar", [&s](std::int64_t) { s.bar = false; },
+        "No bar at the right that tells which color is which value");
 }
 
 void addTimeOptions(CLI::App& app, Settings& s)
@@ -421,6 +456,8 @@ void checkOutput(const CLI::App& app, Settings& s)
         checkNames(s);
     }
     if (app.count("--turn") == 0 && s.movesInTime()) s.turn = 0;
+    const bool isColored = s.channels != Channels::kAlpha && s.channels != Channels::kDepth;
+    if (!s.toWindow()) s.bar = s.bar && isColored && hasRoomForBar(s.width, s.height);
     const bool seenAround = s.frames > 1 && !(s.movesInTime() && s.turn == 0);
     if (app.count("--fit") == 0 && seenAround) s.fit = Fit::kSphere;
 }
@@ -463,6 +500,7 @@ CommandLine readCommandLine(int argc, char** argv)
     CLI::App app("Renders a model file into a window, or into a picture file.", "zebview");
     app.set_version_flag("--version", version);
     addModelOptions(app, result.settings);
+    addScalarOptions(app, result.settings);
     addViewOptions(app, result.settings);
     addTimeOptions(app, result.settings);
     addLightOptions(app, result.settings);
@@ -477,8 +515,7 @@ CommandLine readCommandLine(int argc, char** argv)
     addDefaultsFile(app);
     try {
         app.parse(argc, argv);
-        const bool lists = result.settings.listsCameras() || result.settings.listsAnimations();
-        if (!lists) checkOutput(app, result.settings);
+        if (!result.settings.lists()) checkOutput(app, result.settings);
     } catch (const CLI::Success& wanted) {
         result.exitStatus = app.exit(wanted);
     } catch (const CLI::ParseError& wrong) {

@@ -7,6 +7,7 @@
 
 #include "color.h"
 #include "output_name.h"
+#include "scalar.h"
 
 namespace zebview
 {
@@ -56,6 +57,11 @@ struct Settings {
     std::optional<Color> color;       // unset: the model's own
     std::optional<Color> background;  // unset: transparent, or the environment
 
+    std::string scalar;  // shows as colors; "list": none does, they are listed; empty: none
+    std::string colormap = "viridis";
+    std::optional<Range> scalarRange;  // unset: that of its values
+    bool bar = true;                   // of colors, with a scalar
+
     bool edges = false;
     std::optional<Color> edgeColor;   // as it is shown; unset: nearly black
     double lineWidth = 1.5;           // pixels
@@ -73,6 +79,8 @@ struct Settings {
 
     bool listsCameras() const { return camera == "list"; }
     bool listsAnimations() const { return animation == "list"; }
+    bool listsScalars() const { return scalar == "list"; }
+    bool lists() const { return listsCameras() || listsAnimations() || listsScalars(); }
     // Whether a time of an animation is shown.
     bool isAnimated() const { return !listsAnimations() && (times || !animation.empty()); }
     // Whether it is another one in each frame.

@@ -17,6 +17,7 @@ struct Look {
     Material material;
     bool colored;
     std::shared_ptr<const Around> around;
+    std::optional<ScalarColors> scalar;
 };
 
 // Whether the alpha of a map of color is opacity.
@@ -28,8 +29,9 @@ class Shading
 public:
     Shading(const Look& look, ZebRow& row)
         : fMaterial(look.material),
-          fColored(look.colored),
+          fColored(look.colored && !look.scalar),
           fAround(look.around.get()),
+          fScalar(look.scalar),
           fRow(row),
           fLight(newPlanes(row))
     {
@@ -89,6 +91,7 @@ private:
     {
         fColor = newPlanes(fRow);
         for (std::size_t c = 0; c < 3; ++c) std::copy_n(fRow.Cs[c], fRow.count, fColor[c]);
+        if (fScalar) fScalar->find(fRow, fColor);
         fOpacity = zebRowPlane(&fRow);
         std::copy_n(fRow.Os[0], fRow.count, fOpacity);
         if (!fMaterial.colorMap) return;
@@ -169,9 +172,10 @@ private:
         }
         for (std::size_t c = 0; c < 3; ++c) {
             const float shine = fMaterial.specular * fMaterial.specularColor[c];
+            const float* const tint = fMaterial.tintsHighlights ? fColor[c] : nullptr;
             for (long k = 0; k < fRow.count; ++k) {
                 fLight[c][k] = fColor[c][k] * (ambient[c][k] + fMaterial.diffuse * diffuse[c][k]) +
-                               shine * specular[c][k];
+                               shine * (tint ? tint[k] : 1) * specular[c][k];
             }
         }
         if (fAround) addAround(normals, view);
@@ -265,6 +269,7 @@ private:
     const Material& fMaterial;
     const bool fColored;
     const Around* const fAround;
+    const std::optional<ScalarColors>& fScalar;
     ZebRow& fRow;
     Planes fColor{}, fPicture{}, fLight;
     float* fOpacity = nullptr;
@@ -301,15 +306,17 @@ bool needsFunction(const Material& material)
            material.emission != Color{};
 }
 
-void setFunction(const Material& material, bool colored, std::shared_ptr<const Around> around)
+void setFunction(const Material& material, bool colored, std::shared_ptr<const Around> around,
+                 const std::optional<ScalarColors>& scalar)
 {
-    setShader(new Look{material, colored, std::move(around)}, shadeRow, variesInOpacity(material));
+    setShader(new Look{material, colored, std::move(around), scalar}, shadeRow,
+              variesInOpacity(material));
 }
 
 void setDistanceFunction(const Material& material, bool varies)
 {
     const bool isCutOut = variesInOpacity(material);
-    setShader(new Look{isCutOut ? material : Material(), false, nullptr}, shadeDistance,
+    setShader(new Look{isCutOut ? material : Material(), false, nullptr, {}}, shadeDistance,
               varies || isCutOut);
 }
 

@@ -4,6 +4,7 @@
 
 #include "environment.h"
 #include "material.h"
+#include "scalar_colors.h"
 
 namespace zebview
 {
@@ -15,7 +16,9 @@ bool needsFunction(const Material& material);
 //
 // colored  the material's own color is shown; otherwise that of zebColor alone
 // around   what lights it besides lamps; null: nothing
-void setFunction(const Material& material, bool colored, std::shared_ptr<const Around> around);
+// scalar   the colors that take the place of all others, if there are such
+void setFunction(const Material& material, bool colored, std::shared_ptr<const Around> around,
+                 const std::optional<ScalarColors>& scalar);
 
 // Makes a function the surface of what follows whose color is how far away, along z, it is: that of
 // casters of shadows, which are opaque where the material is at least to a half.

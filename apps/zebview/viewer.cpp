@@ -11,6 +11,7 @@
 
 #include "canvas.h"
 #include "coarse.h"
+#include "color_bar.h"
 #include "console.h"
 #include "environment.h"
 #include "failure.h"
@@ -66,6 +67,7 @@ constexpr const char* kHelp =
     "w               the next animation\n"
     "e               edges of its polygons\n"
     "x g             axes, and a grid under the model\n"
+    "b               the bar of a scalar's colors\n"
     "f               full screen\n"
     "n               name of the file\n"
     "z               time that pictures take\n"
@@ -129,6 +131,7 @@ private:
         fName = fSettings.viewName(index, 0);
         if (!fModel.notShown.empty()) complain(fSettings.models[index] + ": " + fModel.notShown);
         tellOfGrid(fSettings.models[index], fModel, fSettings);
+        tellOfScalar(fSettings.models[index], fModel, fSettings);
         fTimes.fill(Seconds(0));
         fStart.emplace(chooseCamera(fModel, 0, fSettings), radiusOf(fModel));
         fOrbit = fStart;
@@ -247,6 +250,7 @@ private:
         const auto begun = Clock::now();
         const Camera camera = fOrbit->camera(fSize.width, fSize.height);
         Settings settings = fSettings;
+        settings.bar = settings.bar && hasRoomForBar(fSize.width, fSize.height);
         settings.width = (fSize.width + quality.stride - 1) / quality.stride;
         settings.height = (fSize.height + quality.stride - 1) / quality.stride;
         if (!quality.isFinal) {
@@ -413,6 +417,10 @@ private:
                 break;
             case 'g':
                 fSettings.grid = !fSettings.grid;
+                moved();
+                break;
+            case 'b':
+                fSettings.bar = !fSettings.bar;
                 moved();
                 break;
             case 'f':
