@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <map>
 
+#include "scalar.h"
+
 namespace zebview
 {
 
@@ -53,7 +55,7 @@ const std::map<std::string, std::vector<std::uint32_t>> kMaps{
 };
 
 constexpr std::size_t kSteps = 2048;
-constexpr Color kNoNumber{0.5f, 0.5f, 0.5f};
+constexpr Color kNowhere{0.5f, 0.5f, 0.5f};
 
 float channel(std::uint32_t color, unsigned c)
 {
@@ -87,12 +89,12 @@ Colormap::Colormap(const std::string& name)
     for (std::size_t step = 0; step <= kSteps; ++step) {
         fLight.push_back(toLight(shownAt(keys, step)));
     }
-    fLight.push_back(toLight(kNoNumber));
+    fLight.push_back(toLight(kNowhere));
 }
 
 const Color& Colormap::at(float place) const
 {
-    if (std::isnan(place)) return fLight.back();
+    if (!isSomewhere(place)) return fLight.back();
     return fLight[static_cast<std::size_t>(std::lround(std::clamp(place, 0.0f, 1.0f) * kSteps))];
 }
 

@@ -19,7 +19,7 @@ public:
 
     // Light.
     //
-    // place  0 at its beginning and 1 at its end, which go on beyond; what is not a number is gray
+    // place  0 at its beginning and 1 at its end, which go on beyond; nowhere is gray
     const Color& at(float place) const;
 
 private:

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 
 namespace zebview
 {
@@ -32,11 +31,11 @@ std::string lineOf(const Scalar& scalar)
 
 float placeIn(const Range& range, double value)
 {
-    if (!std::isfinite(value)) return std::numeric_limits<float>::quiet_NaN();
+    if (!std::isfinite(value)) return -1e37f;
     if (range.least == range.most) return 0.5f;
     // Halves, since the largest numbers have no difference.
     const double extent = range.most / 2 - range.least / 2;
-    constexpr double farthest = 1e30;
+    constexpr double farthest = 1e18;
     return static_cast<float>(
         std::clamp((value / 2 - range.least / 2) / extent, -farthest, farthest));
 }

@@ -35,8 +35,12 @@ std::optional<unsigned> axisNamed(const std::string& name);
 // A line that tells a scalar's name and range.
 std::string lineOf(const Scalar& scalar);
 
-// Where a value lies in a range: from 0 to 1, or beyond; not a number if it is not finite. All of a
+// Where a value lies in a range: from 0 to 1, or beyond; nowhere if it is not finite. All of a
 // range without an extent is its middle.
 float placeIn(const Range& range, double value);
+
+// The renderer takes finite numbers only. Between one that is nowhere and others all is nowhere,
+// but for less than can be seen.
+inline bool isSomewhere(float place) { return place > -1e28f; }
 
 }  // namespace zebview
