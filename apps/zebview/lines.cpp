@@ -90,9 +90,9 @@ private:
     void corner(const Vector& p, const Vector& side, const float* color)
     {
         const Vector toEye = fEye.from(p);
-        const Vector normal = direction(side + toEye);
-        append(fPoints, p + (side + toEye) * (fHalfWidth * fEye.pixelAt(p)));
-        append(fNormals, normal);
+        const Vector ahead = p + toEye * (fHalfWidth * fEye.pixelAt(p));
+        append(fPoints, ahead + side * (fHalfWidth * fEye.pixelAt(ahead)));
+        append(fNormals, direction(side + toEye));
         if (color) fColors.insert(fColors.end(), color, color + 3);
     }
     static void append(std::vector<float>& list, const Vector& v)
