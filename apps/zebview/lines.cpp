@@ -199,7 +199,9 @@ void addLines(const Mesh& mesh, const Camera& camera, const Settings& settings,
         pairs.emplace_back(mesh.lines[i], mesh.lines[i + 1]);
     }
     zebAttributePush();
-    setPlainLook(plainColor(mesh.material, settings), mesh.material.isLit, settings, around);
+    Material wire = mesh.material;
+    wire.specular = 0;
+    setPlainLook(wire, settings, around);
     addPairs(mesh, pairs, !settings.color, camera, settings);
     zebAttributePop();
 }
@@ -207,8 +209,13 @@ void addLines(const Mesh& mesh, const Camera& camera, const Settings& settings,
 void addEdges(const Mesh& mesh, const Camera& camera, const Settings& settings,
               const std::shared_ptr<const Around>& around)
 {
+    Material wire;
+    wire.color = toLight(settings.edgeColor.value_or(kEdgeColor));
+    wire.specular = 0;
+    Settings others = settings;
+    others.color.reset();
     zebAttributePush();
-    setPlainLook(toLight(settings.edgeColor.value_or(kEdgeColor)), true, settings, around);
+    setPlainLook(wire, others, around);
     addPairs(mesh, edgesOf(mesh), false, camera, settings);
     zebAttributePop();
 }

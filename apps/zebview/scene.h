@@ -22,10 +22,8 @@ void addMesh(const Mesh& mesh, const Settings& settings,
              const std::shared_ptr<const Around>& around);
 void addFreeForm(const FreeForm& surface, const Settings& settings,
                  const std::shared_ptr<const Around>& around);
-// The color of a mesh whose vertices have none.
-Color plainColor(const Material& material, const Settings& settings);
-// What points, lines and edges look like: of one color, and lit as surfaces are.
-void setPlainLook(const Color& color, bool isLit, const Settings& settings,
+// What is not a surface looks like this: opaque, and of one color where its vertices have none.
+void setPlainLook(const Material& material, const Settings& settings,
                   const std::shared_ptr<const Around>& around);
 // Of what a lamp sees, its color being how far away it is.
 void addCaster(const Mesh& mesh, const Settings& settings);
