@@ -199,6 +199,7 @@ void readPhongMaps(const MapReader& read, const aiScene& scene, Material& materi
     if (material.emissionMap && isBlack(material.emission)) material.emission = {1, 1, 1};
     if (!material.isLit) return;
     material.specularMap = read(aiTextureType_SPECULAR, Meaning::kColor);
+    material.exponentMap = read(aiTextureType_SHININESS, Meaning::kValues);
     for (const aiTextureType type : {aiTextureType_NORMALS, aiTextureType_HEIGHT}) {
         if (material.normalMap) continue;
         material.normalMap = read(type, Meaning::kNormals);
@@ -212,8 +213,8 @@ bool holdsLight(const aiScene& scene) { return formatOf(scene).starts_with("glTF
 
 std::vector<const Map*> Material::maps() const
 {
-    std::vector<const Map*> all{&colorMap,    &opacityMap, &specularMap,
-                                &emissionMap, &normalMap,  &occlusionMap};
+    std::vector<const Map*> all{&colorMap,  &opacityMap,   &specularMap, &emissionMap,
+                                &normalMap, &occlusionMap, &exponentMap};
     if (facets) all.push_back(&facets->map);
     std::erase_if(all, [](const Map* map) { return !*map; });
     return all;

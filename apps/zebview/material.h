@@ -50,6 +50,7 @@ struct Material {
     Color emission{};
 
     Map colorMap, opacityMap, specularMap, emissionMap, normalMap, occlusionMap;
+    Map exponentMap;  // factors of 1 / roughness
     float normalScale = 1, occlusionStrength = 1;
 
     // glTF: the vertices' colours and opacities are factors of the material's.

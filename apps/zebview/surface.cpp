@@ -22,6 +22,9 @@ struct Look {
 // Whether the alpha of a map of color is opacity.
 bool isPaint(const Map& map) { return map.image->channels() == 4; }
 
+// Of tiny mirrors whose highlights are as wide as those of an exponent.
+float roughnessOf(float exponent) { return std::sqrt(std::sqrt(2 / (exponent + 2))); }
+
 // One row of points.
 class Shading
 {
@@ -158,8 +161,12 @@ private:
         zebRowAmbient(&fRow, ambient.data());
         zebRowDiffuse(&fRow, normals.data(), diffuse.data());
         if (fMaterial.specular > 0) {
-            zebRowSpecular(&fRow, normals.data(), view.data(), fMaterial.roughness,
-                           specular.data());
+            if (fMaterial.exponentMap) {
+                addHighlights(normals, view, specular);
+            } else {
+                zebRowSpecular(&fRow, normals.data(), view.data(), fMaterial.roughness,
+                               specular.data());
+            }
         }
         if (fMaterial.specularMap) {
             const Planes texels = lookColor(fMaterial.specularMap);
@@ -177,22 +184,59 @@ private:
         if (fAround) addAround(normals, view);
     }
 
+    // 1 / roughness at each point.
+    const float* findExponents() const
+    {
+        float* const result = zebRowPlane(&fRow);
+        std::fill_n(result, fRow.count, 1 / fMaterial.roughness);
+        if (!fMaterial.exponentMap) return result;
+        const Four texels = lookFour(fMaterial.exponentMap);
+        for (long k = 0; k < fRow.count; ++k) {
+            const float mean = (texels[0][k] + texels[1][k] + texels[2][k]) / 3;
+            result[k] = std::max(result[k] * mean, 1.0f);
+        }
+        return result;
+    }
+
+    // As zebRowSpecular, which knows one roughness.
+    void addHighlights(const Planes& N, const Planes& V, const Planes& sum) const
+    {
+        const float* const exponents = findExponents();
+        const Planes L = newPlanes(fRow), Cl = newPlanes(fRow);
+        for (long light = 0; zebRowLight(&fRow, light, L.data(), Cl.data(), nullptr); ++light) {
+            for (std::size_t c = 0; c < 3; ++c) {
+                for (long k = 0; k < fRow.count; ++k) L[c][k] += V[c][k];
+            }
+            const Planes half = unit(L.data(), 1);
+            for (long k = 0; k < fRow.count; ++k) {
+                const float cosine =
+                    N[0][k] * half[0][k] + N[1][k] * half[1][k] + N[2][k] * half[2][k];
+                const float glint = cosine > 0 ? std::pow(cosine, exponents[k]) : 0;
+                for (std::size_t c = 0; c < 3; ++c) sum[c][k] += Cl[c][k] * glint;
+            }
+        }
+    }
+
     // The environment is as so many lamps: of each the surface shows what it shows of lamps, and
     // highlights are as wide as what tiny mirrors make of it (B. Walter et al., 2007).
     void addAround(const Planes& normals, const Planes& view)
     {
-        const float power = 1 / fMaterial.roughness;
-        const float rough = std::sqrt(std::sqrt(2 / (power + 2)));
-        // The sum over all lamps straight ahead, each as much as it covers of the sky, over pi.
-        const float whole = 4 / (power / 2 + 1) * (1 - std::exp2(-(power / 2 + 1)));
         const bool shines = fMaterial.specular > 0;
+        const float* const exponents = findExponents();
+        const float most = *std::max_element(exponents, exponents + fRow.count);
         const Planes mirror = shines ? mirrorWays(fRow, normals, view) : Planes{};
-        const float* const spread = shines && rough < 0.1f ? spreadOf(fRow, mirror) : nullptr;
+        const bool mayBeSmooth = shines && roughnessOf(most) < 0.1f;
+        const float* const spread = mayBeSmooth ? spreadOf(fRow, mirror) : nullptr;
         const Planes texels = fMaterial.specularMap ? lookColor(fMaterial.specularMap) : Planes{};
         for (long k = 0; k < fRow.count; ++k) {
             const Color matt = fAround->scattered(normals, k);
+            const float power = exponents[k];
+            // The sum over all lamps straight ahead, each as much as it covers of the sky, over pi.
+            const float whole = 4 / (power / 2 + 1) * (1 - std::exp2(-(power / 2 + 1)));
             Color shine{};
-            if (shines) shine = fAround->mirrored(mirror, k, rough, spread ? spread[k] : 0);
+            if (shines) {
+                shine = fAround->mirrored(mirror, k, roughnessOf(power), spread ? spread[k] : 0);
+            }
             for (std::size_t c = 0; c < 3; ++c) {
                 const float share =
                     std::min(whole * fMaterial.specular * fMaterial.specularColor[c], 1.0f);

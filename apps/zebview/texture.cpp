@@ -73,7 +73,8 @@ bool hasUse(const aiScene& scene, aiTextureType type)
     static constexpr aiTextureType gltf[] = {
         aiTextureType_BASE_COLOR, aiTextureType_UNKNOWN, aiTextureType_METALNESS,
         aiTextureType_DIFFUSE_ROUGHNESS, aiTextureType_LIGHTMAP};
-    static constexpr aiTextureType others[] = {aiTextureType_OPACITY, aiTextureType_HEIGHT};
+    static constexpr aiTextureType others[] = {aiTextureType_OPACITY, aiTextureType_HEIGHT,
+                                               aiTextureType_SHININESS};
     const auto holds = [&](const auto& list) {
         return std::find(std::begin(list), std::end(list), type) != std::end(list);
     };
