@@ -36,6 +36,12 @@ struct Facets {
     Map map;
 };
 
+// A layer of varnish, which mirrors what what is not metal does.
+struct Coat {
+    float amount = 0, rough = 0, normalScale = 1;
+    Map amountMap, roughMap, normalMap;
+};
+
 struct Material {
     std::optional<Color> color;  // none where the file names none
     float opacity = 1;
@@ -47,6 +53,7 @@ struct Material {
     float diffuse = 0.8f, specular = 0.3f, roughness = 0.1f;
     Color specularColor{1, 1, 1};
     std::optional<Facets> facets;
+    std::optional<Coat> coat;
     Color emission{};
 
     Map colorMap, opacityMap, specularMap, emissionMap, normalMap, occlusionMap;

@@ -25,6 +25,8 @@ bool isPaint(const Map& map) { return map.image->channels() == 4; }
 // Of tiny mirrors whose highlights are as wide as those of an exponent.
 float roughnessOf(float exponent) { return std::sqrt(std::sqrt(2 / (exponent + 2))); }
 
+constexpr float kVarnish = 0.04f;  // mirrors so much of what comes straight at it
+
 // One row of points.
 class Shading
 {
@@ -50,6 +52,7 @@ public:
             shadePlastic();
         }
         addEmission();
+        if (fMaterial.coat) addCoat(*fMaterial.coat);
         for (std::size_t c = 0; c < 3; ++c) {
             for (long k = 0; k < fRow.count; ++k) {
                 fRow.Oi[c][k] = fOpacity[k];
@@ -142,12 +145,10 @@ private:
     Planes findView() const { return unit(fRow.I, -1); }
 
     // On the eye's side, of unit length. What bends them is about their own side.
-    Planes findNormals() const
+    Planes findNormals(const Map& map, float scale) const
     {
         const Planes result = unit(fRow.N, 1);
-        if (fMaterial.normalMap) {
-            bendNormals(fRow, fMaterial.normalMap, fMaterial.normalScale, result);
-        }
+        if (map) bendNormals(fRow, map, scale, result);
         zebRowFacing(&fRow, result.data(), result.data());
         return result;
     }
@@ -155,7 +156,8 @@ private:
     // As the built-in surface does.
     void shadePlastic()
     {
-        const Planes normals = findNormals(), view = findView();
+        const Planes normals = findNormals(fMaterial.normalMap, fMaterial.normalScale);
+        const Planes view = findView();
         const Planes ambient = newPlanes(fRow), diffuse = newPlanes(fRow);
         const Planes specular = newPlanes(fRow);
         zebRowAmbient(&fRow, ambient.data());
@@ -248,8 +250,12 @@ private:
 
     void shadeFacets(const Facets& facets)
     {
-        const FacetPlanes planes{findNormals(),   findView(),         newPlanes(fRow),
-                                 newPlanes(fRow), zebRowPlane(&fRow), zebRowPlane(&fRow)};
+        const FacetPlanes planes{findNormals(fMaterial.normalMap, fMaterial.normalScale),
+                                 findView(),
+                                 newPlanes(fRow),
+                                 newPlanes(fRow),
+                                 zebRowPlane(&fRow),
+                                 findOpenness()};
         Four texels{};
         if (facets.map) texels = lookFour(facets.map);
         for (long k = 0; k < fRow.count; ++k) {
@@ -259,14 +265,49 @@ private:
                 findMetal(facets, texels, k, planes);
             }
         }
-        std::fill_n(planes.openness, fRow.count, 1.0f);
-        if (fMaterial.occlusionMap) {
-            const Four open = lookFour(fMaterial.occlusionMap);
-            for (long k = 0; k < fRow.count; ++k) {
-                planes.openness[k] += fMaterial.occlusionStrength * (open[0][k] - 1);
+        lightFacets(fRow, planes, fAround, fLight);
+    }
+
+    float* findOpenness() const
+    {
+        float* const result = zebRowPlane(&fRow);
+        std::fill_n(result, fRow.count, 1.0f);
+        if (!fMaterial.occlusionMap) return result;
+        const Four open = lookFour(fMaterial.occlusionMap);
+        for (long k = 0; k < fRow.count; ++k) {
+            result[k] += fMaterial.occlusionStrength * (open[0][k] - 1);
+        }
+        return result;
+    }
+
+    // What it mirrors does not come from below it. How much of it there is is in its map's red,
+    // roughness in its map's green.
+    void addCoat(const Coat& coat)
+    {
+        const FacetPlanes planes{findNormals(coat.normalMap, coat.normalScale),
+                                 findView(),
+                                 newPlanes(fRow),
+                                 newPlanes(fRow),
+                                 zebRowPlane(&fRow),
+                                 findOpenness()};
+        const Four amounts = coat.amountMap ? lookFour(coat.amountMap) : Four{};
+        const Four roughs = coat.roughMap ? lookFour(coat.roughMap) : Four{};
+        for (long k = 0; k < fRow.count; ++k) {
+            planes.rough[k] = coat.rough * (roughs[1] ? roughs[1][k] : 1);
+            for (std::size_t c = 0; c < 3; ++c) {
+                planes.albedo[c][k] = 0;
+                planes.facing[c][k] = kVarnish;
             }
         }
-        lightFacets(fRow, planes, fAround, fLight);
+        const Planes light = newPlanes(fRow);
+        lightFacets(fRow, planes, fAround, light);
+        for (long k = 0; k < fRow.count; ++k) {
+            const float amount = coat.amount * (amounts[0] ? amounts[0][k] : 1);
+            const float taken = amount * mirroredOf(kVarnish, planes, k);
+            for (std::size_t c = 0; c < 3; ++c) {
+                fLight[c][k] = (1 - taken) * fLight[c][k] + amount * light[c][k];
+            }
+        }
     }
 
     // Roughness is in the map's green, metal in its blue.

@@ -72,7 +72,7 @@ inline GltfPlate texturedPlate(const std::string& base, const std::string& more 
     plate.places = kWholePicture;
     plate.extra = R"(,"images":[{"uri":"a.png"}],"samplers":[)" + sampler +
                   R"(],"textures":[{"source":0,"sampler":0}],"extensionsUsed":[)" +
-                  R"("KHR_materials_unlit","KHR_texture_transform",)" +
+                  R"("KHR_materials_unlit","KHR_texture_transform","KHR_materials_clearcoat",)" +
                   R"("KHR_materials_pbrSpecularGlossiness"])";
     return plate;
 }
