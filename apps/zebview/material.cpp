@@ -147,6 +147,7 @@ void readGltf(const aiMaterial& source, Material& material)
     material.showsBacks = isTwoSided(source);
     if (!material.isLit) return;
     material.coat = readCoat(source);
+    material.transmission = std::clamp(number(source, "$mat.transmission.factor", 0), 0.0f, 1.0f);
     material.emission = colorNamed(source, "$clr.emissive").value_or(Color{});
     const float strength = number(source, "$mat.emissiveIntensity", 1);
     for (float& c : material.emission) c *= std::clamp(strength, 0.0f, 1e6f);
@@ -166,6 +167,9 @@ void readGltfMaps(const MapReader& read, Material& material)
     material.occlusionMap = read({aiTextureType_LIGHTMAP}, Meaning::kValues);
     material.occlusionStrength =
         std::clamp(read.number("$tex.strength", {aiTextureType_LIGHTMAP}), 0.0f, 1.0f);
+    if (material.transmission > 0) {
+        material.transmissionMap = read({aiTextureType_TRANSMISSION}, Meaning::kValues);
+    }
     if (!material.coat) return;
     const TextureUse normals{aiTextureType_CLEARCOAT, 2};
     material.coat->amountMap = read({aiTextureType_CLEARCOAT, 0}, Meaning::kValues);
@@ -230,7 +234,7 @@ bool holdsLight(const aiScene& scene) { return formatOf(scene).starts_with("glTF
 std::vector<const Map*> Material::maps() const
 {
     std::vector<const Map*> all{&colorMap,  &opacityMap,   &specularMap, &emissionMap,
-                                &normalMap, &occlusionMap, &exponentMap};
+                                &normalMap, &occlusionMap, &exponentMap, &transmissionMap};
     if (facets) all.push_back(&facets->map);
     if (coat) all.insert(all.end(), {&coat->amountMap, &coat->roughMap, &coat->normalMap});
     std::erase_if(all, [](const Map* map) { return !*map; });

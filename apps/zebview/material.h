@@ -54,10 +54,14 @@ struct Material {
     Color specularColor{1, 1, 1};
     std::optional<Facets> facets;
     std::optional<Coat> coat;
+    // glTF: how much of what is not mirrored goes through and not back, in the color of the
+    // surface.
+    float transmission = 0;
     Color emission{};
 
     Map colorMap, opacityMap, specularMap, emissionMap, normalMap, occlusionMap;
     Map exponentMap;  // factors of 1 / roughness
+    Map transmissionMap;
     float normalScale = 1, occlusionStrength = 1;
 
     // glTF: the vertices' colours and opacities are factors of the material's.

@@ -25,7 +25,7 @@ bool isPaint(const Map& map) { return map.image->channels() == 4; }
 // Of tiny mirrors whose highlights are as wide as those of an exponent.
 float roughnessOf(float exponent) { return std::sqrt(std::sqrt(2 / (exponent + 2))); }
 
-constexpr float kVarnish = 0.04f;  // mirrors so much of what comes straight at it
+constexpr float kVarnish = 0.04f;  // glass and it mirror so much of what comes straight at them
 
 // One row of points.
 class Shading
@@ -55,7 +55,7 @@ public:
         if (fMaterial.coat) addCoat(*fMaterial.coat);
         for (std::size_t c = 0; c < 3; ++c) {
             for (long k = 0; k < fRow.count; ++k) {
-                fRow.Oi[c][k] = fOpacity[k];
+                fRow.Oi[c][k] = fOpacity[k] * (fThrough[c] ? 1 - fThrough[c][k] : 1);
                 fRow.Ci[c][k] = fOpacity[k] * fLight[c][k];
             }
         }
@@ -265,7 +265,24 @@ private:
                 findMetal(facets, texels, k, planes);
             }
         }
+        if (fMaterial.transmission > 0) letThrough(planes);
         lightFacets(fRow, planes, fAround, fLight);
+    }
+
+    // What goes through is not scattered.
+    void letThrough(const FacetPlanes& planes)
+    {
+        const Map& map = fMaterial.transmissionMap;
+        const Four texels = map ? lookFour(map) : Four{};
+        fThrough = newPlanes(fRow);
+        for (long k = 0; k < fRow.count; ++k) {
+            const float share = fMaterial.transmission * (texels[0] ? texels[0][k] : 1);
+            const float entered = 1 - mirroredOf(kVarnish, planes, k);
+            for (std::size_t c = 0; c < 3; ++c) {
+                fThrough[c][k] = entered * share * planes.albedo[c][k];
+                planes.albedo[c][k] *= 1 - share;
+            }
+        }
     }
 
     float* findOpenness() const
@@ -306,6 +323,7 @@ private:
             const float taken = amount * mirroredOf(kVarnish, planes, k);
             for (std::size_t c = 0; c < 3; ++c) {
                 fLight[c][k] = (1 - taken) * fLight[c][k] + amount * light[c][k];
+                if (fThrough[c]) fThrough[c][k] *= 1 - taken;
             }
         }
     }
@@ -353,6 +371,7 @@ private:
     ZebRow& fRow;
     Planes fColor{}, fPicture{}, fLight;
     float* fOpacity = nullptr;
+    Planes fThrough{};  // null: nothing goes through what is opaque
 };
 
 void shadeRow(void* data, ZebRow* row) { Shading(*static_cast<const Look*>(data), *row).shade(); }
@@ -388,7 +407,8 @@ bool needsFunction(const Material& material)
 
 void setFunction(const Material& material, bool colored, std::shared_ptr<const Around> around)
 {
-    setShader(new Look{material, colored, std::move(around)}, shadeRow, variesInOpacity(material));
+    setShader(new Look{material, colored, std::move(around)}, shadeRow,
+              variesInOpacity(material) || material.transmission > 0);
 }
 
 void setDistanceFunction(const Material& material, bool varies)

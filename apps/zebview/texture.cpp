@@ -71,8 +71,8 @@ unsigned useCount(const aiScene& scene, aiTextureType type)
     static constexpr aiTextureType all[] = {aiTextureType_DIFFUSE, aiTextureType_NORMALS,
                                             aiTextureType_EMISSIVE, aiTextureType_SPECULAR};
     static constexpr aiTextureType gltf[] = {
-        aiTextureType_BASE_COLOR, aiTextureType_UNKNOWN, aiTextureType_METALNESS,
-        aiTextureType_DIFFUSE_ROUGHNESS, aiTextureType_LIGHTMAP};
+        aiTextureType_BASE_COLOR,        aiTextureType_UNKNOWN,  aiTextureType_METALNESS,
+        aiTextureType_DIFFUSE_ROUGHNESS, aiTextureType_LIGHTMAP, aiTextureType_TRANSMISSION};
     static constexpr aiTextureType others[] = {aiTextureType_OPACITY, aiTextureType_HEIGHT,
                                                aiTextureType_SHININESS};
     const auto holds = [&](const auto& list) {

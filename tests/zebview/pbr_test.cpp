@@ -16,6 +16,7 @@ using zebtest::pngOf;
 using zebtest::texturedPlate;
 
 using Vector = std::array<double, 3>;
+using Words = std::vector<std::string>;
 
 double dot(const Vector& a, const Vector& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
@@ -329,6 +330,42 @@ TEST_F(Pbr, CoatsLieOverWhatShinesByItself)
     const double more = light(plate(0.3, 0, 0.5, shines + coated(1, 0.3)), "R") -
                         light(plate(0.3, 0, 0.5, coated(1, 0.3)), "R");
     EXPECT_NEAR(more, 0.96 * 0.5, 1e-5);
+}
+
+std::string glass(double amount, const std::string& more = "")
+{
+    std::ostringstream text;
+    text << R"(,"extensions":{"KHR_materials_transmission":{"transmissionFactor":)" << amount
+         << more << "}}";
+    return text.str();
+}
+
+// In its own color, but for what it mirrors; what goes through is not scattered.
+TEST_F(Pbr, LightGoesThroughWhatIsSaidToBeGlass)
+{
+    const auto seen = [&](const GltfPlate& plate) {
+        const std::string model = write("plate.gltf", plate.text());
+        const Words white{"--view", "0,0", "--fov", "1", "--background", "1,1,1"};
+        return ExrImage(render(model, white, "light.exr")).at("R", 80, 60);
+    };
+    const Vector N{0, 0, 1};
+    for (const double amount : {0.25, 1.0}) {
+        const double through = amount * 0.6 * (1 - 0.04);
+        const double expected = lit({0.6 * (1 - amount), 0.04, 0.5}, N) + through;
+        EXPECT_NEAR(seen(plate(0.6, 0, 0.5, glass(amount))), expected, 0.01 * expected) << amount;
+        EXPECT_NEAR(picture(plate(0.6, 0, 0.5, glass(amount))).alpha(80, 60), 255 * (1 - through),
+                    1);
+    }
+    EXPECT_NEAR(seen(plate(0.6, 1, 0.5, glass(1))), seen(plate(0.6, 1, 0.5)), 1e-5)
+        << "nothing goes through metal";
+    write("a.png", pngOf({51, 9, 7, 255}));
+    EXPECT_NEAR(seen(plate(0.6, 0, 0.5, glass(0.8, R"(,"transmissionTexture":{"index":0})"))),
+                seen(plate(0.6, 0, 0.5, glass(0.8 * 51 / 255))), 1e-5);
+    // A coat keeps some of it out.
+    std::string both = glass(1) + coated(1, 0.3);
+    both.replace(both.find(R"(}},"extensions":{)"), 17, "},");
+    const double under = lit({0, 0.04, 0.5}, N) + 0.6 * 0.96;
+    EXPECT_NEAR(seen(plate(0.6, 0, 0.5, both)), 0.96 * under + lit(kVarnish, N), 0.01);
 }
 
 }  // namespace
