@@ -178,6 +178,7 @@ private:
 std::vector<std::size_t> coarseDots(const std::vector<std::size_t>& dots, const Clusters& clusters)
 {
     std::vector<std::size_t> result;
+    result.reserve(dots.size());
     for (const std::size_t dot : dots) result.push_back(clusters[dot]);
     std::sort(result.begin(), result.end());
     result.erase(std::unique(result.begin(), result.end()), result.end());

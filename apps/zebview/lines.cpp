@@ -103,9 +103,9 @@ private:
     void corner(const Vector& p, const Vector& side, const float* values)
     {
         const Vector toEye = fEye.from(p);
-        const Vector normal = direction(side + toEye);
-        append(fPoints, p + (side + toEye) * (fHalfWidth * fEye.pixelAt(p)));
-        append(fNormals, normal);
+        const Vector ahead = p + toEye * (fHalfWidth * fEye.pixelAt(p));
+        append(fPoints, ahead + side * (fHalfWidth * fEye.pixelAt(ahead)));
+        append(fNormals, direction(side + toEye));
         if (values) fValues.insert(fValues.end(), values, values + fKind.width);
     }
     static void append(std::vector<float>& list, const Vector& v)
@@ -211,8 +211,9 @@ void addLines(const Mesh& mesh, const Camera& camera, const Settings& settings,
         pairs.emplace_back(mesh.lines[i], mesh.lines[i + 1]);
     }
     zebAttributePush();
-    setPlainLook(plainColor(mesh.material, settings), mesh.material.isLit, settings, around,
-                 scalar);
+    Material wire = mesh.material;
+    wire.specular = 0;
+    setPlainLook(wire, settings, around, scalar);
     const Values colors{zebQuark("color"), 3, settings.color ? kNoValues : mesh.colors};
     const Values places{scalarToken(), 1, mesh.scalars};
     addPairs(mesh, pairs, scalar ? places : colors, camera, settings);
@@ -222,8 +223,13 @@ void addLines(const Mesh& mesh, const Camera& camera, const Settings& settings,
 void addEdges(const Mesh& mesh, const Camera& camera, const Settings& settings,
               const std::shared_ptr<const Around>& around)
 {
+    Material wire;
+    wire.color = toLight(settings.edgeColor.value_or(kEdgeColor));
+    wire.specular = 0;
+    Settings others = settings;
+    others.color.reset();
     zebAttributePush();
-    setPlainLook(toLight(settings.edgeColor.value_or(kEdgeColor)), true, settings, around, {});
+    setPlainLook(wire, others, around, {});
     addPairs(mesh, edgesOf(mesh), {zebQuark("color"), 3, kNoValues}, camera, settings);
     zebAttributePop();
 }

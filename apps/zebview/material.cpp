@@ -80,16 +80,16 @@ public:
     {
     }
 
-    Map operator()(aiTextureType type, Meaning meaning) const
+    Map operator()(const TextureUse& use, Meaning meaning) const
     {
-        const auto texture = readTexture(fScene, fMesh, fSource, type);
+        const auto texture = readTexture(fScene, fMesh, fSource, use);
         if (!texture) return {};
         if (texture->hidesAlpha && meaning == Meaning::kPaint) meaning = Meaning::kColor;
         return {*texture, fImages.find(*texture, meaning)};
     }
-    float number(const char* key, aiTextureType type) const
+    float number(const char* key, const TextureUse& use) const
     {
-        return textureNumber(fSource, key, type, 1);
+        return textureNumber(fSource, key, use, 1);
     }
 
 private:
@@ -122,6 +122,15 @@ Facets readFacets(const aiMaterial& source)
     return facets;
 }
 
+std::optional<Coat> readCoat(const aiMaterial& source)
+{
+    Coat coat;
+    coat.amount = std::clamp(number(source, "$mat.clearcoat.factor", 0), 0.0f, 1.0f);
+    coat.rough = std::clamp(number(source, "$mat.clearcoat.roughnessFactor", 0), 0.0f, 1.0f);
+    if (coat.amount == 0) return std::nullopt;
+    return coat;
+}
+
 void readGltf(const aiMaterial& source, Material& material)
 {
     aiString mode;
@@ -137,6 +146,8 @@ void readGltf(const aiMaterial& source, Material& material)
     material.facets = readFacets(source);
     material.showsBacks = isTwoSided(source);
     if (!material.isLit) return;
+    material.coat = readCoat(source);
+    material.transmission = std::clamp(number(source, "$mat.transmission.factor", 0), 0.0f, 1.0f);
     material.emission = colorNamed(source, "$clr.emissive").value_or(Color{});
     const float strength = number(source, "$mat.emissiveIntensity", 1);
     for (float& c : material.emission) c *= std::clamp(strength, 0.0f, 1e6f);
@@ -145,17 +156,26 @@ void readGltf(const aiMaterial& source, Material& material)
 void readGltfMaps(const MapReader& read, Material& material)
 {
     material.colorMap =
-        read(aiTextureType_DIFFUSE, material.blendsVertices ? Meaning::kPaint : Meaning::kColor);
+        read({aiTextureType_DIFFUSE}, material.blendsVertices ? Meaning::kPaint : Meaning::kColor);
     if (!material.isLit) return;
     Facets& facets = *material.facets;
-    facets.map = facets.isGlossy ? read(aiTextureType_SPECULAR, Meaning::kGloss)
-                                 : read(aiTextureType_UNKNOWN, Meaning::kValues);
-    material.normalMap = read(aiTextureType_NORMALS, Meaning::kNormals);
-    material.normalScale = read.number("$tex.scale", aiTextureType_NORMALS);
-    material.emissionMap = read(aiTextureType_EMISSIVE, Meaning::kColor);
-    material.occlusionMap = read(aiTextureType_LIGHTMAP, Meaning::kValues);
+    facets.map = facets.isGlossy ? read({aiTextureType_SPECULAR}, Meaning::kGloss)
+                                 : read({aiTextureType_UNKNOWN}, Meaning::kValues);
+    material.normalMap = read({aiTextureType_NORMALS}, Meaning::kNormals);
+    material.normalScale = read.number("$tex.scale", {aiTextureType_NORMALS});
+    material.emissionMap = read({aiTextureType_EMISSIVE}, Meaning::kColor);
+    material.occlusionMap = read({aiTextureType_LIGHTMAP}, Meaning::kValues);
     material.occlusionStrength =
-        std::clamp(read.number("$tex.strength", aiTextureType_LIGHTMAP), 0.0f, 1.0f);
+        std::clamp(read.number("$tex.strength", {aiTextureType_LIGHTMAP}), 0.0f, 1.0f);
+    if (material.transmission > 0) {
+        material.transmissionMap = read({aiTextureType_TRANSMISSION}, Meaning::kValues);
+    }
+    if (!material.coat) return;
+    const TextureUse normals{aiTextureType_CLEARCOAT, 2};
+    material.coat->amountMap = read({aiTextureType_CLEARCOAT, 0}, Meaning::kValues);
+    material.coat->roughMap = read({aiTextureType_CLEARCOAT, 1}, Meaning::kValues);
+    material.coat->normalMap = read(normals, Meaning::kNormals);
+    material.coat->normalScale = read.number("$tex.scale", normals);
 }
 
 // A highlight where the file names one; none for what has a colour and is not said to shine.
@@ -189,20 +209,21 @@ bool replacesColor(const aiScene& scene)
 // that alone counts.
 void readPhongMaps(const MapReader& read, const aiScene& scene, Material& material)
 {
-    material.opacityMap = read(aiTextureType_OPACITY, Meaning::kValues);
+    material.opacityMap = read({aiTextureType_OPACITY}, Meaning::kValues);
     material.colorMap =
-        read(aiTextureType_DIFFUSE, material.opacityMap ? Meaning::kColor : Meaning::kPaint);
+        read({aiTextureType_DIFFUSE}, material.opacityMap ? Meaning::kColor : Meaning::kPaint);
     if (material.colorMap && (!material.color || replacesColor(scene))) {
         material.color = Color{1, 1, 1};
     }
-    material.emissionMap = read(aiTextureType_EMISSIVE, Meaning::kColor);
+    material.emissionMap = read({aiTextureType_EMISSIVE}, Meaning::kColor);
     if (material.emissionMap && isBlack(material.emission)) material.emission = {1, 1, 1};
     if (!material.isLit) return;
-    material.specularMap = read(aiTextureType_SPECULAR, Meaning::kColor);
+    material.specularMap = read({aiTextureType_SPECULAR}, Meaning::kColor);
+    material.exponentMap = read({aiTextureType_SHININESS}, Meaning::kValues);
     for (const aiTextureType type : {aiTextureType_NORMALS, aiTextureType_HEIGHT}) {
         if (material.normalMap) continue;
-        material.normalMap = read(type, Meaning::kNormals);
-        material.normalScale = read.number("$tex.bumpmult", type);
+        material.normalMap = read({type}, Meaning::kNormals);
+        material.normalScale = read.number("$tex.bumpmult", {type});
     }
 }
 
@@ -212,9 +233,10 @@ bool holdsLight(const aiScene& scene) { return formatOf(scene).starts_with("glTF
 
 std::vector<const Map*> Material::maps() const
 {
-    std::vector<const Map*> all{&colorMap,    &opacityMap, &specularMap,
-                                &emissionMap, &normalMap,  &occlusionMap};
+    std::vector<const Map*> all{&colorMap,  &opacityMap,   &specularMap, &emissionMap,
+                                &normalMap, &occlusionMap, &exponentMap, &transmissionMap};
     if (facets) all.push_back(&facets->map);
+    if (coat) all.insert(all.end(), {&coat->amountMap, &coat->roughMap, &coat->normalMap});
     std::erase_if(all, [](const Map* map) { return !*map; });
     return all;
 }

@@ -36,6 +36,12 @@ struct Facets {
     Map map;
 };
 
+// A layer of varnish, which mirrors what what is not metal does.
+struct Coat {
+    float amount = 0, rough = 0, normalScale = 1;
+    Map amountMap, roughMap, normalMap;
+};
+
 struct Material {
     std::optional<Color> color;  // none where the file names none
     float opacity = 1;
@@ -48,9 +54,15 @@ struct Material {
     Color specularColor{1, 1, 1};
     bool tintsHighlights = false;  // by the color of its surface, too
     std::optional<Facets> facets;
+    std::optional<Coat> coat;
+    // glTF: how much of what is not mirrored goes through and not back, in the color of the
+    // surface.
+    float transmission = 0;
     Color emission{};
 
     Map colorMap, opacityMap, specularMap, emissionMap, normalMap, occlusionMap;
+    Map exponentMap;  // factors of 1 / roughness
+    Map transmissionMap;
     float normalScale = 1, occlusionStrength = 1;
 
     // glTF: the vertices' colours and opacities are factors of the material's.

@@ -144,6 +144,12 @@ void addEnvironment(const ZebRow& row, const FacetPlanes& facets, const Around& 
 
 }  // namespace
 
+float mirroredOf(float facing, const FacetPlanes& facets, long k)
+{
+    const float cosine = std::clamp(dot(facets.N, facets.V, k), 0.0f, 1.0f);
+    return facing + (1 - facing) * towardsRim(cosine);
+}
+
 Planes mirrorWays(const ZebRow& row, const Planes& N, const Planes& V)
 {
     const Planes result = newPlanes(row);

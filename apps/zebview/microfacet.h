@@ -20,6 +20,9 @@ struct FacetPlanes {
 void lightFacets(const ZebRow& row, const FacetPlanes& facets, const Around* around,
                  const Planes& result);
 
+// How much of what comes from the eye is mirrored where it is so much of what comes straight.
+float mirroredOf(float facing, const FacetPlanes& facets, long k);
+
 // Where mirrors show what lies.
 Planes mirrorWays(const ZebRow& row, const Planes& N, const Planes& V);
 

@@ -208,7 +208,9 @@ bool showsByFunction(const Material& material, const Settings& settings)
 void setLook(const Material& material, const Settings& settings,
              const std::shared_ptr<const Around>& around, const std::optional<ScalarColors>& scalar)
 {
-    zebColor(plainColor(material, settings).data());
+    const Color color =
+        settings.color ? toLight(*settings.color) : material.color.value_or(kDefaultColor);
+    zebColor(color.data());
     const float opacity =
         showsByFunction(material, settings) ? material.opacity : material.plainOpacity();
     zebOpacity(Color{opacity, opacity, opacity}.data());
@@ -239,22 +241,16 @@ void addSurroundings(const Stage& stage, const Camera& camera, const Settings& s
     if (settings.hasBackground()) addBackdrop(camera, settings, around);
 }
 
-Color plainColor(const Material& material, const Settings& settings)
-{
-    return settings.color ? toLight(*settings.color) : material.color.value_or(kDefaultColor);
-}
-
-void setPlainLook(const Color& color, bool isLit, const Settings& settings,
+void setPlainLook(const Material& material, const Settings& settings,
                   const std::shared_ptr<const Around>& around,
                   const std::optional<ScalarColors>& scalar)
 {
-    Material material;
-    material.isLit = isLit;
-    zebColor(color.data());
-    zebOpacity(Color{1, 1, 1}.data());
-    setSurface(material, settings, around, scalar);
+    Material plain;
+    plain.color = material.color;
+    plain.isLit = material.isLit;
+    plain.specular = material.specular;
+    setLook(plain, settings, around, scalar);
     zebOrientation(ZEB_OUTSIDE);
-    zebBackface(2);
 }
 
 void addMesh(const Mesh& mesh, const Settings& settings,
@@ -269,7 +265,7 @@ void addMesh(const Mesh& mesh, const Settings& settings,
     if (showsByFunction(mesh.material, settings)) addCoordinates(mesh, list);
     addShape(mesh, list);
     if (mesh.dots.empty()) return;
-    setPlainLook(plainColor(mesh.material, settings), mesh.material.isLit, settings, around, {});
+    setPlainLook(mesh.material, settings, around, {});
     addDots(mesh, !settings.color, scalar);
 }
 

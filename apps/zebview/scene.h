@@ -26,10 +26,8 @@ void addMesh(const Mesh& mesh, const Settings& settings,
 void addFreeForm(const FreeForm& surface, const Settings& settings,
                  const std::shared_ptr<const Around>& around,
                  const std::optional<ScalarColors>& scalar);
-// The color of a mesh whose vertices have none.
-Color plainColor(const Material& material, const Settings& settings);
-// What points, lines and edges look like: of one color or by a scalar, and lit as surfaces are.
-void setPlainLook(const Color& color, bool isLit, const Settings& settings,
+// What is not a surface looks like this: opaque, and of one color where its vertices have none.
+void setPlainLook(const Material& material, const Settings& settings,
                   const std::shared_ptr<const Around>& around,
                   const std::optional<ScalarColors>& scalar);
 // Of what a lamp sees, its color being how far away it is.

@@ -291,7 +291,10 @@ void beginShadow(Shadow& shadow, const Settings& settings)
     zebMultMatrix(look);
 }
 
-bool throwsShadow(const Material& material) { return material.cutoff || material.opacity >= 0.5f; }
+bool throwsShadow(const Material& material)
+{
+    return material.cutoff || material.opacity * (1 - material.transmission) >= 0.5f;
+}
 
 void addShadowLight(std::shared_ptr<const Shadow> shadow, const Camera& camera)
 {

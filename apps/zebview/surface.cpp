@@ -23,6 +23,11 @@ struct Look {
 // Whether the alpha of a map of color is opacity.
 bool isPaint(const Map& map) { return map.image->channels() == 4; }
 
+// Of tiny mirrors whose highlights are as wide as those of an exponent.
+float roughnessOf(float exponent) { return std::sqrt(std::sqrt(2 / (exponent + 2))); }
+
+constexpr float kVarnish = 0.04f;  // glass and it mirror so much of what comes straight at them
+
 // One row of points.
 class Shading
 {
@@ -49,9 +54,10 @@ public:
             shadePlastic();
         }
         addEmission();
+        if (fMaterial.coat) addCoat(*fMaterial.coat);
         for (std::size_t c = 0; c < 3; ++c) {
             for (long k = 0; k < fRow.count; ++k) {
-                fRow.Oi[c][k] = fOpacity[k];
+                fRow.Oi[c][k] = fOpacity[k] * (fThrough[c] ? 1 - fThrough[c][k] : 1);
                 fRow.Ci[c][k] = fOpacity[k] * fLight[c][k];
             }
         }
@@ -142,12 +148,10 @@ private:
     Planes findView() const { return unit(fRow.I, -1); }
 
     // On the eye's side, of unit length. What bends them is about their own side.
-    Planes findNormals() const
+    Planes findNormals(const Map& map, float scale) const
     {
         const Planes result = unit(fRow.N, 1);
-        if (fMaterial.normalMap) {
-            bendNormals(fRow, fMaterial.normalMap, fMaterial.normalScale, result);
-        }
+        if (map) bendNormals(fRow, map, scale, result);
         zebRowFacing(&fRow, result.data(), result.data());
         return result;
     }
@@ -155,14 +159,19 @@ private:
     // As the built-in surface does.
     void shadePlastic()
     {
-        const Planes normals = findNormals(), view = findView();
+        const Planes normals = findNormals(fMaterial.normalMap, fMaterial.normalScale);
+        const Planes view = findView();
         const Planes ambient = newPlanes(fRow), diffuse = newPlanes(fRow);
         const Planes specular = newPlanes(fRow);
         zebRowAmbient(&fRow, ambient.data());
         zebRowDiffuse(&fRow, normals.data(), diffuse.data());
         if (fMaterial.specular > 0) {
-            zebRowSpecular(&fRow, normals.data(), view.data(), fMaterial.roughness,
-                           specular.data());
+            if (fMaterial.exponentMap) {
+                addHighlights(normals, view, specular);
+            } else {
+                zebRowSpecular(&fRow, normals.data(), view.data(), fMaterial.roughness,
+                               specular.data());
+            }
         }
         if (fMaterial.specularMap) {
             const Planes texels = lookColor(fMaterial.specularMap);
@@ -181,22 +190,59 @@ private:
         if (fAround) addAround(normals, view);
     }
 
+    // 1 / roughness at each point.
+    const float* findExponents() const
+    {
+        float* const result = zebRowPlane(&fRow);
+        std::fill_n(result, fRow.count, 1 / fMaterial.roughness);
+        if (!fMaterial.exponentMap) return result;
+        const Four texels = lookFour(fMaterial.exponentMap);
+        for (long k = 0; k < fRow.count; ++k) {
+            const float mean = (texels[0][k] + texels[1][k] + texels[2][k]) / 3;
+            result[k] = std::max(result[k] * mean, 1.0f);
+        }
+        return result;
+    }
+
+    // As zebRowSpecular, which knows one roughness.
+    void addHighlights(const Planes& N, const Planes& V, const Planes& sum) const
+    {
+        const float* const exponents = findExponents();
+        const Planes L = newPlanes(fRow), Cl = newPlanes(fRow);
+        for (long light = 0; zebRowLight(&fRow, light, L.data(), Cl.data(), nullptr); ++light) {
+            for (std::size_t c = 0; c < 3; ++c) {
+                for (long k = 0; k < fRow.count; ++k) L[c][k] += V[c][k];
+            }
+            const Planes half = unit(L.data(), 1);
+            for (long k = 0; k < fRow.count; ++k) {
+                const float cosine =
+                    N[0][k] * half[0][k] + N[1][k] * half[1][k] + N[2][k] * half[2][k];
+                const float glint = cosine > 0 ? std::pow(cosine, exponents[k]) : 0;
+                for (std::size_t c = 0; c < 3; ++c) sum[c][k] += Cl[c][k] * glint;
+            }
+        }
+    }
+
     // The environment is as so many lamps: of each the surface shows what it shows of lamps, and
     // highlights are as wide as what tiny mirrors make of it (B. Walter et al., 2007).
     void addAround(const Planes& normals, const Planes& view)
     {
-        const float power = 1 / fMaterial.roughness;
-        const float rough = std::sqrt(std::sqrt(2 / (power + 2)));
-        // The sum over all lamps straight ahead, each as much as it covers of the sky, over pi.
-        const float whole = 4 / (power / 2 + 1) * (1 - std::exp2(-(power / 2 + 1)));
         const bool shines = fMaterial.specular > 0;
+        const float* const exponents = findExponents();
+        const float most = *std::max_element(exponents, exponents + fRow.count);
         const Planes mirror = shines ? mirrorWays(fRow, normals, view) : Planes{};
-        const float* const spread = shines && rough < 0.1f ? spreadOf(fRow, mirror) : nullptr;
+        const bool mayBeSmooth = shines && roughnessOf(most) < 0.1f;
+        const float* const spread = mayBeSmooth ? spreadOf(fRow, mirror) : nullptr;
         const Planes texels = fMaterial.specularMap ? lookColor(fMaterial.specularMap) : Planes{};
         for (long k = 0; k < fRow.count; ++k) {
             const Color matt = fAround->scattered(normals, k);
+            const float power = exponents[k];
+            // The sum over all lamps straight ahead, each as much as it covers of the sky, over pi.
+            const float whole = 4 / (power / 2 + 1) * (1 - std::exp2(-(power / 2 + 1)));
             Color shine{};
-            if (shines) shine = fAround->mirrored(mirror, k, rough, spread ? spread[k] : 0);
+            if (shines) {
+                shine = fAround->mirrored(mirror, k, roughnessOf(power), spread ? spread[k] : 0);
+            }
             for (std::size_t c = 0; c < 3; ++c) {
                 const float share =
                     std::min(whole * fMaterial.specular * fMaterial.specularColor[c], 1.0f);
@@ -208,8 +254,12 @@ private:
 
     void shadeFacets(const Facets& facets)
     {
-        const FacetPlanes planes{findNormals(),   findView(),         newPlanes(fRow),
-                                 newPlanes(fRow), zebRowPlane(&fRow), zebRowPlane(&fRow)};
+        const FacetPlanes planes{findNormals(fMaterial.normalMap, fMaterial.normalScale),
+                                 findView(),
+                                 newPlanes(fRow),
+                                 newPlanes(fRow),
+                                 zebRowPlane(&fRow),
+                                 findOpenness()};
         Four texels{};
         if (facets.map) texels = lookFour(facets.map);
         for (long k = 0; k < fRow.count; ++k) {
@@ -219,14 +269,67 @@ private:
                 findMetal(facets, texels, k, planes);
             }
         }
-        std::fill_n(planes.openness, fRow.count, 1.0f);
-        if (fMaterial.occlusionMap) {
-            const Four open = lookFour(fMaterial.occlusionMap);
-            for (long k = 0; k < fRow.count; ++k) {
-                planes.openness[k] += fMaterial.occlusionStrength * (open[0][k] - 1);
+        if (fMaterial.transmission > 0) letThrough(planes);
+        lightFacets(fRow, planes, fAround, fLight);
+    }
+
+    // What goes through is not scattered.
+    void letThrough(const FacetPlanes& planes)
+    {
+        const Map& map = fMaterial.transmissionMap;
+        const Four texels = map ? lookFour(map) : Four{};
+        fThrough = newPlanes(fRow);
+        for (long k = 0; k < fRow.count; ++k) {
+            const float share = fMaterial.transmission * (texels[0] ? texels[0][k] : 1);
+            const float entered = 1 - mirroredOf(kVarnish, planes, k);
+            for (std::size_t c = 0; c < 3; ++c) {
+                fThrough[c][k] = entered * share * planes.albedo[c][k];
+                planes.albedo[c][k] *= 1 - share;
             }
         }
-        lightFacets(fRow, planes, fAround, fLight);
+    }
+
+    float* findOpenness() const
+    {
+        float* const result = zebRowPlane(&fRow);
+        std::fill_n(result, fRow.count, 1.0f);
+        if (!fMaterial.occlusionMap) return result;
+        const Four open = lookFour(fMaterial.occlusionMap);
+        for (long k = 0; k < fRow.count; ++k) {
+            result[k] += fMaterial.occlusionStrength * (open[0][k] - 1);
+        }
+        return result;
+    }
+
+    // What it mirrors does not come from below it. How much of it there is is in its map's red,
+    // roughness in its map's green.
+    void addCoat(const Coat& coat)
+    {
+        const FacetPlanes planes{findNormals(coat.normalMap, coat.normalScale),
+                                 findView(),
+                                 newPlanes(fRow),
+                                 newPlanes(fRow),
+                                 zebRowPlane(&fRow),
+                                 findOpenness()};
+        const Four amounts = coat.amountMap ? lookFour(coat.amountMap) : Four{};
+        const Four roughs = coat.roughMap ? lookFour(coat.roughMap) : Four{};
+        for (long k = 0; k < fRow.count; ++k) {
+            planes.rough[k] = coat.rough * (roughs[1] ? roughs[1][k] : 1);
+            for (std::size_t c = 0; c < 3; ++c) {
+                planes.albedo[c][k] = 0;
+                planes.facing[c][k] = kVarnish;
+            }
+        }
+        const Planes light = newPlanes(fRow);
+        lightFacets(fRow, planes, fAround, light);
+        for (long k = 0; k < fRow.count; ++k) {
+            const float amount = coat.amount * (amounts[0] ? amounts[0][k] : 1);
+            const float taken = amount * mirroredOf(kVarnish, planes, k);
+            for (std::size_t c = 0; c < 3; ++c) {
+                fLight[c][k] = (1 - taken) * fLight[c][k] + amount * light[c][k];
+                if (fThrough[c]) fThrough[c][k] *= 1 - taken;
+            }
+        }
     }
 
     // Roughness is in the map's green, metal in its blue.
@@ -273,6 +376,7 @@ private:
     ZebRow& fRow;
     Planes fColor{}, fPicture{}, fLight;
     float* fOpacity = nullptr;
+    Planes fThrough{};  // null: nothing goes through what is opaque
 };
 
 void shadeRow(void* data, ZebRow* row) { Shading(*static_cast<const Look*>(data), *row).shade(); }
@@ -310,7 +414,7 @@ void setFunction(const Material& material, bool colored, std::shared_ptr<const A
                  const std::optional<ScalarColors>& scalar)
 {
     setShader(new Look{material, colored, std::move(around), scalar}, shadeRow,
-              variesInOpacity(material));
+              variesInOpacity(material) || material.transmission > 0);
 }
 
 void setDistanceFunction(const Material& material, bool varies)

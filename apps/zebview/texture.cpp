@@ -15,10 +15,10 @@ namespace zebview
 namespace
 {
 
-Wrap wrapOf(const aiMaterial& material, const char* key, aiTextureType type)
+Wrap wrapOf(const aiMaterial& material, const char* key, const TextureUse& use)
 {
     int mode = aiTextureMapMode_Wrap;
-    material.Get(key, type, 0, mode);
+    material.Get(key, use.type, use.index, mode);
     switch (mode) {
         case aiTextureMapMode_Clamp:
             return Wrap::kClamp;
@@ -65,54 +65,57 @@ bool isFinite(const Place& place)
     return true;
 }
 
-// Whether there is a use for a kind of texture.
-bool hasUse(const aiScene& scene, aiTextureType type)
+// How many textures of a kind there is a use for.
+unsigned useCount(const aiScene& scene, aiTextureType type)
 {
     static constexpr aiTextureType all[] = {aiTextureType_DIFFUSE, aiTextureType_NORMALS,
                                             aiTextureType_EMISSIVE, aiTextureType_SPECULAR};
     static constexpr aiTextureType gltf[] = {
-        aiTextureType_BASE_COLOR, aiTextureType_UNKNOWN, aiTextureType_METALNESS,
-        aiTextureType_DIFFUSE_ROUGHNESS, aiTextureType_LIGHTMAP};
-    static constexpr aiTextureType others[] = {aiTextureType_OPACITY, aiTextureType_HEIGHT};
+        aiTextureType_BASE_COLOR,        aiTextureType_UNKNOWN,  aiTextureType_METALNESS,
+        aiTextureType_DIFFUSE_ROUGHNESS, aiTextureType_LIGHTMAP, aiTextureType_TRANSMISSION};
+    static constexpr aiTextureType others[] = {aiTextureType_OPACITY, aiTextureType_HEIGHT,
+                                               aiTextureType_SHININESS};
     const auto holds = [&](const auto& list) {
         return std::find(std::begin(list), std::end(list), type) != std::end(list);
     };
-    return holds(all) || (holdsLight(scene) ? holds(gltf) : holds(others));
+    if (holdsLight(scene) && type == aiTextureType_CLEARCOAT) return 3;
+    return holds(all) || (holdsLight(scene) ? holds(gltf) : holds(others)) ? 1 : 0;
 }
 
 }  // namespace
 
 std::optional<Texture> readTexture(const aiScene& scene, const aiMesh& mesh,
-                                   const aiMaterial& material, aiTextureType type)
+                                   const aiMaterial& material, const TextureUse& use)
 {
+    const auto& [type, index] = use;
     aiString name;
-    if (material.Get(AI_MATKEY_TEXTURE(type, 0), name) != aiReturn_SUCCESS) return std::nullopt;
+    if (material.Get(AI_MATKEY_TEXTURE(type, index), name) != aiReturn_SUCCESS) return std::nullopt;
     int channel = 0, mapping = aiTextureMapping_UV, flags = 0;
-    material.Get(AI_MATKEY_UVWSRC(type, 0), channel);
-    material.Get(AI_MATKEY_MAPPING(type, 0), mapping);
-    material.Get(AI_MATKEY_TEXFLAGS(type, 0), flags);
+    material.Get(AI_MATKEY_UVWSRC(type, index), channel);
+    material.Get(AI_MATKEY_MAPPING(type, index), mapping);
+    material.Get(AI_MATKEY_TEXFLAGS(type, index), flags);
     if (name.length == 0 || channel < 0 || mapping != aiTextureMapping_UV) return std::nullopt;
     Texture texture;
     texture.name = name.C_Str();
     texture.channel = static_cast<unsigned>(channel);
     if (!mesh.HasTextureCoords(texture.channel)) return std::nullopt;
-    texture.across = wrapOf(material, _AI_MATKEY_MAPPINGMODE_U_BASE, type);
-    texture.down = wrapOf(material, _AI_MATKEY_MAPPINGMODE_V_BASE, type);
+    texture.across = wrapOf(material, _AI_MATKEY_MAPPINGMODE_U_BASE, use);
+    texture.down = wrapOf(material, _AI_MATKEY_MAPPINGMODE_V_BASE, use);
     texture.isInverted = (flags & aiTextureFlags_Invert) != 0;
     texture.hidesAlpha = (flags & aiTextureFlags_IgnoreAlpha) != 0;
     aiUVTransform move;
-    if (material.Get(AI_MATKEY_UVTRANSFORM(type, 0), move) == aiReturn_SUCCESS) {
+    if (material.Get(AI_MATKEY_UVTRANSFORM(type, index), move) == aiReturn_SUCCESS) {
         const Place place = holdsLight(scene) ? gltfPlaceOf(move) : placeOf(move);
         if (isFinite(place)) texture.place = place;
     }
     return texture;
 }
 
-float textureNumber(const aiMaterial& material, const char* key, aiTextureType type,
+float textureNumber(const aiMaterial& material, const char* key, const TextureUse& use,
                     float otherwise)
 {
     float value = otherwise;
-    material.Get(key, type, 0, value);
+    material.Get(key, use.type, use.index, value);
     return std::isfinite(value) ? value : otherwise;
 }
 
@@ -125,11 +128,12 @@ std::string whatIsNotShown(const aiScene& scene)
         const aiMaterial& material = *scene.mMaterials[mesh.mMaterialIndex];
         for (int number = 1; number <= AI_TEXTURE_TYPE_MAX; ++number) {
             const auto type = static_cast<aiTextureType>(number);
-            const bool first = hasUse(scene, type) && readTexture(scene, mesh, material, type);
-            for (unsigned i = 0; i < material.GetTextureCount(type); ++i) {
+            const unsigned used = useCount(scene, type);
+            for (unsigned i = 0; i < std::max(material.GetTextureCount(type), used); ++i) {
                 aiString path;
                 if (material.GetTexture(type, i, &path) != aiReturn_SUCCESS) continue;
-                (i == 0 && first ? shown : others).insert(path.C_Str());
+                const bool isShown = i < used && readTexture(scene, mesh, material, {type, i});
+                (isShown ? shown : others).insert(path.C_Str());
             }
         }
     }

@@ -28,12 +28,18 @@ struct Texture {
     bool operator==(const Texture&) const = default;
 };
 
-// The first of a kind that can be shown on the mesh.
+// What a material has several of: their kind, and which of them.
+struct TextureUse {
+    aiTextureType type;
+    unsigned index = 0;
+};
+
+// Nothing if it cannot be shown on the mesh.
 std::optional<Texture> readTexture(const aiScene& scene, const aiMesh& mesh,
-                                   const aiMaterial& material, aiTextureType type);
+                                   const aiMaterial& material, const TextureUse& use);
 
 // A number that belongs to a texture, such as "$tex.scale".
-float textureNumber(const aiMaterial& material, const char* key, aiTextureType type,
+float textureNumber(const aiMaterial& material, const char* key, const TextureUse& use,
                     float otherwise);
 
 // What the materials of meshes name and no surface can show, such as "2 textures are not shown".

@@ -765,7 +765,9 @@ ZEB_API void zebReset(void) ZEB_DECORATED("_Z8zebResetv");
 ZEB_API void zebErrorPrinter(ZebPrintFunction printer) ZEB_DECORATED("_Z15zebErrorPrinterPFvPKcE");
 /** Begins to render the world block in stages: zebRenderInit, then zebRenderBucket until it returns
     0, then zebSceneEnd. Primitives added on the way show in the bucket under way and right of it,
-   in its row and the rows below. From inside a callback: code 8. */
+   in its row and the rows below. A single thread renders, whatever zebThreads says; to be asked
+   whether to go on while all of them do, see zebProgressCallback. From inside a callback: code 8.
+ */
 ZEB_API void zebRenderInit(void) ZEB_DECORATED("_Z13zebRenderInitv");
 /** Renders the next bucket. From inside a callback: code 8. @return non-zero while buckets remain
  */

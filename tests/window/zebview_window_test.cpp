@@ -624,6 +624,16 @@ TEST_F(TurningWindow, KeysShowAxesAndAGrid)
     expectSame(settled(), before);
 }
 
+TEST_F(TurningWindow, EShowsEdges)
+{
+    openBlock();
+    const Image before = settled();
+    mouse->press("e");
+    expectSame(settled(), rendered({"--edges"}));
+    mouse->press("e");
+    expectSame(settled(), before);
+}
+
 TEST_F(TurningWindow, FilesThatAreThereStay)
 {
     write("block_1.png", "mine");

@@ -16,6 +16,7 @@ using zebtest::pngOf;
 using zebtest::texturedPlate;
 
 using Vector = std::array<double, 3>;
+using Words = std::vector<std::string>;
 
 double dot(const Vector& a, const Vector& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
@@ -257,6 +258,114 @@ TEST_F(Pbr, MapsOfNormalsHaveAScale)
     write("a.png", pngOf({128 + 50, 128, 128 + 80, 255}));
     const GltfPlate whole = plate(0.6, 0, 0.5, R"(,"normalTexture":{"index":0})");
     EXPECT_LE(difference(scaled, picture(whole)), 1);
+}
+
+std::string coated(double amount, double rough, const std::string& more = "")
+{
+    std::ostringstream text;
+    text << R"(,"extensions":{"KHR_materials_clearcoat":{"clearcoatFactor":)" << amount
+         << R"(,"clearcoatRoughnessFactor":)" << rough << more << "}}";
+    return text.str();
+}
+
+const Facets kVarnish{0, 0.04, 0.3};
+
+// What a coat mirrors is taken from what comes from below it.
+TEST_F(Pbr, CoatsLieOverSurfaces)
+{
+    const Facets below{0.6, 0.04, 0.8};
+    for (const double amount : {0.3, 1.0}) {
+        for (const double angle : {0.0, 0.7, -1.2}) {
+            const Vector N{-std::sin(angle), 0, std::cos(angle)};
+            const double taken = amount * schlick(0.04, 1, N[2]);
+            const double expected = (1 - taken) * lit(below, N) + amount * lit(kVarnish, N);
+            const std::string view = std::to_string(angle * 180 / 3.14159265358979) + ",0";
+            EXPECT_NEAR(light(plate(0.6, 0, 0.8, coated(amount, 0.3)), "R", view.c_str()), expected,
+                        0.01 * expected)
+                << amount << ' ' << angle;
+        }
+    }
+    EXPECT_EQ(light(plate(0.6, 0, 0.8, coated(0, 0.3)), "R"), light(plate(0.6, 0, 0.8), "R"));
+}
+
+// Red is how much there is of a coat, green its roughness: 204 and 128 of 255.
+TEST_F(Pbr, MapsOfCoatsAreFactors)
+{
+    write("a.png", pngOf({204, 128, 7, 255}));
+    const GltfPlate mapped = plate(0.6, 0, 0.8,
+                                   coated(0.9, 0.8,
+                                          R"(,"clearcoatTexture":{"index":0},)"
+                                          R"("clearcoatRoughnessTexture":{"index":0})"));
+    const GltfPlate plain = plate(0.6, 0, 0.8, coated(0.9 * 204 / 255, 0.8 * 128 / 255));
+    EXPECT_NEAR(light(mapped, "R"), light(plain, "R"), 1e-5);
+    EXPECT_GT(std::fabs(light(mapped, "R") - light(plate(0.6, 0, 0.8), "R")), 1e-3);
+}
+
+// The normals of the surface are not those of its coat, nor the other way round.
+TEST_F(Pbr, CoatsHaveNormalsOfTheirOwn)
+{
+    const Vector N = unit({50, 30, 110});
+    write("a.png", pngOf({128 + 50, 128 + 30, 128 + 110, 255}));
+    const Vector straight{0, 0, 1};
+    const Facets below{0.6, 0.04, 0.8};
+    const auto expected = [&](const Vector& surface, const Vector& coat) {
+        return (1 - schlick(0.04, 1, coat[2])) * lit(below, surface) + lit(kVarnish, coat);
+    };
+    const GltfPlate bentCoat =
+        plate(0.6, 0, 0.8, coated(1, 0.3, R"(,"clearcoatNormalTexture":{"index":0})"));
+    EXPECT_NEAR(light(bentCoat, "R"), expected(straight, N), 0.01);
+    const GltfPlate bentSurface =
+        plate(0.6, 0, 0.8, R"(,"normalTexture":{"index":0})" + coated(1, 0.3));
+    EXPECT_NEAR(light(bentSurface, "R"), expected(N, straight), 0.01);
+    EXPECT_GT(std::fabs(expected(straight, N) - expected(N, straight)), 0.05);
+    write("a.png", pngOf({128 + 100, 128 + 60, 128 + 110, 255}));
+    const GltfPlate scaled =
+        plate(0.6, 0, 0.8, coated(1, 0.3, R"(,"clearcoatNormalTexture":{"index":0,"scale":0.5})"));
+    EXPECT_NEAR(light(scaled, "R"), expected(straight, N), 0.01);
+}
+
+TEST_F(Pbr, CoatsLieOverWhatShinesByItself)
+{
+    const std::string shines = R"(,"emissiveFactor":[0.5,0.5,0.5])";
+    const double more = light(plate(0.3, 0, 0.5, shines + coated(1, 0.3)), "R") -
+                        light(plate(0.3, 0, 0.5, coated(1, 0.3)), "R");
+    EXPECT_NEAR(more, 0.96 * 0.5, 1e-5);
+}
+
+std::string glass(double amount, const std::string& more = "")
+{
+    std::ostringstream text;
+    text << R"(,"extensions":{"KHR_materials_transmission":{"transmissionFactor":)" << amount
+         << more << "}}";
+    return text.str();
+}
+
+// In its own color, but for what it mirrors; what goes through is not scattered.
+TEST_F(Pbr, LightGoesThroughWhatIsSaidToBeGlass)
+{
+    const auto seen = [&](const GltfPlate& plate) {
+        const std::string model = write("plate.gltf", plate.text());
+        const Words white{"--view", "0,0", "--fov", "1", "--background", "1,1,1"};
+        return ExrImage(render(model, white, "light.exr")).at("R", 80, 60);
+    };
+    const Vector N{0, 0, 1};
+    for (const double amount : {0.25, 1.0}) {
+        const double through = amount * 0.6 * (1 - 0.04);
+        const double expected = lit({0.6 * (1 - amount), 0.04, 0.5}, N) + through;
+        EXPECT_NEAR(seen(plate(0.6, 0, 0.5, glass(amount))), expected, 0.01 * expected) << amount;
+        EXPECT_NEAR(picture(plate(0.6, 0, 0.5, glass(amount))).alpha(80, 60), 255 * (1 - through),
+                    1);
+    }
+    EXPECT_NEAR(seen(plate(0.6, 1, 0.5, glass(1))), seen(plate(0.6, 1, 0.5)), 1e-5)
+        << "nothing goes through metal";
+    write("a.png", pngOf({51, 9, 7, 255}));
+    EXPECT_NEAR(seen(plate(0.6, 0, 0.5, glass(0.8, R"(,"transmissionTexture":{"index":0})"))),
+                seen(plate(0.6, 0, 0.5, glass(0.8 * 51 / 255))), 1e-5);
+    // A coat keeps some of it out.
+    std::string both = glass(1) + coated(1, 0.3);
+    both.replace(both.find(R"(}},"extensions":{)"), 17, "},");
+    const double under = lit({0, 0.04, 0.5}, N) + 0.6 * 0.96;
+    EXPECT_NEAR(seen(plate(0.6, 0, 0.5, both)), 0.96 * under + lit(kVarnish, N), 0.01);
 }
 
 }  // namespace

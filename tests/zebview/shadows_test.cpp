@@ -169,6 +169,18 @@ TEST_F(PlateShadow, IsWholeOrNoneWhereTexturesBlend)
     EXPECT_NEAR(dark([](int x) { return x < 8 ? 60 : 200; }, blend) / whole, 0.5, 0.05);
 }
 
+TEST_F(PlateShadow, IsNotThrownByGlass)
+{
+    const auto darkUnderGlass = [&](const char* amount) {
+        const std::string glass =
+            std::string(R"(,"extensions":{"KHR_materials_transmission":{"transmissionFactor":)") +
+            amount + "}}";
+        return darkUnder(texturedPlate("\"roughnessFactor\":1", glass).text());
+    };
+    EXPECT_GT(darkUnderGlass("0.4"), 0.05);
+    EXPECT_EQ(darkUnderGlass("0.6"), 0);
+}
+
 // A distant lamp straight before the plate, half above it, throws its shadow behind it; a lamp at a
 // place throws none.
 TEST_F(PlateShadow, IsThatOfTheFilesDistantLamps)

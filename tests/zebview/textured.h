@@ -70,10 +70,11 @@ inline GltfPlate texturedPlate(const std::string& base, const std::string& more 
     GltfPlate plate;
     plate.material = R"({"pbrMetallicRoughness":{"metallicFactor":0,)" + base + "}" + more + "}";
     plate.places = kWholePicture;
-    plate.extra = R"(,"images":[{"uri":"a.png"}],"samplers":[)" + sampler +
-                  R"(],"textures":[{"source":0,"sampler":0}],"extensionsUsed":[)" +
-                  R"("KHR_materials_unlit","KHR_texture_transform",)" +
-                  R"("KHR_materials_pbrSpecularGlossiness"])";
+    plate.extra =
+        R"(,"images":[{"uri":"a.png"}],"samplers":[)" + sampler +
+        R"(],"textures":[{"source":0,"sampler":0}],"extensionsUsed":[)" +
+        R"("KHR_materials_unlit","KHR_texture_transform","KHR_materials_clearcoat","KHR_materials_transmission",)" +
+        R"("KHR_materials_pbrSpecularGlossiness"])";
     return plate;
 }
 

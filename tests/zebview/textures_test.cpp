@@ -26,15 +26,17 @@ class Textures : public zebtest::Textured
 {
 protected:
     // A plate with the whole picture on it, and a material for OBJ.
-    Image obj(const std::string& material, const std::array<double, 3>& normal = {0, 0, 1}) const
+    Image obj(const std::string& material, const std::array<double, 3>& normal = {0, 0, 1},
+              Words options = {}) const
     {
+        options.insert(options.end(), {"--view", "0,0", "--fov", "1"});
         write("m.mtl", "newmtl paint\n" + material);
         std::ostringstream text;
         text << "mtllib m.mtl\nusemtl paint\nv -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\n"
              << "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
              << "vn " << normal[0] << ' ' << normal[1] << ' ' << normal[2] << '\n'
              << "f 1/1/1 2/2/1 3/3/1 4/4/1\n";
-        return Image(render(write("plate.obj", text.str()), {"--view", "0,0", "--fov", "1"}));
+        return Image(render(write("plate.obj", text.str()), options));
     }
 
     // Looks at the middles of 8 x 8 parts of the plate.
@@ -178,6 +180,25 @@ TEST_F(Textures, SurfacesOfObjFilesStayWhatTheyAre)
         obj("Kd 0.392157 0.737255 0.078431\nKs 0.5 " + product(0.5, 188) + " 0\n" + shine);
     EXPECT_LE(difference(mapped, plain), 1);
     EXPECT_GT(difference(mapped, obj("Kd 0.392157 0.737255 0.078431\n")), 5);
+}
+
+TEST_F(Textures, PicturesOfExponentsAreFactors)
+{
+    write("n.png", pngOf({102, 102, 102, 255}));
+    write("white.png", pngOf({255, 255, 255, 255}));
+    std::string sky = "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 4 +X 8\n";
+    for (int i = 0; i < 32; ++i) sky += i < 8 ? "\x80\x80\x80\x83" : "\x80\x80\x80\x79";
+    write("sky.hdr", sky);
+    const std::string shine = "Kd 0 0 0\nKs 1 1 1\nillum 2\n";
+    for (const Words& light : {Words{}, {"--environment", "sky.hdr"}}) {
+        const auto shown = [&](const std::string& more) {
+            return obj(shine + more, {0, 0.6, 0.8}, light);
+        };
+        const Image plain = shown("Ns 20\n");
+        EXPECT_LE(difference(shown("Ns 50\nmap_Ns n.png\n"), plain), 1);
+        EXPECT_LE(difference(shown("Ns 20\nmap_Ns white.png\n"), plain), 1);
+        EXPECT_GT(difference(shown("Ns 50\n"), plain), 5);
+    }
 }
 
 TEST_F(Textures, PicturesWithinAModelAreThoseBesideIt)
