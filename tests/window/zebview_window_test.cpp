@@ -634,6 +634,19 @@ TEST_F(TurningWindow, EShowsEdges)
     expectSame(settled(), before);
 }
 
+TEST_F(TurningWindow, BHidesTheBarOfAScalar)
+{
+    openBlock({"--scalar", "y"});
+    const Image before = settled();
+    expectSame(before, rendered({"--scalar", "y"}));
+    mouse->press("b");
+    const Image after = settled();
+    expectSame(after, rendered({"--scalar", "y", "--no-bar"}));
+    EXPECT_FALSE(before == after);
+    mouse->press("b");
+    expectSame(settled(), before);
+}
+
 TEST_F(TurningWindow, FilesThatAreThereStay)
 {
     write("block_1.png", "mine");
