@@ -130,7 +130,7 @@ protected:
 
     void open(std::vector<std::string> arguments)
     {
-        arguments.insert(arguments.end(), {"--size", "160x120"});
+        arguments.insert(arguments.end(), {"--size", size});
         pid = start(arguments);
         window = waitFor(arguments[0]);
         mouse = takeMouse(window);
@@ -165,7 +165,7 @@ protected:
     Image rendered(std::vector<std::string> options)
     {
         options.insert(options.begin(), "block.obj");
-        options.insert(options.end(), {"--size", "160x120", "-o", "rendered.png"});
+        options.insert(options.end(), {"--size", size, "-o", "rendered.png"});
         EXPECT_EQ(Zebview::run(options).status, 0);
         return Image(path("rendered.png"));
     }
@@ -204,6 +204,7 @@ protected:
     Desktop::Window window = 0;
     std::unique_ptr<Mouse> mouse;
     int saved = 0;
+    std::string size = "160x120";
 };
 
 TEST_F(TurningWindow, SavesThePictureThatAFileWouldGet)
@@ -636,6 +637,7 @@ TEST_F(TurningWindow, EShowsEdges)
 
 TEST_F(TurningWindow, BHidesTheBarOfAScalar)
 {
+    size = "320x240";
     openBlock({"--scalar", "y"});
     const Image before = settled();
     expectSame(before, rendered({"--scalar", "y"}));
