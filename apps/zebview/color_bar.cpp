@@ -242,7 +242,7 @@ void addColorBar(const Range& range, const std::shared_ptr<const Colormap>& map,
     addColors(drawing, from, to, ScalarColors(map));
     for (const Tick& tick : ticksOf(range)) {
         const double y = std::lerp(from.y, to.y, tick.place);
-        addStroke(drawing, {from.x - kTick, y}, {from.x - kFrame, y});
+        addStroke(drawing, {from.x - kTick, y}, {from.x - kFrame - (kStroke + kHalo) / 2, y});
         addText(drawing, tick.text, {from.x - kTick - kGap, y});
     }
 }
