@@ -176,7 +176,8 @@ protected:
     {
         write("bad.ply", ply);
         for (const char* const name : {"q", "list"}) {
-            const Outcome outcome = run({"bad.ply", "--scalar", name, "-o", "bad.png"});
+            const Outcome outcome =
+                run({"bad.ply", "--scalar", name, "--read-limit", "2", "-o", "bad.png"});
             EXPECT_EQ(outcome.status, 1) << why;
             EXPECT_EQ(outcome.out, "") << why;
             EXPECT_EQ(outcome.err.find("zebview: bad.ply: "), 0u) << outcome.err;
