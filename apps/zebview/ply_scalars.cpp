@@ -152,12 +152,6 @@ public:
     {
     }
 
-    // Before anything is set aside for them.
-    void check(const Element& element) const
-    {
-        // Each takes a byte at least.
-        if (!element.properties.empty() && element.count > fRest.size()) endEarly();
-    }
     void beginElement()
     {
         if (!fIsAscii) return;
@@ -185,7 +179,6 @@ public:
     }
     void skip(const Element& element)
     {
-        check(element);
         for (std::uint64_t i = 0; i < element.count && !element.properties.empty(); ++i) {
             beginElement();
             for (const Property& property : element.properties) skip(property);
@@ -232,7 +225,6 @@ void PlyScalars::everyVertex(const std::function<void(std::span<const double>)>&
     for (const Element* element = fElements.data(); element != &wanted; ++element) {
         reader.skip(*element);
     }
-    reader.check(wanted);
     std::vector<double> values;
     for (std::uint64_t i = 0; i < wanted.count; ++i) {
         values.clear();

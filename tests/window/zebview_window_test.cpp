@@ -649,6 +649,36 @@ TEST_F(TurningWindow, BHidesTheBarOfAScalar)
     expectSame(settled(), before);
 }
 
+// So many that fewer move.
+TEST_F(TurningWindow, ScalarsOfManyFacesMove)
+{
+    constexpr int side = 120;
+    std::string vertices, faces;
+    for (int i = 0; i < side * side; ++i) {
+        const int x = i % side, y = i / side;
+        vertices +=
+            std::to_string(x) + ' ' + std::to_string(y) + " 0 " + std::to_string(x * y) + '\n';
+        if (x + 1 == side || y + 1 == side) continue;
+        faces += '4';
+        for (const int corner : {i, i + 1, i + side + 1, i + side}) {
+            faces += ' ' + std::to_string(corner);
+        }
+        faces += '\n';
+    }
+    write("block.ply", "ply\nformat ascii 1.0\nelement vertex " + std::to_string(side * side) +
+                           "\nproperty float x\nproperty float y\nproperty float z\n"
+                           "property float q\nelement face " +
+                           std::to_string((side - 1) * (side - 1)) +
+                           "\nproperty list uchar int vertex_indices\nend_header\n" + vertices +
+                           faces);
+    open({"block.ply", "--scalar", "q"});
+    const Image before = settled();
+    mouse->drag(100, 60, 50, 85);
+    EXPECT_FALSE(settled() == before);
+    mouse->press("Return");
+    expectSame(settled(), before);
+}
+
 TEST_F(TurningWindow, FilesThatAreThereStay)
 {
     write("block_1.png", "mine");
