@@ -252,14 +252,20 @@ private:
         }
     }
 
+    // What they are made of is to be set.
+    FacetPlanes newFacets(const Map& normalMap, float normalScale) const
+    {
+        return {findNormals(normalMap, normalScale),
+                findView(),
+                newPlanes(fRow),
+                newPlanes(fRow),
+                zebRowPlane(&fRow),
+                findOpenness()};
+    }
+
     void shadeFacets(const Facets& facets)
     {
-        const FacetPlanes planes{findNormals(fMaterial.normalMap, fMaterial.normalScale),
-                                 findView(),
-                                 newPlanes(fRow),
-                                 newPlanes(fRow),
-                                 zebRowPlane(&fRow),
-                                 findOpenness()};
+        const FacetPlanes planes = newFacets(fMaterial.normalMap, fMaterial.normalScale);
         Four texels{};
         if (facets.map) texels = lookFour(facets.map);
         for (long k = 0; k < fRow.count; ++k) {
@@ -305,12 +311,7 @@ private:
     // roughness in its map's green.
     void addCoat(const Coat& coat)
     {
-        const FacetPlanes planes{findNormals(coat.normalMap, coat.normalScale),
-                                 findView(),
-                                 newPlanes(fRow),
-                                 newPlanes(fRow),
-                                 zebRowPlane(&fRow),
-                                 findOpenness()};
+        const FacetPlanes planes = newFacets(coat.normalMap, coat.normalScale);
         const Four amounts = coat.amountMap ? lookFour(coat.amountMap) : Four{};
         const Four roughs = coat.roughMap ? lookFour(coat.roughMap) : Four{};
         for (long k = 0; k < fRow.count; ++k) {
