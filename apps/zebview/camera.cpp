@@ -167,6 +167,15 @@ void everyPoint(const Model& model, const std::function<void(const Vector&)>& vi
     }
 }
 
+PixelSize::PixelSize(const Camera& camera, const Settings& settings)
+    : fHasPerspective(camera.fov > 0),
+      fNearest(camera.nearest),
+      fSize(2 * camera.halfHeight *
+            (fHasPerspective ? std::tan(camera.fov * std::numbers::pi / 360) : 1) /
+            static_cast<double>(settings.height))
+{
+}
+
 void setMatrix(const Vector& right, const Vector& up, const Vector& depth, const Vector& offset,
                Camera& camera)
 {

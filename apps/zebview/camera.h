@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <functional>
 
 #include "model.h"
@@ -16,6 +17,22 @@ struct Camera {
     // Of the picture, where half the field of view makes 1; without perspective, distances.
     float halfWidth, halfHeight;
     float nearest, farthest;  // distances along z, the model being between them
+};
+
+// How large a pixel is, by the distance along z.
+class PixelSize
+{
+public:
+    PixelSize(const Camera& camera, const Settings& settings);
+
+    double at(double distance) const
+    {
+        return fHasPerspective ? fSize * std::max(distance, fNearest) : fSize;
+    }
+
+private:
+    const bool fHasPerspective;
+    const double fNearest, fSize;
 };
 
 // Sets where a camera is and where it looks.

@@ -9,6 +9,7 @@
 
 #include "console.h"
 #include "drawing.h"
+#include "round_number.h"
 #include "surface.h"
 #include "zebcore/zebcore.h"
 
@@ -122,17 +123,6 @@ const std::map<char, Letter> kLetters{
         {0.5, -0.8}}}}},
 };
 
-// 1, 2 or 5 times a power of ten, and not more than so many in a range.
-double spacingFor(const Range& range)
-{
-    const double wanted = range.most / kMostTicks - range.least / kMostTicks;
-    const double power = std::pow(10, std::floor(std::log10(wanted)));
-    for (const double step : {1.0, 2.0, 5.0}) {
-        if (step * power >= wanted) return step * power;
-    }
-    return 10 * power;
-}
-
 // spacing  of values whose texts should differ
 std::string textOf(double value, double spacing, double largest)
 {
@@ -161,7 +151,7 @@ std::vector<Tick> ticksOf(const Range& range)
     if (range.least == range.most) {
         return {{0.5, largest == 0 ? "0" : textOf(range.least, largest * 1e-9, largest)}};
     }
-    const double spacing = spacingFor(range);
+    const double spacing = roundedUp(range.most / kMostTicks - range.least / kMostTicks);
     std::vector<Tick> ticks;
     // Rounding must not take those at the ends away.
     const double first = std::ceil(range.least / spacing - 1e-6);

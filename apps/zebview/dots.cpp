@@ -23,17 +23,12 @@ double usualDotRadius(std::size_t count)
 
 void addDots(const Mesh& mesh, bool colored, const std::optional<ScalarColors>& scalar)
 {
-    std::vector<Matrix> places{Matrix()};
-    places.insert(places.end(), mesh.copies.begin(), mesh.copies.end());
     const bool hasColors = scalar || (colored && !mesh.colors.empty());
     std::vector<float> centers, colors;
-    for (const Matrix& place : places) {
+    for (const Matrix& place : mesh.places()) {
         for (const std::size_t vertex : mesh.dots) {
-            const float* const p = &mesh.points[3 * vertex];
-            const Vector center = place * Vector(p[0], p[1], p[2]);
-            for (const double value : {center.x, center.y, center.z}) {
-                centers.push_back(static_cast<float>(value));
-            }
+            const Vector center = place * mesh.point(vertex);
+            append(centers, center);
             if (!hasColors) continue;
             const float* const color =
                 scalar ? scalar->at(mesh, vertex, center).data() : &mesh.colors[3 * vertex];

@@ -4,12 +4,12 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <numbers>
 #include <vector>
 
 #include "color_bar.h"
 #include "console.h"
 #include "drawing.h"
+#include "round_number.h"
 #include "zebcore/zebcore.h"
 
 namespace zebview
@@ -98,20 +98,7 @@ double sizeOf(const Extent& extent, const Model& model)
 double spacingFor(double size, const Settings& settings)
 {
     if (settings.gridUnit && size / *settings.gridUnit <= kMostLines) return *settings.gridUnit;
-    const double wanted = size / kLines, power = std::pow(10, std::floor(std::log10(wanted)));
-    for (const double step : {1.0, 2.0, 5.0}) {
-        if (step * power >= wanted) return step * power;
-    }
-    return 10 * power;
-}
-
-// How large a pixel is where the model's middle is.
-double pixelSize(const Camera& camera, const Settings& settings)
-{
-    const double distance = std::max<double>(camera.toCamera[3][2], camera.nearest);
-    const double slope =
-        camera.fov > 0 ? std::tan(camera.fov * std::numbers::pi / 360) * distance : 1;
-    return 2 * camera.halfHeight * slope / static_cast<double>(settings.height);
+    return roundedUp(size / kLines);
 }
 
 }  // namespace
@@ -160,7 +147,7 @@ void addGrid(const Model& model, const Camera& camera, const Settings& settings)
     const Vector& origin = model.space.origin;
     const Lines xs(extent.x0, extent.x1, origin.x, spacing);
     const Lines zs(extent.z0, extent.z1, origin.z, spacing);
-    const double half = kGridWidth / 2 * pixelSize(camera, settings);
+    const double half = kGridWidth / 2 * PixelSize(camera, settings).at(camera.toCamera[3][2]);
     const auto y = static_cast<float>(extent.y - kUnder);
     const auto addRectangle = [y](double left, double right, double back, double front) {
         const auto l = static_cast<float>(left), r = static_cast<float>(right);

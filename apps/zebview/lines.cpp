@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <numeric>
 #include <utility>
 #include <vector>
@@ -21,44 +20,33 @@ constexpr Color kEdgeColor{0.06f, 0.06f, 0.07f};
 constexpr std::size_t kAtOnce = 1 << 16;
 const std::vector<float> kNoValues;
 
-Vector pointAt(const std::vector<float>& points, std::size_t vertex)
-{
-    const float* const p = &points[3 * vertex];
-    return {p[0], p[1], p[2]};
-}
-
 // From where a model is seen, in its own space.
 class Eye
 {
 public:
-    Eye(const Camera& camera, const Settings& settings) : fHasPerspective(camera.fov > 0)
+    Eye(const Camera& camera, const Settings& settings)
+        : fHasPerspective(camera.fov > 0), fPixel(camera, settings)
     {
         const auto column = [&camera](unsigned c) {
             return Vector(camera.toCamera[0][c], camera.toCamera[1][c], camera.toCamera[2][c]);
         };
         fDepth = column(2);
         fOffset = camera.toCamera[3][2];
-        fNearest = camera.nearest;
         for (unsigned c = 0; c < 3; ++c) {
             fPlace = fPlace - column(c) * static_cast<double>(camera.toCamera[3][c]);
         }
-        const double slope = fHasPerspective ? std::tan(camera.fov * std::numbers::pi / 360) : 1;
-        fPixel = 2 * camera.halfHeight * slope / static_cast<double>(settings.height);
     }
 
     // The direction from a point to the eye.
     Vector from(const Vector& p) const { return fHasPerspective ? direction(fPlace - p) : -fDepth; }
     // How large a pixel is where a point is.
-    double pixelAt(const Vector& p) const { return pixelAt(p * fDepth + fOffset); }
-    double pixelAt(double depth) const
-    {
-        return fHasPerspective ? fPixel * std::max(depth, fNearest) : fPixel;
-    }
+    double pixelAt(const Vector& p) const { return fPixel.at(p * fDepth + fOffset); }
 
 private:
     bool fHasPerspective;
     Vector fPlace, fDepth;
-    double fOffset, fNearest, fPixel;
+    double fOffset;
+    PixelSize fPixel;
 };
 
 // A variable that goes with the vertices of a mesh.
@@ -107,10 +95,6 @@ private:
         append(fPoints, ahead + side * (fHalfWidth * fEye.pixelAt(ahead)));
         append(fNormals, direction(side + toEye));
         if (values) fValues.insert(fValues.end(), values, values + fKind.width);
-    }
-    static void append(std::vector<float>& list, const Vector& v)
-    {
-        for (const double value : {v.x, v.y, v.z}) list.push_back(static_cast<float>(value));
     }
     void flush()
     {
@@ -176,13 +160,10 @@ std::vector<Pair> edgesOf(const Mesh& mesh)
 void addPairs(const Mesh& mesh, const std::vector<Pair>& pairs, const Values& values,
               const Camera& camera, const Settings& settings)
 {
-    std::vector<Matrix> places{Matrix()};
-    places.insert(places.end(), mesh.copies.begin(), mesh.copies.end());
     Ribbons ribbons(values, camera, settings);
-    for (const Matrix& place : places) {
+    for (const Matrix& place : mesh.places()) {
         for (const auto& [a, b] : pairs) {
-            ribbons.add(place * pointAt(mesh.points, a), place * pointAt(mesh.points, b),
-                        values.at(a), values.at(b));
+            ribbons.add(place * mesh.point(a), place * mesh.point(b), values.at(a), values.at(b));
         }
     }
 }
@@ -194,7 +175,7 @@ Camera roomForLines(Camera camera, const Model& model, const Settings& settings)
     const auto hasLines = [](const Mesh& mesh) { return !mesh.lines.empty(); };
     if (settings.edges || std::any_of(model.meshes.begin(), model.meshes.end(), hasLines)) {
         constexpr float closest = 0.01f;
-        const double ahead = settings.lineWidth * Eye(camera, settings).pixelAt(camera.nearest);
+        const double ahead = settings.lineWidth * PixelSize(camera, settings).at(camera.nearest);
         camera.nearest =
             std::max(camera.nearest - static_cast<float>(ahead), std::min(camera.nearest, closest));
     }

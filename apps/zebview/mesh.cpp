@@ -75,10 +75,6 @@ public:
     }
 
 private:
-    static void append(std::vector<float>& list, const Vector& v)
-    {
-        for (const double value : {v.x, v.y, v.z}) list.push_back(static_cast<float>(value));
-    }
     // Once, whichever maps share the channel.
     void appendPlace(unsigned channel, std::uint32_t index)
     {
@@ -122,6 +118,13 @@ bool isFlat(std::span<const Vector> normals, const Vector& faceNormal)
 }
 
 }  // namespace
+
+std::vector<Matrix> Mesh::places() const
+{
+    std::vector<Matrix> all{Matrix()};
+    all.insert(all.end(), copies.begin(), copies.end());
+    return all;
+}
 
 std::vector<bool> usedVertices(const aiMesh& mesh)
 {

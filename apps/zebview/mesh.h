@@ -40,6 +40,13 @@ struct Mesh {
     std::vector<Matrix> copies;
 
     std::size_t vertexCount() const { return points.size() / 3; }
+    Vector point(std::size_t vertex) const
+    {
+        const float* const p = &points[3 * vertex];
+        return {p[0], p[1], p[2]};
+    }
+    // What takes it to all places where it shows, its own first.
+    std::vector<Matrix> places() const;
 };
 
 // Which vertices show: stray ones beside polygons, lines and points count for nothing.

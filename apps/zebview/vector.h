@@ -5,6 +5,7 @@
 #include <assimp/types.h>
 
 #include <cmath>
+#include <vector>
 
 namespace zebview
 {
@@ -22,6 +23,11 @@ inline Vector direction(const Vector& v)
 {
     const double length = v.Length();
     return length > 0 && std::isfinite(length) ? v / length : Vector();
+}
+
+inline void append(std::vector<float>& list, const Vector& v)
+{
+    for (const double value : {v.x, v.y, v.z}) list.push_back(static_cast<float>(value));
 }
 
 }  // namespace zebview

@@ -167,13 +167,15 @@ private:
 
     // If it fails, what has been shown so far stays, and the user is told why.
     template <class Work>
-    void attempt(const Work& work)
+    bool attempt(const Work& work)
     {
         try {
             work();
+            return true;
         } catch (const Failure& failure) {
             complain(failure.what());
             say(failure.what());
+            return false;
         }
     }
 
@@ -224,13 +226,7 @@ private:
         std::this_thread::sleep_until(fAdvanced + kFrame);
         fAdvanced = Clock::now();
         fMoving = true;
-        try {
-            take(fPlayer->model());
-        } catch (const Failure& failure) {
-            pause();
-            complain(failure.what());
-            say(failure.what());
-        }
+        if (!attempt([this] { take(fPlayer->model()); })) pause();
     }
 
     std::size_t movingLevel() const
@@ -408,20 +404,16 @@ private:
                 fWantsAnimation = Wish::kNextAnimation;
                 break;
             case 'e':
-                fSettings.edges = !fSettings.edges;
-                moved();
+                toggle(fSettings.edges);
                 break;
             case 'x':
-                fSettings.axes = !fSettings.axes;
-                moved();
+                toggle(fSettings.axes);
                 break;
             case 'g':
-                fSettings.grid = !fSettings.grid;
-                moved();
+                toggle(fSettings.grid);
                 break;
             case 'b':
-                fSettings.bar = !fSettings.bar;
-                moved();
+                toggle(fSettings.bar);
                 break;
             case 'f':
                 fWindow->toggleFullScreen();
@@ -447,6 +439,13 @@ private:
             default:
                 break;
         }
+    }
+
+    // Of what is in the picture.
+    void toggle(bool& setting)
+    {
+        setting = !setting;
+        moved();
     }
 
     // As options.
